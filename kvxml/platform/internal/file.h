@@ -1,0 +1,57 @@
+/// Files as the library needs them: whole or chunked sequential reads and positioned writes.
+///
+/// Functions report the host's error number and throw nothing; callers put it into their messages. Calls
+/// are repeated on EINTR and short transfers, and handles are close-on-exec.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace KvXmlLib16::internal {
+
+/// RAII file handle.
+class CFile {
+public:
+    CFile() = default;
+    CFile(const CFile&) = delete;
+    CFile& operator=(const CFile&) = delete;
+    ~CFile() { Close(); }
+
+    /// Opens for sequential reading and tells the kernel so. Returns 0 or the error number. A directory is
+    /// refused with the host's "is a directory" error.
+    int OpenForReading(const char* fileName) noexcept;
+    /// Creates or truncates for writing. Returns 0 or the error number.
+    int CreateForWriting(const char* fileName) noexcept;
+    bool IsOpen() const noexcept { return m_handle != -1; }
+    /// Size in bytes as the file system reports it (0 for pipes and /proc files). Returns 0 or the error number.
+    int GetSize(std::uint64_t& size) noexcept;
+
+    /// Reads until `length` bytes have arrived or the file ends; `got` is what arrived. Sequential; works on
+    /// pipes. Returns 0 or the error number.
+    int Read(void* buffer, std::size_t length, std::size_t& got) noexcept;
+    /// Tells the kernel that the range will be wanted soon; never fails.
+    void AdviseWillNeed(std::uint64_t offset, std::size_t length) noexcept;
+    /// Writes all bytes at the current end of what was written. Returns 0 or the error number.
+    int Write(const void* data, std::size_t length) noexcept;
+    /// Starts write-behind of what was written so far; never fails.
+    void AdviseWriteBehind() noexcept;
+    /// Closes; returns 0 or the error number (a full disk may show only here). No-op when not open.
+    int Close() noexcept;
+
+private:
+    int m_handle = -1;
+};
+
+/// Tests only: makes the next file operations fail or come up short, to reach the failure paths.
+/// `operation` is "open", "size", "read" or "write"; `error` 0 removes the fault; `after` operations of that
+/// kind succeed first.
+struct FileFault {
+    const char* operation;
+    int error;
+    int after;
+};
+/// Exported for the tests; not part of the interface.
+void InjectFileFault(const FileFault* fault) noexcept;
+
+}  // namespace KvXmlLib16::internal
