@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <string>
 
+#include "kvxml/export.h"
+
 namespace KvXmlLib16::internal {
 
 /// RAII file handle.
@@ -52,6 +54,6 @@ struct FileFault {
     int after;
 };
 /// Exported for the tests; not part of the interface.
-void InjectFileFault(const FileFault* fault) noexcept;
+KVXML_EXPORT void InjectFileFault(const FileFault* fault) noexcept;
 
 }  // namespace KvXmlLib16::internal
