@@ -1,0 +1,104 @@
+/// Writes XML text.
+///
+///     CTextStream stream(XmlEncoding_UTF8);
+///     CXmlTextWriter writer(&stream);
+///     writer.BeginOutput();
+///     writer.WriteDeclaration();
+///     writer.WriteStartElement("gpx", "");
+///     ...
+///     writer.EndDocument();
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "kvxml/export.h"
+#include "kvxml/types/item_type.h"
+#include "kvxml/xml/eol_type.h"
+#include "kvxml/xml/text_stream.h"
+#include "kvxml/xml/xml_writer.h"
+
+namespace KvXmlLib16 {
+
+/// The XML form of the writer. Settings are made before the first element.
+///
+/// Names are written as given. Text and attribute values are escaped; a character that XML 1.0 cannot
+/// represent (a control character other than tab, line feed and carriage return) throws
+/// CKvInvalidValueException. Carriage returns are dropped, line feeds in text become the line end.
+/// Misuse throws CKvException; what was written until then stays in the stream.
+class KVXML_EXPORT CXmlTextWriter : public CXmlWriter {
+public:
+    /// `stream` must outlive the writer.
+    explicit CXmlTextWriter(CTextStream* stream, bool writeDefaultValues = false);
+    ~CXmlTextWriter() override;
+
+    // --- settings --------------------------------------------------------------------------------------
+    /// Line ends; LF unless set. CKvException "Invalid EOL type." for anything that is no `EOLType`.
+    void SetEOL(EOLType eol);
+    /// Indentation of one level; a tab unless set.
+    void SetIndentChars(std::string_view indentChars);
+    /// Each element on a line of its own, indented by its depth (the default), or all on one line.
+    void SetFormatted(bool formatted) noexcept { m_formatted = formatted; }
+    /// Whether texts that are default values are written; not unless set.
+    void SetWriteDefaultValues(bool write) noexcept { m_writeDefaultValues = write; }
+
+    EOLType GetEOL() const noexcept { return m_eol; }
+    const std::string& GetIndentChars() const noexcept { return m_indentChars; }
+    bool GetFormatted() const noexcept { return m_formatted; }
+    bool GetWriteDefaultValues() const noexcept { return m_writeDefaultValues; }
+    CTextStream* GetStream() const noexcept { return m_stream; }
+
+    // --- output ----------------------------------------------------------------------------------------
+    /// Writes the XML declaration; it names the encoding of the stream.
+    void WriteDeclaration();
+
+    /// Begins the stream.
+    void BeginOutput() override;
+    /// Ends the stream, then checks that every element was closed.
+    void EndDocument() override;
+    /// Writes a comment line between elements. Characters are escaped as in text; "--" is kept apart by a
+    /// blank.
+    void WriteComment(std::string_view text) override;
+    void WriteRaw(std::string_view text) override;
+    void WriteRawAfterSpace(std::string_view text) override;
+    void WriteStartElement(std::string_view localName, std::string_view namespaceUri) override;
+    /// Empty text writes nothing. CDATA sections at the beginning of the text are written as they are.
+    void WriteText(std::string_view text, ItemType type, bool isDefaultValue) override;
+    void WriteEndElement() override;
+    void WriteAttribute(std::string_view localName, std::string_view namespaceUri, std::string_view value,
+                        ItemType type) override;
+    void WriteTypeAttribute(std::string_view typeNamespaceUri, std::string_view typeName,
+                            ItemType type) override;
+    void WriteNilAttribute() override;
+
+private:
+    CStringBuffer& Buffer() noexcept { return m_stream->GetBuffer(); }
+    void FlushIfFull() {
+        if (m_needsFlush && m_stream->GetBufferedLength() >= CTextStream::kFlushLength) m_stream->Flush();
+    }
+    void RequireOpenStartTag() const;
+    const std::string& DeclarePrefix(std::string_view uri);
+    void AppendNamespace(std::string_view prefix, std::string_view uri);
+    void AppendDocumentNamespaces();
+    void ExtendIndentation(std::size_t length);
+    template <bool kAttribute>
+    void AppendEscaped(std::string_view text);
+    template <bool kAttribute>
+    void AppendEscapedSlowly(std::string_view text);
+    void AppendWithSections(std::string_view text);
+
+    CTextStream* m_stream;
+    bool m_needsFlush;
+    bool m_formatted = true;
+    bool m_writeDefaultValues;
+    bool m_isUtf8;
+    EOLType m_eol = EOLType_LF;
+    std::size_t m_eolLength = 1;
+    char m_eolText[2] = {'\n', '\n'};
+    std::string m_indentChars = "\t";
+    std::string m_indentation;  // m_indentChars repeated, longer by the slack than what is used of it
+    std::size_t m_indentationLength = 0;
+};
+
+}  // namespace KvXmlLib16

@@ -1,0 +1,166 @@
+/// The abstract writer through which objects describe themselves, whatever the format is.
+///
+///     writer.WriteStartElement("point", "urn:geo");
+///     writer.WriteAttribute("lat", "", "52.5", ItemType_r8);
+///     writer.WriteText("Berlin", ItemType_string, false);
+///     writer.WriteEndElement();
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kvxml/export.h"
+#include "kvxml/types/item_type.h"
+
+namespace KvXmlLib16 {
+
+/// Forward-only writer of one document: strictly nested elements, attributes before content. Keeps the
+/// namespaces in scope for every open element; what is declared inside an element ends with it.
+class KVXML_EXPORT CXmlWriter {
+public:
+    CXmlWriter(const CXmlWriter&) = delete;
+    CXmlWriter& operator=(const CXmlWriter&) = delete;
+    virtual ~CXmlWriter();
+
+    /// Starts the output; nothing here.
+    virtual void BeginOutput();
+    /// CKvException "An Element has not been closed." when one is still open.
+    virtual void EndDocument();
+    /// Before the document element: the default namespace that it declares. Inside an element: what counts
+    /// as the default namespace from here to its end; nothing is written.
+    virtual void SetDefaultNamespace(std::string_view uri);
+    /// Before the document element: a prefix that it declares. Inside an element: a prefix to use for `uri`
+    /// from here to its end; nothing is written. Replaces an earlier prefix of `uri`.
+    virtual void AddNamespaceAlias(std::string_view prefix, std::string_view uri);
+    virtual void WriteComment(std::string_view text) = 0;
+    /// Writes `text` as it is, on lines of its own.
+    virtual void WriteRaw(std::string_view text) = 0;
+    /// Writes `text` as it is, behind a blank and a line end.
+    virtual void WriteRawAfterSpace(std::string_view text) = 0;
+    virtual void WriteStartElement(std::string_view localName, std::string_view namespaceUri) = 0;
+    /// Writes the text of the current element. `type` tells formats that distinguish them what kind of
+    /// value it is; a default value may be left out.
+    virtual void WriteText(std::string_view text, ItemType type, bool isDefaultValue) = 0;
+    virtual void WriteEndElement() = 0;
+    /// An empty `namespaceUri` is no namespace; the default namespace never applies to attributes.
+    virtual void WriteAttribute(std::string_view localName, std::string_view namespaceUri,
+                                std::string_view value, ItemType type) = 0;
+    /// Writes the attribute that names the type of the current element.
+    virtual void WriteTypeAttribute(std::string_view typeNamespaceUri, std::string_view typeName,
+                                    ItemType type) = 0;
+    /// Marks the current element as nil.
+    virtual void WriteNilAttribute() = 0;
+
+    /// Announces that the next children of the current element are the items of one non-empty collection.
+    void BeginArray() noexcept { SetArrayMode(kArrayStarting); }
+    /// The last item of the collection has been written.
+    void EndArray() noexcept { SetArrayMode(kArrayEnded); }
+
+    /// Text that callers may format values into and pass to the writer, reused to save allocations. Belongs
+    /// to whoever uses it from the moment of filling to the call that consumes it.
+    std::string& ScratchText() noexcept { return m_scratch; }
+
+protected:
+    /// Where a context stands in writing a collection.
+    enum ArrayMode : std::int32_t {
+        kArrayNone = 0,
+        kArrayStarting = 1,
+        kArrayOpen = 2,
+        kArrayEnded = 3,
+    };
+
+    /// Default namespace and prefixes that hold for an element, shared by all descendants that change
+    /// nothing.
+    struct NamespaceScope {
+        struct Alias {
+            std::string uri;
+            std::string prefix;
+        };
+
+        /// Prefix of `uri`, or null when it has none.
+        const std::string* Find(std::string_view uri) const noexcept;
+        void Set(std::string_view prefix, std::string_view uri);
+        bool IsPrefixUsed(std::string_view prefix) const noexcept;
+
+        std::string defaultNamespace;
+        std::vector<Alias> aliases;         // ascending by URI
+        mutable std::size_t lastFound = 0;  // index that the next search tries first
+        unsigned firstFree = 0;             // no invented prefix before this one is free
+    };
+
+    /// State of one open element. Contexts are kept for reuse when their element ends.
+    class KVXML_EXPORT CXmlWriterContext {
+    public:
+        CXmlWriterContext() = default;
+        CXmlWriterContext(const CXmlWriterContext&) = delete;
+        CXmlWriterContext& operator=(const CXmlWriterContext&) = delete;
+        ~CXmlWriterContext() = default;
+
+        /// Names up to this length are stored, and may be read, in one fixed-width copy.
+        static constexpr std::size_t kShortName = 32;
+
+        std::int32_t childCount = 0;
+        std::int32_t depth = 0;
+        std::int32_t arrayMode = kArrayNone;
+        bool startTagOpen = false;
+        std::size_t nameLength = 0;       // of the name that the end tag repeats
+        char shortName[kShortName] = {};  // the name, when it fits
+        std::string longName;             // the name, when it does not
+        CXmlWriterContext* parent = nullptr;
+        const NamespaceScope* scope = nullptr;  // the effective one: ownScope or an ancestor's
+
+    private:
+        friend class CXmlWriter;
+        std::unique_ptr<NamespaceScope> ownScope;  // kept for reuse; in force only if `scope` points to it
+        CXmlWriterContext* reusable = nullptr;     // the context of the next level, when there was one
+    };
+
+    CXmlWriter();
+
+    CXmlWriterContext* GetCurrentContext() const noexcept { return m_current; }
+    /// Makes the context of a new element current: the document element's takes the writer's default
+    /// namespace and prefixes, a child shares its parent's. The start tag is open; depth is the parent's
+    /// plus 1.
+    CXmlWriterContext* PushContext() {
+        CXmlWriterContext* context = m_current != nullptr ? m_current->reusable : m_first;
+        if (context == nullptr) context = AddContext();
+        context->childCount = 0;
+        context->arrayMode = kArrayNone;
+        context->startTagOpen = true;
+        if (m_current != nullptr) {
+            context->depth = m_current->depth + 1;
+            context->scope = m_current->scope;
+        } else {
+            context->depth = 0;
+            EnterDocument(*context);
+        }
+        m_current = context;
+        return context;
+    }
+    /// Makes the parent's context current. There must be a current one.
+    void PopContext() noexcept { m_current = m_current->parent; }
+
+    /// Namespaces declared by the document element, as set before it.
+    const NamespaceScope& GetDocumentScope() const noexcept { return m_documentScope; }
+    /// Invents the first free prefix (AA, AB, ...) and registers it for `uri` in the current context.
+    const std::string& InventPrefix(std::string_view uri);
+
+private:
+    void SetArrayMode(ArrayMode mode) noexcept {
+        if (m_current != nullptr) m_current->arrayMode = mode;
+    }
+    CXmlWriterContext* AddContext();
+    void EnterDocument(CXmlWriterContext& context);
+    NamespaceScope& OwnScope(CXmlWriterContext& context);
+
+    CXmlWriterContext* m_current = nullptr;
+    CXmlWriterContext* m_first = nullptr;  // of the document element; owns the rest through `reusable`
+    NamespaceScope m_documentScope;
+    std::string m_scratch;
+};
+
+}  // namespace KvXmlLib16
