@@ -60,23 +60,22 @@ std::string CKvException::GetFullMessage() const {
 }
 
 // Copying, moving, destruction and Clone, the same for every subclass.
-#define KVXML_DEFINE_EXCEPTION_COMMON(Class, Base)        \
-    Class::Class() = default;                             \
-    Class::Class(const CKvException& other) : Base(other) {} \
-    Class::Class(const Class& other) = default;           \
-    Class::Class(Class&& other) noexcept = default;       \
-    Class& Class::operator=(const Class& other) = default; \
+#define KVXML_DEFINE_EXCEPTION_COMMON(Class, Base)             \
+    Class::Class() = default;                                  \
+    Class::Class(const CKvException& other) : Base(other) {}   \
+    Class::Class(const Class& other) = default;                \
+    Class::Class(Class&& other) noexcept = default;            \
+    Class& Class::operator=(const Class& other) = default;     \
     Class& Class::operator=(Class&& other) noexcept = default; \
-    Class::~Class() = default;                            \
-    CKvException* Class::Clone() const {                  \
-        return new Class(*this);                          \
+    Class::~Class() = default;                                 \
+    CKvException* Class::Clone() const {                       \
+        return new Class(*this);                               \
     }
 
-#define KVXML_DEFINE_EXCEPTION_WITH_PATH(Class, Base)                                        \
-    KVXML_DEFINE_EXCEPTION_COMMON(Class, Base)                                               \
-    Class::Class(std::string message, std::string path)                                      \
-        : Base(std::move(message), std::move(path)) {}                                       \
-    Class::Class(std::string message, std::string path, const CKvException& inner)           \
+#define KVXML_DEFINE_EXCEPTION_WITH_PATH(Class, Base)                                                  \
+    KVXML_DEFINE_EXCEPTION_COMMON(Class, Base)                                                         \
+    Class::Class(std::string message, std::string path) : Base(std::move(message), std::move(path)) {} \
+    Class::Class(std::string message, std::string path, const CKvException& inner)                     \
         : Base(std::move(message), std::move(path), inner) {}
 
 KVXML_DEFINE_EXCEPTION_WITH_PATH(CKvValidationException, CKvException)
@@ -88,11 +87,10 @@ CKvInvalidValueException::CKvInvalidValueException(std::string message)
 CKvInvalidValueException::CKvInvalidValueException(std::string message, const CKvException& inner)
     : CKvValidationException(std::move(message), std::string(), inner) {}
 
-#define KVXML_DEFINE_EXCEPTION_PLAIN(Class)                                    \
-    KVXML_DEFINE_EXCEPTION_COMMON(Class, CKvException)                         \
-    Class::Class(std::string message) : CKvException(std::move(message)) {}    \
-    Class::Class(std::string message, const CKvException& inner)               \
-        : CKvException(std::move(message), inner) {}
+#define KVXML_DEFINE_EXCEPTION_PLAIN(Class)                                 \
+    KVXML_DEFINE_EXCEPTION_COMMON(Class, CKvException)                      \
+    Class::Class(std::string message) : CKvException(std::move(message)) {} \
+    Class::Class(std::string message, const CKvException& inner) : CKvException(std::move(message), inner) {}
 
 KVXML_DEFINE_EXCEPTION_PLAIN(CKvInvalidStateException)
 KVXML_DEFINE_EXCEPTION_PLAIN(CKvInvalidParamException)

@@ -1,0 +1,184 @@
+#include "kvxml/metadata/attribute_info.h"
+
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/format_string.h"
+#include "kvxml/runtime/serialization_context.h"
+#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/types/internal/variant_facets.h"
+#include "kvxml/xml/xml_attribute.h"
+#include "kvxml/xml/xml_writer.h"
+
+namespace KvXmlLib16Data {
+
+using KvXmlLib16::CKvException;
+using KvXmlLib16::CKvValidationException;
+using KvXmlLib16::FormatString;
+
+CAttributeInfo::CAttributeInfo(const char* name, const char* ns, int propertyIndex, bool optional,
+                               const char* defaultValue)
+    : m_name(name == nullptr ? "" : name),
+      m_namespace(ns == nullptr ? "" : ns),
+      m_propertyIndex(propertyIndex),
+      m_optional(optional),
+      m_defaultValue(defaultValue == nullptr ? "" : defaultValue) {}
+
+CAttributeInfo::CAttributeInfo(const CAttributeInfo&) = default;
+CAttributeInfo& CAttributeInfo::operator=(const CAttributeInfo&) = default;
+CAttributeInfo::~CAttributeInfo() = default;
+
+bool CAttributeInfo::IsThisAttribute(const CSerializationContext& context,
+                                     const CXmlAttribute* attribute) const {
+    if (attribute == nullptr || attribute->GetLocalName() != m_name) return false;
+    return context.GetIgnoreNamespaces() || attribute->GetNamespaceURI() == m_namespace;
+}
+
+void CAttributeInfo::InvokePropertyGet(const CXmlGeneratedClass* owner, KvVariant& value) const {
+    try {
+        owner->ReadProperty(m_propertyIndex, value);
+    } catch (const CKvException& e) {
+        throw CKvValidationException(
+            FormatString("Failed to get the property value for [%s].", m_name.c_str()), std::string(), e);
+    }
+}
+
+void CAttributeInfo::ThrowSetFailed(const CXmlAttribute& attribute, const CKvException& inner) const {
+    throw CKvValidationException(FormatString("Failed to set the property value [%s].", m_name.c_str()),
+                                 attribute.GetXPath(), inner);
+}
+
+void CAttributeInfo::InvokePropertySet(CXmlGeneratedClass* owner, KvVariant& value,
+                                       const CXmlAttribute& attribute) const {
+    try {
+        owner->AccessProperty(m_propertyIndex, false, value);
+    } catch (const CKvException& e) {
+        ThrowSetFailed(attribute, e);
+    }
+}
+
+void CAttributeInfo::WriteAttribute(const CSerializationContext& context, CXmlWriter* writer,
+                                    std::string_view text, ItemType type) const {
+    if (m_optional && !m_defaultValue.empty() && text == m_defaultValue &&
+        context.GetNoOptionalAttributeDefaultOutput()) {
+        return;
+    }
+    writer->WriteAttribute(m_name, m_namespace, text, type);
+}
+
+void CAttributeInfo::RequireFound(bool found) const {
+    if (!found && !m_optional) {
+        throw CKvValidationException(
+            FormatString("Failed to find the required Attribute [%s].", m_name.c_str()), std::string());
+    }
+}
+
+void CAttributeInfo::TestNamespace(const CXmlObjectBase* object, const char* ns, const char* allowed,
+                                   const char* targetNs) {
+    object->TestNamespace(ns, allowed, targetNs);
+}
+
+bool CAttributeInfo::IsNamespaceValid(const CXmlObjectBase* object, const char* ns, const char* allowed,
+                                      const char* targetNs) {
+    return object->IsNamespaceValid(ns, allowed, targetNs);
+}
+
+std::string CAttributeInfo::GetTargetNamespace(const CXmlObjectBase* object) {
+    return object->GetTargetNamespace();
+}
+
+void CAttributeInfo::ToXml_Int(const CXmlObjectBase* object, CXmlWriter* writer, bool isRoot,
+                               const char* namespaceUri, const CSerializationContext& context) {
+    CXmlObjectBase::ToXml_Int(object, writer, isRoot, namespaceUri, context, false);
+}
+
+// --- CAttributeInfoPrimitive -------------------------------------------------------------------------------
+
+CAttributeInfoPrimitive::CAttributeInfoPrimitive(const char* name, const char* ns, int propertyIndex,
+                                                 bool optional, ItemType itemType, const char* formatOverride,
+                                                 CWhitespaceUtils::WhitespaceRule rule,
+                                                 const CPrimitiveRestrictions& restrictions,
+                                                 const char* defaultValue)
+    : CAttributeInfo(name, ns, propertyIndex, optional, defaultValue),
+      m_restrictions(restrictions),
+      m_itemType(itemType),
+      m_formatOverride(formatOverride == nullptr ? "" : formatOverride),
+      m_whitespaceRule(rule) {}
+
+CAttributeInfoPrimitive::CAttributeInfoPrimitive(const CAttributeInfoPrimitive&) = default;
+CAttributeInfoPrimitive& CAttributeInfoPrimitive::operator=(const CAttributeInfoPrimitive&) = default;
+CAttributeInfoPrimitive::~CAttributeInfoPrimitive() = default;
+
+void CAttributeInfoPrimitive::CheckRestriction(const KvVariant& value, std::string_view lexical) const {
+    if (!m_restrictions.IsEmpty()) KvXmlLib16::internal::CheckFacets(m_restrictions, m_name, value, lexical);
+}
+
+void CAttributeInfoPrimitive::AttributeToXml(const CSerializationContext& context,
+                                             const CXmlGeneratedClass* owner, CXmlWriter* writer) {
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    if (m_optional && !value.IsValid()) return;
+    const std::string_view text = value.ToText(writer->ScratchText(), m_formatOverride.c_str());
+    CheckRestriction(value, text);
+    WriteAttribute(context, writer, text, m_itemType);
+}
+
+bool CAttributeInfoPrimitive::AttributeFromXml(const CSerializationContext& context,
+                                               CXmlGeneratedClass* owner, CXmlAttribute* attribute) {
+    if (!IsThisAttribute(context, attribute)) return false;
+    KvVariant value;
+    try {
+        const std::string_view text = attribute->GetValueView();
+        value.FromString(text, m_itemType, m_whitespaceRule);
+        if (!m_restrictions.IsEmpty()) {
+            std::string scratch;
+            CheckRestriction(value, CWhitespaceUtils::ApplyRuleView(m_whitespaceRule, text, scratch));
+        }
+    } catch (const CKvException& e) {
+        ThrowSetFailed(*attribute, e);
+    }
+    InvokePropertySet(owner, value, *attribute);
+    return true;
+}
+
+void CAttributeInfoPrimitive::Validate(const CSerializationContext&, bool found) {
+    RequireFound(found);
+}
+
+// --- CAttributeInfoEnum ------------------------------------------------------------------------------------
+
+CAttributeInfoEnum::CAttributeInfoEnum(const char* name, const char* ns, int propertyIndex, bool optional,
+                                       const char* (*enumToString)(int), int (*enumFromString)(const char*),
+                                       const char* defaultValue)
+    : CAttributeInfo(name, ns, propertyIndex, optional, defaultValue),
+      m_enumToString(enumToString),
+      m_enumFromString(enumFromString) {}
+
+CAttributeInfoEnum::CAttributeInfoEnum(const CAttributeInfoEnum&) = default;
+CAttributeInfoEnum& CAttributeInfoEnum::operator=(const CAttributeInfoEnum&) = default;
+CAttributeInfoEnum::~CAttributeInfoEnum() = default;
+
+void CAttributeInfoEnum::AttributeToXml(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                                        CXmlWriter* writer) {
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    if (m_optional && !value.IsValid()) return;
+    WriteAttribute(context, writer, m_enumToString(value.GetI4()), KvXmlLib16::ItemType_string);
+}
+
+bool CAttributeInfoEnum::AttributeFromXml(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                                          CXmlAttribute* attribute) {
+    if (!IsThisAttribute(context, attribute)) return false;
+    KvVariant value;
+    try {
+        value.SetI4(m_enumFromString(attribute->GetValue().c_str()));
+    } catch (const CKvException& e) {
+        ThrowSetFailed(*attribute, e);
+    }
+    InvokePropertySet(owner, value, *attribute);
+    return true;
+}
+
+void CAttributeInfoEnum::Validate(const CSerializationContext&, bool found) {
+    RequireFound(found);
+}
+
+}  // namespace KvXmlLib16Data

@@ -1,0 +1,306 @@
+#include "kvxml/metadata/element_info.h"
+
+#include <string_view>
+
+#include "kvxml/metadata/xml_collection_base.h"
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/format_string.h"
+#include "kvxml/runtime/serialization_context.h"
+#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/types/internal/ascii.h"
+#include "kvxml/types/internal/variant_facets.h"
+#include "kvxml/xml/xml_attribute.h"
+#include "kvxml/xml/xml_element.h"
+#include "kvxml/xml/xml_writer.h"
+
+namespace KvXmlLib16Data {
+
+using KvXmlLib16::CKvException;
+using KvXmlLib16::CKvInvalidParamException;
+using KvXmlLib16::CKvValidationException;
+using KvXmlLib16::FormatString;
+using KvXmlLib16::internal::EqualsIgnoreAsciiCase;
+
+namespace {
+
+const char* OrEmpty(const char* text) noexcept {
+    return text == nullptr ? "" : text;
+}
+
+}  // namespace
+
+CElementInfo::CElementInfo(const char* name, const char* ns, int propertyIndex)
+    : m_name(OrEmpty(name)), m_namespace(OrEmpty(ns)), m_propertyIndex(propertyIndex) {}
+
+CElementInfo::CElementInfo(const char* name, const char* ns, int propertyIndex, bool nillable,
+                           const char* (*enumToString)(int), int (*enumFromString)(const char*),
+                           const char* defaultValue)
+    : CElementInfo(name, ns, propertyIndex) {
+    m_nillable = nillable;
+    m_enumToString = enumToString;
+    m_enumFromString = enumFromString;
+    m_defaultValue = OrEmpty(defaultValue);
+}
+
+CElementInfo::CElementInfo(const char* name, const char* ns, int propertyIndex, bool nillable,
+                           ItemType itemType, const char* formatOverride,
+                           CWhitespaceUtils::WhitespaceRule rule, const CPrimitiveRestrictions& restrictions,
+                           const char* defaultValue)
+    : CElementInfo(name, ns, propertyIndex) {
+    m_nillable = nillable;
+    m_itemType = itemType;
+    m_formatOverride = OrEmpty(formatOverride);
+    m_whitespaceRule = rule;
+    m_restrictions = restrictions;
+    m_defaultValue = OrEmpty(defaultValue);
+    m_hasRestrictions = true;
+}
+
+CElementInfo::CElementInfo(const CElementInfo& other) {
+    *this = other;
+}
+
+CElementInfo& CElementInfo::operator=(const CElementInfo& other) {
+    m_name = other.m_name;
+    m_namespace = other.m_namespace;
+    m_propertyIndex = other.m_propertyIndex;
+    m_restrictions = other.m_restrictions;
+    m_itemType = other.m_itemType;
+    m_formatOverride = other.m_formatOverride;
+    m_whitespaceRule = other.m_whitespaceRule;
+    m_defaultValue = other.m_defaultValue;
+    m_nillable = other.m_nillable;
+    m_enumToString = other.m_enumToString;
+    m_enumFromString = other.m_enumFromString;
+    m_hasRestrictions = other.m_hasRestrictions;
+    m_skippedWhenAbsent.store(other.m_skippedWhenAbsent.load(std::memory_order_relaxed),
+                              std::memory_order_relaxed);
+    m_hasPseudoElement = other.m_hasPseudoElement;
+    return *this;
+}
+
+CElementInfo::~CElementInfo() = default;
+
+bool CElementInfo::Validate(const CSerializationContext&, const CXmlGeneratedClass*, bool, bool) {
+    throw CKvException("Not implemented, should never be called");
+}
+
+void CElementInfo::PseudoChildAttributeToXml(const CSerializationContext&, const CXmlGeneratedClass*,
+                                             CXmlWriter*) {}
+
+bool CElementInfo::IsThisElement(const CSerializationContext& context, const CXmlElement* element) const {
+    return element != nullptr &&
+           KvXmlLib16::internal::DoesElementNameMatch(context, *element, m_name, m_namespace);
+}
+
+std::string CElementInfo::GetAnyDefaultNamespace(const char* restriction, const char* ns,
+                                                 const char* targetNamespace) {
+    std::string_view rule = OrEmpty(restriction);
+    const std::size_t blank = rule.find(' ');
+    if (blank != std::string_view::npos) {
+        const std::string_view first = rule.substr(0, blank);
+        if (first.size() < 3 || first.substr(0, 2) != "##") return std::string();
+        rule = first;
+    }
+    if (rule == "##any") return OrEmpty(ns);
+    if (rule == "##other") return *OrEmpty(ns) == '\0' ? "DefaultNamespace" : "";
+    if (rule == "##targetNamespace") return OrEmpty(targetNamespace);
+    return std::string();
+}
+
+// --- properties --------------------------------------------------------------------------------------------
+
+void CElementInfo::InvokePropertyGet(const CXmlGeneratedClass* owner, KvVariant& value) const {
+    try {
+        owner->ReadProperty(m_propertyIndex, value);
+    } catch (const CKvException& e) {
+        throw CKvValidationException(
+            FormatString("Failed to get the property value for [%s].", m_name.c_str()), std::string(), e);
+    }
+}
+
+void CElementInfo::ThrowSetFailed(const CXmlElement& element, const CKvException& inner) const {
+    throw CKvValidationException(FormatString("Failed to set the property value [%s].", m_name.c_str()),
+                                 element.GetXPath(), inner);
+}
+
+void CElementInfo::InvokePropertySet(CXmlGeneratedClass* owner, KvVariant& value,
+                                     const CXmlElement& element) const {
+    try {
+        owner->AccessProperty(m_propertyIndex, false, value);
+    } catch (const CKvException& e) {
+        ThrowSetFailed(element, e);
+    }
+}
+
+void CElementInfo::CheckRestriction(const KvVariant& value, std::string_view lexical) const {
+    if (!m_hasRestrictions) throw CKvException("Cannot CheckRestriction for type: " + value.GetType());
+    if (!m_restrictions.IsEmpty()) KvXmlLib16::internal::CheckFacets(m_restrictions, m_name, value, lexical);
+}
+
+void CElementInfo::ThrowMandatoryIsNull() const {
+    throw CKvInvalidParamException(
+        FormatString("The Property [%s] is mandatory, it may not be NULL", m_name.c_str()));
+}
+
+void CElementInfo::ThrowRequiredChildMissing(const CXmlElement* parent) const {
+    throw CKvValidationException(
+        FormatString("Failed to find the required child element [%s].", m_name.c_str()), parent->GetXPath());
+}
+
+// --- writing -----------------------------------------------------------------------------------------------
+
+void CElementInfo::WriteNilElement(CXmlWriter* writer) const {
+    writer->WriteStartElement(m_name, m_namespace);
+    writer->WriteNilAttribute();
+    writer->WriteEndElement();
+}
+
+bool CElementInfo::ElementToXmlPrim(const CSerializationContext&, const CXmlGeneratedClass* owner,
+                                    CXmlWriter* writer) const {
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    if (!value.IsValid()) return false;
+    if (value.IsNil()) {
+        WriteNilElement(writer);
+        return true;
+    }
+    const std::string_view text = value.ToText(writer->ScratchText(), m_formatOverride.c_str());
+    CheckRestriction(value, text);
+    writer->WriteStartElement(m_name, m_namespace);
+    writer->WriteText(text, m_itemType, !m_defaultValue.empty() && text == m_defaultValue);
+    writer->WriteEndElement();
+    return true;
+}
+
+bool CElementInfo::ElementToXmlEnum(const CSerializationContext&, const CXmlGeneratedClass* owner,
+                                    CXmlWriter* writer, const char* (*enumToString)(int)) const {
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    if (!value.IsValid()) return false;
+    if (value.IsNil()) {
+        WriteNilElement(writer);
+        return true;
+    }
+    const std::string_view text = OrEmpty(enumToString(value.GetI4()));
+    writer->WriteStartElement(m_name, m_namespace);
+    writer->WriteText(text, KvXmlLib16::ItemType_string, !m_defaultValue.empty() && text == m_defaultValue);
+    writer->WriteEndElement();
+    return true;
+}
+
+bool CElementInfo::ElementToXmlCls(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                                   CXmlWriter* writer, bool suppressChoiceError) const {
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    const CXmlObjectBase* object = value.PeekXmlObject();
+    if (object == nullptr) return false;
+    CXmlObjectBase::ToXml_Int(object, writer, false, m_namespace.c_str(), context, suppressChoiceError);
+    return true;
+}
+
+bool CElementInfo::ElementToXmlCol(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                                   CXmlWriter* writer) const {
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    const CXmlCollectionBase* collection = value.PeekXmlCollection();
+    if (collection == nullptr || collection->GetCount() <= 0) return false;
+    writer->BeginArray();
+    CXmlObjectBase::ToXml_Int(collection, writer, false, m_namespace.c_str(), context, false);
+    writer->EndArray();
+    return true;
+}
+
+// --- reading -----------------------------------------------------------------------------------------------
+
+void CElementInfo::RefuseChildElements(const CSerializationContext& context,
+                                       const CXmlElement& element) const {
+    const CXmlElement* child = element.GetFirstElement();
+    if (child == nullptr || context.GetIgnoreUnknownElements()) return;
+    throw CKvValidationException(
+        FormatString("Failed read all the elements held within the element [%s]. The unexpected element [%s] "
+                     "remains un processed",
+                     element.GetLocalName().c_str(), child->GetLocalName().c_str()),
+        element.GetXPath());
+}
+
+bool CElementInfo::ReadSimpleElementAttributes(const CSerializationContext& context,
+                                               const CXmlElement& element) const {
+    bool nil = false;
+    for (const auto* attribute : element.GetAttributes()) {
+        if (attribute->IsNilAttribute()) {
+            const std::string& value = attribute->GetValue();
+            if (EqualsIgnoreAsciiCase(value, "false")) {
+                nil = false;
+            } else if (!m_nillable) {
+                throw CKvValidationException("Invalid use of 'nil' attribute in non-nillable element.",
+                                             element.GetXPath());
+            } else if (EqualsIgnoreAsciiCase(value, "true")) {
+                nil = true;
+            } else {
+                throw CKvValidationException(
+                    FormatString("Unexpected Value [%s] for 'nil' Attribute found.", value.c_str()),
+                    attribute->GetXPath());
+            }
+        } else if (!context.GetIgnoreUnknownAttributes()) {
+            throw CKvValidationException("Unexpected Attribute found.", attribute->GetXPath());
+        }
+    }
+    return nil;
+}
+
+void CElementInfo::ElementFromXmlPrim(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                                      CXmlElement** cursor) const {
+    CXmlElement& element = **cursor;
+    RefuseChildElements(context, element);
+    KvVariant value;
+    if (!element.GetAttributes().empty() && ReadSimpleElementAttributes(context, element)) {
+        value.SetNil();
+    } else {
+        try {
+            std::string_view text = element.GetTextView();
+            if (text.empty()) text = m_defaultValue;
+            value.FromString(text, m_itemType, m_whitespaceRule);
+            if (!m_restrictions.IsEmpty()) {
+                std::string scratch;
+                CheckRestriction(value, CWhitespaceUtils::ApplyRuleView(m_whitespaceRule, text, scratch));
+            }
+        } catch (const CKvException& e) {
+            ThrowSetFailed(element, e);
+        }
+    }
+    InvokePropertySet(owner, value, element);
+    *cursor = element.GetNextSiblingElement();
+}
+
+void CElementInfo::ElementFromXmlEnum(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                                      CXmlElement** cursor) const {
+    CXmlElement& element = **cursor;
+    RefuseChildElements(context, element);
+    KvVariant value;
+    if (!element.GetAttributes().empty() && ReadSimpleElementAttributes(context, element)) {
+        value.SetNil();
+    } else {
+        try {
+            std::string text(element.GetTextView());
+            if (text.empty()) text = m_defaultValue;
+            value.SetI4(m_enumFromString(text.c_str()));
+        } catch (const CKvException& e) {
+            ThrowSetFailed(element, e);
+        }
+    }
+    InvokePropertySet(owner, value, element);
+    *cursor = element.GetNextSiblingElement();
+}
+
+CXmlElement* CElementInfo::FromXml_Int(CXmlObjectBase* object, CXmlElement* element, CXmlElement* cursor,
+                                       const CSerializationContext& context, bool suppressChoiceError) {
+    return CXmlObjectBase::FromXml_Int(object, element, cursor, context, suppressChoiceError);
+}
+
+void CElementInfo::AttributesToXml_Int(const CXmlObjectBase* object, CXmlWriter* writer,
+                                       const CSerializationContext& context) {
+    CXmlObjectBase::AttributesToXml_Int(object, writer, context);
+}
+
+}  // namespace KvXmlLib16Data

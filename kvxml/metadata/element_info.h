@@ -1,0 +1,153 @@
+/// Base of the records that describe the child elements of generated classes.
+#pragma once
+
+#include <atomic>
+#include <string>
+#include <string_view>
+
+#include "kvxml/export.h"
+#include "kvxml/metadata/parent_element_info.h"
+#include "kvxml/types/item_type.h"
+#include "kvxml/types/primitive_restrictions.h"
+#include "kvxml/types/whitespace_utils.h"
+
+namespace KvXmlLib16 {
+class CKvException;
+class CSerializationContext;
+class CXmlCollectionBase;
+class CXmlElement;
+class CXmlGeneratedClass;
+class CXmlObjectBase;
+class CXmlWriter;
+struct KvVariant;
+}  // namespace KvXmlLib16
+
+namespace KvXmlLib16Data {
+
+using KvXmlLib16::CPrimitiveRestrictions;
+using KvXmlLib16::CSerializationContext;
+using KvXmlLib16::CWhitespaceUtils;
+using KvXmlLib16::CXmlCollectionBase;
+using KvXmlLib16::CXmlElement;
+using KvXmlLib16::CXmlGeneratedClass;
+using KvXmlLib16::CXmlObjectBase;
+using KvXmlLib16::CXmlWriter;
+using KvXmlLib16::ItemType;
+using KvXmlLib16::KvVariant;
+
+/// One member of a generated class: how its element is called, which property holds it, and how its value
+/// is read, checked and written. The concrete records combine the helpers of this class by group, content
+/// and cardinality.
+///
+/// Records are created once per generated class, never change in what they do, and are shared by all
+/// instances and threads.
+class KVXML_EXPORT CElementInfo {
+public:
+    virtual ~CElementInfo();
+    /// Writes the owner's member; returns whether anything was written.
+    virtual bool ElementToXml(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                              CXmlWriter* writer) = 0;
+    /// Reads the member from the elements at `*cursor` and moves the cursor past what it read. True when the
+    /// record is satisfied (its element was read, or may be absent), false when it cannot place the element
+    /// under the cursor. `type` is the owning class's.
+    virtual bool ElementFromXml(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                                CXmlElement* parent, CXmlElement** cursor, const char* ns,
+                                XmlElementType type) = 0;
+    /// Members of an all-group only: complains when the member is missing.
+    virtual bool Validate(const CSerializationContext& context, const CXmlGeneratedClass* owner, bool found,
+                          bool isElement);
+    /// Writes the attributes of a member that has no tag of its own into the owner's start tag.
+    virtual void PseudoChildAttributeToXml(const CSerializationContext& context,
+                                           const CXmlGeneratedClass* owner, CXmlWriter* writer);
+
+    const std::string& GetElementName() const noexcept { return m_name; }
+    const std::string& GetElementNamespace() const noexcept { return m_namespace; }
+    int GetPropertyIndex() const noexcept { return m_propertyIndex; }
+
+    /// The element has this record's name and, unless the context ignores namespaces, its namespace.
+    bool IsThisElement(const CSerializationContext& context, const CXmlElement* element) const;
+
+    /// Namespace in which an untyped element without one of its own is written.
+    static std::string GetAnyDefaultNamespace(const char* restriction, const char* ns,
+                                              const char* targetNamespace);
+
+protected:
+    /// For collections, classes and untyped content.
+    CElementInfo(const char* name, const char* ns, int propertyIndex);
+    /// For enumerations.
+    CElementInfo(const char* name, const char* ns, int propertyIndex, bool nillable,
+                 const char* (*enumToString)(int), int (*enumFromString)(const char*),
+                 const char* defaultValue);
+    /// For primitive values.
+    CElementInfo(const char* name, const char* ns, int propertyIndex, bool nillable, ItemType itemType,
+                 const char* formatOverride, CWhitespaceUtils::WhitespaceRule rule,
+                 const CPrimitiveRestrictions& restrictions, const char* defaultValue);
+    CElementInfo(const CElementInfo& other);
+    CElementInfo& operator=(const CElementInfo& other);
+
+    void InvokePropertyGet(const CXmlGeneratedClass* owner, KvVariant& value) const;
+    void ReadProperty(const CXmlGeneratedClass* owner, KvVariant& value) const {
+        InvokePropertyGet(owner, value);
+    }
+    void InvokePropertySet(CXmlGeneratedClass* owner, KvVariant& value, const CXmlElement& element) const;
+    /// CKvInvalidValueException when a facet is violated; CKvException when this is not a primitive record.
+    /// `lexical` is the text of the value, which patterns are matched against.
+    void CheckRestriction(const KvVariant& value, std::string_view lexical = {}) const;
+
+    bool ElementToXmlPrim(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                          CXmlWriter* writer) const;
+    bool ElementToXmlEnum(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                          CXmlWriter* writer, const char* (*enumToString)(int)) const;
+    bool ElementToXmlCls(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                         CXmlWriter* writer, bool suppressChoiceError) const;
+    bool ElementToXmlCol(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                         CXmlWriter* writer) const;
+    void ElementFromXmlPrim(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                            CXmlElement** cursor) const;
+    void ElementFromXmlEnum(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                            CXmlElement** cursor) const;
+
+    static CXmlElement* FromXml_Int(CXmlObjectBase* object, CXmlElement* element, CXmlElement* cursor,
+                                    const CSerializationContext& context, bool suppressChoiceError);
+    static void AttributesToXml_Int(const CXmlObjectBase* object, CXmlWriter* writer,
+                                    const CSerializationContext& context);
+
+    /// CKvInvalidParamException: the property is mandatory and null.
+    [[noreturn]] void ThrowMandatoryIsNull() const;
+    /// CKvValidationException with the path of `parent`: the mandatory element is not there.
+    [[noreturn]] void ThrowRequiredChildMissing(const CXmlElement* parent) const;
+
+    /// The reader does nothing but return true when the element under the cursor is not this record's, so
+    /// the driver need not call it then. Collections find out when they first see their bounds.
+    void SetSkippedWhenAbsent() const noexcept { m_skippedWhenAbsent.store(true, std::memory_order_relaxed); }
+    /// The member may write attributes through PseudoChildAttributeToXml.
+    void SetHasPseudoElement() noexcept { m_hasPseudoElement = true; }
+
+    std::string m_name;
+    std::string m_namespace;
+    int m_propertyIndex;
+    CPrimitiveRestrictions m_restrictions;
+    ItemType m_itemType = KvXmlLib16::ItemType_Unknown;
+    std::string m_formatOverride;
+    CWhitespaceUtils::WhitespaceRule m_whitespaceRule = CWhitespaceUtils::WhitespaceRule_None;
+    std::string m_defaultValue;
+    bool m_nillable = false;
+    const char* (*m_enumToString)(int) = nullptr;
+    int (*m_enumFromString)(const char*) = nullptr;
+    bool m_hasRestrictions = false;
+
+private:
+    friend class KvXmlLib16::CXmlGeneratedClass;
+
+    /// Simple elements hold text only; a child element is an error unless the context ignores unknown ones.
+    void RefuseChildElements(const CSerializationContext& context, const CXmlElement& element) const;
+    /// Judges the attributes of a simple element; returns whether it is nil.
+    bool ReadSimpleElementAttributes(const CSerializationContext& context, const CXmlElement& element) const;
+    void WriteNilElement(CXmlWriter* writer) const;
+    [[noreturn]] void ThrowSetFailed(const CXmlElement& element, const KvXmlLib16::CKvException& inner) const;
+
+    mutable std::atomic<bool> m_skippedWhenAbsent{false};
+    bool m_hasPseudoElement = false;
+};
+
+}  // namespace KvXmlLib16Data

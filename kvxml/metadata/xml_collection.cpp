@@ -1,0 +1,199 @@
+#include "kvxml/metadata/xml_collection.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/xml/xml_element.h"
+
+namespace KvXmlLib16 {
+
+namespace {
+
+constexpr std::size_t kFirstBlock = 4;
+constexpr std::size_t kLargestBlock = 4096;
+
+}  // namespace
+
+CXmlCollection::CXmlCollection() = default;
+
+CXmlCollection::CXmlCollection(const char* elementName, const char* ns, int minOccurs, int maxOccurs)
+    : CXmlCollectionBase(elementName, ns, minOccurs, maxOccurs) {}
+
+CXmlCollection::CXmlCollection(const CXmlCollection& other) : CXmlCollectionBase(other) {
+    CopyItems(other);
+}
+
+CXmlCollection& CXmlCollection::operator=(const CXmlCollection& other) {
+    if (this != &other) {
+        while (m_tail != nullptr)
+            FreeNode(m_tail);
+        CXmlCollectionBase::operator=(other);
+        CopyItems(other);
+    }
+    return *this;
+}
+
+CXmlCollection::~CXmlCollection() = default;
+
+void CXmlCollection::CopyItems(const CXmlCollection& other) {
+    for (const CNode* node = other.m_head; node != nullptr; node = node->next) {
+        CNode* copy = NewNode();
+        copy->item = node->item;
+        copy->previous = m_tail;
+        (m_tail == nullptr ? m_head : m_tail->next) = copy;
+        m_tail = copy;
+        ++m_count;
+    }
+}
+
+// --- nodes -------------------------------------------------------------------------------------------------
+
+CXmlCollection::CNode* CXmlCollection::NewNode() {
+    if (m_free != nullptr) {
+        CNode* node = std::exchange(m_free, m_free->next);
+        node->next = nullptr;
+        return node;
+    }
+    if (m_blockUsed == m_blockSize) {
+        const std::size_t size = m_blockSize == 0 ? kFirstBlock : std::min(m_blockSize * 2, kLargestBlock);
+        m_blocks.push_back(std::make_unique<CNode[]>(size));
+        m_blockSize = size;
+        m_blockUsed = 0;
+    }
+    return &m_blocks.back()[m_blockUsed++];
+}
+
+void CXmlCollection::FreeNode(CNode* node) noexcept {
+    (node->previous == nullptr ? m_head : node->previous->next) = node->next;
+    (node->next == nullptr ? m_tail : node->next->previous) = node->previous;
+    --m_count;
+    m_lastNode = nullptr;
+    const CSmartPtr<CXmlObjectBase> item = std::move(node->item);  // released when the list is whole again
+    node->previous = nullptr;
+    node->next = m_free;
+    m_free = node;
+}
+
+CXmlCollection::CNode* CXmlCollection::GetNodeAtIndex(int index) const {
+    CheckItemIndex(index);
+    CNode* node = m_head;
+    std::int32_t at = 0;
+    const auto distance = [index](std::int32_t from) { return from > index ? from - index : index - from; };
+    if (distance(m_count - 1) < distance(at)) {
+        node = m_tail;
+        at = m_count - 1;
+    }
+    if (m_lastNode != nullptr && distance(m_lastIndex) < distance(at)) {
+        node = m_lastNode;
+        at = m_lastIndex;
+    }
+    for (; at < index; ++at)
+        node = node->next;
+    for (; at > index; --at)
+        node = node->previous;
+    m_lastNode = node;
+    m_lastIndex = index;
+    return node;
+}
+
+CXmlCollection::CNode* CXmlCollection::GetNodeForItem(const CXmlObjectBase* item) const {
+    for (CNode* node = m_head; node != nullptr; node = node->next) {
+        if (node->item.Get() == item) return node;
+    }
+    throw CKvInvalidParamException("The object was not found in the collection");
+}
+
+// --- changes -----------------------------------------------------------------------------------------------
+
+void CXmlCollection::Insert(CNode* before, CXmlObjectBase* item) {
+    if (item == nullptr) throw CKvInvalidParamException("An item of a collection may not be NULL");
+    const CSmartPtr<CXmlObjectBase> keep(item);
+    FireOnCollectionAdd(item);
+    CNode* node = NewNode();
+    node->item = keep;
+    node->next = before;
+    node->previous = before == nullptr ? m_tail : before->previous;
+    (node->previous == nullptr ? m_head : node->previous->next) = node;
+    (before == nullptr ? m_tail : before->previous) = node;
+    ++m_count;
+    if (before != nullptr) m_lastNode = nullptr;
+    FireOnCollectionAddComplete(item);
+    FireOnCollectionChange();
+}
+
+void CXmlCollection::AddAfterItem(const CXmlObjectBase* existing, CXmlObjectBase* item) {
+    Insert(existing == nullptr ? m_head : GetNodeForItem(existing)->next, item);
+}
+
+void CXmlCollection::AddBeforeItem(const CXmlObjectBase* existing, CXmlObjectBase* item) {
+    Insert(GetNodeForItem(existing), item);
+}
+
+void CXmlCollection::AddItemAt(int index, CXmlObjectBase* item) {
+    if (index < 0 || index > m_count) throw CKvInvalidParamException("Index out of range");
+    Insert(index == m_count ? nullptr : GetNodeAtIndex(index), item);
+}
+
+void CXmlCollection::RemoveNodeAt(CNode* node, std::int32_t index) {
+    FireOnCollectionRemove(index);
+    FreeNode(node);
+    FireOnCollectionRemoveComplete(index);
+    FireOnCollectionChange();
+}
+
+void CXmlCollection::RemoveNode(CNode* node) {
+    std::int32_t index = 0;
+    for (const CNode* at = m_head; at != node; at = at->next) {
+        if (at == nullptr) throw CKvInvalidParamException("The object was not found in the collection");
+        ++index;
+    }
+    RemoveNodeAt(node, index);
+}
+
+void CXmlCollection::Remove(int index) {
+    RemoveNodeAt(GetNodeAtIndex(index), index);
+}
+
+void CXmlCollection::Clear() {
+    if (HasListeners()) {
+        while (m_head != nullptr)
+            RemoveNodeAt(m_head, 0);
+    } else {
+        while (m_tail != nullptr)
+            FreeNode(m_tail);
+    }
+}
+
+// --- reading and writing -----------------------------------------------------------------------------------
+
+void CXmlCollection::SetItemElementName(CXmlObjectBase* item) const {
+    CXmlCollectionBase::SetElementName(item, GetElementNameView());
+}
+
+void CXmlCollection::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext& context,
+                               bool) const {
+    for (const CNode* node = m_head; node != nullptr; node = node->next) {
+        CXmlObjectBase::ToXml_Int(node->item.Get(), writer, false, GetItemNamespace().c_str(), context,
+                                  false);
+    }
+}
+
+CXmlElement* CXmlCollection::ReadItems(CXmlElement* cursor, const CSerializationContext& context,
+                                       CreateItem create) {
+    const internal::CXmlName* matched = nullptr;
+    while (cursor != nullptr) {
+        if (cursor->GetName() != matched) {
+            if (!internal::DoesElementNameMatch(context, *cursor, GetElementNameView(), GetItemNamespace()))
+                break;
+            matched = cursor->GetName();
+        }
+        CSmartPtr<CXmlObjectBase> item(create());
+        CXmlObjectBase::FromXml_Int(item.Get(), cursor, cursor->GetFirstElement(), context, false);
+        AppendItem(item.Get());
+        cursor = cursor->GetNextSiblingElement();
+    }
+    return cursor;
+}
+
+}  // namespace KvXmlLib16

@@ -1,0 +1,161 @@
+/// Collections of objects of generated classes.
+///
+///     class CTrkTypeCol : public CXmlTypedCollection<CTrkType> { using
+///     CXmlTypedCollection::CXmlTypedCollection; }; for (CTrkType* track : *gpx->GetTrk()) ...
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <vector>
+
+#include "kvxml/export.h"
+#include "kvxml/metadata/xml_collection_base.h"
+#include "kvxml/runtime/smart_ptr.h"
+
+namespace KvXmlLib16 {
+
+/// Ordered list of shared objects. Every change notifies the listeners: add, the change itself, add complete
+/// (or remove and remove complete), change. A failed operation leaves the list unchanged.
+///
+/// Adding null throws CKvInvalidParamException. A copy shares the items and has the same listeners.
+class KVXML_EXPORT CXmlCollection : public CXmlCollectionBase {
+public:
+    /// One item and its neighbours; owned by the collection.
+    struct CNode {
+        CSmartPtr<CXmlObjectBase> item;
+        CNode* next = nullptr;
+        CNode* previous = nullptr;
+    };
+
+    ~CXmlCollection() override;
+
+    std::int32_t GetCount() const override { return m_count; }
+    void Clear() override;
+    void Remove(int index) override;
+
+protected:
+    CXmlCollection();
+    CXmlCollection(const char* elementName, const char* ns, int minOccurs, int maxOccurs);
+    CXmlCollection(const CXmlCollection& other);
+    CXmlCollection& operator=(const CXmlCollection& other);
+
+    /// Writes the items one after the other as elements of the collection's namespace.
+    void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
+                   const CSerializationContext& context, bool suppressChoiceError) const override;
+
+    void AppendItem(CXmlObjectBase* item) { Insert(nullptr, item); }
+    void PrependItem(CXmlObjectBase* item) { Insert(m_head, item); }
+    /// A null `existing` prepends; CKvInvalidParamException "The object was not found in the collection".
+    void AddAfterItem(const CXmlObjectBase* existing, CXmlObjectBase* item);
+    void AddBeforeItem(const CXmlObjectBase* existing, CXmlObjectBase* item);
+    /// 0 <= index <= count, else CKvInvalidParamException "Index out of range".
+    void AddItemAt(int index, CXmlObjectBase* item);
+    void RemoveNode(CNode* node);
+    /// CKvInvalidParamException "Index %d is out of range, use 0 - %d". Going through the indexes in order
+    /// costs one step each.
+    CNode* GetNodeAtIndex(int index) const;
+    CNode* GetNodeForItem(const CXmlObjectBase* item) const;
+
+    CNode* Head() const noexcept { return m_head; }
+
+    /// Gives `item` the element name of the collection, under which it will be written.
+    void SetItemElementName(CXmlObjectBase* item) const;
+
+    /// Makes an empty item, for ReadItems.
+    using CreateItem = CXmlObjectBase* (*)();
+    /// Reads the run of elements at `cursor` that have the collection's name and namespace into new items;
+    /// returns the first other element.
+    CXmlElement* ReadItems(CXmlElement* cursor, const CSerializationContext& context, CreateItem create);
+
+private:
+    void Insert(CNode* before, CXmlObjectBase* item);
+    CNode* NewNode();
+    void FreeNode(CNode* node) noexcept;
+    void RemoveNodeAt(CNode* node, std::int32_t index);
+    void CopyItems(const CXmlCollection& other);
+
+    CNode* m_head = nullptr;
+    CNode* m_tail = nullptr;
+    std::int32_t m_count = 0;
+    // The node found last by index, so that a loop over indexes does not start over each time.
+    mutable CNode* m_lastNode = nullptr;
+    mutable std::int32_t m_lastIndex = 0;
+    // Nodes come from blocks that grow with the collection and are reused through a free list.
+    std::vector<std::unique_ptr<CNode[]>> m_blocks;
+    std::size_t m_blockUsed = 0;
+    std::size_t m_blockSize = 0;
+    CNode* m_free = nullptr;
+};
+
+/// Typed collection of a generated class `T`, which needs a public default constructor. Items that are added
+/// take the element name of the collection.
+template <class T>
+class CXmlTypedCollection : public CXmlCollection {
+public:
+    /// Goes through the items in order; an iterator stays valid until its item is removed.
+    class iterator {
+    public:
+        using iterator_category = std::forward_iterator_tag;
+        using value_type = T*;
+        using difference_type = std::ptrdiff_t;
+        using pointer = T* const*;
+        using reference = T*;
+
+        iterator() noexcept = default;
+        explicit iterator(CNode* node) noexcept : m_node(node) {}
+        T* operator*() const noexcept { return static_cast<T*>(m_node->item.Get()); }
+        T* operator->() const noexcept { return **this; }
+        iterator& operator++() noexcept {
+            m_node = m_node->next;
+            return *this;
+        }
+        iterator operator++(int) noexcept {
+            iterator before = *this;
+            ++*this;
+            return before;
+        }
+        friend bool operator==(iterator a, iterator b) noexcept { return a.m_node == b.m_node; }
+        friend bool operator!=(iterator a, iterator b) noexcept { return a.m_node != b.m_node; }
+
+    private:
+        CNode* m_node = nullptr;
+    };
+
+    /// `maxOccurs` -1: unbounded.
+    CXmlTypedCollection(const char* elementName, const char* ns, int minOccurs, int maxOccurs)
+        : CXmlCollection(elementName, ns, minOccurs, maxOccurs) {}
+
+    iterator begin() const noexcept { return iterator(Head()); }
+    iterator end() const noexcept { return iterator(); }
+
+    /// The item at `index`; CKvInvalidParamException for a bad index.
+    CSmartPtr<T> Item(int index) const { return static_cast<T*>(GetNodeAtIndex(index)->item.Get()); }
+
+    void Add(const CSmartPtr<T>& item) { AppendItem(Named(item)); }
+    void AddAt(int index, const CSmartPtr<T>& item) { AddItemAt(index, Named(item)); }
+    void Prepend(const CSmartPtr<T>& item) { PrependItem(Named(item)); }
+    void AddAfter(const T* existing, const CSmartPtr<T>& item) { AddAfterItem(existing, Named(item)); }
+    void AddBefore(const T* existing, const CSmartPtr<T>& item) { AddBeforeItem(existing, Named(item)); }
+    /// Appends and returns a new item.
+    CSmartPtr<T> CreateNew() {
+        CSmartPtr<T> item(new T());
+        Add(item);
+        return item;
+    }
+
+protected:
+    CXmlElement* FromXml_Int(CXmlElement*, CXmlElement* cursor, const CSerializationContext& context,
+                             bool) override {
+        return ReadItems(cursor, context, [] { return static_cast<CXmlObjectBase*>(new T()); });
+    }
+
+private:
+    T* Named(const CSmartPtr<T>& item) {
+        if (item != nullptr && !GetElementNameView().empty()) SetItemElementName(item.Get());
+        return item.Get();
+    }
+};
+
+}  // namespace KvXmlLib16

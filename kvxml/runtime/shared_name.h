@@ -1,0 +1,57 @@
+/// Immutable text shared by reference count, for the element names that every object carries.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string_view>
+#include <utility>
+
+#include "kvxml/export.h"
+
+namespace KvXmlLib16::internal {
+
+/// One pointer wide; null is the empty text. Copies share the text; the count is atomic, so copies may be
+/// made and dropped by different threads. Recently used texts are remembered per thread, so that reading a
+/// million elements of one name allocates that name once.
+class KVXML_EXPORT CSharedName {
+public:
+    CSharedName() noexcept = default;
+    explicit CSharedName(std::string_view text) : m_block(text.empty() ? nullptr : Acquire(text)) {}
+    CSharedName(const CSharedName& other) noexcept : m_block(other.m_block) { AddReference(); }
+    CSharedName(CSharedName&& other) noexcept : m_block(std::exchange(other.m_block, nullptr)) {}
+    CSharedName& operator=(CSharedName other) noexcept {
+        std::swap(m_block, other.m_block);
+        return *this;
+    }
+    ~CSharedName() { DropReference(); }
+
+    std::string_view View() const noexcept {
+        return m_block == nullptr ? std::string_view() : std::string_view(Text(m_block), m_block->length);
+    }
+    /// Zero-terminated; valid while this object holds the text.
+    const char* CStr() const noexcept { return m_block == nullptr ? "" : Text(m_block); }
+    bool IsEmpty() const noexcept { return m_block == nullptr; }
+
+private:
+    struct Block {
+        std::atomic<std::uint32_t> references;
+        std::uint32_t length;
+        // the text and its terminator follow
+    };
+
+    static const char* Text(const Block* block) noexcept { return reinterpret_cast<const char*>(block + 1); }
+    static Block* Acquire(std::string_view text);
+    static void Free(Block* block) noexcept;
+
+    void AddReference() const noexcept {
+        if (m_block != nullptr) m_block->references.fetch_add(1, std::memory_order_relaxed);
+    }
+    void DropReference() noexcept {
+        if (m_block != nullptr && m_block->references.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            Free(m_block);
+    }
+
+    Block* m_block = nullptr;
+};
+
+}  // namespace KvXmlLib16::internal

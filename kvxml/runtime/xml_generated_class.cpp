@@ -1,0 +1,413 @@
+#include "kvxml/runtime/xml_generated_class.h"
+
+#include <vector>
+
+#include "kvxml/metadata/attribute_col.h"
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/format_string.h"
+#include "kvxml/runtime/nillable.h"
+#include "kvxml/types/internal/ascii.h"
+#include "kvxml/xml/internal/xml_name.h"
+#include "kvxml/xml/namespace_alias_map.h"
+#include "kvxml/xml/xml_attribute.h"
+#include "kvxml/xml/xml_element.h"
+#include "kvxml/xml/xml_writer.h"
+
+namespace KvXmlLib16 {
+
+using internal::EqualsIgnoreAsciiCase;
+using KvXmlLib16Data::XmlElementGroupType_All;
+using KvXmlLib16Data::XmlElementGroupType_Choice;
+using KvXmlLib16Data::XmlElementGroupType_Sequence;
+using KvXmlLib16Data::XmlElementType_Element;
+
+CKVCriticalSection CXmlGeneratedClass::m_csInit;
+
+namespace {
+
+/// One flag per attribute record; in place for all but extreme classes.
+class SeenFlags {
+public:
+    explicit SeenFlags(int count) {
+        if (count > 64) m_many.resize(static_cast<std::size_t>(count));
+    }
+    void Set(int index) {
+        if (m_many.empty()) {
+            m_few |= std::uint64_t{1} << index;
+        } else {
+            m_many[static_cast<std::size_t>(index)] = true;
+        }
+    }
+    bool Test(int index) const {
+        return m_many.empty() ? (m_few >> index & 1) != 0 : m_many[static_cast<std::size_t>(index)];
+    }
+
+private:
+    std::uint64_t m_few = 0;
+    std::vector<bool> m_many;
+};
+
+template <class Record>
+int CountRecords(Record** records) {
+    int count = 0;
+    if (records != nullptr) {
+        while (records[count] != nullptr)
+            ++count;
+    }
+    return count;
+}
+
+[[noreturn]] void ThrowElementRemains(const CXmlElement& parent, const CXmlElement& remaining) {
+    throw CKvValidationException(
+        FormatString("Failed read all the elements held within the element [%s]. The unexpected element [%s] "
+                     "remains un processed",
+                     parent.GetLocalName().c_str(), remaining.GetLocalName().c_str()),
+        parent.GetXPath());
+}
+
+// A name of the document remembers which record of which class claimed it. The key tells class, kind of
+// record and way of matching apart.
+enum class NameUse : std::uint64_t { Element = 0, Attribute = 1 };
+std::uint64_t CacheKey(std::uint64_t classId, NameUse use, bool ignoreNamespaces) {
+    return classId << 2 | static_cast<std::uint64_t>(use) << 1 | (ignoreNamespaces ? 1 : 0);
+}
+
+}  // namespace
+
+CXmlGeneratedClass::CXmlGeneratedClass() noexcept = default;
+CXmlGeneratedClass::CXmlGeneratedClass(const CXmlGeneratedClass& other) noexcept = default;
+CXmlGeneratedClass& CXmlGeneratedClass::operator=(const CXmlGeneratedClass& other) noexcept = default;
+CXmlGeneratedClass::~CXmlGeneratedClass() = default;
+
+// --- metadata ----------------------------------------------------------------------------------------------
+
+int CXmlGeneratedClass::GetClassElementInfoCount() const {
+    auto& known = GetClassInfo()->m_facts.elementCount;
+    int count = known.load(std::memory_order_relaxed);
+    if (count < 0) {
+        count = CountRecords(GetClassElementInfo());
+        known.store(count, std::memory_order_relaxed);
+    }
+    return count;
+}
+
+int CXmlGeneratedClass::AttributeRecordCount(CAttributeInfo** records) const {
+    auto& known = GetClassInfo()->m_facts.attributeCount;
+    int count = known.load(std::memory_order_relaxed);
+    if (count < 0) {
+        count = CountRecords(records);
+        known.store(count, std::memory_order_relaxed);
+    }
+    return count;
+}
+
+bool CXmlGeneratedClass::IsNillableClass() const {
+    auto& known = GetClassInfo()->m_facts.isNillable;
+    std::int8_t nillable = known.load(std::memory_order_relaxed);
+    if (nillable < 0) {
+        nillable = dynamic_cast<const INillable*>(this) != nullptr ? 1 : 0;
+        known.store(nillable, std::memory_order_relaxed);
+    }
+    return nillable != 0;
+}
+
+bool CXmlGeneratedClass::IsElementInList(const CSerializationContext& context,
+                                         const CXmlElement* element) const {
+    CElementInfo** records = GetClassElementInfo();
+    const int count = GetClassElementInfoCount();
+    for (int i = 0; i < count; ++i) {
+        if (records[i]->IsThisElement(context, element)) return true;
+    }
+    return false;
+}
+
+void CXmlGeneratedClass::CleanMetaData(CParentElementInfo*& classInfo, CElementInfo**& elementInfo,
+                                       CAttributeInfo**& attributeInfo) {
+    delete classInfo;
+    classInfo = nullptr;
+    const auto destroyAll = [](auto**& records) {
+        if (records == nullptr) return;
+        for (auto** record = records; *record != nullptr; ++record) {
+            delete *record;
+            *record = nullptr;
+        }
+        records = nullptr;
+    };
+    destroyAll(elementInfo);
+    destroyAll(attributeInfo);
+}
+
+// --- reading -----------------------------------------------------------------------------------------------
+
+CXmlElement* CXmlGeneratedClass::FromXml_Int(CXmlElement* element, CXmlElement* cursor,
+                                             const CSerializationContext& context, bool suppressChoiceError) {
+    try {
+        ReadContent(element, cursor, context, suppressChoiceError);
+    } catch (const CKvException& e) {
+        if (e.GetPath().empty()) {
+            throw CKvValidationException("Failed to process the element.", element->GetXPath(), e);
+        }
+        throw CKvException(e);  // keeps the innermost path
+    }
+    return cursor;
+}
+
+void CXmlGeneratedClass::ReadContent(CXmlElement* element, CXmlElement*& cursor,
+                                     const CSerializationContext& context, bool suppressChoiceError) {
+    Init();
+    const CParentElementInfo& record = *GetClassInfo();
+    if (record.GetElementType() == XmlElementType_Element) {
+        SetElementName(std::string_view(element->GetLocalName()));
+    }
+    ProcessAttributesFromXml(context, element, record.GetFromXmlFailIfAttributeUnknown());
+    if (IsNillableClass() && dynamic_cast<INillable*>(this)->IsNil()) return;
+    switch (record.GetElementGroupType()) {
+        case XmlElementGroupType_Sequence:
+            cursor = ProcessElementSeqFromXml(context, element, cursor, record.GetElementType());
+            break;
+        case XmlElementGroupType_Choice:
+        case XmlElementGroupType_All:
+            (void)suppressChoiceError;
+            throw CKvException("Choice and all groups are not built in yet.");
+        default:
+            throw CKvException("Unknown Group Type");
+    }
+    ReadSimpleContent(*element);
+}
+
+void CXmlGeneratedClass::ReadSimpleContent(const CXmlElement& element) {
+    const CParentElementInfo& record = *GetClassInfo();
+    if (record.GetPrimitiveValuePropertyIndex() == -1 || record.GetPrimitiveDataType() == ItemType_Unknown)
+        return;
+    KvVariant value;
+    if (record.GetOutputPrimitiveClassAsTextProperty()) {
+        value.SetString(std::string(element.GetTextView()));
+    } else {
+        value.FromString(element.GetTextView(), record.GetPrimitiveDataType(),
+                         CWhitespaceUtils::WhitespaceRule_None);
+    }
+    AccessProperty(record.GetPrimitiveValuePropertyIndex(), false, value);
+}
+
+void CXmlGeneratedClass::ReadNilAttribute(const CXmlElement& element, const CXmlAttribute& attribute) {
+    auto* nillable = IsNillableClass() ? dynamic_cast<INillable*>(this) : nullptr;
+    if (nillable == nullptr) {
+        throw CKvValidationException("Invalid use of 'nil' attribute in non-nillable element.",
+                                     element.GetXPath());
+    }
+    const std::string& value = attribute.GetValue();
+    if (EqualsIgnoreAsciiCase(value, "true") || value == "1") {
+        nillable->SetNil(true);
+    } else if (EqualsIgnoreAsciiCase(value, "false") || value == "0") {
+        nillable->SetNil(false);
+    } else {
+        throw CKvValidationException(
+            FormatString("Unexpected Value [%s] for 'nil' Attribute found.", value.c_str()),
+            attribute.GetXPath());
+    }
+}
+
+void CXmlGeneratedClass::ProcessAttributesFromXml(const CSerializationContext& context, CXmlElement* element,
+                                                  bool failIfAttributeUnknown) {
+    CAttributeInfo** records = GetClassAttributeInfo();
+    const int count = AttributeRecordCount(records);
+    SeenFlags seen(count);
+    const std::uint64_t key =
+        CacheKey(GetClassInfo()->m_id, NameUse::Attribute, context.GetIgnoreNamespaces());
+    for (auto* attribute : element->GetAttributes()) {
+        const internal::CXmlName& name = *attribute->GetName();
+        // A name that a record took before is taken by it again: which record takes an attribute depends on
+        // the name alone.
+        int index = name.cacheKey == key ? static_cast<int>(name.cacheValue) : -1;
+        if (index >= 0 && records[index]->AttributeFromXml(context, this, attribute)) {
+            seen.Set(index);
+            continue;
+        }
+        if (attribute->IsNamespaceAttribute()) continue;
+        if (attribute->IsNilAttribute()) {
+            ReadNilAttribute(*element, *attribute);
+            continue;
+        }
+        for (index = 0; index < count; ++index) {
+            if (records[index]->AttributeFromXml(context, this, attribute)) break;
+        }
+        if (index < count) {
+            seen.Set(index);
+            name.cacheKey = key;
+            name.cacheValue = static_cast<std::uint32_t>(index);
+        } else if (failIfAttributeUnknown && !context.GetIgnoreUnknownAttributes()) {
+            throw CKvValidationException("Unexpected Attribute found.", attribute->GetXPath());
+        }
+    }
+    for (int i = 0; i < count; ++i)
+        records[i]->Validate(context, seen.Test(i));
+}
+
+int CXmlGeneratedClass::FindElementRecord(const CSerializationContext& context, const CXmlElement& element,
+                                          int from) const {
+    const std::uint64_t key = CacheKey(GetClassInfo()->m_id, NameUse::Element, context.GetIgnoreNamespaces());
+    const internal::CXmlName& name = *element.GetName();
+    if (name.cacheKey == key && static_cast<int>(name.cacheValue) >= from)
+        return static_cast<int>(name.cacheValue);
+    CElementInfo** records = GetClassElementInfo();
+    const int count = GetClassElementInfoCount();
+    const auto find = [&](int first) {
+        while (first < count && !records[first]->IsThisElement(context, &element))
+            ++first;
+        return first;
+    };
+    if (name.cacheKey != key) {
+        const int first = find(0);
+        name.cacheKey = key;
+        name.cacheValue = static_cast<std::uint32_t>(first);
+        if (first >= from) return first;
+    }
+    return find(from);
+}
+
+CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationContext& context,
+                                                          CXmlElement* parent, CXmlElement* cursor,
+                                                          XmlElementType type) {
+    CXmlElement* const first = cursor;
+    CElementInfo** records = GetClassElementInfo();
+    const int count = GetClassElementInfoCount();
+    const std::string& ns = GetClassInfo()->GetElementNamespace();
+    int start = 0;
+    for (;;) {
+        const CXmlElement* claimed = nullptr;  // the element that `claimant` was found for
+        int claimant = count;
+        for (int i = start; i < count; ++i) {
+            CElementInfo& record = *records[i];
+            if (record.m_skippedWhenAbsent.load(std::memory_order_relaxed)) {
+                if (cursor == nullptr) continue;
+                if (claimed != cursor || claimant < i) {
+                    claimant = FindElementRecord(context, *cursor, i);
+                    claimed = cursor;
+                }
+                if (claimant != i) continue;
+            }
+            while (!record.ElementFromXml(context, this, parent, &cursor, ns.c_str(), type)) {
+                if (!context.GetIgnoreUnknownElements() || cursor == nullptr) return first;
+                cursor = cursor->GetNextSiblingElement();
+            }
+        }
+        if (type != XmlElementType_Element || cursor == nullptr) return cursor;
+        if (!context.GetIgnoreUnknownElements()) ThrowElementRemains(*parent, *cursor);
+        cursor = cursor->GetNextSiblingElement();
+        if (cursor == nullptr) return nullptr;
+        // Only the last member, typically a repeating one, is offered what follows an unknown element.
+        start = count > 0 ? count - 1 : 0;
+    }
+}
+
+// --- writing -----------------------------------------------------------------------------------------------
+
+void CXmlGeneratedClass::ToXml_Int(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
+                                   const CSerializationContext& context, bool suppressChoiceError) const {
+    try {
+        WriteContent(writer, isRoot, namespaceUri, context, suppressChoiceError);
+    } catch (const CKvException& e) {
+        throw CKvValidationException(
+            FormatString("Failed to convert the element [%s] to XML", GetElementNameText()), std::string(),
+            e);
+    }
+}
+
+void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
+                                      const CSerializationContext& context, bool suppressChoiceError) const {
+    const CParentElementInfo& record = *GetClassInfo();
+    const bool hasTag = record.GetElementType() == XmlElementType_Element;
+    if (hasTag) {
+        if (isRoot) {
+            for (const std::string& instruction : context.GetProcessingInstructions()) {
+                writer->WriteRaw(instruction);
+            }
+            for (const auto& [uri, alias] : context.GetNamespaceAliases())
+                writer->AddNamespaceAlias(alias, uri);
+            const std::string defaultNamespace = context.GetDefaultNamespaceURI();
+            if (!defaultNamespace.empty()) writer->SetDefaultNamespace(defaultNamespace);
+        }
+        if (writer->GetDepth() >= static_cast<std::int64_t>(context.GetMaxElementDepth())) {
+            throw CKvException(FormatString("The elements are nested deeper than the limit of %u.",
+                                            context.GetMaxElementDepth()));
+        }
+        writer->WriteStartElement(GetElementNameView(), namespaceUri);
+        if (isRoot) {
+            const auto attributes = const_cast<CSerializationContext&>(context).GetAdditionalRootAttributes();
+            ToXml_Int(attributes.Get(), writer, false, namespaceUri, context, false);
+        }
+    }
+    AttributesToXml_Int(writer, context);
+    if (isRoot) {
+        const std::string schema = context.GetInLineSchema();
+        if (!schema.empty()) writer->WriteRawAfterSpace(schema);
+    }
+    if (IsNillableClass() && dynamic_cast<const INillable*>(this)->IsNil()) {
+        writer->WriteNilAttribute();
+    } else {
+        switch (record.GetElementGroupType()) {
+            case XmlElementGroupType_Sequence:
+                ProcessElementSeqToXml(context, GetClassElementInfo(), writer);
+                break;
+            case XmlElementGroupType_Choice:
+            case XmlElementGroupType_All:
+                (void)suppressChoiceError;
+                throw CKvException("Choice and all groups are not built in yet.");
+            default:
+                throw CKvException("Unknown XML Group Type");
+        }
+        const int valueIndex = record.GetPrimitiveValuePropertyIndex();
+        if (valueIndex != -1) {
+            KvVariant value;
+            ReadProperty(valueIndex, value);
+            const std::string_view text =
+                value.ToText(writer->ScratchText(), record.GetPrimitiveFormatOverride().c_str());
+            writer->WriteText(text, value.GetTypeAsEnum(), false);
+        }
+    }
+    if (hasTag) writer->WriteEndElement();
+}
+
+void CXmlGeneratedClass::AttributesToXml_Int(CXmlWriter* writer, const CSerializationContext& context) const {
+    try {
+        const CParentElementInfo& record = *GetClassInfo();
+        if (record.GetHasBaseClasses() && context.GetWriteTypeAttribute() &&
+            record.GetElementName() != GetElementNameView()) {
+            writer->WriteTypeAttribute(record.GetElementNamespace(), record.GetElementName(),
+                                       ItemType_string);
+        }
+        ProcessAttributesToXml(context, GetClassElementInfo(), GetClassAttributeInfo(), writer);
+    } catch (const CKvException& e) {
+        throw CKvException("Failed to convert attributes to XML", e);
+    }
+}
+
+void CXmlGeneratedClass::ProcessAttributesToXml(const CSerializationContext& context,
+                                                CElementInfo** elementInfo, CAttributeInfo** attributeInfo,
+                                                CXmlWriter* writer) const {
+    if (attributeInfo != nullptr) {
+        for (CAttributeInfo** record = attributeInfo; *record != nullptr; ++record) {
+            (*record)->AttributeToXml(context, this, writer);
+        }
+    }
+    auto& known = GetClassInfo()->m_facts.hasPseudoElements;
+    if (known.load(std::memory_order_relaxed) == 0 || elementInfo == nullptr) return;
+    bool anyPseudo = false;
+    for (CElementInfo** record = elementInfo; *record != nullptr; ++record) {
+        if ((*record)->m_hasPseudoElement) {
+            anyPseudo = true;
+            (*record)->PseudoChildAttributeToXml(context, this, writer);
+        }
+    }
+    known.store(anyPseudo ? 1 : 0, std::memory_order_relaxed);
+}
+
+void CXmlGeneratedClass::ProcessElementSeqToXml(const CSerializationContext& context,
+                                                CElementInfo** elementInfo, CXmlWriter* writer) const {
+    if (elementInfo == nullptr) return;
+    for (CElementInfo** record = elementInfo; *record != nullptr; ++record) {
+        (*record)->ElementToXml(context, this, writer);
+    }
+}
+
+}  // namespace KvXmlLib16

@@ -1,0 +1,420 @@
+#include "kvxml/runtime/xml_object_base.h"
+
+#include <cstring>
+#include <vector>
+
+#include "kvxml/metadata/parent_element_info.h"
+#include "kvxml/metadata/xml_collection_base.h"
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/format_string.h"
+#include "kvxml/runtime/internal/text_settings.h"
+#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/types/internal/compression.h"
+#include "kvxml/xml/binary_stream.h"
+#include "kvxml/xml/file_text_stream.h"
+#include "kvxml/xml/text_stream.h"
+#include "kvxml/xml/xml_document.h"
+#include "kvxml/xml/xml_element.h"
+#include "kvxml/xml/xml_text_writer.h"
+
+namespace KvXmlLib16 {
+
+namespace {
+
+[[noreturn]] void ThrowNotBuiltIn(const char* format) {
+    throw CKvException(FormatString("The %s format is not built in yet.", format));
+}
+
+const char* OrEmpty(const char* text) noexcept {
+    return text == nullptr ? "" : text;
+}
+
+void RefuseZlibFile(CompressionType compression) {
+    if (compression == CompressionType_ZLib) {
+        throw CKvException("ZLIB Compression only available for To Stream methods.");
+    }
+}
+
+// Objects deleted while another deletion of this thread is deep already wait here, so that chains of
+// objects do not recurse per link.
+struct DeletionQueue {
+    static constexpr int kMaxDepth = 64;
+    int depth = 0;
+    std::vector<const CXmlObjectBase*> waiting;
+};
+
+DeletionQueue& ThreadDeletionQueue() noexcept {
+    thread_local DeletionQueue queue;
+    return queue;
+}
+
+}  // namespace
+
+namespace internal {
+
+bool IsNamespaceValid(std::string_view ns, std::string_view allowed, std::string_view targetNs) noexcept {
+    const auto accepts = [&](std::string_view token) {
+        if (token == "##any") return true;
+        if (token == "##other") return ns != targetNs;
+        if (token == "##local") return ns.empty();
+        if (token == "##targetNamespace") return ns == targetNs;
+        return ns == allowed || ns.empty();
+    };
+    const std::size_t blank = allowed.find(' ');
+    if (accepts(allowed.substr(0, blank))) return true;
+    return blank != std::string_view::npos && accepts(std::string_view());
+}
+
+bool DoesElementNameMatch(const CSerializationContext& context, const CXmlElement& element,
+                          std::string_view name, std::string_view ns) noexcept {
+    if (element.GetLocalName() != name) return false;
+    return context.GetIgnoreNamespaces() || element.GetNamespaceURI() == ns;
+}
+
+}  // namespace internal
+
+// --- life ------------------------------------------------------------------------------------------------
+
+CXmlObjectBase::CXmlObjectBase() noexcept = default;
+
+CXmlObjectBase::CXmlObjectBase(const CXmlObjectBase& other) noexcept
+    : m_elementName(other.m_elementName), m_references(other.m_references.load(std::memory_order_relaxed)) {}
+
+CXmlObjectBase& CXmlObjectBase::operator=(const CXmlObjectBase& other) noexcept {
+    m_elementName = other.m_elementName;
+    m_references.store(other.m_references.load(std::memory_order_relaxed), std::memory_order_relaxed);
+    return *this;
+}
+
+CXmlObjectBase::~CXmlObjectBase() = default;
+
+void CXmlObjectBase::DeleteThis() const noexcept {
+    DeletionQueue& queue = ThreadDeletionQueue();
+    if (queue.depth >= DeletionQueue::kMaxDepth) {
+        queue.waiting.push_back(this);
+        return;
+    }
+    ++queue.depth;
+    delete this;
+    --queue.depth;
+    // Only the outermost deletion empties the queue; what it deletes may queue more.
+    while (queue.depth == 0 && !queue.waiting.empty()) {
+        const CXmlObjectBase* next = queue.waiting.back();
+        queue.waiting.pop_back();
+        ++queue.depth;
+        delete next;
+        --queue.depth;
+    }
+}
+
+const CXmlObjectBase* CXmlObjectBase::GetBase() const {
+    return const_cast<CXmlObjectBase*>(this)->GetBase();
+}
+
+void CXmlObjectBase::SetElementName(const char* name) {
+    SetElementName(std::string_view(OrEmpty(name)));
+}
+
+void CXmlObjectBase::OnEvent(CXmlObjectBase*, MsgType, void*) {}
+
+void CXmlObjectBase::AttributesToXml_Int(CXmlWriter*, const CSerializationContext&) const {}
+
+// --- writing ---------------------------------------------------------------------------------------------
+
+namespace internal {
+
+/// Calls the protected writing and reading operations for the entry points.
+class CEntryPoints : public CXmlObjectBase {
+public:
+    static void Write(const CXmlObjectBase& object, CTextStream& stream, bool includeDocHeader,
+                      bool formatted, EOLType eol, const CSerializationContext& context) {
+        CXmlTextWriter writer(&stream);
+        writer.SetFormatted(formatted);
+        writer.SetIndentChars(context.GetIndentChars());
+        writer.SetEOL(eol);
+        writer.SetWriteDefaultValues(context.GetWriteDefaultElementValues());
+        writer.BeginOutput();
+        if (includeDocHeader) writer.WriteDeclaration();
+        ToXml_Int(&object, &writer, true, object.GetTargetNamespace().c_str(), context, false);
+        writer.EndDocument();
+    }
+
+    static void Read(CXmlObjectBase& object, const CXmlDocument& document,
+                     const CSerializationContext& context) {
+        auto* root = const_cast<CXmlElement*>(document.GetDocumentElement());
+        if (root == nullptr) throw CKvException("Invalid or empty XML document");
+        if (const auto* generated = dynamic_cast<const CXmlGeneratedClass*>(&object)) {
+            CheckDocumentElement(*generated, *root, context);
+        }
+        FromXml_Int(&object, root, root->GetFirstElement(), context, false);
+    }
+
+private:
+    static void CheckDocumentElement(const CXmlGeneratedClass& object, const CXmlElement& root,
+                                     const CSerializationContext& context) {
+        const auto* record = object.GetClassInfo();
+        const std::string ns = object.GetNamespace();
+        if (!DoesElementNameMatch(context, root, record->GetElementName(), ns) &&
+            !DoesElementNameMatch(context, root,
+                                  static_cast<const CEntryPoints&>(static_cast<const CXmlObjectBase&>(object))
+                                      .GetElementNameView(),
+                                  ns)) {
+            throw CKvValidationException(
+                FormatString("Invalid Element [%s] found.", root.GetLocalName().c_str()), root.GetXPath());
+        }
+    }
+};
+
+}  // namespace internal
+
+std::string CXmlObjectBase::ToXml(bool includeDocHeader, bool formatted, EOLType eol,
+                                  const CSerializationContext& context) const {
+    CTextStream stream(XmlEncoding_UTF8);
+    internal::CEntryPoints::Write(*this, stream, includeDocHeader, formatted, eol, context);
+    return stream.TakeText();
+}
+
+CBinaryData CXmlObjectBase::ToXmlStream(bool includeDocHeader, bool formatted, XmlEncoding encoding,
+                                        EOLType eol, const CSerializationContext& context,
+                                        CompressionType compression) const {
+    CTextStream stream(encoding);
+    internal::CEntryPoints::Write(*this, stream, includeDocHeader, formatted, eol, context);
+    CBinaryData data = stream.ToBinaryData();
+    internal::Compress(data, compression);
+    return data;
+}
+
+void CXmlObjectBase::ToXmlFile(const char* fileName, bool includeDocHeader, bool formatted,
+                               XmlEncoding encoding, EOLType eol, const CSerializationContext& context,
+                               CompressionType compression) const {
+    RefuseZlibFile(compression);
+    if (internal::IsAsyncToXmlFile() && compression == CompressionType_None) {
+        CFileTextStream stream(fileName, encoding);
+        internal::CEntryPoints::Write(*this, stream, includeDocHeader, formatted, eol, context);
+        return;
+    }
+    const CBinaryData data = ToXmlStream(includeDocHeader, formatted, encoding, eol, context, compression);
+    CFileBinaryStream(data, fileName, compression == CompressionType_None ? encoding : XmlEncoding_None)
+        .Write();
+}
+
+void CXmlObjectBase::ToJsonFile(const char*, bool, XmlEncoding, EOLType, const CSerializationContext&,
+                                CompressionType compression) const {
+    RefuseZlibFile(compression);
+    ThrowNotBuiltIn("JSON");
+}
+
+std::string CXmlObjectBase::ToJson(bool, EOLType, const CSerializationContext&) const {
+    ThrowNotBuiltIn("JSON");
+}
+
+CBinaryData CXmlObjectBase::ToJsonStream(bool, XmlEncoding, EOLType, const CSerializationContext&,
+                                         CompressionType) const {
+    ThrowNotBuiltIn("JSON");
+}
+
+void CXmlObjectBase::ToFastInfosetFile(const char*, FInfoDecl, const CSerializationContext&,
+                                       CompressionType compression) const {
+    RefuseZlibFile(compression);
+    ThrowNotBuiltIn("Fast Infoset");
+}
+
+CBinaryData CXmlObjectBase::ToFastInfosetStream(FInfoDecl, const CSerializationContext&,
+                                                CompressionType) const {
+    ThrowNotBuiltIn("Fast Infoset");
+}
+
+// --- reading ---------------------------------------------------------------------------------------------
+
+void CXmlObjectBase::FromXmlFile(const char* fileName, const CSerializationContext& context) {
+    CXmlDocument document(context);
+    document.Load(OrEmpty(fileName));
+    internal::CEntryPoints::Read(*this, document, context);
+}
+
+void CXmlObjectBase::FromXml(const wchar_t* xml, const CSerializationContext& context) {
+    CXmlDocument document(context);
+    document.LoadXml(xml == nullptr ? L"" : xml);
+    internal::CEntryPoints::Read(*this, document, context);
+}
+
+void CXmlObjectBase::FromXml(const char* xml, const CSerializationContext& context) {
+    CXmlDocument document(context);
+    document.LoadXml(OrEmpty(xml));
+    internal::CEntryPoints::Read(*this, document, context);
+}
+
+void CXmlObjectBase::FromXmlStream(const CBinaryData& data, const CSerializationContext& context) {
+    FromXmlStream(data.GetData(), data.GetLength(), context);
+}
+
+void CXmlObjectBase::FromXmlStream(const unsigned char* data, std::size_t length,
+                                   const CSerializationContext& context) {
+    CXmlDocument document(context);
+    document.LoadXmlStream(data, data == nullptr ? 0 : length);
+    internal::CEntryPoints::Read(*this, document, context);
+}
+
+void CXmlObjectBase::FromXmlElement(const CXmlElement* element, const CSerializationContext& context) {
+    if (element == nullptr) throw CKvInvalidParamException("The element to read from may not be NULL");
+    auto* source = const_cast<CXmlElement*>(element);
+    FromXml_Int(source, source->GetFirstElement(), context, false);
+}
+
+void CXmlObjectBase::FromXmlElement(const CElement*, const CSerializationContext&) {
+    ThrowNotBuiltIn("untyped element");
+}
+
+void CXmlObjectBase::FromJsonFile(const char*, const CSerializationContext&) {
+    ThrowNotBuiltIn("JSON");
+}
+
+void CXmlObjectBase::FromJson(const wchar_t*, const CSerializationContext&) {
+    ThrowNotBuiltIn("JSON");
+}
+
+void CXmlObjectBase::FromJson(const char*, const CSerializationContext&) {
+    ThrowNotBuiltIn("JSON");
+}
+
+void CXmlObjectBase::FromJsonStream(const CBinaryData&, const CSerializationContext&) {
+    ThrowNotBuiltIn("JSON");
+}
+
+void CXmlObjectBase::FromJsonStream(const unsigned char*, std::size_t, const CSerializationContext&) {
+    ThrowNotBuiltIn("JSON");
+}
+
+// --- events ----------------------------------------------------------------------------------------------
+
+namespace {
+
+void FireIndexEvent(IEventSink* sink, CXmlCollectionBase* collection, IEventSink::MsgType type,
+                    std::int32_t index) {
+    std::int32_t copy = index;
+    sink->OnEvent(collection->GetBase(), type, index == -1 ? nullptr : &copy);
+}
+
+}  // namespace
+
+void CXmlObjectBase::FireOnCollectionChangeEvent(IEventSink* sink, CXmlCollectionBase* collection) {
+    sink->OnEvent(collection->GetBase(), MsgType_Change, nullptr);
+}
+
+void CXmlObjectBase::FireOnCollectionAddEvent(IEventSink* sink, CXmlCollectionBase* collection, void* item) {
+    sink->OnEvent(collection->GetBase(), MsgType_Add, item);
+}
+
+void CXmlObjectBase::FireOnCollectionAddCompleteEvent(IEventSink* sink, CXmlCollectionBase* collection,
+                                                      void* item) {
+    sink->OnEvent(collection->GetBase(), MsgType_AddComplete, item);
+}
+
+void CXmlObjectBase::FireOnCollectionRemoveEvent(IEventSink* sink, CXmlCollectionBase* collection,
+                                                 std::int32_t index) {
+    FireIndexEvent(sink, collection, MsgType_Remove, index);
+}
+
+void CXmlObjectBase::FireOnCollectionRemoveCompleteEvent(IEventSink* sink, CXmlCollectionBase* collection,
+                                                         std::int32_t index) {
+    FireIndexEvent(sink, collection, MsgType_RemoveComplete, index);
+}
+
+// --- helpers for generated code --------------------------------------------------------------------------
+
+namespace {
+
+[[noreturn]] void ThrowChoiceAlreadySet(const char* format, const std::string& current) {
+    throw CKvInvalidStateException(FormatString(format, current.c_str()));
+}
+
+// Shared by single and collection members: `isSet` claims the choice, its absence gives it up.
+void SelectChoiceMember(const char* name, bool isSet, bool claimWhenUnset, std::string& current) {
+    if (current != name) {
+        if (!current.empty()) {
+            if (isSet) {
+                ThrowChoiceAlreadySet(
+                    "The Property [%s] is already set. Only one element within this class bay be set at a "
+                    "time",
+                    current);
+            }
+        } else if (isSet || claimWhenUnset) {
+            current = name;
+        }
+    } else if (!isSet) {
+        current.clear();
+    }
+}
+
+}  // namespace
+
+void CXmlObjectBase::Choice_SetElementValid(bool valid, const char* name, std::string& current) {
+    if (!valid) {
+        current.clear();
+    } else if (current != OrEmpty(name)) {
+        ThrowChoiceAlreadySet(
+            "The Property %s is already set. Only one element within this class bay be set at a time",
+            current);
+    }
+}
+
+void CXmlObjectBase::Choice_SelectElement(const char* name, CXmlObjectBase* value, std::string& current) {
+    SelectChoiceMember(OrEmpty(name), value != nullptr, true, current);
+}
+
+void CXmlObjectBase::Choice_CollectionChanged(const char* name, std::int32_t count, std::string& current) {
+    SelectChoiceMember(OrEmpty(name), count != 0, false, current);
+}
+
+void CXmlObjectBase::Choice_Read_Collection(CXmlCollectionBase* collection, CXmlElement* parent,
+                                            CXmlElement*& next, std::int32_t& count,
+                                            const CSerializationContext& context) {
+    if (count >= 1) return;
+    CXmlElement* const after = FromXml_Int(collection, parent, next, context, false);
+    if (after != next) {
+        next = after;
+        collection->ValidateCount(context);
+        ++count;
+    }
+}
+
+void CXmlObjectBase::Throw_IfPropertyIsNull(CXmlObjectBase* value, const char* propertyName) {
+    if (value == nullptr) {
+        throw CKvInvalidParamException(
+            FormatString("The Property [%s] is mandatory, it may node be NULL", propertyName));
+    }
+}
+
+void CXmlObjectBase::Throw_IfElementNameDiffers(CXmlObjectBase* value, const char* requiredName) {
+    if (value == nullptr) return;
+    const CXmlObjectBase* base = value->GetBase();
+    if (base->GetElementNameView() != OrEmpty(requiredName)) {
+        throw CKvInvalidParamException(
+            FormatString("This property requires an element with the name %s the element being set has the "
+                         "element name %s",
+                         requiredName, base->GetElementNameText()));
+    }
+}
+
+bool CXmlObjectBase::IsNamespaceValid(const char* ns, const char* allowed, const char* targetNs) const {
+    return internal::IsNamespaceValid(OrEmpty(ns), OrEmpty(allowed), OrEmpty(targetNs));
+}
+
+void CXmlObjectBase::TestNamespace(const char* ns, const char* allowed, const char* targetNs) const {
+    if (!IsNamespaceValid(ns, allowed, targetNs)) {
+        throw CKvInvalidNamespaceException(
+            FormatString(
+                "Invalid namespace [%s]. The namespace must be one of [%s] where the target namespace "
+                "is [%s].",
+                OrEmpty(ns), OrEmpty(allowed), OrEmpty(targetNs)),
+            std::string());
+    }
+}
+
+bool CXmlObjectBase::DoesElementNameMatch(const CSerializationContext& context, const CXmlElement* element,
+                                          const char* name, const char* ns) const {
+    return element != nullptr &&
+           internal::DoesElementNameMatch(context, *element, OrEmpty(name), OrEmpty(ns));
+}
+
+}  // namespace KvXmlLib16
