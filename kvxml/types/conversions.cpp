@@ -1,0 +1,585 @@
+#include "kvxml/types/conversions.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <system_error>
+#include <type_traits>
+
+#include "kvxml/platform/internal/c_locale.h"
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/format_string.h"
+
+namespace KvXmlLib16 {
+
+namespace {
+
+using WhitespaceRule = CWhitespaceUtils::WhitespaceRule;
+
+// --- integers
+// -------------------------------------------------------------------------------------------------
+
+[[noreturn]] void ThrowNotConvertible(std::string_view text, const char* kind) {
+    throw CKvInvalidValueException(
+        FormatString("The value [%s] can not be converted to a %s", std::string(text).c_str(), kind));
+}
+
+[[noreturn]] void ThrowTooLarge(std::string_view text, const char* kind) {
+    throw CKvInvalidValueException(
+        FormatString("The value [%s] is to large to fit in a %s", std::string(text).c_str(), kind));
+}
+
+// What isspace() accepts in the "C" locale.
+constexpr bool IsCSpace(char c) noexcept {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+// Reads as strtol and strtoul do in base 10, except that the whole text must be used.
+template <class T>
+T ParseInteger(std::string_view text, WhitespaceRule rule, const char* kind) {
+    using Unsigned = std::make_unsigned_t<T>;
+    std::string scratch;
+    text = CWhitespaceUtils::ApplyRuleView(rule, text, scratch);
+    const char* p = text.data();
+    const char* const end = p + text.size();
+    while (p != end && IsCSpace(*p))
+        ++p;
+    const bool negative = p != end && *p == '-';
+    if (p != end && (*p == '-' || *p == '+')) ++p;
+    Unsigned magnitude = 0;
+    const auto result = std::from_chars(p, end, magnitude);
+    if (result.ptr == p) ThrowNotConvertible(text, kind);
+    // A range error comes before the complaint about what follows the digits.
+    bool inRange = result.ec == std::errc();
+    if constexpr (std::is_signed_v<T>) {
+        inRange = inRange &&
+                  magnitude <= static_cast<Unsigned>(std::numeric_limits<T>::max()) + (negative ? 1U : 0U);
+    }
+    if (!inRange) ThrowTooLarge(text, kind);
+    if (result.ptr != end) ThrowNotConvertible(text, kind);
+    return static_cast<T>(negative ? Unsigned{0} - magnitude : magnitude);
+}
+
+// The narrow kinds are read as 32 bits, with the messages of those, and then checked against their own range.
+template <class Narrow, class Wide>
+Narrow ParseNarrow(std::string_view text, WhitespaceRule rule, const char* kind, const char* wideKind) {
+    const Wide value = ParseInteger<Wide>(text, rule, wideKind);
+    if (value < std::numeric_limits<Narrow>::min() || value > std::numeric_limits<Narrow>::max()) {
+        ThrowTooLarge(text, kind);
+    }
+    return static_cast<Narrow>(value);
+}
+
+template <class T>
+void AppendInteger(std::string& out, T value) {
+    char buffer[24];
+    out.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
+}
+
+// --- floating point
+// -------------------------------------------------------------------------------------------
+
+// strtod on the whole text; false when it does not end where the text does.
+bool ParseWithStrtod(std::string_view text, double& value) {
+    const std::string terminated(text);
+    const internal::CScopedCLocale locale;
+    char* stop = nullptr;
+    value = std::strtod(terminated.c_str(), &stop);
+    return stop == terminated.c_str() + terminated.size();
+}
+
+// As strtod, without its need for a terminator and its dependence on the locale.
+bool ParseDouble(std::string_view text, double& value) {
+    const char* p = text.data();
+    const char* const end = p + text.size();
+    const bool negative = *p == '-';
+    if (*p == '-' || *p == '+') ++p;
+    // Blanks, words, hexadecimal and values out of range are left to strtod itself.
+    const bool plain =
+        p != end && ((*p >= '0' && *p <= '9') || *p == '.') && !(end - p > 1 && (p[1] | 0x20) == 'x');
+    if (plain) {
+        const auto result = std::from_chars(p, end, value);
+        if (result.ec == std::errc()) {
+            if (negative) value = -value;
+            return result.ptr == end;
+        }
+    }
+    return ParseWithStrtod(text, value);
+}
+
+double ParseReal(std::string_view text, WhitespaceRule rule, const char* kind) {
+    std::string scratch;
+    text = CWhitespaceUtils::ApplyRuleView(rule, text, scratch);
+    if (text.empty()) ThrowNotConvertible(text, kind);
+    if (static_cast<unsigned char>(text.back() - '0') > 9) {
+        if (text == "NaN" || text == "1.#QNAN" || text == "-NAN")
+            return std::numeric_limits<double>::quiet_NaN();
+        if (text == "-INF") return -std::numeric_limits<double>::infinity();
+        if (text == "INF") return std::numeric_limits<double>::infinity();
+    }
+    double value = 0;
+    if (!ParseDouble(text, value)) ThrowNotConvertible(text, kind);
+    return value;
+}
+
+// Widths and precisions beyond this are no formats but mistakes.
+constexpr int kMaxFormatNumber = 1000;
+
+bool SkipFormatNumber(std::string_view format, std::size_t& i) {
+    int number = 0;
+    for (; i < format.size() && format[i] >= '0' && format[i] <= '9'; ++i) {
+        number = number * 10 + (format[i] - '0');
+        if (number > kMaxFormatNumber) return false;
+    }
+    return true;
+}
+
+// True when printf can take the format with one double as its only argument.
+bool IsRealFormat(std::string_view format) {
+    int conversions = 0;
+    for (std::size_t i = 0; i < format.size(); ++i) {
+        if (format[i] == '\0') return false;
+        if (format[i] != '%') continue;
+        ++i;
+        if (i < format.size() && format[i] == '%') continue;
+        while (i < format.size() && format[i] != '\0' && std::strchr("-+ #0", format[i]) != nullptr)
+            ++i;
+        if (!SkipFormatNumber(format, i)) return false;
+        if (i < format.size() && format[i] == '.') {
+            ++i;
+            if (!SkipFormatNumber(format, i)) return false;
+        }
+        if (i < format.size() && format[i] == 'l') ++i;
+        if (i >= format.size() || format[i] == '\0' || std::strchr("eEfFgGaA", format[i]) == nullptr)
+            return false;
+        ++conversions;
+    }
+    return conversions <= 1;
+}
+
+void AppendFormatted(std::string& out, double value, std::string_view format) {
+    if (!IsRealFormat(format)) {
+        throw CKvInvalidParamException(
+            FormatString("The format [%s] must have at most one conversion, of a floating point value",
+                         std::string(format).c_str()));
+    }
+    const std::string terminated(format);
+    const internal::CScopedCLocale locale;
+#if defined(__GNUC__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+#endif
+    char buffer[64];
+    const int length = std::snprintf(buffer, sizeof buffer, terminated.c_str(), value);
+    if (length < 0) return;
+    const auto size = static_cast<std::size_t>(length);
+    if (size < sizeof buffer) {
+        out.append(buffer, size);
+        return;
+    }
+    const std::size_t start = out.size();
+    out.resize(start + size + 1);
+    std::snprintf(out.data() + start, size + 1, terminated.c_str(), value);
+    out.resize(start + size);
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
+}
+
+void AppendReal(std::string& out, double value, int digits, std::string_view format) {
+    if (std::isnan(value)) {
+        out += "NaN";
+        return;
+    }
+    if (std::isinf(value)) {
+        out += value < 0 ? "-INF" : "INF";
+        return;
+    }
+    if (!format.empty()) {
+        AppendFormatted(out, value, format);
+        return;
+    }
+    char buffer[48];
+    // Whole numbers of no more digits than asked for are common and need no floating point formatting.
+    if (std::fabs(value) < 1e7 && value == std::trunc(value) && !(value == 0 && std::signbit(value))) {
+        const auto whole = static_cast<std::int32_t>(value);
+        if (digits > 7 || (whole > -10000000 && whole < 10000000)) {
+            out.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, whole).ptr);
+            return;
+        }
+    }
+    const auto result =
+        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, digits);
+    out.append(buffer, result.ptr);
+}
+
+// --- the rest
+// -------------------------------------------------------------------------------------------------
+
+CDateTime ParseDate(std::string_view text, WhitespaceRule rule) {
+    std::string scratch;
+    CDateTime value;
+    value.ParseXSDDate(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    return value;
+}
+
+// `word` is in lower case.
+bool EqualsIgnoringCase(std::string_view text, std::string_view word) {
+    if (text.size() != word.size()) return false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i] >= 'A' && text[i] <= 'Z' ? static_cast<char>(text[i] + ('a' - 'A')) : text[i];
+        if (c != word[i]) return false;
+    }
+    return true;
+}
+
+void AppendTwoDigits(std::string& out, const char* prefix, unsigned int value) {
+    out += prefix;
+    if (value < 10) out += '0';
+    AppendInteger(out, value);
+}
+
+// Makes the function that returns from the one that appends.
+template <class Append, class... Arguments>
+std::string ToText(Append append, const Arguments&... arguments) {
+    std::string text;
+    append(text, arguments...);
+    return text;
+}
+
+}  // namespace
+
+// --- integers
+// -------------------------------------------------------------------------------------------------
+
+void CConversions::AppendI1(std::string& out, std::int8_t value) {
+    KvXmlLib16::AppendInteger(out, int{value});
+}
+void CConversions::AppendI2(std::string& out, std::int16_t value) {
+    KvXmlLib16::AppendInteger(out, int{value});
+}
+void CConversions::AppendI4(std::string& out, std::int32_t value) {
+    KvXmlLib16::AppendInteger(out, value);
+}
+void CConversions::AppendI8(std::string& out, std::int64_t value) {
+    KvXmlLib16::AppendInteger(out, value);
+}
+void CConversions::AppendUI1(std::string& out, std::uint8_t value) {
+    KvXmlLib16::AppendInteger(out, int{value});
+}
+void CConversions::AppendUI2(std::string& out, std::uint16_t value) {
+    KvXmlLib16::AppendInteger(out, int{value});
+}
+void CConversions::AppendUI4(std::string& out, std::uint32_t value) {
+    KvXmlLib16::AppendInteger(out, value);
+}
+void CConversions::AppendUI8(std::string& out, std::uint64_t value) {
+    KvXmlLib16::AppendInteger(out, value);
+}
+
+std::string CConversions::i1ToString(std::int8_t value) {
+    return ToText(AppendI1, value);
+}
+std::string CConversions::i2ToString(std::int16_t value) {
+    return ToText(AppendI2, value);
+}
+std::string CConversions::i4ToString(std::int32_t value) {
+    return ToText(AppendI4, value);
+}
+std::string CConversions::i8ToString(std::int64_t value) {
+    return ToText(AppendI8, value);
+}
+std::string CConversions::ui1ToString(std::uint8_t value) {
+    return ToText(AppendUI1, value);
+}
+std::string CConversions::ui2ToString(std::uint16_t value) {
+    return ToText(AppendUI2, value);
+}
+std::string CConversions::ui4ToString(std::uint32_t value) {
+    return ToText(AppendUI4, value);
+}
+std::string CConversions::ui8ToString(std::uint64_t value) {
+    return ToText(AppendUI8, value);
+}
+
+std::int8_t CConversions::i1FromString(std::string_view text, WhitespaceRule rule) {
+    return ParseNarrow<std::int8_t, std::int32_t>(text, rule, "i1", "i4");
+}
+std::int16_t CConversions::i2FromString(std::string_view text, WhitespaceRule rule) {
+    return ParseNarrow<std::int16_t, std::int32_t>(text, rule, "i2", "i4");
+}
+std::int32_t CConversions::i4FromString(std::string_view text, WhitespaceRule rule) {
+    return ParseInteger<std::int32_t>(text, rule, "i4");
+}
+std::int64_t CConversions::i8FromString(std::string_view text, WhitespaceRule rule) {
+    return ParseInteger<std::int64_t>(text, rule, "i8");
+}
+std::uint8_t CConversions::ui1FromString(std::string_view text, WhitespaceRule rule) {
+    return ParseNarrow<std::uint8_t, std::uint32_t>(text, rule, "ui1", "ui4");
+}
+std::uint16_t CConversions::ui2FromString(std::string_view text, WhitespaceRule rule) {
+    return ParseNarrow<std::uint16_t, std::uint32_t>(text, rule, "ui2", "ui4");
+}
+std::uint32_t CConversions::ui4FromString(std::string_view text, WhitespaceRule rule) {
+    return ParseInteger<std::uint32_t>(text, rule, "ui4");
+}
+std::uint64_t CConversions::ui8FromString(std::string_view text, WhitespaceRule rule) {
+    return ParseInteger<std::uint64_t>(text, rule, "ui8");
+}
+
+// --- floating point
+// -------------------------------------------------------------------------------------------
+
+void CConversions::AppendR4(std::string& out, float value, std::string_view format) {
+    AppendReal(out, static_cast<double>(value), 7, format);
+}
+void CConversions::AppendR8(std::string& out, double value, std::string_view format) {
+    AppendReal(out, value, 16, format);
+}
+
+std::string CConversions::r4ToString(float value) {
+    return ToText(AppendR4, value, std::string_view());
+}
+std::string CConversions::r4ToString(float value, std::string_view format) {
+    return ToText(AppendR4, value, format);
+}
+std::string CConversions::r8ToString(double value) {
+    return ToText(AppendR8, value, std::string_view());
+}
+std::string CConversions::r8ToString(double value, std::string_view format) {
+    return ToText(AppendR8, value, format);
+}
+
+float CConversions::r4FromString(std::string_view text, WhitespaceRule rule) {
+    const double value = ParseReal(text, rule, "r4");
+    // Beyond the range the conversion is spelled out, since a plain cast would leave it undefined.
+    constexpr double kMax = std::numeric_limits<float>::max();
+    constexpr double kHalfUlp = 0x1p103;
+    if (std::fabs(value) >= kMax + kHalfUlp) {
+        return value < 0 ? -std::numeric_limits<float>::infinity() : std::numeric_limits<float>::infinity();
+    }
+    if (std::fabs(value) > kMax)
+        return value < 0 ? -std::numeric_limits<float>::max() : std::numeric_limits<float>::max();
+    return static_cast<float>(value);
+}
+double CConversions::r8FromString(std::string_view text, WhitespaceRule rule) {
+    return ParseReal(text, rule, "r8");
+}
+
+// --- text and boolean
+// -----------------------------------------------------------------------------------------
+
+void CConversions::AppendBoolean(std::string& out, bool value) {
+    out += value ? "true" : "false";
+}
+void CConversions::AppendChar(std::string& out, char value) {
+    if (value != '\0') out += value;
+}
+void CConversions::AppendString(std::string& out, std::string_view value) {
+    out += value;
+}
+
+std::string CConversions::booleanToString(bool value) {
+    return value ? "true" : "false";
+}
+std::string CConversions::charToString(char value) {
+    return ToText(AppendChar, value);
+}
+std::string CConversions::stringToString(std::string_view value) {
+    return std::string(value);
+}
+
+bool CConversions::booleanFromString(std::string_view text, WhitespaceRule rule) {
+    std::string scratch;
+    const std::string_view value = CWhitespaceUtils::ApplyRuleView(rule, text, scratch);
+    if (EqualsIgnoringCase(value, "true")) return true;
+    if (EqualsIgnoringCase(value, "false")) return false;
+    if (value == "1") return true;
+    if (value == "0") return false;
+    throw CKvInvalidValueException(FormatString(
+        "A Boolean Value read from an XML document was invalid [%s]. Valid values are 'true', 'false', "
+        "'1', or '0'",
+        std::string(text).c_str()));
+}
+
+char CConversions::charFromString(std::string_view text, WhitespaceRule rule) {
+    std::string scratch;
+    text = CWhitespaceUtils::ApplyRuleView(rule, text, scratch);
+    if (text.size() == 1) return text[0];
+    throw CKvInvalidValueException(
+        FormatString("The value [%s] can not be a char as it is either empty of greater than 1 char long",
+                     std::string(text).c_str()));
+}
+
+std::string CConversions::stringFromString(std::string_view text, WhitespaceRule rule) {
+    return CWhitespaceUtils::ApplyRule(rule, text);
+}
+
+// --- dates and durations
+// --------------------------------------------------------------------------------------
+
+void CConversions::AppendYear(std::string& out, std::uint16_t value) {
+    KvXmlLib16::AppendInteger(out, int{value});
+}
+void CConversions::AppendMonth(std::string& out, std::uint8_t value) {
+    AppendTwoDigits(out, "--", value);
+}
+void CConversions::AppendDay(std::string& out, std::uint8_t value) {
+    AppendTwoDigits(out, "---", value);
+}
+void CConversions::AppendDateTime(std::string& out, const CDateTime& value) {
+    char buffer[CDateTime::kMaxTextLength];
+    out.append(buffer, value.FormatXsd(buffer));
+}
+void CConversions::AppendDuration(std::string& out, const CDateTimeSpan& value) {
+    out += value.ToString();
+}
+
+std::string CConversions::yearToString(std::uint16_t value) {
+    return ToText(AppendYear, value);
+}
+std::string CConversions::monthToString(std::uint8_t value) {
+    return ToText(AppendMonth, value);
+}
+std::string CConversions::dayToString(std::uint8_t value) {
+    return ToText(AppendDay, value);
+}
+std::string CConversions::dateToString(const CDateTime& value) {
+    return ToText(AppendDateTime, value);
+}
+std::string CConversions::datetimeToString(const CDateTime& value) {
+    return ToText(AppendDateTime, value);
+}
+std::string CConversions::timeToString(const CDateTime& value) {
+    return ToText(AppendDateTime, value);
+}
+std::string CConversions::yearMonthToString(const CDateTime& value) {
+    return ToText(AppendDateTime, value);
+}
+std::string CConversions::monthDayToString(const CDateTime& value) {
+    return ToText(AppendDateTime, value);
+}
+std::string CConversions::durationToString(const CDateTimeSpan& value) {
+    return value.ToString();
+}
+
+std::uint16_t CConversions::yearFromString(std::string_view text, WhitespaceRule rule) {
+    return static_cast<std::uint16_t>(ParseDate(text, rule).GetYear());
+}
+std::uint8_t CConversions::monthFromString(std::string_view text, WhitespaceRule rule) {
+    return ParseDate(text, rule).GetMonth();
+}
+std::uint8_t CConversions::dayFromString(std::string_view text, WhitespaceRule rule) {
+    return ParseDate(text, rule).GetDay();
+}
+CDateTime CConversions::dateFromString(std::string_view text, WhitespaceRule rule) {
+    return ParseDate(text, rule);
+}
+CDateTime CConversions::yearMonthFromString(std::string_view text, WhitespaceRule rule) {
+    return ParseDate(text, rule);
+}
+CDateTime CConversions::monthDayFromString(std::string_view text, WhitespaceRule rule) {
+    return ParseDate(text, rule);
+}
+
+CDateTime CConversions::datetimeFromString(std::string_view text, WhitespaceRule rule) {
+    std::string scratch;
+    CDateTime value;
+    value.ParseXSDDateTime(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    return value;
+}
+
+CDateTime CConversions::timeFromString(std::string_view text, WhitespaceRule rule) {
+    std::string scratch;
+    CDateTime value;
+    value.ParseXSDTime(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    return value;
+}
+
+CDateTimeSpan CConversions::durationFromString(std::string_view text, WhitespaceRule rule) {
+    std::string scratch;
+    CDateTimeSpan value;
+    value.ParseXSDDuration(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    return value;
+}
+
+// --- unbounded numbers
+// ----------------------------------------------------------------------------------------
+
+void CConversions::AppendDecimal(std::string& out, const CDecimal& value, std::string_view format) {
+    if (format.empty()) {
+        value.AppendTo(out);
+        return;
+    }
+    // As atoi, whatever follows the digits.
+    std::size_t i = 0;
+    while (i < format.size() && IsCSpace(format[i]))
+        ++i;
+    if (i < format.size() && format[i] == '+') ++i;
+    int fractionDigits = 0;
+    const auto result = std::from_chars(format.data() + i, format.data() + format.size(), fractionDigits);
+    if (result.ec == std::errc::result_out_of_range) {
+        throw CKvInvalidParamException(
+            FormatString("The format [%s] is no count of fraction digits", std::string(format).c_str()));
+    }
+    out += value.ToString(fractionDigits);
+}
+void CConversions::AppendInteger(std::string& out, const CBigInteger& value) {
+    value.AppendTo(out);
+}
+
+std::string CConversions::decimalToString(const CDecimal& value) {
+    return value.ToString();
+}
+std::string CConversions::decimalToString(const CDecimal& value, std::string_view format) {
+    return ToText(AppendDecimal, value, format);
+}
+std::string CConversions::integerToString(const CBigInteger& value) {
+    return value.ToString();
+}
+
+CDecimal CConversions::decimalFromString(std::string_view text, WhitespaceRule rule) {
+    std::string scratch;
+    return CDecimal(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+}
+
+CBigInteger CConversions::integerFromString(std::string_view text, WhitespaceRule rule) {
+    std::string scratch;
+    return CBigInteger(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+}
+
+// --- binary
+// ---------------------------------------------------------------------------------------------------
+
+void CConversions::AppendHexBinary(std::string& out, const CBinaryData& value) {
+    out += value.GetAsHexString();
+}
+void CConversions::AppendBase64Binary(std::string& out, const CBinaryData& value) {
+    out += value.GetAsBase64();
+}
+
+std::string CConversions::hexBinaryToString(const CBinaryData& value) {
+    return value.GetAsHexString();
+}
+std::string CConversions::base64BinaryToString(const CBinaryData& value) {
+    return value.GetAsBase64();
+}
+
+CBinaryData CConversions::hexBinaryFromString(std::string_view text, WhitespaceRule rule) {
+    std::string scratch;
+    CBinaryData value;
+    value.SetAsHexString(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    return value;
+}
+
+CBinaryData CConversions::base64BinaryFromString(std::string_view text, WhitespaceRule rule) {
+    std::string scratch;
+    CBinaryData value;
+    value.SetAsBase64(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    return value;
+}
+
+}  // namespace KvXmlLib16

@@ -1,0 +1,118 @@
+#include "kvxml/types/whitespace_utils.h"
+
+#include <cstring>
+
+#include "kvxml/runtime/exceptions.h"
+
+namespace KvXmlLib16 {
+
+namespace {
+
+// The workers write to `out`, which is empty; they run only when the text has something to change.
+
+void NormalizeLineEnds(std::string_view text, std::string& out) {
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\0') return;
+        if (text[i] == '\r') {
+            out += '\n';
+            if (i + 1 < text.size() && text[i + 1] == '\n') ++i;
+        } else {
+            out += text[i];
+        }
+    }
+}
+
+void ReplaceFrom(std::size_t first, std::string_view text, std::string& out) {
+    out.reserve(text.size());
+    out.assign(text, 0, first);
+    for (std::size_t i = first; i < text.size(); ++i) {
+        const char c = text[i];
+        out += CWhitespaceUtils::IsWhiteSpace(c) ? ' ' : c;
+        if (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
+    }
+}
+
+void CollapseFrom(std::size_t first, std::string_view text, std::string& out) {
+    out.reserve(text.size());
+    out.assign(text, 0, first);
+    bool afterSpace = false;
+    for (std::size_t i = first; i < text.size(); ++i) {
+        const bool isSpace = CWhitespaceUtils::IsWhiteSpace(text[i]);
+        if (!isSpace) {
+            out += text[i];
+        } else if (!afterSpace) {
+            out += ' ';
+        }
+        afterSpace = isSpace;
+    }
+}
+
+}  // namespace
+
+std::string CWhitespaceUtils::Preserve(const char* text, int length) {
+    std::string result;
+    if (text != nullptr && length > 0) NormalizeLineEnds({text, static_cast<std::size_t>(length)}, result);
+    return result;
+}
+
+std::string CWhitespaceUtils::Preserve(std::string_view text) {
+    return ApplyRule(WhitespaceRule_Preserve, text);
+}
+
+std::string CWhitespaceUtils::Replace(std::string_view text) {
+    return ApplyRule(WhitespaceRule_Replace, text);
+}
+
+std::string CWhitespaceUtils::Collapse(std::string_view text) {
+    return ApplyRule(WhitespaceRule_Collapse, text);
+}
+
+std::string CWhitespaceUtils::ApplyRule(WhitespaceRule rule, std::string_view text) {
+    std::string scratch;
+    const std::string_view result = ApplyRuleView(rule, text, scratch);
+    if (result.data() == scratch.data()) return scratch;
+    return std::string(result);
+}
+
+std::string_view CWhitespaceUtils::ApplyRuleSlow(WhitespaceRule rule, std::string_view text,
+                                                 std::string& scratch) {
+    switch (rule) {
+        case WhitespaceRule_None:
+            return text;
+        case WhitespaceRule_Preserve:
+            if (text.empty() || std::memchr(text.data(), '\r', text.size()) == nullptr) return text;
+            scratch.clear();
+            NormalizeLineEnds(text, scratch);
+            return scratch;
+        case WhitespaceRule_Replace:
+            for (std::size_t i = 0; i < text.size(); ++i) {
+                if (text[i] <= '\r' && text[i] != ' ' && IsWhiteSpace(text[i])) {
+                    scratch.clear();
+                    ReplaceFrom(i, text, scratch);
+                    return scratch;
+                }
+            }
+            return text;
+        case WhitespaceRule_Collapse: {
+            while (!text.empty() && IsWhiteSpace(text.front()))
+                text.remove_prefix(1);
+            while (!text.empty() && IsWhiteSpace(text.back()))
+                text.remove_suffix(1);
+            for (std::size_t i = 0; i < text.size(); ++i) {
+                const char c = text[i];
+                if (c > ' ' || !IsWhiteSpace(c)) continue;
+                // The last character is no whitespace, so there is a next one.
+                if (c != ' ' || IsWhiteSpace(text[i + 1])) {
+                    scratch.clear();
+                    CollapseFrom(i, text, scratch);
+                    return scratch;
+                }
+            }
+            return text;
+        }
+    }
+    throw CKvException("Unknown WhitespaceRule");
+}
+
+}  // namespace KvXmlLib16
