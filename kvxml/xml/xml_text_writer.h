@@ -77,15 +77,28 @@ private:
     void FlushIfFull() {
         if (m_needsFlush && m_stream->GetBufferedLength() >= CTextStream::kFlushLength) m_stream->Flush();
     }
-    void RequireOpenStartTag() const;
-    const std::string& DeclarePrefix(std::string_view uri);
-    void AppendNamespace(std::string_view prefix, std::string_view uri);
-    void AppendDocumentNamespaces();
+    std::string_view LineEnd() const noexcept { return {m_eolText, m_eolLength}; }
+    /// Overwrites two characters, whatever the length of the line end is.
+    char* PutLineEnd(char* out) const noexcept {
+        out[0] = m_eolText[0];
+        out[1] = m_eolText[1];
+        return out + m_eolLength;
+    }
+    /// Length of the element's indentation; `m_indentation` holds at least that.
+    std::size_t IndentationOf(const CXmlWriterContext& context) {
+        const std::size_t length = static_cast<std::size_t>(context.depth) * m_indentChars.size();
+        if (length > m_indentationLength) ExtendIndentation(length);
+        return length;
+    }
     void ExtendIndentation(std::size_t length);
+    void RequireOpenStartTag() const;
+    [[noreturn]] static void ThrowNoElement();
+    void AppendNamespace(std::string_view prefix, std::string_view uri);
+    void AppendDocumentNamespaces(std::string_view declared);
     template <bool kAttribute>
     void AppendEscaped(std::string_view text);
     template <bool kAttribute>
-    void AppendEscapedSlowly(std::string_view text);
+    void AppendEscapedInPieces(std::string_view text);
     void AppendWithSections(std::string_view text);
 
     CTextStream* m_stream;
@@ -97,7 +110,7 @@ private:
     std::size_t m_eolLength = 1;
     char m_eolText[2] = {'\n', '\n'};
     std::string m_indentChars = "\t";
-    std::string m_indentation;  // m_indentChars repeated, longer by the slack than what is used of it
+    std::string m_indentation;  // m_indentChars repeated, and slack behind what is used of it
     std::size_t m_indentationLength = 0;
 };
 

@@ -34,7 +34,8 @@ public:
     /// as the default namespace from here to its end; nothing is written.
     virtual void SetDefaultNamespace(std::string_view uri);
     /// Before the document element: a prefix that it declares. Inside an element: a prefix to use for `uri`
-    /// from here to its end; nothing is written. Replaces an earlier prefix of `uri`.
+    /// from here to its end; nothing is written. Replaces an earlier prefix of `uri`; an empty one removes
+    /// it. A prefix that another namespace of the document element has already is not used.
     virtual void AddNamespaceAlias(std::string_view prefix, std::string_view uri);
     virtual void WriteComment(std::string_view text) = 0;
     /// Writes `text` as it is, on lines of its own.
@@ -54,6 +55,9 @@ public:
                                     ItemType type) = 0;
     /// Marks the current element as nil.
     virtual void WriteNilAttribute() = 0;
+
+    /// Number of elements that are open.
+    std::int32_t GetDepth() const noexcept { return m_current == nullptr ? 0 : m_current->depth + 1; }
 
     /// Announces that the next children of the current element are the items of one non-empty collection.
     void BeginArray() noexcept { SetArrayMode(kArrayStarting); }
@@ -81,15 +85,25 @@ protected:
             std::string prefix;
         };
 
-        /// Prefix of `uri`, or null when it has none.
-        const std::string* Find(std::string_view uri) const noexcept;
-        void Set(std::string_view prefix, std::string_view uri);
+        /// Prefix of `uri`, or null when it has none. Valid until the scope changes.
+        const std::string* Find(std::string_view uri) const noexcept {
+            if (lastFound < aliases.size() && aliases[lastFound].uri == uri)
+                return &aliases[lastFound].prefix;
+            return FindSorted(uri);
+        }
+        /// Registers `prefix` for `uri` and returns what was registered.
+        const std::string& Set(std::string_view prefix, std::string_view uri);
+        void Remove(std::string_view uri) noexcept;
         bool IsPrefixUsed(std::string_view prefix) const noexcept;
 
         std::string defaultNamespace;
-        std::vector<Alias> aliases;         // ascending by URI
+        std::vector<Alias> aliases;         // ascending by URI; no prefix is empty
         mutable std::size_t lastFound = 0;  // index that the next search tries first
         unsigned firstFree = 0;             // no invented prefix before this one is free
+
+    private:
+        const std::string* FindSorted(std::string_view uri) const noexcept;
+        std::size_t Position(std::string_view uri) const noexcept;
     };
 
     /// State of one open element. Contexts are kept for reuse when their element ends.
@@ -148,6 +162,8 @@ protected:
     const NamespaceScope& GetDocumentScope() const noexcept { return m_documentScope; }
     /// Invents the first free prefix (AA, AB, ...) and registers it for `uri` in the current context.
     const std::string& InventPrefix(std::string_view uri);
+    /// The namespace that is bound to "xml" and never declared.
+    static bool IsXmlNamespace(std::string_view uri) noexcept;
 
 private:
     void SetArrayMode(ArrayMode mode) noexcept {

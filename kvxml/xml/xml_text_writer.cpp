@@ -1,0 +1,512 @@
+#include "kvxml/xml/xml_text_writer.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+#include "kvxml/platform/internal/code_page.h"
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/format_string.h"
+
+namespace KvXmlLib16 {
+
+namespace {
+
+constexpr std::string_view kInstanceNamespace = "http://www.w3.org/2001/XMLSchema-instance";
+constexpr std::string_view kSectionStart = "<![CDATA[";
+constexpr std::string_view kSectionEnd = "]]>";
+/// Text is escaped in pieces of this length; each needs contiguous room.
+constexpr std::size_t kPieceLength = 1024;
+/// The longest replacement of one character.
+constexpr std::size_t kLongestReference = 6;
+
+// --- what a byte of text needs ---------------------------------------------------------------------------
+
+enum ByteClass : std::uint8_t {
+    kPlain,
+    kLineFeed,
+    kCarriageReturn,
+    kQuote,
+    kAmpersand,
+    kLess,
+    kGreater,
+    kForbidden,         // XML 1.0 has no way to represent it
+    kNonCharacterLead,  // in UTF-8 the first byte of U+FFFE and U+FFFF, which XML excludes as well
+};
+
+constexpr std::array<ByteClass, 256> MakeByteClasses() {
+    std::array<ByteClass, 256> classes{};
+    for (unsigned byte = 0; byte < 0x20; ++byte)
+        classes[byte] = kForbidden;
+    classes['\t'] = kPlain;
+    classes['\n'] = kLineFeed;
+    classes['\r'] = kCarriageReturn;
+    classes['"'] = kQuote;
+    classes['&'] = kAmpersand;
+    classes['<'] = kLess;
+    classes['>'] = kGreater;
+    classes[0xEF] = kNonCharacterLead;
+    return classes;
+}
+
+constexpr std::array<ByteClass, 256> kByteClasses = MakeByteClasses();
+
+ByteClass ClassOf(char character) noexcept {
+    return kByteClasses[static_cast<unsigned char>(character)];
+}
+
+// --- looking at eight bytes at once ----------------------------------------------------------------------
+
+constexpr std::uint64_t kOnes = 0x0101010101010101u;
+constexpr std::uint64_t kHighs = 0x8080808080808080u;
+
+constexpr std::uint64_t HasZeroByte(std::uint64_t word) noexcept {
+    return (word - kOnes) & ~word & kHighs;
+}
+constexpr std::uint64_t HasByte(std::uint64_t word, std::uint8_t byte) noexcept {
+    return HasZeroByte(word ^ (kOnes * byte));
+}
+
+/// Non-zero when one of the eight bytes may need more than copying.
+template <bool kAttribute>
+constexpr std::uint64_t Suspicious(std::uint64_t word) noexcept {
+    const std::uint64_t control = (word - kOnes * 0x20) & ~word & kHighs;
+    const std::uint64_t angle = HasByte(word | (kOnes * 0x02), 0x3E);  // < and >
+    const std::uint64_t ampersand =
+        kAttribute ? HasByte(word | (kOnes * 0x04), 0x26) : HasByte(word, 0x26);  // & and, in attributes, "
+    return control | angle | ampersand | HasByte(word, 0xEF);
+}
+
+template <typename Word>
+Word Load(const char* from) noexcept {
+    Word word;
+    std::memcpy(&word, from, sizeof(word));
+    return word;
+}
+template <typename Word>
+void Store(char* to, Word word) noexcept {
+    std::memcpy(to, &word, sizeof(word));
+}
+
+/// Copies `length` bytes as long as they need nothing but copying; returns how many they were. Short of
+/// `length`, one of the next eight bytes may need more. `target` may be overwritten up to `length`.
+template <bool kAttribute>
+std::size_t CopyPlain(char* target, const char* source, std::size_t length) noexcept {
+    if (length >= 8) {
+        std::size_t done = 0;
+        for (; done + 8 <= length; done += 8) {
+            const auto word = Load<std::uint64_t>(source + done);
+            if (Suspicious<kAttribute>(word) != 0) return done;
+            Store(target + done, word);
+        }
+        if (done == length) return length;
+        const auto last = Load<std::uint64_t>(source + length - 8);
+        if (Suspicious<kAttribute>(last) != 0) return done;
+        Store(target + length - 8, last);
+        return length;
+    }
+    if (length >= 4) {
+        const auto first = Load<std::uint32_t>(source);
+        const auto last = Load<std::uint32_t>(source + length - 4);
+        if (Suspicious<kAttribute>(std::uint64_t{first} << 32 | last) != 0) return 0;
+        Store(target, first);
+        Store(target + length - 4, last);
+        return length;
+    }
+    if (length != 0) {
+        const char first = source[0];
+        const char middle = source[length / 2];
+        const char last = source[length - 1];
+        if ((ClassOf(first) | ClassOf(middle) | ClassOf(last)) != kPlain) return 0;
+        target[0] = first;
+        target[length / 2] = middle;
+        target[length - 1] = last;
+    }
+    return length;
+}
+
+// --- appending to reserved room --------------------------------------------------------------------------
+
+char* Put(char* out, std::string_view text) noexcept {
+    CStringBuffer::CopyBytes(out, text.data(), text.size());
+    return out + text.size();
+}
+
+char* PutPrefix(char* out, std::string_view prefix) noexcept {
+    if (prefix.empty()) return out;
+    out = Put(out, prefix);
+    *out++ = ':';
+    return out;
+}
+
+/// Puts text that can be read, as the target can be overwritten, in widths of 16 bytes.
+char* PutWide(char* out, const char* text, std::size_t length) noexcept {
+    for (std::size_t done = 0; done < length; done += 16)
+        std::memcpy(out + done, text + done, 16);
+    return out + length;
+}
+
+[[noreturn]] void ThrowForbidden(unsigned code) {
+    throw CKvInvalidValueException(
+        FormatString("The text contains the character 0x%02X, which XML can not represent", code));
+}
+
+/// Throws for U+FFFE and U+FFFF; `text` begins with their first byte.
+void CheckNonCharacter(std::string_view text) {
+    if (text.size() >= 3 && text[1] == '\xBF' && (text[2] == '\xBE' || text[2] == '\xBF'))
+        ThrowForbidden(text[2] == '\xBE' ? 0xFFFEu : 0xFFFFu);
+}
+
+/// Throws for characters that have no place in a document, whether escaped or not.
+void CheckCharacters(std::string_view text, bool isUtf8) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const ByteClass byteClass = ClassOf(text[i]);
+        if (byteClass == kForbidden) ThrowForbidden(static_cast<unsigned char>(text[i]));
+        if (byteClass == kNonCharacterLead && isUtf8) CheckNonCharacter(text.substr(i));
+    }
+}
+
+}  // namespace
+
+CXmlTextWriter::CXmlTextWriter(CTextStream* stream, bool writeDefaultValues)
+    : m_stream(stream),
+      m_needsFlush(stream->NeedsFlush()),
+      m_writeDefaultValues(writeDefaultValues),
+      m_isUtf8(internal::IsLocalUtf8()) {}
+
+CXmlTextWriter::~CXmlTextWriter() = default;
+
+// --- settings --------------------------------------------------------------------------------------------
+
+void CXmlTextWriter::SetEOL(EOLType eol) {
+    if (eol != EOLType_CRLF && eol != EOLType_LF) throw CKvException("Invalid EOL type.");
+    m_eol = eol;
+    m_eolLength = eol == EOLType_CRLF ? 2 : 1;
+    m_eolText[0] = eol == EOLType_CRLF ? '\r' : '\n';
+    m_eolText[1] = '\n';
+}
+
+void CXmlTextWriter::SetIndentChars(std::string_view indentChars) {
+    m_indentChars = indentChars;
+    m_indentation.clear();
+    m_indentationLength = 0;
+}
+
+// --- document --------------------------------------------------------------------------------------------
+
+void CXmlTextWriter::BeginOutput() {
+    m_stream->Begin();
+}
+
+void CXmlTextWriter::EndDocument() {
+    m_stream->End();
+    CXmlWriter::EndDocument();
+}
+
+void CXmlTextWriter::WriteDeclaration() {
+    CStringBuffer& buffer = Buffer();
+    buffer.Append("<?xml version=\"1.0\"");
+    if (m_stream->GetEncoding() == XmlEncoding_UTF8)
+        buffer.Append(" encoding=\"UTF-8\"");
+    else if (m_stream->GetEncoding() == XmlEncoding_UTF16)
+        buffer.Append(" encoding=\"UTF-16\"");
+    buffer.Append("?>");
+    buffer.Append(LineEnd());
+    FlushIfFull();
+}
+
+void CXmlTextWriter::WriteComment(std::string_view text) {
+    std::string apart;
+    if (text.find("--") != text.npos || (!text.empty() && text.back() == '-')) {
+        for (const char character : text) {
+            if (character == '-' && !apart.empty() && apart.back() == '-') apart += ' ';
+            apart += character;
+        }
+        if (apart.back() == '-') apart += ' ';
+        text = apart;
+    }
+    Buffer().Append("<!--");
+    AppendEscaped<false>(text);
+    Buffer().Append("-->");
+    Buffer().Append(LineEnd());
+    FlushIfFull();
+}
+
+void CXmlTextWriter::WriteRaw(std::string_view text) {
+    Buffer().Append(text);
+    Buffer().Append(LineEnd());
+    Buffer().Append(LineEnd());
+    FlushIfFull();
+}
+
+void CXmlTextWriter::WriteRawAfterSpace(std::string_view text) {
+    Buffer().Append(' ');
+    Buffer().Append(LineEnd());
+    Buffer().Append(text);
+    Buffer().Append(LineEnd());
+    FlushIfFull();
+}
+
+// --- elements --------------------------------------------------------------------------------------------
+
+void CXmlTextWriter::WriteStartElement(std::string_view localName, std::string_view namespaceUri) {
+    CXmlWriterContext* const parent = GetCurrentContext();
+    bool closeParent = false;
+    if (parent != nullptr) {
+        ++parent->childCount;
+        closeParent = parent->startTagOpen;
+        parent->startTagOpen = false;
+    }
+    CXmlWriterContext* const context = PushContext();
+
+    std::string_view prefix;
+    bool invented = false;
+    if (!namespaceUri.empty() && namespaceUri != context->scope->defaultNamespace) {
+        const std::string* known = context->scope->Find(namespaceUri);
+        invented = known == nullptr;
+        prefix = invented ? InventPrefix(namespaceUri) : *known;
+    }
+
+    const std::size_t indentation = m_formatted ? IndentationOf(*context) : 0;
+    const std::size_t nameLength = localName.size() + prefix.size() + (prefix.empty() ? 0 : 1);
+    CStringBuffer& buffer = Buffer();
+    char* out = buffer.Reserve(1 + sizeof(m_eolText) + indentation + 1 + nameLength);
+    if (closeParent) {
+        *out++ = '>';
+        if (m_formatted) out = PutLineEnd(out);
+    }
+    out = PutWide(out, m_indentation.data(), indentation);
+    *out++ = '<';
+    char* const name = out;
+    out = PutPrefix(out, prefix);
+    out = Put(out, localName);
+    context->nameLength = nameLength;
+    if (nameLength <= CXmlWriterContext::kShortName)
+        std::memcpy(context->shortName, name, CXmlWriterContext::kShortName);
+    else
+        context->longName.assign(name, nameLength);
+    buffer.Commit(out);
+
+    if (invented) AppendNamespace(prefix, namespaceUri);
+    if (parent == nullptr) AppendDocumentNamespaces(invented ? namespaceUri : std::string_view());
+    FlushIfFull();
+}
+
+void CXmlTextWriter::WriteText(std::string_view text, ItemType, bool isDefaultValue) {
+    if (text.empty() || (isDefaultValue && !m_writeDefaultValues)) return;
+    CXmlWriterContext* const context = GetCurrentContext();
+    if (context == nullptr) ThrowNoElement();
+    if (context->startTagOpen) {
+        context->startTagOpen = false;
+        Buffer().Append('>');
+    }
+    if (text.front() == '<' && text.substr(0, kSectionStart.size()) == kSectionStart)
+        AppendWithSections(text);
+    else
+        AppendEscaped<false>(text);
+    FlushIfFull();
+}
+
+void CXmlTextWriter::WriteEndElement() {
+    CXmlWriterContext* const context = GetCurrentContext();
+    if (context == nullptr) ThrowNoElement();
+    CStringBuffer& buffer = Buffer();
+    char* out;
+    if (context->startTagOpen) {
+        out = buffer.Reserve(2 + sizeof(m_eolText));
+        *out++ = '/';
+    } else {
+        const std::size_t indentation = m_formatted && context->childCount > 0 ? IndentationOf(*context) : 0;
+        const std::size_t nameLength = context->nameLength;
+        out = buffer.Reserve(indentation + 3 + nameLength + sizeof(m_eolText));
+        out = PutWide(out, m_indentation.data(), indentation);
+        *out++ = '<';
+        *out++ = '/';
+        if (nameLength <= CXmlWriterContext::kShortName)
+            std::memcpy(out, context->shortName, CXmlWriterContext::kShortName);
+        else
+            std::memcpy(out, context->longName.data(), nameLength);
+        out += nameLength;
+    }
+    *out++ = '>';
+    if (m_formatted) out = PutLineEnd(out);
+    buffer.Commit(out);
+    PopContext();
+    FlushIfFull();
+}
+
+// --- attributes ------------------------------------------------------------------------------------------
+
+void CXmlTextWriter::WriteAttribute(std::string_view localName, std::string_view namespaceUri,
+                                    std::string_view value, ItemType) {
+    RequireOpenStartTag();
+    std::string_view prefix;
+    if (!namespaceUri.empty()) {
+        const std::string* known = GetCurrentContext()->scope->Find(namespaceUri);
+        if (known == nullptr) {
+            prefix = InventPrefix(namespaceUri);
+            AppendNamespace(prefix, namespaceUri);
+        } else {
+            prefix = *known;
+        }
+    }
+    CStringBuffer& buffer = Buffer();
+    char* out = buffer.Reserve(prefix.size() + localName.size() + 4);
+    *out++ = ' ';
+    out = PutPrefix(out, prefix);
+    out = Put(out, localName);
+    *out++ = '=';
+    *out++ = '"';
+    buffer.Commit(out);
+    AppendEscaped<true>(value);
+    buffer.Append('"');
+    FlushIfFull();
+}
+
+void CXmlTextWriter::WriteTypeAttribute(std::string_view typeNamespaceUri, std::string_view typeName,
+                                        ItemType type) {
+    RequireOpenStartTag();
+    const NamespaceScope& scope = *GetCurrentContext()->scope;
+    std::string value;
+    if (!typeNamespaceUri.empty() && typeNamespaceUri != scope.defaultNamespace) {
+        const std::string* prefix = scope.Find(typeNamespaceUri);
+        if (prefix == nullptr) {
+            prefix = &InventPrefix(typeNamespaceUri);
+            AppendNamespace(*prefix, typeNamespaceUri);
+            Buffer().Append(' ');
+        }
+        value = *prefix + ':';
+    }
+    value += typeName;
+    WriteAttribute("type", kInstanceNamespace, value, type);
+}
+
+void CXmlTextWriter::WriteNilAttribute() {
+    RequireOpenStartTag();
+    WriteAttribute("nil", kInstanceNamespace, "true", ItemType_boolean);
+}
+
+void CXmlTextWriter::RequireOpenStartTag() const {
+    const CXmlWriterContext* const context = GetCurrentContext();
+    if (context == nullptr || !context->startTagOpen)
+        throw CKvException("Attributes must be added before elements");
+}
+
+void CXmlTextWriter::AppendNamespace(std::string_view prefix, std::string_view uri) {
+    CStringBuffer& buffer = Buffer();
+    buffer.Append(" xmlns");
+    if (!prefix.empty()) {
+        buffer.Append(':');
+        buffer.Append(prefix);
+    }
+    buffer.Append("=\"");
+    buffer.Append(uri);
+    buffer.Append('"');
+}
+
+void CXmlTextWriter::AppendDocumentNamespaces(std::string_view declared) {
+    const NamespaceScope& scope = *GetCurrentContext()->scope;
+    if (!scope.defaultNamespace.empty()) AppendNamespace({}, scope.defaultNamespace);
+    for (const NamespaceScope::Alias& alias : scope.aliases)
+        if (!IsXmlNamespace(alias.uri) && alias.uri != declared) AppendNamespace(alias.prefix, alias.uri);
+}
+
+// --- text ------------------------------------------------------------------------------------------------
+
+template <bool kAttribute>
+void CXmlTextWriter::AppendEscaped(std::string_view text) {
+    CStringBuffer& buffer = Buffer();
+    if (text.size() <= kPieceLength) {
+        char* const out = buffer.Reserve(text.size());
+        const std::size_t plain = CopyPlain<kAttribute>(out, text.data(), text.size());
+        buffer.Commit(out + plain);
+        if (plain == text.size()) return;
+        text.remove_prefix(plain);
+    }
+    AppendEscapedInPieces<kAttribute>(text);
+}
+
+template <bool kAttribute>
+void CXmlTextWriter::AppendEscapedInPieces(std::string_view text) {
+    CStringBuffer& buffer = Buffer();
+    while (!text.empty()) {
+        const std::size_t length = std::min(text.size(), kPieceLength);
+        char* out = buffer.Reserve(length);
+        const std::size_t plain = CopyPlain<kAttribute>(out, text.data(), length);
+        buffer.Commit(out + plain);
+        text.remove_prefix(plain);
+        if (plain == length) continue;
+        const std::size_t suspicious = std::min<std::size_t>(text.size(), 8);
+        out = buffer.Reserve(suspicious * kLongestReference);
+        for (std::size_t i = 0; i < suspicious; ++i) {
+            const char character = text[i];
+            switch (ClassOf(character)) {
+                case kPlain:
+                    *out++ = character;
+                    break;
+                case kLineFeed:
+                    out = kAttribute ? Put(out, "&#xA;") : PutLineEnd(out);
+                    break;
+                case kCarriageReturn:
+                    break;
+                case kQuote:
+                    if (kAttribute)
+                        out = Put(out, "&quot;");
+                    else
+                        *out++ = character;
+                    break;
+                case kAmpersand:
+                    out = Put(out, "&amp;");
+                    break;
+                case kLess:
+                    out = Put(out, "&lt;");
+                    break;
+                case kGreater:
+                    out = Put(out, "&gt;");
+                    break;
+                case kForbidden:
+                    ThrowForbidden(static_cast<unsigned char>(character));
+                case kNonCharacterLead:
+                    if (m_isUtf8) CheckNonCharacter(text.substr(i));
+                    *out++ = character;
+                    break;
+            }
+        }
+        buffer.Commit(out);
+        text.remove_prefix(suspicious);
+    }
+}
+
+void CXmlTextWriter::AppendWithSections(std::string_view text) {
+    while (!text.empty()) {
+        const std::size_t start = text.find(kSectionStart);
+        const std::size_t end =
+            start == text.npos ? text.npos : text.find(kSectionEnd, start + kSectionStart.size());
+        if (end == text.npos) break;
+        AppendEscaped<false>(text.substr(0, start));
+        const std::string_view section = text.substr(start, end + kSectionEnd.size() - start);
+        CheckCharacters(section, m_isUtf8);
+        Buffer().Append(section);
+        text.remove_prefix(start + section.size());
+    }
+    AppendEscaped<false>(text);
+}
+
+void CXmlTextWriter::ExtendIndentation(std::size_t length) {
+    std::size_t wanted = std::max<std::size_t>(2 * length, 64);
+    std::string indentation;
+    indentation.reserve(wanted + m_indentChars.size() + CStringBuffer::kSlack);
+    while (indentation.size() < wanted)
+        indentation += m_indentChars;
+    wanted = indentation.size();
+    indentation.resize(wanted + CStringBuffer::kSlack);
+    m_indentation = std::move(indentation);
+    m_indentationLength = wanted;
+}
+
+void CXmlTextWriter::ThrowNoElement() {
+    throw CKvInvalidStateException("No element is open.");
+}
+
+}  // namespace KvXmlLib16

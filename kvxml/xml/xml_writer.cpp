@@ -1,0 +1,143 @@
+#include "kvxml/xml/xml_writer.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "kvxml/runtime/exceptions.h"
+
+namespace KvXmlLib16 {
+
+namespace {
+
+constexpr std::string_view kXmlNamespace = "http://www.w3.org/XML/1998/namespace";
+
+/// The candidates for invented prefixes, in order: AA, AB, ... AZ, BA, ... and past ZZ with the characters
+/// that follow Z as first one, up to z; then numbered ones.
+std::string PrefixCandidate(unsigned n) {
+    constexpr unsigned kLetters = 26;
+    if (n / kLetters > 'z' - 'A') return "N" + std::to_string(n);
+    return {static_cast<char>('A' + n / kLetters), static_cast<char>('A' + n % kLetters)};
+}
+
+}  // namespace
+
+// --- CXmlWriter::NamespaceScope ------------------------------------------------------------------------
+
+std::size_t CXmlWriter::NamespaceScope::Position(std::string_view uri) const noexcept {
+    const auto found =
+        std::lower_bound(aliases.begin(), aliases.end(), uri,
+                         [](const Alias& alias, std::string_view value) { return alias.uri < value; });
+    return static_cast<std::size_t>(found - aliases.begin());
+}
+
+const std::string* CXmlWriter::NamespaceScope::FindSorted(std::string_view uri) const noexcept {
+    const std::size_t position = Position(uri);
+    if (position == aliases.size() || aliases[position].uri != uri) return nullptr;
+    lastFound = position;
+    return &aliases[position].prefix;
+}
+
+const std::string& CXmlWriter::NamespaceScope::Set(std::string_view prefix, std::string_view uri) {
+    const std::size_t position = Position(uri);
+    if (position == aliases.size() || aliases[position].uri != uri) {
+        aliases.insert(aliases.begin() + static_cast<std::ptrdiff_t>(position),
+                       Alias{std::string(uri), std::string(prefix)});
+    } else {
+        aliases[position].prefix = prefix;
+        firstFree = 0;
+    }
+    return aliases[position].prefix;
+}
+
+void CXmlWriter::NamespaceScope::Remove(std::string_view uri) noexcept {
+    const std::size_t position = Position(uri);
+    if (position == aliases.size() || aliases[position].uri != uri) return;
+    aliases.erase(aliases.begin() + static_cast<std::ptrdiff_t>(position));
+    firstFree = 0;
+}
+
+bool CXmlWriter::NamespaceScope::IsPrefixUsed(std::string_view prefix) const noexcept {
+    return std::any_of(aliases.begin(), aliases.end(),
+                       [prefix](const Alias& alias) { return alias.prefix == prefix; });
+}
+
+// --- CXmlWriter ----------------------------------------------------------------------------------------
+
+CXmlWriter::CXmlWriter() {
+    m_documentScope.Set("xml", kXmlNamespace);
+}
+
+CXmlWriter::~CXmlWriter() {
+    while (m_first != nullptr) {
+        CXmlWriterContext* const next = m_first->reusable;
+        delete m_first;
+        m_first = next;
+    }
+}
+
+void CXmlWriter::BeginOutput() {}
+
+void CXmlWriter::EndDocument() {
+    if (m_current != nullptr) throw CKvException("An Element has not been closed.");
+}
+
+void CXmlWriter::SetDefaultNamespace(std::string_view uri) {
+    NamespaceScope& scope = m_current != nullptr ? OwnScope(*m_current) : m_documentScope;
+    scope.defaultNamespace = uri;
+}
+
+void CXmlWriter::AddNamespaceAlias(std::string_view prefix, std::string_view uri) {
+    NamespaceScope& scope = m_current != nullptr ? OwnScope(*m_current) : m_documentScope;
+    if (prefix.empty())
+        scope.Remove(uri);
+    else
+        scope.Set(prefix, uri);
+}
+
+bool CXmlWriter::IsXmlNamespace(std::string_view uri) noexcept {
+    return uri == kXmlNamespace;
+}
+
+CXmlWriter::CXmlWriterContext* CXmlWriter::AddContext() {
+    auto context = std::make_unique<CXmlWriterContext>();
+    context->parent = m_current;
+    return (m_current != nullptr ? m_current->reusable : m_first) = context.release();
+}
+
+void CXmlWriter::EnterDocument(CXmlWriterContext& context) {
+    if (context.ownScope == nullptr) context.ownScope = std::make_unique<NamespaceScope>();
+    NamespaceScope& scope = *context.ownScope;
+    scope = NamespaceScope();
+    scope.defaultNamespace = m_documentScope.defaultNamespace;
+    // What a start tag cannot declare without being ill-formed is left out: such a namespace gets an
+    // invented prefix when it is used.
+    for (const NamespaceScope::Alias& alias : m_documentScope.aliases) {
+        const bool isXml = alias.uri == kXmlNamespace;
+        if (alias.uri.empty() || alias.prefix == "xmlns") continue;
+        if (isXml != (alias.prefix == "xml") || scope.IsPrefixUsed(alias.prefix)) continue;
+        scope.aliases.push_back(alias);
+    }
+    context.scope = &scope;
+}
+
+CXmlWriter::NamespaceScope& CXmlWriter::OwnScope(CXmlWriterContext& context) {
+    if (context.ownScope == nullptr) context.ownScope = std::make_unique<NamespaceScope>();
+    if (context.scope != context.ownScope.get()) {
+        *context.ownScope = *context.scope;
+        context.scope = context.ownScope.get();
+    }
+    return *context.ownScope;
+}
+
+const std::string& CXmlWriter::InventPrefix(std::string_view uri) {
+    NamespaceScope& scope = OwnScope(*m_current);
+    unsigned n = scope.firstFree;
+    std::string prefix = PrefixCandidate(n);
+    while (scope.IsPrefixUsed(prefix))
+        prefix = PrefixCandidate(++n);
+    const std::string& registered = scope.Set(prefix, uri);
+    scope.firstFree = n + 1;
+    return registered;
+}
+
+}  // namespace KvXmlLib16
