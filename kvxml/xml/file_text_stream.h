@@ -30,9 +30,9 @@ public:
     void Flush() override;
 
 private:
-    void WriteCollected(bool final);
-    [[noreturn]] void Fail(int error);
-    [[noreturn]] void FailNamed(int error);
+    void WriteCollected(bool isLast);
+    [[noreturn]] void FailToOpen(int error);
+    [[noreturn]] void FailToWrite(int error);
 
     std::string m_fileName;
     std::string m_bytes;    // of the write, kept for its capacity

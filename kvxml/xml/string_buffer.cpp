@@ -10,6 +10,19 @@ namespace {
 /// A longer block is not worth keeping for what comes after a reset.
 constexpr std::size_t kLongestKeptBlock = 65536;
 
+bool IsAscii(std::string_view text) noexcept {
+    std::uint64_t seen = 0;
+    std::size_t i = 0;
+    for (; i + 32 <= text.size(); i += 32) {
+        std::uint64_t words[4];
+        std::memcpy(words, text.data() + i, sizeof(words));
+        seen |= words[0] | words[1] | words[2] | words[3];
+    }
+    for (; i < text.size(); ++i)
+        seen |= static_cast<unsigned char>(text[i]);
+    return (seen & 0x8080808080808080u) == 0;
+}
+
 }  // namespace
 
 CStringBuffer::CStringBuffer(std::size_t blockSize) noexcept
@@ -57,30 +70,42 @@ std::string_view CStringBuffer::GetText() {
     return {m_begin, static_cast<std::size_t>(m_cursor - m_begin)};
 }
 
-void CStringBuffer::CopyTo(char* target) const noexcept {
-    ForEachBlock([&target](std::string_view block) {
+bool CStringBuffer::CopyTo(char* target) const noexcept {
+    bool ascii = true;
+    ForEachBlock([&](std::string_view block) {
         std::memcpy(target, block.data(), block.size());
         target += block.size();
+        ascii = ascii && IsAscii(block);
     });
+    return ascii;
 }
 
-void CStringBuffer::CopyTo(std::string& text) const {
+bool CStringBuffer::CopyTo(std::string& text) const {
+    bool ascii = true;
     std::string result;
     result.reserve(GetLength());
-    ForEachBlock([&result](std::string_view block) { result.append(block); });
+    ForEachBlock([&](std::string_view block) {
+        result.append(block);
+        ascii = ascii && IsAscii(block);
+    });
     text = std::move(result);
+    return ascii;
 }
 
-void CStringBuffer::MoveTo(std::string& text) {
+bool CStringBuffer::MoveTo(std::string& text) {
+    bool ascii = true;
     std::string result;
     result.reserve(GetLength());
     for (Block& block : m_finished) {
         result.append(block.data.get(), block.used);
+        ascii = ascii && IsAscii({block.data.get(), block.used});
         block.data.reset();  // given back while it is in the cache, and for a lower peak
     }
     result.append(m_begin, static_cast<std::size_t>(m_cursor - m_begin));
+    ascii = ascii && IsAscii({m_begin, static_cast<std::size_t>(m_cursor - m_begin)});
     Reset();
     text = std::move(result);
+    return ascii;
 }
 
 void CStringBuffer::Reset() noexcept {

@@ -60,11 +60,13 @@ public:
     /// change.
     std::string_view GetText();
     /// Writes the whole text into `text` (replacing its content) with one allocation of exactly its length.
-    void CopyTo(std::string& text) const;
-    /// As CopyTo, and leaves the buffer empty.
-    void MoveTo(std::string& text);
-    /// Copies the whole text to `target`, which has room for `GetLength()` characters.
-    void CopyTo(char* target) const noexcept;
+    /// Returns true when all of it is ASCII.
+    bool CopyTo(std::string& text) const;
+    /// As above, and leaves the buffer empty.
+    bool MoveTo(std::string& text);
+    /// Copies the whole text to `target`, which has room for `GetLength()` characters. Returns true when all
+    /// of it is ASCII.
+    bool CopyTo(char* target) const noexcept;
     /// Empties the buffer. One block is kept for what comes next.
     void Reset() noexcept;
 
