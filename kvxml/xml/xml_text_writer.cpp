@@ -89,32 +89,39 @@ void Store(char* to, Word word) noexcept {
     std::memcpy(to, &word, sizeof(word));
 }
 
-/// Copies `length` bytes as long as they need nothing but copying; returns how many they were. Short of
-/// `length`, one of the next eight bytes may need more. `target` may be overwritten up to `length`.
+/// As CopyPlain, for 8 bytes and more.
 template <bool kAttribute>
-std::size_t CopyPlain(char* target, const char* source, std::size_t length) noexcept {
-    if (length >= 8) {
-        std::size_t done = 0;
-        for (; done + 8 <= length; done += 8) {
-            const auto word = Load<std::uint64_t>(source + done);
-            if (Suspicious<kAttribute>(word) != 0) return done;
-            Store(target + done, word);
-        }
-        if (done == length) return length;
-        const auto last = Load<std::uint64_t>(source + length - 8);
-        if (Suspicious<kAttribute>(last) != 0) return done;
-        Store(target + length - 8, last);
-        return length;
+std::size_t CopyPlainWords(char* target, const char* source, std::size_t length) noexcept {
+    std::size_t done = 0;
+    for (; done + 8 <= length; done += 8) {
+        const auto word = Load<std::uint64_t>(source + done);
+        if (Suspicious<kAttribute>(word) != 0) return done;
+        Store(target + done, word);
     }
-    if (length >= 4) {
+    const auto last = Load<std::uint64_t>(source + length - 8);
+    if (Suspicious<kAttribute>(last) != 0) return done;
+    Store(target + length - 8, last);
+    return length;
+}
+
+/// Copies `length` bytes, or as many as are found to need nothing but copying at a glance; returns how many
+/// they were. `target` may be overwritten up to `length` in any case.
+template <bool kAttribute>
+inline std::size_t CopyPlain(char* target, const char* source, std::size_t length) noexcept {
+    if (length > 16) return CopyPlainWords<kAttribute>(target, source, length);
+    if (length >= 8) {
+        const auto first = Load<std::uint64_t>(source);
+        const auto last = Load<std::uint64_t>(source + length - 8);
+        if ((Suspicious<kAttribute>(first) | Suspicious<kAttribute>(last)) != 0) return 0;
+        Store(target, first);
+        Store(target + length - 8, last);
+    } else if (length >= 4) {
         const auto first = Load<std::uint32_t>(source);
         const auto last = Load<std::uint32_t>(source + length - 4);
         if (Suspicious<kAttribute>(std::uint64_t{first} << 32 | last) != 0) return 0;
         Store(target, first);
         Store(target + length - 4, last);
-        return length;
-    }
-    if (length != 0) {
+    } else if (length != 0) {
         const char first = source[0];
         const char middle = source[length / 2];
         const char last = source[length - 1];
@@ -131,13 +138,6 @@ std::size_t CopyPlain(char* target, const char* source, std::size_t length) noex
 char* Put(char* out, std::string_view text) noexcept {
     CStringBuffer::CopyBytes(out, text.data(), text.size());
     return out + text.size();
-}
-
-char* PutPrefix(char* out, std::string_view prefix) noexcept {
-    if (prefix.empty()) return out;
-    out = Put(out, prefix);
-    *out++ = ':';
-    return out;
 }
 
 /// Puts text that can be read, as the target can be overwritten, in widths of 16 bytes.
@@ -226,8 +226,7 @@ void CXmlTextWriter::WriteComment(std::string_view text) {
         if (apart.back() == '-') apart += ' ';
         text = apart;
     }
-    Buffer().Append("<!--");
-    AppendEscaped<false>(text);
+    AppendEscaped<false>("<!--", text);
     Buffer().Append("-->");
     Buffer().Append(LineEnd());
     FlushIfFull();
@@ -260,16 +259,17 @@ void CXmlTextWriter::WriteStartElement(std::string_view localName, std::string_v
     }
     CXmlWriterContext* const context = PushContext();
 
-    std::string_view prefix;
+    const NamespaceScope::Alias* alias = nullptr;
     bool invented = false;
     if (!namespaceUri.empty() && namespaceUri != context->scope->defaultNamespace) {
-        const std::string* known = context->scope->Find(namespaceUri);
-        invented = known == nullptr;
-        prefix = invented ? InventPrefix(namespaceUri) : *known;
+        alias = context->scope->Find(namespaceUri);
+        invented = alias == nullptr;
+        if (invented) alias = &InventPrefix(namespaceUri);
     }
+    const std::string_view qualifier = alias != nullptr ? alias->qualifier : std::string_view();
 
     const std::size_t indentation = m_formatted ? IndentationOf(*context) : 0;
-    const std::size_t nameLength = localName.size() + prefix.size() + (prefix.empty() ? 0 : 1);
+    const std::size_t nameLength = qualifier.size() + localName.size();
     CStringBuffer& buffer = Buffer();
     char* out = buffer.Reserve(1 + sizeof(m_eolText) + indentation + 1 + nameLength);
     if (closeParent) {
@@ -279,16 +279,17 @@ void CXmlTextWriter::WriteStartElement(std::string_view localName, std::string_v
     out = PutWide(out, m_indentation.data(), indentation);
     *out++ = '<';
     char* const name = out;
-    out = PutPrefix(out, prefix);
-    out = Put(out, localName);
+    out = Put(Put(out, qualifier), localName);
+    context->qualifierLength = qualifier.size();
     context->nameLength = nameLength;
+    // The end tag copies what is stored here in the same pieces; pieces of other widths are slow to load.
     if (nameLength <= CXmlWriterContext::kShortName)
-        std::memcpy(context->shortName, name, CXmlWriterContext::kShortName);
+        Put(Put(context->shortName, qualifier), localName);
     else
         context->longName.assign(name, nameLength);
     buffer.Commit(out);
 
-    if (invented) AppendNamespace(prefix, namespaceUri);
+    if (invented) AppendNamespace(alias->Prefix(), namespaceUri);
     if (parent == nullptr) AppendDocumentNamespaces(invented ? namespaceUri : std::string_view());
     FlushIfFull();
 }
@@ -297,14 +298,14 @@ void CXmlTextWriter::WriteText(std::string_view text, ItemType, bool isDefaultVa
     if (text.empty() || (isDefaultValue && !m_writeDefaultValues)) return;
     CXmlWriterContext* const context = GetCurrentContext();
     if (context == nullptr) ThrowNoElement();
-    if (context->startTagOpen) {
-        context->startTagOpen = false;
-        Buffer().Append('>');
-    }
-    if (text.front() == '<' && text.substr(0, kSectionStart.size()) == kSectionStart)
+    const std::string_view tagEnd(">", context->startTagOpen ? 1 : 0);
+    context->startTagOpen = false;
+    if (text.front() == '<' && text.substr(0, kSectionStart.size()) == kSectionStart) {
+        Buffer().Append(tagEnd);
         AppendWithSections(text);
-    else
-        AppendEscaped<false>(text);
+    } else {
+        AppendEscaped<false>(tagEnd, text);
+    }
     FlushIfFull();
 }
 
@@ -323,11 +324,11 @@ void CXmlTextWriter::WriteEndElement() {
         out = PutWide(out, m_indentation.data(), indentation);
         *out++ = '<';
         *out++ = '/';
-        if (nameLength <= CXmlWriterContext::kShortName)
-            std::memcpy(out, context->shortName, CXmlWriterContext::kShortName);
-        else
-            std::memcpy(out, context->longName.data(), nameLength);
-        out += nameLength;
+        const char* const name =
+            nameLength <= CXmlWriterContext::kShortName ? context->shortName : context->longName.data();
+        const std::size_t qualifierLength = context->qualifierLength;
+        out = Put(out, {name, qualifierLength});
+        out = Put(out, {name + qualifierLength, nameLength - qualifierLength});
     }
     *out++ = '>';
     if (m_formatted) out = PutLineEnd(out);
@@ -341,25 +342,21 @@ void CXmlTextWriter::WriteEndElement() {
 void CXmlTextWriter::WriteAttribute(std::string_view localName, std::string_view namespaceUri,
                                     std::string_view value, ItemType) {
     RequireOpenStartTag();
-    std::string_view prefix;
+    std::string_view qualifier;
     if (!namespaceUri.empty()) {
-        const std::string* known = GetCurrentContext()->scope->Find(namespaceUri);
-        if (known == nullptr) {
-            prefix = InventPrefix(namespaceUri);
-            AppendNamespace(prefix, namespaceUri);
-        } else {
-            prefix = *known;
+        const NamespaceScope::Alias* alias = GetCurrentContext()->scope->Find(namespaceUri);
+        if (alias == nullptr) {
+            alias = &InventPrefix(namespaceUri);
+            AppendNamespace(alias->Prefix(), namespaceUri);
         }
+        qualifier = alias->qualifier;
     }
     CStringBuffer& buffer = Buffer();
-    char* out = buffer.Reserve(prefix.size() + localName.size() + 4);
+    char* out = buffer.Reserve(1 + qualifier.size() + localName.size());
     *out++ = ' ';
-    out = PutPrefix(out, prefix);
-    out = Put(out, localName);
-    *out++ = '=';
-    *out++ = '"';
+    out = Put(Put(out, qualifier), localName);
     buffer.Commit(out);
-    AppendEscaped<true>(value);
+    AppendEscaped<true>("=\"", value);
     buffer.Append('"');
     FlushIfFull();
 }
@@ -370,13 +367,13 @@ void CXmlTextWriter::WriteTypeAttribute(std::string_view typeNamespaceUri, std::
     const NamespaceScope& scope = *GetCurrentContext()->scope;
     std::string value;
     if (!typeNamespaceUri.empty() && typeNamespaceUri != scope.defaultNamespace) {
-        const std::string* prefix = scope.Find(typeNamespaceUri);
-        if (prefix == nullptr) {
-            prefix = &InventPrefix(typeNamespaceUri);
-            AppendNamespace(*prefix, typeNamespaceUri);
+        const NamespaceScope::Alias* alias = scope.Find(typeNamespaceUri);
+        if (alias == nullptr) {
+            alias = &InventPrefix(typeNamespaceUri);
+            AppendNamespace(alias->Prefix(), typeNamespaceUri);
             Buffer().Append(' ');
         }
-        value = *prefix + ':';
+        value = alias->qualifier;
     }
     value += typeName;
     WriteAttribute("type", kInstanceNamespace, value, type);
@@ -409,22 +406,19 @@ void CXmlTextWriter::AppendDocumentNamespaces(std::string_view declared) {
     const NamespaceScope& scope = *GetCurrentContext()->scope;
     if (!scope.defaultNamespace.empty()) AppendNamespace({}, scope.defaultNamespace);
     for (const NamespaceScope::Alias& alias : scope.aliases)
-        if (!IsXmlNamespace(alias.uri) && alias.uri != declared) AppendNamespace(alias.prefix, alias.uri);
+        if (!IsXmlNamespace(alias.uri) && alias.uri != declared) AppendNamespace(alias.Prefix(), alias.uri);
 }
 
 // --- text ------------------------------------------------------------------------------------------------
 
 template <bool kAttribute>
-void CXmlTextWriter::AppendEscaped(std::string_view text) {
+inline void CXmlTextWriter::AppendEscaped(std::string_view lead, std::string_view text) {
     CStringBuffer& buffer = Buffer();
-    if (text.size() <= kPieceLength) {
-        char* const out = buffer.Reserve(text.size());
-        const std::size_t plain = CopyPlain<kAttribute>(out, text.data(), text.size());
-        buffer.Commit(out + plain);
-        if (plain == text.size()) return;
-        text.remove_prefix(plain);
-    }
-    AppendEscapedInPieces<kAttribute>(text);
+    const std::size_t length = std::min(text.size(), kPieceLength);
+    char* const out = Put(buffer.Reserve(lead.size() + length), lead);
+    const std::size_t plain = CopyPlain<kAttribute>(out, text.data(), length);
+    buffer.Commit(out + plain);
+    if (plain != text.size()) AppendEscapedInPieces<kAttribute>(text.substr(plain));
 }
 
 template <bool kAttribute>
@@ -437,6 +431,7 @@ void CXmlTextWriter::AppendEscapedInPieces(std::string_view text) {
         buffer.Commit(out + plain);
         text.remove_prefix(plain);
         if (plain == length) continue;
+        // The next ones need a closer look.
         const std::size_t suspicious = std::min<std::size_t>(text.size(), 8);
         out = buffer.Reserve(suspicious * kLongestReference);
         for (std::size_t i = 0; i < suspicious; ++i) {
@@ -484,13 +479,13 @@ void CXmlTextWriter::AppendWithSections(std::string_view text) {
         const std::size_t end =
             start == text.npos ? text.npos : text.find(kSectionEnd, start + kSectionStart.size());
         if (end == text.npos) break;
-        AppendEscaped<false>(text.substr(0, start));
+        AppendEscaped<false>({}, text.substr(0, start));
         const std::string_view section = text.substr(start, end + kSectionEnd.size() - start);
         CheckCharacters(section, m_isUtf8);
         Buffer().Append(section);
         text.remove_prefix(start + section.size());
     }
-    AppendEscaped<false>(text);
+    AppendEscaped<false>({}, text);
 }
 
 void CXmlTextWriter::ExtendIndentation(std::size_t length) {

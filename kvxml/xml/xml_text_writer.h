@@ -95,8 +95,9 @@ private:
     [[noreturn]] static void ThrowNoElement();
     void AppendNamespace(std::string_view prefix, std::string_view uri);
     void AppendDocumentNamespaces(std::string_view declared);
+    /// Appends `lead`, which is short and needs no escaping, and the escaped text.
     template <bool kAttribute>
-    void AppendEscaped(std::string_view text);
+    void AppendEscaped(std::string_view lead, std::string_view text);
     template <bool kAttribute>
     void AppendEscapedInPieces(std::string_view text);
     void AppendWithSections(std::string_view text);

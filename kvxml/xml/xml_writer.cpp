@@ -30,23 +30,27 @@ std::size_t CXmlWriter::NamespaceScope::Position(std::string_view uri) const noe
     return static_cast<std::size_t>(found - aliases.begin());
 }
 
-const std::string* CXmlWriter::NamespaceScope::FindSorted(std::string_view uri) const noexcept {
+const CXmlWriter::NamespaceScope::Alias* CXmlWriter::NamespaceScope::FindSorted(
+    std::string_view uri) const noexcept {
     const std::size_t position = Position(uri);
     if (position == aliases.size() || aliases[position].uri != uri) return nullptr;
     lastFound = position;
-    return &aliases[position].prefix;
+    return &aliases[position];
 }
 
-const std::string& CXmlWriter::NamespaceScope::Set(std::string_view prefix, std::string_view uri) {
+const CXmlWriter::NamespaceScope::Alias& CXmlWriter::NamespaceScope::Set(std::string_view prefix,
+                                                                         std::string_view uri) {
+    std::string qualifier(prefix);
+    qualifier += ':';
     const std::size_t position = Position(uri);
     if (position == aliases.size() || aliases[position].uri != uri) {
         aliases.insert(aliases.begin() + static_cast<std::ptrdiff_t>(position),
-                       Alias{std::string(uri), std::string(prefix)});
+                       Alias{std::string(uri), std::move(qualifier)});
     } else {
-        aliases[position].prefix = prefix;
+        aliases[position].qualifier = std::move(qualifier);
         firstFree = 0;
     }
-    return aliases[position].prefix;
+    return aliases[position];
 }
 
 void CXmlWriter::NamespaceScope::Remove(std::string_view uri) noexcept {
@@ -58,7 +62,7 @@ void CXmlWriter::NamespaceScope::Remove(std::string_view uri) noexcept {
 
 bool CXmlWriter::NamespaceScope::IsPrefixUsed(std::string_view prefix) const noexcept {
     return std::any_of(aliases.begin(), aliases.end(),
-                       [prefix](const Alias& alias) { return alias.prefix == prefix; });
+                       [prefix](const Alias& alias) { return alias.Prefix() == prefix; });
 }
 
 // --- CXmlWriter ----------------------------------------------------------------------------------------
@@ -113,8 +117,8 @@ void CXmlWriter::EnterDocument(CXmlWriterContext& context) {
     // invented prefix when it is used.
     for (const NamespaceScope::Alias& alias : m_documentScope.aliases) {
         const bool isXml = alias.uri == kXmlNamespace;
-        if (alias.uri.empty() || alias.prefix == "xmlns") continue;
-        if (isXml != (alias.prefix == "xml") || scope.IsPrefixUsed(alias.prefix)) continue;
+        if (alias.uri.empty() || alias.Prefix() == "xmlns") continue;
+        if (isXml != (alias.Prefix() == "xml") || scope.IsPrefixUsed(alias.Prefix())) continue;
         scope.aliases.push_back(alias);
     }
     context.scope = &scope;
@@ -129,13 +133,13 @@ CXmlWriter::NamespaceScope& CXmlWriter::OwnScope(CXmlWriterContext& context) {
     return *context.ownScope;
 }
 
-const std::string& CXmlWriter::InventPrefix(std::string_view uri) {
+const CXmlWriter::NamespaceScope::Alias& CXmlWriter::InventPrefix(std::string_view uri) {
     NamespaceScope& scope = OwnScope(*m_current);
     unsigned n = scope.firstFree;
     std::string prefix = PrefixCandidate(n);
     while (scope.IsPrefixUsed(prefix))
         prefix = PrefixCandidate(++n);
-    const std::string& registered = scope.Set(prefix, uri);
+    const NamespaceScope::Alias& registered = scope.Set(prefix, uri);
     scope.firstFree = n + 1;
     return registered;
 }

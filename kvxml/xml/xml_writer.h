@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -82,27 +83,42 @@ protected:
     struct NamespaceScope {
         struct Alias {
             std::string uri;
-            std::string prefix;
+            std::string qualifier;  // the prefix and the colon behind it
+
+            std::string_view Prefix() const noexcept { return {qualifier.data(), qualifier.size() - 1}; }
         };
 
-        /// Prefix of `uri`, or null when it has none. Valid until the scope changes.
-        const std::string* Find(std::string_view uri) const noexcept {
-            if (lastFound < aliases.size() && aliases[lastFound].uri == uri)
-                return &aliases[lastFound].prefix;
+        /// What is registered for `uri`, or null. Valid until the scope changes.
+        const Alias* Find(std::string_view uri) const noexcept {
+            if (lastFound < aliases.size() && Equal(aliases[lastFound].uri, uri)) return &aliases[lastFound];
             return FindSorted(uri);
         }
-        /// Registers `prefix` for `uri` and returns what was registered.
-        const std::string& Set(std::string_view prefix, std::string_view uri);
+        /// Registers a prefix that is not empty and returns what was registered.
+        const Alias& Set(std::string_view prefix, std::string_view uri);
         void Remove(std::string_view uri) noexcept;
         bool IsPrefixUsed(std::string_view prefix) const noexcept;
 
         std::string defaultNamespace;
-        std::vector<Alias> aliases;         // ascending by URI; no prefix is empty
+        std::vector<Alias> aliases;         // ascending by URI
         mutable std::size_t lastFound = 0;  // index that the next search tries first
         unsigned firstFree = 0;             // no invented prefix before this one is free
 
     private:
-        const std::string* FindSorted(std::string_view uri) const noexcept;
+        /// Comparison of URIs, which are of one length more often than not equal, without a call.
+        static bool Equal(std::string_view left, std::string_view right) noexcept {
+            if (left.size() != right.size()) return false;
+            if (left.size() < sizeof(std::uint64_t)) return left == right;
+            const std::size_t last = left.size() - sizeof(std::uint64_t);
+            for (std::size_t i = 0; i < last; i += sizeof(std::uint64_t))
+                if (Word(left.data() + i) != Word(right.data() + i)) return false;
+            return Word(left.data() + last) == Word(right.data() + last);
+        }
+        static std::uint64_t Word(const char* text) noexcept {
+            std::uint64_t word;
+            std::memcpy(&word, text, sizeof(word));
+            return word;
+        }
+        const Alias* FindSorted(std::string_view uri) const noexcept;
         std::size_t Position(std::string_view uri) const noexcept;
     };
 
@@ -114,14 +130,15 @@ protected:
         CXmlWriterContext& operator=(const CXmlWriterContext&) = delete;
         ~CXmlWriterContext() = default;
 
-        /// Names up to this length are stored, and may be read, in one fixed-width copy.
-        static constexpr std::size_t kShortName = 32;
+        /// The longest name, with its qualifier, that is kept in place.
+        static constexpr std::size_t kShortName = 48;
 
         std::int32_t childCount = 0;
         std::int32_t depth = 0;
         std::int32_t arrayMode = kArrayNone;
         bool startTagOpen = false;
-        std::size_t nameLength = 0;       // of the name that the end tag repeats
+        std::size_t qualifierLength = 0;  // of the prefix and colon that the name begins with
+        std::size_t nameLength = 0;       // of the whole name, which the end tag repeats
         char shortName[kShortName] = {};  // the name, when it fits
         std::string longName;             // the name, when it does not
         CXmlWriterContext* parent = nullptr;
@@ -161,7 +178,7 @@ protected:
     /// Namespaces declared by the document element, as set before it.
     const NamespaceScope& GetDocumentScope() const noexcept { return m_documentScope; }
     /// Invents the first free prefix (AA, AB, ...) and registers it for `uri` in the current context.
-    const std::string& InventPrefix(std::string_view uri);
+    const NamespaceScope::Alias& InventPrefix(std::string_view uri);
     /// The namespace that is bound to "xml" and never declared.
     static bool IsXmlNamespace(std::string_view uri) noexcept;
 
