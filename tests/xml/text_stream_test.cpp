@@ -11,7 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "kvxml/platform/internal/file.h"
 #include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/text_settings.h"
 #include "kvxml/types/binary_data.h"
 #include "kvxml/xml/binary_stream.h"
 #include "kvxml/xml/file_text_stream.h"
@@ -130,6 +132,32 @@ TEST(TextStream, CharactersAcrossBlocksStayWhole) {
     }
 }
 
+TEST(TextStream, LocalCodePagesAndRawBytes) {
+    TemporaryFile file;
+    const auto expect = [&file](const std::string& text, XmlEncoding encoding, const std::string& bytes) {
+        CTextStream stream(encoding);
+        stream.Append(text);
+        EXPECT_EQ(BytesOf(stream.ToBinaryData()), bytes);
+        EXPECT_EQ(stream.TakeText(), text);
+        CFileTextStream fileStream(file.Name().c_str(), encoding);
+        fileStream.Begin();
+        fileStream.Append(text);
+        fileStream.Flush();
+        fileStream.End();
+        EXPECT_EQ(file.Content(), (encoding == XmlEncoding_UTF8 ? "" : "\xFF\xFE") + bytes);
+    };
+    SetLocalCharEncoding(1252);
+    expect("\x80 \xE4", XmlEncoding_UTF8, "\xE2\x82\xAC \xC3\xA4");
+    expect("\x80 \xE4", XmlEncoding_UTF16, Utf16(u"\u20AC \u00E4"));
+    SetLocalCharEncoding(932);
+    const std::string kanji = std::string(CStringBuffer::kBlockSize - 1, 'x') + "\x8E\x9A";
+    expect(kanji, XmlEncoding_UTF8, std::string(CStringBuffer::kBlockSize - 1, 'x') + "\xE5\xAD\x97");
+    ASCIIOnly(true);
+    expect("\x80 \xE4", XmlEncoding_UTF8, "\x80 \xE4");
+    ASCIIOnly(false);
+    SetLocalCharEncoding(3);
+}
+
 TEST(TextStream, UnknownEncodingIsRefused) {
     const std::string message = "Unknown Encoding, select UTF-8 (contact our support team)";
     for (const int encoding : {0, 4, -1}) {
@@ -226,6 +254,47 @@ TEST(FileStreams, Failures) {
     for (const XmlEncoding encoding : {XmlEncoding_None, XmlEncoding_UTF8, XmlEncoding_UTF16}) {
         CFileBinaryStream full(bytes, "/dev/full", encoding);
         EXPECT_EQ(MessageOf([&] { full.Write(); }), named + "/dev/full] error [0x0000001C]");
+    }
+}
+
+TEST(FileStreams, FailuresOnTheWay) {
+    TemporaryFile file;
+    const std::string named = "Failed to write data to the file [" + file.Name() + "] error [0x00000005]";
+    const std::string unnamed = "Failed to write data to the file. Error [0x00000005]";
+    struct Row {
+        const char* operation;
+        int after;
+        std::string message;
+        std::string left;  // in the file
+    };
+    const std::vector<Row> rows = {
+        {"write", 0, named, ""},
+        {"write", 1, unnamed, "\xFF\xFE"},
+        {"write", 2, unnamed, "\xFF\xFE" + Utf16(u"one")},
+        {"close", 0, unnamed, "\xFF\xFE" + Utf16(u"onetwo")},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.message + row.left);
+        const internal::FileFault fault{row.operation, EIO, row.after};
+        CFileTextStream stream(file.Name().c_str(), XmlEncoding_UTF16);
+        internal::InjectFileFault(&fault);
+        EXPECT_EQ(MessageOf([&] {
+                      stream.Begin();
+                      stream.Append("one");
+                      stream.Flush();
+                      stream.Append("two");
+                      stream.End();
+                  }),
+                  row.message);
+        internal::InjectFileFault(nullptr);
+        EXPECT_EQ(file.Content(), row.left);
+    }
+    for (const char* operation : {"open", "write", "close"}) {
+        const internal::FileFault fault{operation, EIO, 0};
+        CFileBinaryStream stream(CBinaryData("ab"), file.Name().c_str(), XmlEncoding_UTF8);
+        internal::InjectFileFault(&fault);
+        EXPECT_EQ(MessageOf([&] { stream.Write(); }), named);
+        internal::InjectFileFault(nullptr);
     }
 }
 
