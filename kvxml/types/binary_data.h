@@ -125,9 +125,10 @@ private:
         std::size_t length;
     };
 
+    explicit CBinaryData(Block* block) noexcept;
     Block* OwnBlock() const noexcept;
-    void Adopt(unsigned char* data, std::size_t length, std::size_t capacity);
-    void MakeUnique(std::size_t extraCapacity);
+    /// Gives a shared object a block of its own with room for `extra` more bytes.
+    void MakeUnique(std::size_t extra);
 
     BlockBase* m_block = nullptr;
 };

@@ -1,0 +1,177 @@
+#include "kvxml/types/internal/compression.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/format_string.h"
+
+namespace KvXmlLib16::internal {
+namespace {
+
+// zlib counts in unsigned int: longer input and output goes through in pieces.
+constexpr std::size_t kMaxPiece = std::numeric_limits<uInt>::max();
+constexpr std::size_t kInflateStep = 65536;
+constexpr int kLevel = 1;
+constexpr int kMemoryLevel = 8;
+constexpr int kGZipWindowBits = 31;
+constexpr int kZLibWindowBits = 15;
+constexpr int kDetectWindowBits = 47;
+
+uInt Piece(std::size_t length) noexcept {
+    return static_cast<uInt>(std::min(length, kMaxPiece));
+}
+
+/// Memory for the output, of the kind that CBinaryData adopts.
+class Output {
+public:
+    explicit Output(std::size_t capacity)
+        : m_data(CBinaryData::AllocateData(capacity)), m_capacity(capacity) {}
+    Output(const Output&) = delete;
+    Output& operator=(const Output&) = delete;
+    ~Output() { CBinaryData::FreeData(m_data); }
+
+    unsigned char* End() const noexcept { return m_data + length; }
+    std::size_t Room() const noexcept { return m_capacity - length; }
+    std::size_t Capacity() const noexcept { return m_capacity; }
+    void Resize(std::size_t capacity) {
+        void* const moved = std::realloc(m_data, std::max<std::size_t>(capacity, 1));
+        if (moved == nullptr) throw std::bad_alloc();
+        m_data = static_cast<unsigned char*>(moved);
+        m_capacity = capacity;
+    }
+    /// Gives the bytes to a buffer, without the unused rest.
+    CBinaryData Take() {
+        if (length < m_capacity) Resize(length);
+        CBinaryData result(m_data, length, true);
+        if (length != 0) m_data = nullptr;
+        return result;
+    }
+
+    std::size_t length = 0;
+
+private:
+    unsigned char* m_data;
+    std::size_t m_capacity;
+};
+
+/// A stream of zlib with the function that ends it.
+class Stream {
+public:
+    explicit Stream(int (*end)(z_streamp)) noexcept : m_end(end) {}
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
+    ~Stream() { m_end(&zlib); }
+
+    /// Runs one call of zlib on what both sides have left, as far as one call reaches.
+    int Step(int (*function)(z_streamp, int), int flush, const unsigned char*& input, std::size_t& rest,
+             Output& output) {
+        const uInt in = Piece(rest);
+        const uInt room = Piece(output.Room());
+        zlib.next_in = const_cast<unsigned char*>(input);  // zlib only reads it
+        zlib.avail_in = in;
+        zlib.next_out = output.End();
+        zlib.avail_out = room;
+        const int code = function(&zlib, flush);
+        input += in - zlib.avail_in;
+        rest -= in - zlib.avail_in;
+        output.length += room - zlib.avail_out;
+        return code;
+    }
+
+    z_stream zlib{};
+
+private:
+    int (*m_end)(z_streamp);
+};
+
+[[noreturn]] void ThrowCompressError(int code) {
+    throw CKvException(FormatString("Failed to compress data. [Error Code: %d]", code));
+}
+
+bool IsGZip(const unsigned char* data, std::size_t length) noexcept {
+    return length >= 3 && data[0] == 0x1f && data[1] == 0x8b && data[2] == Z_DEFLATED;
+}
+
+bool IsZLib(const unsigned char* data, std::size_t length) noexcept {
+    return length >= 2 && (data[0] & 0x0f) == Z_DEFLATED && data[0] >> 4 <= 7 &&
+           (data[0] * 256 + data[1]) % 31 == 0;
+}
+
+/// More room, twice as much each time, but never more than is needed to see that the limit is passed.
+void Grow(Output& output, std::size_t maxSize) {
+    std::size_t capacity = output.Capacity();
+    capacity = std::max(capacity + kInflateStep,
+                        capacity > std::numeric_limits<std::size_t>::max() / 2 ? capacity : capacity * 2);
+    if (maxSize != 0) capacity = std::min(capacity, maxSize + 1);
+    output.Resize(capacity);
+}
+
+}  // namespace
+
+void Compress(CBinaryData& data, CompressionType type) {
+    if (data.GetLength() == 0 || (type != CompressionType_GZip && type != CompressionType_ZLib)) return;
+
+    const unsigned char* input = data.GetData();
+    std::size_t rest = data.GetLength();
+    Output output(rest);
+    Stream stream(deflateEnd);
+    int code = deflateInit2(&stream.zlib, kLevel, Z_DEFLATED,
+                            type == CompressionType_GZip ? kGZipWindowBits : kZLibWindowBits, kMemoryLevel,
+                            Z_DEFAULT_STRATEGY);
+    if (code != Z_OK) ThrowCompressError(code);
+
+    do {
+        code = stream.Step(deflate, Z_NO_FLUSH, input, rest, output);
+    } while (code == Z_OK && rest != 0 && output.Room() != 0);
+    do {
+        code = stream.Step(deflate, Z_FINISH, input, rest, output);
+    } while (code == Z_OK && output.Room() != 0);
+    if (code != Z_STREAM_END) ThrowCompressError(code);
+    data = output.Take();
+}
+
+bool Inflate(const unsigned char* data, std::size_t length, std::size_t maxSize, CBinaryData& out) {
+    out.Clear();
+    const bool isGZip = IsGZip(data, length);
+    if (!isGZip && !IsZLib(data, length)) return false;
+
+    std::size_t capacity =
+        std::max(kInflateStep, length <= std::numeric_limits<std::size_t>::max() / 4 ? length * 4 : length);
+    if (maxSize == std::numeric_limits<std::size_t>::max()) maxSize = 0;
+    if (maxSize != 0) capacity = std::min(capacity, maxSize + 1);
+    Output output(capacity);
+    Stream stream(inflateEnd);
+    if (inflateInit2(&stream.zlib, kDetectWindowBits) != Z_OK) throw std::bad_alloc();
+
+    const unsigned char* input = data;
+    std::size_t rest = length;
+    for (;;) {
+        if (output.Room() == 0) Grow(output, maxSize);
+        const std::size_t restBefore = rest;
+        const std::size_t lengthBefore = output.length;
+        const int code = stream.Step(inflate, Z_NO_FLUSH, input, rest, output);
+        if (maxSize != 0 && output.length > maxSize) {
+            throw CKvException(
+                FormatString("The compressed data inflates to more than the limit of %llu bytes.",
+                             static_cast<unsigned long long>(maxSize)));
+        }
+        if (code == Z_STREAM_END) {
+            if (!isGZip || !IsGZip(input, rest)) break;
+            if (inflateReset(&stream.zlib) != Z_OK) return false;
+        } else if (code == Z_MEM_ERROR) {
+            throw std::bad_alloc();
+        } else if (code != Z_OK || (rest == restBefore && output.length == lengthBefore)) {
+            return false;  // damaged, cut off, or in need of a dictionary
+        }
+    }
+    out = output.Take();
+    return true;
+}
+
+}  // namespace KvXmlLib16::internal
