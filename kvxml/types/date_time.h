@@ -21,6 +21,10 @@ namespace KvXmlLib16 {
 
 class CDateTimeSpan;
 
+namespace internal {
+struct Instant;
+}
+
 /// A date, a time of day, or both, with an optional zone.
 ///
 /// The kind decides which fields a value has. A field accessor or per-field setter of a field that the kind
@@ -55,7 +59,7 @@ public:
         DTCompare_Indeterminate = 3,
     };
 
-    /// Bytes that `FormatXsd` may write.
+    /// Bytes that `FormatXsd` may write. Valid values need 35; fields set unchecked may be longer.
     static constexpr std::size_t kMaxTextLength = 48;
 
     /// Not set.
@@ -257,7 +261,6 @@ private:
         std::uint8_t kind = 0;  // DTType and flags
     };
     struct Numbers;
-    struct Instant;
 
     template <class Integer>
     static constexpr std::int64_t ToSeconds(Integer value) noexcept {
@@ -277,7 +280,6 @@ private:
     }
     void SetSeconds(std::int64_t secondsSince1970);
     void SetDateTime(DTType type, const Numbers& numbers);
-    void Store(const Numbers& numbers) noexcept;
     static void Validate(DTType type, const Numbers& numbers);
     void Validate() const;
     void RequireField(unsigned fields, const char* name) const;
@@ -286,12 +288,15 @@ private:
     void SetXSDTime(std::string_view text);
     void SetZone(std::string_view text);
 
-    bool IsBlank() const noexcept;
     std::int32_t ZoneOffsetSeconds() const noexcept;
     /// First instant of the value on its own clock; fields that the kind lacks are filled from a leap year.
-    Instant FirstInstant() const noexcept;
-    /// Takes the fields that the kind has; returns the year reached.
-    std::int64_t StoreInstant(const Instant& instant) noexcept;
+    internal::Instant FirstInstant() const noexcept;
+    /// The same in UTC.
+    internal::Instant FirstInstantUtc() const noexcept;
+    /// Takes the fields that the kind has. Throws the year error and changes nothing when the year is none.
+    void StoreInstant(const internal::Instant& instant);
+    static DTCompareResult Compare(DTType typeA, const internal::Instant& a, DTType typeB,
+                                   const internal::Instant& b) noexcept;
     void AddDateTimeSpan(const CDateTimeSpan& span, bool subtract);
 
     Fields m_fields;

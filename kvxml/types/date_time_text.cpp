@@ -1,0 +1,288 @@
+// Lexical forms of CDateTime.
+#include <string>
+
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/format_string.h"
+#include "kvxml/types/date_time.h"
+#include "kvxml/types/internal/calendar.h"
+#include "kvxml/types/internal/date_time_numbers.h"
+#include "kvxml/types/internal/digits.h"
+
+namespace KvXmlLib16 {
+
+using namespace internal;
+
+namespace {
+
+constexpr char kNotSet[] = "Error: Date Not Set";
+
+/// Puts the text in the place of the format's "%s"; zero bytes in the text are kept.
+[[noreturn]] void Refuse(std::string_view format, std::string_view text) {
+    const std::size_t place = format.find("%s");
+    std::string message(format.substr(0, place));
+    message.append(text).append(format.substr(place + 2));
+    throw CKvInvalidValueException(std::move(message));
+}
+
+[[noreturn]] void RefuseDate(std::string_view text) {
+    Refuse("Invalid XSD Date [%s] expected CCYY-MM-DD[Z|[+|-]hh:mm]", text);
+}
+
+/// CCYY-MM-DD at `p`.
+bool ReadDate(const char* p, int& year, int& month, int& day) noexcept {
+    return p[4] == '-' && p[7] == '-' && ReadFourDigits(p, year) && ReadTwoDigits(p + 5, month) &&
+           ReadTwoDigits(p + 8, day);
+}
+
+}  // namespace
+
+// --- reading ----------------------------------------------------------------------------------------------
+
+void CDateTime::ParseXSDDateTime(const char* text) {
+    if (text == nullptr) throw CKvInvalidValueException("Invalid DateTime (Null String)");
+    ParseXSDDateTime(std::string_view(text));
+}
+
+void CDateTime::ParseXSDDateTime(std::string_view text) {
+    Fields date;
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    if (text.size() > 10 && text[10] == 'T' && ReadDate(text.data(), year, month, day)) {
+        date.year = static_cast<std::int16_t>(year);
+        date.month = static_cast<std::uint8_t>(month);
+        date.day = static_cast<std::uint8_t>(day);
+        m_fields = date;
+        SetXSDTime(text.substr(11));
+    } else {
+        const std::size_t separator = text.find('T');
+        if (separator == std::string_view::npos) Refuse("Invalid XSD DateTime [%s].", text);
+        Clear();
+        SetXSDDate(text.substr(0, separator));
+        if (GetType() != dt_date) {
+            Refuse("Invalid XSD DateTime [%s] expected CCYY-MM-DDThh:mm:ss[.ff]", text);
+        }
+        SetXSDTime(text.substr(separator + 1));
+    }
+    SetType(dt_dateTime);
+    Validate();
+}
+
+void CDateTime::ParseXSDDate(const char* text) {
+    if (text == nullptr) {
+        Clear();
+        throw CKvInvalidValueException("Invalid Date (Null String)");
+    }
+    ParseXSDDate(std::string_view(text));
+}
+
+void CDateTime::ParseXSDDate(std::string_view text) {
+    Clear();
+    SetXSDDate(text);
+    Validate();
+}
+
+void CDateTime::ParseXSDTime(const char* text) {
+    if (text == nullptr) {
+        Clear();
+        throw CKvInvalidValueException("Invalid Time (Null String)");
+    }
+    ParseXSDTime(std::string_view(text));
+}
+
+void CDateTime::ParseXSDTime(std::string_view text) {
+    Clear();
+    SetXSDTime(text);
+    Validate();
+}
+
+void CDateTime::SetXSDDate(std::string_view text) {
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    const auto store = [&](DTType type) {
+        m_fields.year = static_cast<std::int16_t>(year);
+        m_fields.month = static_cast<std::uint8_t>(month);
+        m_fields.day = static_cast<std::uint8_t>(day);
+        SetType(type);
+    };
+    if (text.size() == 10 && ReadDate(text.data(), year, month, day)) {
+        store(dt_date);
+        return;
+    }
+
+    if (text.empty()) throw CKvInvalidValueException("Invalid Date (Empty String)");
+    if (text.find('T') != std::string_view::npos) {
+        throw CKvInvalidValueException("Invalid Date ('T' not allowed)");
+    }
+    const bool hasColon = text.find(':') != std::string_view::npos;
+    std::size_t zoneLength = 0;
+    if (text.back() == 'Z') {
+        if (hasColon) throw CKvInvalidValueException("Invalid Date (Bad Zone value)");
+        zoneLength = 1;
+    } else if (hasColon) {
+        if (text.size() < 6) RefuseDate(text);
+        zoneLength = 6;
+    }
+    std::string_view body = text.substr(0, text.size() - zoneLength);
+    year = month = day = 0;
+
+    if (body.size() >= 2 && body[0] == '-' && body[1] == '-') {
+        const char* p = body.data();
+        if (body.size() == 4 && ReadTwoDigits(p + 2, month)) {
+            store(dt_gMonth);
+        } else if (body.size() == 5 && p[2] == '-' && ReadTwoDigits(p + 3, day)) {
+            store(dt_gDay);
+        } else if (body.size() == 6 && ReadTwoDigits(p + 2, month)) {
+            store(dt_gMonth);  // the obsolete form --MM--, whose end does not matter
+        } else if (body.size() == 7 && p[4] == '-' && ReadTwoDigits(p + 2, month) &&
+                   ReadTwoDigits(p + 5, day)) {
+            store(dt_gMonthDay);
+        } else {
+            RefuseDate(text);
+        }
+    } else {
+        const bool negative = !body.empty() && body[0] == '-';
+        if (negative) body.remove_prefix(1);
+        const char* p = body.data();
+        DTType type = dt_none;
+        if (body.size() == 4 && ReadFourDigits(p, year)) {
+            type = dt_gYear;
+        } else if (body.size() == 7 && p[4] == '-' && ReadFourDigits(p, year) &&
+                   ReadTwoDigits(p + 5, month)) {
+            type = dt_gYearMonth;
+        } else if (body.size() == 10 && ReadDate(p, year, month, day)) {
+            type = dt_date;
+        } else {
+            RefuseDate(text);
+        }
+        if (negative) year = -year;
+        store(type);
+    }
+    if (zoneLength != 0) SetZone(text.substr(text.size() - zoneLength));
+}
+
+void CDateTime::SetXSDTime(std::string_view text) {
+    if (text.empty()) throw CKvInvalidValueException("Invalid XSD Time (Empty String)");
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+    const char* p = text.data();
+    if (text.size() < 8 || p[2] != ':' || p[5] != ':' || !ReadTwoDigits(p, hour) ||
+        !ReadTwoDigits(p + 3, minute) || !ReadTwoDigits(p + 6, second) || hour > 23 || minute > 59 ||
+        second > 59) {
+        Refuse("Invalid XSD Time [%s] expected hh:mm:ss[.ff]", text);
+    }
+    m_fields.hour = static_cast<std::uint8_t>(hour);
+    m_fields.minute = static_cast<std::uint8_t>(minute);
+    m_fields.second = static_cast<std::uint8_t>(second);
+
+    std::size_t end = 8;
+    if (end < text.size() && p[end] == '.') {
+        unsigned digits[9] = {};
+        std::size_t count = 0;
+        for (++end; end < text.size() && DigitValue(p[end]) <= 9; ++end, ++count) {
+            if (count == 9) Refuse("Invalid XSD Time [%s] Fraction part too long", text);
+            digits[count] = DigitValue(p[end]);
+        }
+        const auto group = [&digits](std::size_t first) {
+            return static_cast<std::uint16_t>(digits[first] * 100 + digits[first + 1] * 10 +
+                                              digits[first + 2]);
+        };
+        m_fields.milli = group(0);
+        m_fields.micro = group(3);
+        m_fields.nano = group(6);
+    }
+    if (end < text.size()) SetZone(text.substr(end));
+    SetType(dt_time);
+}
+
+void CDateTime::SetZone(std::string_view text) {
+    if (text[0] == 'Z') {
+        SetUTC();
+    } else if (text[0] == '+' || text[0] == '-') {
+        int hour = 0;
+        int minute = 0;
+        if (text.size() != 6 || text[3] != ':' || !ReadTwoDigits(text.data() + 1, hour) ||
+            !ReadTwoDigits(text.data() + 4, minute)) {
+            Refuse("Invalid XSD Time Zone [%s].", text);
+        }
+        if (hour == 24) hour = 0;
+        SetTimeZone(text[0] == '-' ? -hour : hour, minute);
+    }
+}
+
+void CDateTime::Validate() const {
+    const Fields& f = m_fields;
+    Validate(GetType(), {f.year, f.month, f.day, f.hour, f.minute, f.second, f.milli, f.micro, f.nano});
+}
+
+// --- writing ----------------------------------------------------------------------------------------------
+
+std::string CDateTime::ToString() const {
+    char buffer[kMaxTextLength];
+    return std::string(buffer, FormatXsd(buffer));
+}
+
+std::string CDateTime::ToString(const char* format) const {
+    char buffer[kMaxTextLength];
+    const std::string_view text(buffer, FormatXsd(buffer));
+    const std::string_view form = format == nullptr ? std::string_view() : format;
+    if (form == "s" || text == kNotSet) return std::string(text);
+    if (form.empty() || form == "G") return std::string();
+    return "Unknown Format: " + std::string(form);
+}
+
+std::size_t CDateTime::FormatXsd(char* buffer) const noexcept {
+    const Fields& f = m_fields;
+    const DTType type = GetType();
+    const bool allZero =
+        (f.year | f.month | f.day | f.hour | f.minute | f.second | f.milli | f.micro | f.nano) == 0;
+    if (type == dt_none || (allZero && type != dt_time)) {
+        std::memcpy(buffer, kNotSet, sizeof(kNotSet) - 1);
+        return sizeof(kNotSet) - 1;
+    }
+    const unsigned fields = FieldsOf(type);
+    const auto two = [](char* out, unsigned value) {
+        return value < 100 ? WriteTwoDigits(out, value) : WritePadded(out, value, 2);
+    };
+    char* out = buffer;
+    if ((fields & kYear) != 0) {
+        const unsigned magnitude = static_cast<unsigned>(f.year < 0 ? -f.year : f.year);
+        if (f.year < 0) *out++ = '-';
+        if (magnitude < 10000) {
+            out = WriteTwoDigits(WriteTwoDigits(out, magnitude / 100), magnitude % 100);
+        } else {
+            out = WritePadded(out, magnitude, 4);
+        }
+        if ((fields & kMonth) != 0) *out++ = '-';
+    } else if ((fields & (kMonth | kDay)) != 0) {
+        *out++ = '-';
+        *out++ = '-';
+    }
+    if ((fields & kMonth) != 0) out = two(out, f.month);
+    if ((fields & kDay) != 0) {
+        *out++ = '-';
+        out = two(out, f.day);
+    }
+    if (type == dt_dateTime) *out++ = 'T';
+    if ((fields & kTime) != 0) {
+        out = two(out, f.hour);
+        *out++ = ':';
+        out = two(out, f.minute);
+        *out++ = ':';
+        out = two(out, f.second);
+        out = WriteFraction(out, f.milli, f.micro, f.nano);
+    }
+    if (HasTimeZone()) {
+        *out++ = f.zoneHour < 0 ? '-' : '+';
+        out = WriteTwoDigits(out, static_cast<unsigned>(f.zoneHour < 0 ? -f.zoneHour : f.zoneHour));
+        *out++ = ':';
+        out = WriteTwoDigits(out, f.zoneMinute);
+    } else if (IsUTC()) {
+        *out++ = 'Z';
+    }
+    return static_cast<std::size_t>(out - buffer);
+}
+
+}  // namespace KvXmlLib16
