@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 #include <typeinfo>
+#include <utility>
 
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/runtime/exceptions.h"

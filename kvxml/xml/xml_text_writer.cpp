@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/runtime/exceptions.h"
