@@ -138,6 +138,32 @@ public:
     operator long() const;
     operator long long() const;
 
+    // --- the same with built-in numbers
+    // --------------------------------------------------------------------- Without these the conversions
+    // above would make such expressions ambiguous. Friends, so that they are considered for this class only
+    // and not for what converts to it.
+#define KVXML_MIXED_OPERATOR(Result, op)                   \
+    template <class T, internal::EnableIfNumber<T> = 0>    \
+    friend Result operator op(const CBigInteger& a, T b) { \
+        return a op CBigInteger(b);                        \
+    }                                                      \
+    template <class T, internal::EnableIfNumber<T> = 0>    \
+    friend Result operator op(T a, const CBigInteger& b) { \
+        return CBigInteger(a) op b;                        \
+    }
+    KVXML_MIXED_OPERATOR(bool, ==)
+    KVXML_MIXED_OPERATOR(bool, !=)
+    KVXML_MIXED_OPERATOR(bool, <)
+    KVXML_MIXED_OPERATOR(bool, <=)
+    KVXML_MIXED_OPERATOR(bool, >)
+    KVXML_MIXED_OPERATOR(bool, >=)
+    KVXML_MIXED_OPERATOR(CBigInteger, +)
+    KVXML_MIXED_OPERATOR(CBigInteger, -)
+    KVXML_MIXED_OPERATOR(CBigInteger, *)
+    KVXML_MIXED_OPERATOR(CBigInteger, /)
+    KVXML_MIXED_OPERATOR(CBigInteger, %)
+#undef KVXML_MIXED_OPERATOR
+
     /// Number of decimal digits; 1 for 0.
     std::int32_t GetDigitCount() const noexcept;
 
@@ -198,28 +224,5 @@ private:
 };
 
 static_assert(sizeof(CBigInteger) <= 24, "CBigInteger is held in place by the variant");
-
-// The conversions to built-in integers would make mixed expressions ambiguous without these.
-#define KVXML_MIXED_OPERATOR(Result, op)                \
-    template <class T, internal::EnableIfNumber<T> = 0> \
-    Result operator op(const CBigInteger& a, T b) {     \
-        return a op CBigInteger(b);                     \
-    }                                                   \
-    template <class T, internal::EnableIfNumber<T> = 0> \
-    Result operator op(T a, const CBigInteger& b) {     \
-        return CBigInteger(a) op b;                     \
-    }
-KVXML_MIXED_OPERATOR(bool, ==)
-KVXML_MIXED_OPERATOR(bool, !=)
-KVXML_MIXED_OPERATOR(bool, <)
-KVXML_MIXED_OPERATOR(bool, <=)
-KVXML_MIXED_OPERATOR(bool, >)
-KVXML_MIXED_OPERATOR(bool, >=)
-KVXML_MIXED_OPERATOR(CBigInteger, +)
-KVXML_MIXED_OPERATOR(CBigInteger, -)
-KVXML_MIXED_OPERATOR(CBigInteger, *)
-KVXML_MIXED_OPERATOR(CBigInteger, /)
-KVXML_MIXED_OPERATOR(CBigInteger, %)
-#undef KVXML_MIXED_OPERATOR
 
 }  // namespace KvXmlLib16

@@ -74,7 +74,7 @@ Narrow ParseNarrow(std::string_view text, WhitespaceRule rule, const char* kind,
 }
 
 template <class T>
-void AppendInteger(std::string& out, T value) {
+void AppendNumber(std::string& out, T value) {
     char buffer[24];
     out.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
 }
@@ -204,12 +204,10 @@ void AppendReal(std::string& out, double value, int digits, std::string_view for
     }
     char buffer[48];
     // Whole numbers of no more digits than asked for are common and need no floating point formatting.
-    if (std::fabs(value) < 1e7 && value == std::trunc(value) && !(value == 0 && std::signbit(value))) {
-        const auto whole = static_cast<std::int32_t>(value);
-        if (digits > 7 || (whole > -10000000 && whole < 10000000)) {
-            out.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, whole).ptr);
-            return;
-        }
+    if (std::fabs(value) < (digits > 7 ? 1e15 : 1e7) && value == std::trunc(value) &&
+        !(value == 0 && std::signbit(value))) {
+        AppendNumber(out, static_cast<std::int64_t>(value));
+        return;
     }
     const auto result =
         std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, digits);
@@ -239,7 +237,7 @@ bool EqualsIgnoringCase(std::string_view text, std::string_view word) {
 void AppendTwoDigits(std::string& out, const char* prefix, unsigned int value) {
     out += prefix;
     if (value < 10) out += '0';
-    AppendInteger(out, value);
+    AppendNumber(out, value);
 }
 
 // Makes the function that returns from the one that appends.
@@ -256,28 +254,28 @@ std::string ToText(Append append, const Arguments&... arguments) {
 // -------------------------------------------------------------------------------------------------
 
 void CConversions::AppendI1(std::string& out, std::int8_t value) {
-    KvXmlLib16::AppendInteger(out, int{value});
+    AppendNumber(out, int{value});
 }
 void CConversions::AppendI2(std::string& out, std::int16_t value) {
-    KvXmlLib16::AppendInteger(out, int{value});
+    AppendNumber(out, int{value});
 }
 void CConversions::AppendI4(std::string& out, std::int32_t value) {
-    KvXmlLib16::AppendInteger(out, value);
+    AppendNumber(out, value);
 }
 void CConversions::AppendI8(std::string& out, std::int64_t value) {
-    KvXmlLib16::AppendInteger(out, value);
+    AppendNumber(out, value);
 }
 void CConversions::AppendUI1(std::string& out, std::uint8_t value) {
-    KvXmlLib16::AppendInteger(out, int{value});
+    AppendNumber(out, int{value});
 }
 void CConversions::AppendUI2(std::string& out, std::uint16_t value) {
-    KvXmlLib16::AppendInteger(out, int{value});
+    AppendNumber(out, int{value});
 }
 void CConversions::AppendUI4(std::string& out, std::uint32_t value) {
-    KvXmlLib16::AppendInteger(out, value);
+    AppendNumber(out, value);
 }
 void CConversions::AppendUI8(std::string& out, std::uint64_t value) {
-    KvXmlLib16::AppendInteger(out, value);
+    AppendNumber(out, value);
 }
 
 std::string CConversions::i1ToString(std::int8_t value) {
@@ -422,7 +420,7 @@ std::string CConversions::stringFromString(std::string_view text, WhitespaceRule
 // --------------------------------------------------------------------------------------
 
 void CConversions::AppendYear(std::string& out, std::uint16_t value) {
-    KvXmlLib16::AppendInteger(out, int{value});
+    AppendNumber(out, int{value});
 }
 void CConversions::AppendMonth(std::string& out, std::uint8_t value) {
     AppendTwoDigits(out, "--", value);
@@ -435,7 +433,8 @@ void CConversions::AppendDateTime(std::string& out, const CDateTime& value) {
     out.append(buffer, value.FormatXsd(buffer));
 }
 void CConversions::AppendDuration(std::string& out, const CDateTimeSpan& value) {
-    out += value.ToString();
+    char buffer[CDateTimeSpan::kMaxTextLength];
+    out.append(buffer, value.FormatXsd(buffer));
 }
 
 std::string CConversions::yearToString(std::uint16_t value) {

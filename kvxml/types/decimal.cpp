@@ -546,7 +546,7 @@ double CDecimal::ToDouble() const {
     }
     double value = 0;
     const auto result = std::from_chars(view.data(), view.data() + view.size(), value);
-    if (result.ec == std::errc()) return value;
+    if (result.ec == std::errc() && std::isfinite(value)) return value;
     // Out of range: either too large, or closer to zero than the smallest double.
     if (m_isBig && static_cast<std::int64_t>(m_big->DigitCount()) > m_scale) {
         throw CKvOverFlowException("The Decimal value if to large to fit into a Double");

@@ -1,0 +1,72 @@
+#include "kvxml/types/whitespace_utils.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+#include "kvxml/runtime/exceptions.h"
+
+namespace KvXmlLib16 {
+namespace {
+
+using namespace std::string_literals;
+using Utils = CWhitespaceUtils;
+
+TEST(WhitespaceUtils, Rules) {
+    const struct {
+        std::string text;
+        std::string preserved;
+        std::string replaced;
+        std::string collapsed;
+    } rows[] = {
+        {"", "", "", ""},
+        {"abc", "abc", "abc", "abc"},
+        {" ", " ", " ", ""},
+        {" \r\n\t ", " \n\t ", "    ", ""},
+        {"\t a  b \r\n", "\t a  b \n", "  a  b  ", "a b"},
+        {"a\r\nb", "a\nb", "a b", "a b"},
+        {"a\rb\r\nc", "a\nb\nc", "a b c", "a b c"},
+        {"a\r", "a\n", "a ", "a"},
+        {"\n\ra", "\n\na", "  a", "a"},
+        {"a b c", "a b c", "a b c", "a b c"},
+        {" a\tb ", " a\tb ", " a b ", "a b"},
+        {"a\xC2\xA0  b", "a\xC2\xA0  b", "a\xC2\xA0  b", "a\xC2\xA0 b"},
+        {"a\v\fb", "a\v\fb", "a\v\fb", "a\v\fb"},
+        {"a\0b"s, "a\0b"s, "a\0b"s, "a\0b"s},
+        {"a\0\rb"s, "a", "a\0 b"s, "a\0 b"s},
+    };
+    std::string scratch = "former content";
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        EXPECT_EQ(Utils::ApplyRule(Utils::WhitespaceRule_None, row.text), row.text);
+        EXPECT_EQ(Utils::Preserve(row.text), row.preserved);
+        EXPECT_EQ(Utils::Replace(row.text), row.replaced);
+        EXPECT_EQ(Utils::Collapse(row.text), row.collapsed);
+        EXPECT_EQ(Utils::ApplyRuleView(Utils::WhitespaceRule_Preserve, row.text, scratch), row.preserved);
+        EXPECT_EQ(Utils::ApplyRuleView(Utils::WhitespaceRule_Replace, row.text, scratch), row.replaced);
+        EXPECT_EQ(Utils::ApplyRuleView(Utils::WhitespaceRule_Collapse, row.text, scratch), row.collapsed);
+    }
+    EXPECT_EQ(Utils::Preserve("a\r\nb\0c", 6), "a\nb");
+    EXPECT_EQ(Utils::Preserve("a\0c", 3), "a");
+}
+
+TEST(WhitespaceUtils, ViewsAreOfTheTextWhereNothingChangesInside) {
+    const std::string text = "  12 345\n";
+    std::string scratch;
+    const std::string_view view = Utils::ApplyRuleView(Utils::WhitespaceRule_Collapse, text, scratch);
+    EXPECT_EQ(view.data(), text.data() + 2);
+    EXPECT_EQ(view, "12 345");
+}
+
+TEST(WhitespaceUtils, UnknownRulesAreRefused) {
+    try {
+        Utils::ApplyRule(static_cast<Utils::WhitespaceRule>(4), "a");
+        FAIL();
+    } catch (const CKvException& e) {
+        EXPECT_EQ(e.GetMessage(), "Unknown WhitespaceRule");
+    }
+}
+
+}  // namespace
+}  // namespace KvXmlLib16
