@@ -61,14 +61,36 @@ const char* LocalCharset(char (&buffer)[16]) noexcept {
     return buffer;
 }
 
+// A few characters, of which every code page beyond ASCII has some.
+constexpr std::string_view kSamples[] = {"\u00E9", "\u0416", "\u05D0", "\u0627",
+                                         "\u0E01", "\u20AC", "\u65E5", "\uD55C"};
+
 // Both directions of the local code page that a thread used last.
 struct LocalConverter {
     std::string charset;
     CConverter toLocal;
     CConverter fromLocal;
-    bool asciiCompatible = false;  // ASCII text is the same in both
+    bool asciiCompatible = false;  // text of ASCII bytes is the same in both
     std::string questionMark;
 };
+
+// Whether ASCII characters stand for themselves and never, as in shift sequences, for others.
+bool IsAsciiCompatible(LocalConverter& local) {
+    std::string ascii;
+    for (int c = 1; c < 0x80; ++c)
+        ascii.push_back(static_cast<char>(c));
+    std::string_view rest = ascii;
+    std::string converted;
+    const CConverter::Result outcome = local.fromLocal.Convert(rest, converted);
+    if (outcome != CConverter::Result::Done || converted != ascii) return false;
+    for (std::string_view sample : kSamples) {
+        converted.clear();
+        local.toLocal.Reset();
+        if (local.toLocal.Convert(sample, converted) == CConverter::Result::Done && IsAllAscii(converted))
+            return false;
+    }
+    return true;
+}
 
 LocalConverter& OpenLocal(const char* charset) {
     thread_local LocalConverter current;
@@ -82,14 +104,7 @@ LocalConverter& OpenLocal(const char* charset) {
     std::string_view question = "?";
     opened.toLocal.Convert(question, opened.questionMark);
     opened.toLocal.Finish(opened.questionMark);
-    std::string ascii;
-    for (int c = 1; c < 0x80; ++c)
-        ascii.push_back(static_cast<char>(c));
-    std::string_view rest = ascii;
-    std::string converted;
-    opened.asciiCompatible =
-        opened.fromLocal.Convert(rest, converted) == CConverter::Result::Done && converted == ascii;
-    opened.fromLocal.Reset();
+    opened.asciiCompatible = IsAsciiCompatible(opened);
     current = std::move(opened);
     return current;
 }

@@ -19,6 +19,9 @@ constexpr std::size_t kMaximumSequence = 4;
 constexpr std::size_t kMaximumNameLength = 64;
 // Descriptions kept; documents in more encodings than this pay for asking the host again.
 constexpr std::size_t kMaximumDescriptions = 16;
+// Sequences tried before an encoding is given up. Those with sequences of up to three bytes need less than
+// half of it; of the longer ones, converting the whole document costs less than finding out.
+constexpr int kMaximumTrials = 100000;
 constexpr const char* kUtf32 = "UTF-32LE";
 
 // Characters that XML gives no meaning: an encoding may use their places for others (Shift_JIS, ISO 646).
@@ -63,8 +66,9 @@ public:
         return description;
     }
 
-    // The one character that `bytes` mean. Otherwise kNoCharacter, and `outcome` and `isSingle` say why.
+    // The one character that `bytes` mean. Otherwise kNoCharacter, and m_outcome and m_isSequence say why.
     int Decode(std::string_view bytes) {
+        ++m_trials;
         m_output.clear();
         m_converter.Reset();
         m_outcome = m_converter.Convert(bytes, m_output);
@@ -121,7 +125,7 @@ private:
     // Length of the sequences that begin with `prefix`, of which two bytes are known: from the third byte on
     // one sequence stands for all. 0 when there is none.
     std::size_t LengthBehind(const std::string& prefix) {
-        if (prefix.size() >= kMaximumSequence) return kMaximumSequence + 1;
+        if (prefix.size() >= kMaximumSequence || m_trials > kMaximumTrials) return kMaximumSequence + 1;
         for (std::size_t next = 0; next < 256; ++next) {
             const std::string bytes = prefix + static_cast<char>(next);
             if (Decode(bytes) != kNoCharacter) return bytes.size();
@@ -134,6 +138,7 @@ private:
     CConverter m_converter;
     CConverter::Result m_outcome = CConverter::Result::Done;
     bool m_isSequence = false;  // the bytes meant more than one character
+    int m_trials = 0;
     std::string m_output;
 };
 

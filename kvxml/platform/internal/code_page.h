@@ -56,9 +56,10 @@ KVXML_EXPORT std::string Utf8ToUtf16Le(std::string_view utf8);
 /// Returns false for an encoding that the host does not know, and for one that the parser cannot read byte
 /// by byte: those in which the ASCII characters that XML markup and names consist of do not stand for
 /// themselves (EBCDIC, UTF-16), those with shift sequences (ISO-2022-JP, UTF-7), those whose sequence
-/// length depends on more than the first byte (GB18030), and those with sequences that mean two
-/// characters. `EncodingToUtf8` converts whole documents in such encodings. Names are compared without
-/// case. Results are kept for later calls, which are cheap. Thread-safe.
+/// length depends on more than the first byte (GB18030), those with sequences that mean two characters, and
+/// those that would take too long to explore (four-byte sequences, EUC-TW). `EncodingToUtf8` converts whole
+/// documents in such encodings. Names are compared without case. Results are kept for later calls, which are
+/// cheap. Thread-safe.
 KVXML_EXPORT bool DescribeEncoding(const char* encodingName, int (&map)[256]);
 /// Decodes the multi-byte character of `length` bytes at `bytes` in the named encoding; -1 when it is none.
 /// `cache` keeps what is needed between calls; start it with null, release it with CloseDecoder. One cache
