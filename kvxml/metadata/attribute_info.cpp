@@ -11,6 +11,7 @@
 namespace KvXmlLib16Data {
 
 using KvXmlLib16::CKvException;
+using KvXmlLib16::CKvInvalidParamException;
 using KvXmlLib16::CKvValidationException;
 using KvXmlLib16::FormatString;
 
@@ -53,6 +54,14 @@ void CAttributeInfo::InvokePropertySet(CXmlGeneratedClass* owner, KvVariant& val
     } catch (const CKvException& e) {
         ThrowSetFailed(attribute, e);
     }
+}
+
+bool CAttributeInfo::ReadForOutput(const CXmlGeneratedClass* owner, KvVariant& value) const {
+    InvokePropertyGet(owner, value);
+    if (value.IsValid() && !value.IsNil()) return true;
+    if (m_optional) return false;
+    throw CKvInvalidParamException(
+        FormatString("The Property [%s] is mandatory, it may not be NULL", m_name.c_str()));
 }
 
 void CAttributeInfo::WriteAttribute(const CSerializationContext& context, CXmlWriter* writer,
@@ -114,8 +123,7 @@ void CAttributeInfoPrimitive::CheckRestriction(const KvVariant& value, std::stri
 void CAttributeInfoPrimitive::AttributeToXml(const CSerializationContext& context,
                                              const CXmlGeneratedClass* owner, CXmlWriter* writer) {
     KvVariant value;
-    InvokePropertyGet(owner, value);
-    if (m_optional && !value.IsValid()) return;
+    if (!ReadForOutput(owner, value)) return;
     const std::string_view text = value.ToText(writer->ScratchText(), m_formatOverride.c_str());
     CheckRestriction(value, text);
     WriteAttribute(context, writer, text, m_itemType);
@@ -159,9 +167,9 @@ CAttributeInfoEnum::~CAttributeInfoEnum() = default;
 void CAttributeInfoEnum::AttributeToXml(const CSerializationContext& context, const CXmlGeneratedClass* owner,
                                         CXmlWriter* writer) {
     KvVariant value;
-    InvokePropertyGet(owner, value);
-    if (m_optional && !value.IsValid()) return;
-    WriteAttribute(context, writer, m_enumToString(value.GetI4()), KvXmlLib16::ItemType_string);
+    if (!ReadForOutput(owner, value)) return;
+    const char* text = m_enumToString(value.GetI4());
+    WriteAttribute(context, writer, text == nullptr ? "" : text, KvXmlLib16::ItemType_string);
 }
 
 bool CAttributeInfoEnum::AttributeFromXml(const CSerializationContext& context, CXmlGeneratedClass* owner,

@@ -68,6 +68,9 @@ protected:
     /// Throws the failure to take over the attribute's value, with its path.
     [[noreturn]] void ThrowSetFailed(const CXmlAttribute& attribute,
                                      const KvXmlLib16::CKvException& inner) const;
+    /// Reads the property for output. False when it is optional and not set; CKvInvalidParamException when a
+    /// required one is not set.
+    bool ReadForOutput(const CXmlGeneratedClass* owner, KvVariant& value) const;
     /// Writes `text` unless the context leaves out optional attributes that equal their default.
     void WriteAttribute(const CSerializationContext& context, CXmlWriter* writer, std::string_view text,
                         ItemType type) const;
