@@ -68,6 +68,7 @@ void CXmlCollection::FreeNode(CNode* node) noexcept {
     (node->previous == nullptr ? m_head : node->previous->next) = node->next;
     (node->next == nullptr ? m_tail : node->next->previous) = node->previous;
     --m_count;
+    ++m_removals;
     m_lastNode = nullptr;
     const CSmartPtr<CXmlObjectBase> item = std::move(node->item);  // released when the list is whole again
     node->previous = nullptr;
@@ -109,7 +110,12 @@ CXmlCollection::CNode* CXmlCollection::GetNodeForItem(const CXmlObjectBase* item
 void CXmlCollection::Insert(CNode* before, CXmlObjectBase* item) {
     if (item == nullptr) throw CKvInvalidParamException("An item of a collection may not be NULL");
     const CSmartPtr<CXmlObjectBase> keep(item);
-    FireOnCollectionAdd(item);
+    if (HasListeners()) {
+        const CSmartPtr<CXmlObjectBase> place(before == nullptr ? nullptr : before->item);
+        const std::uint32_t removals = m_removals;
+        FireOnCollectionAdd(item);
+        if (m_removals != removals && !HasNode(before, place.Get())) before = nullptr;
+    }
     CNode* node = NewNode();
     node->item = keep;
     node->next = before;
@@ -135,8 +141,21 @@ void CXmlCollection::AddItemAt(int index, CXmlObjectBase* item) {
     Insert(index == m_count ? nullptr : GetNodeAtIndex(index), item);
 }
 
+// Nodes are reused, so a node alone does not tell whether it still is the one with `item`.
+bool CXmlCollection::HasNode(const CNode* node, const CXmlObjectBase* item) const noexcept {
+    const CNode* at = m_head;
+    while (at != nullptr && at != node)
+        at = at->next;
+    return at != nullptr && at->item.Get() == item;
+}
+
 void CXmlCollection::RemoveNodeAt(CNode* node, std::int32_t index) {
-    FireOnCollectionRemove(index);
+    if (HasListeners()) {
+        const CSmartPtr<CXmlObjectBase> item(node->item);
+        const std::uint32_t removals = m_removals;
+        FireOnCollectionRemove(index);
+        if (m_removals != removals && !HasNode(node, item.Get())) return;
+    }
     FreeNode(node);
     FireOnCollectionRemoveComplete(index);
     FireOnCollectionChange();
@@ -157,7 +176,8 @@ void CXmlCollection::Remove(int index) {
 
 void CXmlCollection::Clear() {
     if (HasListeners()) {
-        while (m_head != nullptr)
+        // What listeners add meanwhile stays.
+        for (std::int32_t left = m_count; left > 0 && m_head != nullptr; --left)
             RemoveNodeAt(m_head, 0);
     } else {
         while (m_tail != nullptr)

@@ -19,6 +19,8 @@ namespace KvXmlLib16 {
 /// Ordered list of shared objects. Every change notifies the listeners: add, the change itself, add complete
 /// (or remove and remove complete), change. A failed operation leaves the list unchanged.
 ///
+/// A listener may change the collection: an item whose place a listener has removed is appended, and an item
+/// that a listener has removed already is not removed again.
 /// Adding null throws CKvInvalidParamException. A copy shares the items and has the same listeners.
 class KVXML_EXPORT CXmlCollection : public CXmlCollectionBase {
 public:
@@ -74,6 +76,7 @@ private:
     CNode* NewNode();
     void FreeNode(CNode* node) noexcept;
     void RemoveNodeAt(CNode* node, std::int32_t index);
+    bool HasNode(const CNode* node, const CXmlObjectBase* item) const noexcept;
     void CopyItems(const CXmlCollection& other);
 
     CNode* m_head = nullptr;
@@ -82,6 +85,7 @@ private:
     // The node found last by index, so that a loop over indexes does not start over each time.
     mutable CNode* m_lastNode = nullptr;
     mutable std::int32_t m_lastIndex = 0;
+    std::uint32_t m_removals = 0;  // counts up, so that changes made by listeners are noticed
     // Nodes come from blocks that grow with the collection and are reused through a free list.
     std::vector<std::unique_ptr<CNode[]>> m_blocks;
     std::size_t m_blockUsed = 0;
