@@ -214,7 +214,7 @@ bool CElementInfoSeqCol::ElementFromXml(const CSerializationContext& context, CX
     }
     CXmlCollectionBase* collection = value.PeekXmlCollection();
     if (collection == nullptr) ThrowMandatoryIsNull();
-    if (collection->GetMinOccurs() <= 0) SetSkippedWhenAbsent();
+    if (m_itemsHaveTags && collection->GetMinOccurs() <= 0) SetSkippedWhenAbsent();
     *cursor = FromXml_Int(collection, parent, *cursor, context, false);
     if (type != XmlElementType_Element) return collection->IsValidCount(context);
     collection->ValidateCount(context);
@@ -223,7 +223,9 @@ bool CElementInfoSeqCol::ElementFromXml(const CSerializationContext& context, CX
 
 CElementInfoSeqClsCol::CElementInfoSeqClsCol(const char* name, const char* ns, int propertyIndex,
                                              XmlElementType memberType)
-    : CElementInfoSeqCol(name, ns, propertyIndex), m_memberType(memberType) {}
+    : CElementInfoSeqCol(name, ns, propertyIndex), m_memberType(memberType) {
+    m_itemsHaveTags = memberType == XmlElementType_Element;
+}
 
 #define KVXML_INSTANTIATE_RECORDS(cardinality)                                           \
     template class CElementInfoSingle<RecordGroup::Seq, RecordCardinality::cardinality>; \

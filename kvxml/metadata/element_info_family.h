@@ -110,6 +110,10 @@ public:
                       CXmlWriter* writer) override;
     bool ElementFromXml(const CSerializationContext& context, CXmlGeneratedClass* owner, CXmlElement* parent,
                         CXmlElement** cursor, const char* ns, XmlElementType type) override;
+
+protected:
+    /// The items are elements of the record's name.
+    bool m_itemsHaveTags = true;
 };
 
 /// Collection of primitive values.
