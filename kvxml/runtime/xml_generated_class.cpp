@@ -20,6 +20,7 @@ using KvXmlLib16Data::XmlElementGroupType_All;
 using KvXmlLib16Data::XmlElementGroupType_Choice;
 using KvXmlLib16Data::XmlElementGroupType_Sequence;
 using KvXmlLib16Data::XmlElementType_Element;
+using KvXmlLib16Data::XmlElementType_PseudoElement;
 
 CKVCriticalSection CXmlGeneratedClass::m_csInit;
 
@@ -324,7 +325,7 @@ void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const cha
             }
             for (const auto& [uri, alias] : context.GetNamespaceAliases())
                 writer->AddNamespaceAlias(alias, uri);
-            const std::string defaultNamespace = context.GetDefaultNamespaceURI();
+            const std::string& defaultNamespace = context.GetDefaultNamespaceURIRef();
             if (!defaultNamespace.empty()) writer->SetDefaultNamespace(defaultNamespace);
         }
         if (writer->GetDepth() >= static_cast<std::int64_t>(context.GetMaxElementDepth())) {
@@ -333,13 +334,14 @@ void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const cha
         }
         writer->WriteStartElement(GetElementNameView(), namespaceUri);
         if (isRoot) {
-            const auto attributes = const_cast<CSerializationContext&>(context).GetAdditionalRootAttributes();
-            ToXml_Int(attributes.Get(), writer, false, namespaceUri, context, false);
+            if (const CAttributeCol* attributes = context.FindAdditionalRootAttributes())
+                ToXml_Int(attributes, writer, false, namespaceUri, context, false);
         }
     }
-    AttributesToXml_Int(writer, context);
+    // The owner's start tag has the attributes of a pseudo element already.
+    if (record.GetElementType() != XmlElementType_PseudoElement) AttributesToXml_Int(writer, context);
     if (isRoot) {
-        const std::string schema = context.GetInLineSchema();
+        const std::string& schema = context.GetInLineSchemaRef();
         if (!schema.empty()) writer->WriteRawAfterSpace(schema);
     }
     if (IsNillableClass() && dynamic_cast<const INillable*>(this)->IsNil()) {
