@@ -21,9 +21,18 @@ std::size_t Slot(std::string_view text) noexcept {
 
 }  // namespace
 
+// Set once the thread's recent names are gone: objects of static storage outlive them.
+thread_local bool t_recentNamesGone = false;
+
+struct CSharedName::RecentNames {
+    std::array<CSharedName, kRecentNames> names;
+    ~RecentNames() { t_recentNamesGone = true; }
+};
+
 CSharedName::Block* CSharedName::Acquire(std::string_view text) {
-    thread_local std::array<CSharedName, kRecentNames> recent;
-    CSharedName& entry = recent[Slot(text)];
+    thread_local RecentNames recent;
+    CSharedName lone;
+    CSharedName& entry = t_recentNamesGone ? lone : recent.names[Slot(text)];
     if (entry.View() != text) {
         if (text.size() >= std::numeric_limits<std::uint32_t>::max()) {
             throw CKvInvalidParamException("An element name is too long");

@@ -39,6 +39,8 @@ private:
         // the text and its terminator follow
     };
 
+    struct RecentNames;
+
     static const char* Text(const Block* block) noexcept { return reinterpret_cast<const char*>(block + 1); }
     static Block* Acquire(std::string_view text);
     static void Free(Block* block) noexcept;
