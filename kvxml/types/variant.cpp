@@ -24,6 +24,11 @@ constexpr const char* kTypeNames[] = {
 
 // --- copying -----------------------------------------------------------------------------------------------
 
+// The bytes of any plain value.
+struct PlainValue {
+    unsigned char bytes[sizeof(std::uint64_t)];
+};
+
 // Runs `action` with a value-initialised pointer of the C++ type that a kind is held as.
 template <class Action>
 static void WithHeldType(ItemType type, Action action) {
@@ -50,7 +55,7 @@ static void WithHeldType(ItemType type, Action action) {
         case ItemType_XmlCollection:
             return action(static_cast<CXmlCollectionBase**>(nullptr));
         default:
-            return action(static_cast<std::uint64_t*>(nullptr));  // every plain value fits
+            return action(static_cast<PlainValue*>(nullptr));
     }
 }
 
