@@ -1,9 +1,8 @@
-/// The XML tree that every input is read into.
+/// XML document in memory, as every reader of the library walks it.
 ///
 ///     CXmlDocument document;
 ///     document.Load("track.gpx");
-///     for (const CXmlElement* e = document.GetDocumentElement()->GetFirstElement(); e != nullptr;
-///          e = e->GetNextSiblingElement()) ...
+///     const CXmlElement* root = document.GetDocumentElement();
 #pragma once
 
 #include <cstddef>
@@ -11,84 +10,96 @@
 #include <string>
 
 #include "kvxml/export.h"
-#include "kvxml/xml/xml_attribute.h"
-#include "kvxml/xml/xml_element.h"
+#include "kvxml/runtime/serialization_context.h"
 
 namespace KvXmlLib16 {
 
 class CBinaryData;
-class CSerializationContext;
+class CXmlElement;
 
 namespace internal {
 class CXmlTree;
 }
 
-/// Owns a whole tree of elements. There are no nodes for comments, processing instructions or pieces of
-/// text; prefixes are kept in one table for the document. Loading again replaces the tree; a failed load
-/// throws CKvException and leaves what was built until then.
+/// A parsed document: its elements and its table of namespace prefixes.
 ///
-/// Nodes have no addresses of their own worth copying, so documents are neither copied nor moved.
+/// A document can be loaded repeatedly; each load first drops what was there. When a load fails with a
+/// CKvException about the document's text ("%s at line %d"), what was read up to there stays until the next
+/// load; a file read in chunks leaves nothing. Documents own their elements and can be moved, not copied.
+///
+/// Nested elements are limited by `CSerializationContext::GetMaxElementDepth`, inflated input by
+/// `GetMaxInflatedSize`; entities that expand to far more than the document holds are refused, and external
+/// entities are not read. One thread at a time uses a document, its elements included.
 class KVXML_EXPORT CXmlDocument {
 public:
-    /// Called with every element when its end tag is seen; true discards the element and gives its memory
-    /// back. Not asked to discard the document element.
+    /// Called for each element at its end tag; true discards the element with all it contains, and gives its
+    /// memory back at once. It must not load or clean up the document. What it throws leaves the load. The
+    /// document element is never discarded.
     using ElementFilter = bool (*)(CXmlElement*);
 
     CXmlDocument();
-    /// The context is not owned and must outlive the document.
+    /// The context is not copied and must outlive the document; its schema type is read now. Without one,
+    /// `CSerializationContext::GetDefaultContext` is used.
     explicit CXmlDocument(const CSerializationContext& context);
+    /// A null filter keeps all elements.
     explicit CXmlDocument(ElementFilter filter);
     CXmlDocument(ElementFilter filter, const CSerializationContext& context);
     CXmlDocument(const CXmlDocument&) = delete;
     CXmlDocument& operator=(const CXmlDocument&) = delete;
+    /// Elements keep their addresses. The document that was moved from is empty and can be loaded.
+    CXmlDocument(CXmlDocument&& other) noexcept;
+    CXmlDocument& operator=(CXmlDocument&& other) noexcept;
     virtual ~CXmlDocument();
 
-    // Errors of all: "%s at line %d" for ill-formed input, and a text with the line for elements nested deeper
-    // than the context allows.
-
-    /// Reads a file: whole, inflated when it is a gzip or zlib stream; or, with `AsyncFromXmlFile(true)`, in
-    /// chunks of 131,072 bytes, plain text only.
+    /// Reads a file, which may be compressed (gzip or zlib). With `AsyncFromXmlFile(true)` it is parsed in
+    /// chunks of 131,072 bytes and must not be compressed. CKvException with the file's name and the host's
+    /// error number when it cannot be read.
     void Load(const char* fileName);
-    /// Reads bytes, inflated when they are a gzip or zlib stream. They are not needed afterwards.
+    /// Reads a document, which may be compressed, from memory; the bytes are needed during the call only. No
+    /// bytes: CKvException "XML Stream is empty!".
     void LoadXmlStream(const unsigned char* data, std::size_t length);
-    /// Reads text; its declaration tells the encoding.
+    /// Reads a document as it stands, in the encoding that it declares. An empty text: CKvException "XML
+    /// String is empty!".
     void LoadXml(const char* xml);
-    /// Reads wide text; a declared encoding is ignored.
+    /// The encoding that the text declares does not count.
     void LoadXml(const wchar_t* xml);
 
-    // JSON text as XML text. Not built in yet: throw CKvException, after the check for empty input.
+    /// Convert JSON text into XML text, which is returned and not loaded; the elements that were loaded
+    /// before are dropped. No bytes: CKvException "JSON Stream is empty!" or "JSON String is empty!".
     CBinaryData LoadJsonFile(const char* fileName);
     CBinaryData LoadJsonStream(const unsigned char* data, std::size_t length);
     CBinaryData LoadJson(const char* json);
     CBinaryData LoadJson(const wchar_t* json);
 
     /// Null when nothing was loaded.
-    const CXmlElement* GetDocumentElement() const noexcept;
     CXmlElement* GetDocumentElement() noexcept;
+    const CXmlElement* GetDocumentElement() const noexcept;
 
-    // Prefixes hold for the whole document: a later declaration of a prefix replaces an earlier one.
-
-    /// URI of the prefix (empty: the default namespace); empty when the prefix is unknown.
+    /// The namespace that the prefix stands for, empty for an unknown prefix. One table serves the whole
+    /// document, and the last declaration of a prefix counts; the default namespace has the empty prefix.
     std::string LookupNamespaceFromAlias(const char* prefix) const;
-    /// First prefix, in ascending order, of the URI; empty when it has none or is the default namespace.
+    /// The first prefix, in ascending byte order, that stands for exactly this namespace. Empty for the
+    /// default namespace, and when there is none.
     std::string LookupAliasFromNamespace(const char* uri) const;
 
 protected:
-    /// Drops tree and prefixes; called before every load.
+    /// Drops the elements and the table of prefixes. Every load begins with it.
     virtual void Cleanup();
 
 private:
-    friend class CXmlElement;
-    friend class CXmlAttribute;
+    /// What is known about the encoding of the text that is to be parsed.
+    enum class Encoding { Declared, Utf8 };
 
+    internal::CXmlTree& Tree();
+    void ParseText(const unsigned char* data, std::size_t length, Encoding encoding);
     void Parse(const unsigned char* data, std::size_t length);
-    void ParseText(const unsigned char* data, std::size_t length, const char* encoding);
     void LoadWhole(const char* fileName);
-    void LoadChunked(const char* fileName);
+    void LoadInChunks(const char* fileName);
 
-    const CSerializationContext* m_context;
-    ElementFilter m_filter;
     std::unique_ptr<internal::CXmlTree> m_tree;
+    ElementFilter m_filter = nullptr;
+    const CSerializationContext* m_context;
+    SchemaType m_schemaType;
 };
 
 }  // namespace KvXmlLib16

@@ -1,4 +1,8 @@
-/// Elements of the XML tree.
+/// Element of a parsed document.
+///
+///     for (const CXmlElement* child = element->GetFirstElement(); child != nullptr;
+///          child = child->GetNextSiblingElement())
+///         std::cout << child->GetXPath() << ": " << child->GetTextView() << '\n';
 #pragma once
 
 #include <cstddef>
@@ -8,71 +12,87 @@
 
 #include "kvxml/export.h"
 #include "kvxml/xml/xml_attribute.h"
-#include "kvxml/xml/xml_name.h"
 
 namespace KvXmlLib16 {
 
 class CXmlDocument;
 
 namespace internal {
-class CXmlTree;
-struct TextRun;
-}  // namespace internal
+struct CXmlTextRun;
+}
 
-/// One element: name, attributes, child elements, and all its character data as one text. Lives in its
-/// document's memory: it dies with the document, or when the document's element filter discards it. All
-/// strings are in the local code page and live as long as the element.
+/// Name, attributes, text and child elements. Made and owned by its document; it cannot be copied.
+///
+/// All character data directly inside the element, between its children too, is one text. There are no
+/// comments and no processing instructions. Lifetime and thread rule as for `CXmlAttribute`.
 class KVXML_EXPORT CXmlElement final {
 public:
+    CXmlElement(const CXmlElement&) = delete;
+    CXmlElement& operator=(const CXmlElement&) = delete;
+
     const CXmlDocument* GetDocument() const noexcept;
     /// Null for the document element.
-    const CXmlElement* GetParentElm() const noexcept {
-        return (m_owner & 1) != 0 ? nullptr : reinterpret_cast<const CXmlElement*>(m_owner);
+    const CXmlElement* GetParentElm() const noexcept { return m_parent; }
+    /// The first child, or null.
+    CXmlElement* GetFirstElement() noexcept { return m_firstChild; }
+    const CXmlElement* GetFirstElement() const noexcept { return m_firstChild; }
+    /// The next child of the same parent, or null.
+    CXmlElement* GetNextSiblingElement() noexcept { return m_next; }
+    const CXmlElement* GetNextSiblingElement() const noexcept { return m_next; }
+    CXmlAttributeList GetAttributes() const noexcept {
+        // Attributes lie directly behind their element.
+        auto* behind = reinterpret_cast<CXmlAttribute*>(const_cast<CXmlElement*>(this) + 1);
+        return CXmlAttributeList(behind, m_attributeCount);
     }
-    /// First child element, or null.
-    CXmlElement* GetFirstElement() const noexcept { return m_firstChild; }
-    CXmlElement* GetNextSiblingElement() const noexcept { return m_next; }
-    CXmlAttributes GetAttributes() const noexcept { return CXmlAttributes(m_attributes, m_attributeCount); }
 
-    const std::string& GetLocalName() const noexcept { return m_name->local; }
+    const std::string& GetLocalName() const noexcept;
     /// Empty for an element in no namespace.
-    const std::string& GetNamespaceURI() const noexcept { return m_name->uri; }
-    /// All character data of the element, without that of its children, carriage returns left out.
+    const std::string& GetNamespaceURI() const noexcept;
+    /// The text, with line ends as "\n" and without carriage returns. In the element filter, the text so far
+    /// of an ancestor; the reference then follows its growth.
     const std::string& GetText() const;
-    /// The same without making a string where the text is in one piece.
-    std::string_view GetTextView() const {
-        return m_textKind == kContiguous ? std::string_view(m_text, m_textLength) : std::string_view(GetText());
-    }
-    /// Value of the first attribute of that local name and namespace; a shared empty string when there is
-    /// none.
+    /// The text without the string that `GetText` makes on its first call; for text with child elements in
+    /// between the string is made nevertheless. For an ancestor in the element filter the view is good
+    /// until the filter returns.
+    std::string_view GetTextView() const;
+    /// Value of the first attribute with this name and namespace; empty when there is none.
     const std::string& GetAttribute(std::string_view localName, std::string_view namespaceUri) const;
-    /// Path from the document element; siblings of the same name are told apart by their position, from 1.
+    /// Path from the document element, with the position among siblings of the same name where there are
+    /// several: "/a/x:b[2]". Names carry the prefixes that the document's table has at the time of the call.
     std::string GetXPath() const;
 
+    /// For the library: the name as the document keeps it.
     const internal::CXmlName* GetName() const noexcept { return m_name; }
 
 private:
     friend class internal::CXmlTree;
+    friend class internal::CXmlTreeBuilder;
 
-    enum TextKind : std::uint32_t { kContiguous = 0, kRuns = 1, kBox = 2 };
+    CXmlElement() = default;
 
-    CXmlElement() noexcept : m_text(""), m_attributeCount(0), m_textKind(kContiguous) {}
-
-    internal::CXmlTree& Tree() const noexcept;
-
-    std::uintptr_t m_owner = 0;  // the parent, or the tree with the lowest bit set
-    CXmlElement* m_next = nullptr;
-    CXmlElement* m_firstChild = nullptr;
-    const internal::CXmlName* m_name = nullptr;
-    CXmlAttribute* m_attributes = nullptr;
-    union {
-        const char* m_text;           // kContiguous
-        internal::TextRun* m_runs;    // kRuns: the last of a ring
-        const std::string* m_textBox;  // kBox
+    /// What `m_text` holds.
+    enum TextKind : std::uint32_t {
+        TextKind_None = 0,        ///< nothing: the element has no text
+        TextKind_Characters = 1,  ///< `m_textLength` characters
+        TextKind_SharedRuns = 2,  ///< a chain of blank pieces that other elements may share
+        TextKind_Runs = 3,        ///< a chain of pieces whose last one is the element's own
+        TextKind_Box = 4,         ///< a string
     };
-    std::uint32_t m_textLength = 0;
-    std::uint32_t m_attributeCount : 30;
-    std::uint32_t m_textKind : 2;
+    union Text {
+        const char* characters;
+        const internal::CXmlTextRun* sharedRuns;
+        internal::CXmlTextRun* runs;
+        internal::CXmlTextBox* box;
+    };
+
+    CXmlElement* m_parent;
+    CXmlElement* m_next;
+    CXmlElement* m_firstChild;
+    const internal::CXmlName* m_name;
+    mutable Text m_text;
+    std::uint32_t m_textLength;  // of characters
+    std::uint32_t m_attributeCount : 29;
+    mutable std::uint32_t m_textKind : 3;
 };
 
 }  // namespace KvXmlLib16

@@ -1,0 +1,25 @@
+/// Names of the nodes of a document, kept once per distinct name.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace KvXmlLib16::internal {
+
+class CXmlTree;
+
+/// Namespace URI and local name of elements and attributes. Within one document equal names are one object,
+/// so names are compared by their pointers. Lives as long as the tree.
+struct CXmlName {
+    std::string uri;    ///< empty for a name in no namespace
+    std::string local;  ///< with prefix and colon when the document was read without namespaces
+    CXmlTree* tree = nullptr;
+    bool isNamespaceAttribute = false;
+    bool isNilAttribute = false;
+
+    /// What the binder found out about this name last: of the tree it is only storage.
+    mutable std::uint64_t cacheKey = 0;
+    mutable std::uint32_t cacheValue = 0;
+};
+
+}  // namespace KvXmlLib16::internal
