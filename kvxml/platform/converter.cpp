@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <cstdint>
+#include <mutex>
 
 #include "kvxml/platform/internal/converter.h"
 
@@ -11,7 +12,22 @@ constexpr std::size_t kFailed = static_cast<std::size_t>(-1);
 // Room for what one call may write at least: a character with its shift sequences.
 constexpr std::size_t kMinimumRoom = 64;
 
+// Hosts load and unload the modules of their converters here. They lock on their own, but in ways that thread
+// sanitizers do not see.
+std::mutex g_loading;
+
 }  // namespace
+
+CConverter::CConverter(const char* to, const char* from) noexcept {
+    const std::lock_guard<std::mutex> lock(g_loading);
+    m_handle = iconv_open(to, from);
+}
+
+CConverter::~CConverter() {
+    if (!IsOpen()) return;
+    const std::lock_guard<std::mutex> lock(g_loading);
+    iconv_close(m_handle);
+}
 
 iconv_t CConverter::Closed() noexcept {
     return reinterpret_cast<iconv_t>(static_cast<std::intptr_t>(-1));

@@ -22,15 +22,13 @@ public:
 
     CConverter() = default;
     /// Check `IsOpen` afterwards: the host may not know one of the names.
-    CConverter(const char* to, const char* from) noexcept : m_handle(iconv_open(to, from)) {}
+    CConverter(const char* to, const char* from) noexcept;
     CConverter(CConverter&& other) noexcept : m_handle(std::exchange(other.m_handle, Closed())) {}
     CConverter& operator=(CConverter&& other) noexcept {
         std::swap(m_handle, other.m_handle);
         return *this;
     }
-    ~CConverter() {
-        if (IsOpen()) iconv_close(m_handle);
-    }
+    ~CConverter();
 
     bool IsOpen() const noexcept { return m_handle != Closed(); }
     /// Back to the initial shift state.
