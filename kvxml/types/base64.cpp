@@ -3,6 +3,8 @@
 #include <array>
 #include <cstring>
 
+#include "kvxml/types/internal/base64_blocks.h"
+
 namespace KvXmlLib16 {
 namespace {
 
@@ -74,8 +76,10 @@ std::uint32_t ReadGroup(const unsigned char* p) noexcept {
 }  // namespace
 
 void CBase64::Encode(char* out) noexcept {
-    const unsigned char* p = m_source;
-    const unsigned char* const end = p + m_length;
+    const std::size_t encoded = internal::EncodeBase64Blocks(m_source, m_length, out);
+    const unsigned char* p = m_source + encoded;
+    const unsigned char* const end = m_source + m_length;
+    out += encoded / 3 * 4;
     for (; end - p >= 8; p += 6, out += 8) {
         const std::uint64_t bits = LoadBigEndian(p);
         WritePair(out, bits >> 52);
@@ -103,6 +107,10 @@ std::size_t CBase64::Decode(unsigned char* out) noexcept {
     m_bitCount = 0;
     while (p != end) {
         if (m_bitCount == 0) {
+            const std::size_t decoded =
+                internal::DecodeBase64Blocks(p, static_cast<std::size_t>(end - p), out);
+            p += decoded;
+            out += decoded / 4 * 3;
             // Whole groups. Each store spills two bytes over, for which the four characters behind leave
             // room.
             for (; end - p >= 12; p += 8, out += 6) {

@@ -326,9 +326,8 @@ double CDateTime::GetRealSecond() const {
 
 std::int32_t CDateTime::GetDayOfWeek() const {
     RequireField(kYear | kMonth | kDay, "DayOfWeek");
-    const std::int64_t sinceThursday = FirstInstant().days;
-    const std::int64_t sinceSunday = sinceThursday + 4;
-    return static_cast<std::int32_t>(sinceSunday - FloorDivide(sinceSunday, 7) * 7) + 1;
+    constexpr std::int64_t kThursday = 4;  // 1970-01-01, counted from Sunday as 0
+    return static_cast<std::int32_t>(FloorModulo(FirstInstant().days + kThursday, 7)) + 1;
 }
 
 std::int32_t CDateTime::GetDayOfYear() const {
@@ -438,6 +437,15 @@ CDateTime::DTCompareResult CDateTime::Compare(DTType typeA, const Instant& a, DT
 
 CDateTime::DTCompareResult CDateTime::CompareTo(const CDateTime& other) const noexcept {
     if (std::memcmp(&m_fields, &other.m_fields, sizeof(m_fields)) == 0) return DTCompare_Equal;
+
+    // The same kind in the same zone: the fields decide. (What a kind lacks is zero.)
+    if (m_fields.kind == other.m_fields.kind && !HasTimeZone()) {
+        const auto compare = [](auto x, auto y) { return x < y ? DTCompare_Less : DTCompare_Greater; };
+        if (m_fields.year != other.m_fields.year) return compare(m_fields.year, other.m_fields.year);
+        const std::uint64_t a = m_fields.WholeSeconds();
+        const std::uint64_t b = other.m_fields.WholeSeconds();
+        return a != b ? compare(a, b) : compare(m_fields.Fraction(), other.m_fields.Fraction());
+    }
 
     const DTType typeA = GetType();
     const DTType typeB = other.GetType();

@@ -259,6 +259,15 @@ private:
         std::int8_t zoneHour = 0;
         std::uint8_t zoneMinute = 0;
         std::uint8_t kind = 0;  // DTType and flags
+
+        /// Month to second as one number, most significant field first; and the fraction likewise.
+        std::uint64_t WholeSeconds() const noexcept {
+            return std::uint64_t{month} << 32 | std::uint64_t{day} << 24 | std::uint64_t{hour} << 16 |
+                   std::uint64_t{minute} << 8 | second;
+        }
+        std::uint64_t Fraction() const noexcept {
+            return std::uint64_t{milli} << 32 | std::uint64_t{micro} << 16 | nano;
+        }
     };
     struct Numbers;
 

@@ -24,7 +24,7 @@ Instant AddSpan(const Instant& start, const CDateTimeSpan& span, bool subtract) 
         const CivilDate date = CivilFromDays(start.days);
         const std::int64_t months = date.year * 12 + (date.month - 1) + sign * spanMonths;
         const std::int64_t year = FloorDivide(months, 12);
-        const std::int32_t month = static_cast<std::int32_t>(months - year * 12) + 1;
+        const std::int32_t month = static_cast<std::int32_t>(FloorModulo(months, 12)) + 1;
         days = DaysFromCivil(year, month, std::min(date.day, DaysInMonth(year, month)));
     }
     return MakeInstant(days + sign * static_cast<std::int64_t>(wholeDays),

@@ -31,6 +31,11 @@ constexpr std::int64_t FloorDivide(std::int64_t value, std::int64_t divisor) noe
     return value % divisor < 0 ? quotient - 1 : quotient;
 }
 
+constexpr std::int64_t FloorModulo(std::int64_t value, std::int64_t divisor) noexcept {
+    const std::int64_t rest = value % divisor;
+    return rest < 0 ? rest + divisor : rest;
+}
+
 constexpr bool IsLeapYear(std::int64_t year) noexcept {
     return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
@@ -49,9 +54,9 @@ constexpr std::int32_t DaysInMonth(std::int64_t year, std::int32_t month) noexce
 constexpr std::int64_t DaysFromCivil(std::int64_t year, std::int64_t month, std::int64_t day) noexcept {
     const std::int64_t months = year * 12 + month - 3;  // since March of the year 0
     const std::int64_t y = FloorDivide(months, 12);
-    const std::int64_t m = months - y * 12;
+    const std::int64_t m = FloorModulo(months, 12);
     const std::int64_t era = FloorDivide(y, 400);
-    const std::int64_t yearOfEra = y - era * 400;
+    const std::int64_t yearOfEra = FloorModulo(y, 400);
     return era * 146097 + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + (153 * m + 2) / 5 + day - 1 -
            719468;
 }
@@ -60,7 +65,7 @@ constexpr std::int64_t DaysFromCivil(std::int64_t year, std::int64_t month, std:
 constexpr CivilDate CivilFromDays(std::int64_t days) noexcept {
     const std::int64_t shifted = days + 719468;
     const std::int64_t era = FloorDivide(shifted, 146097);
-    const std::int64_t dayOfEra = shifted - era * 146097;
+    const std::int64_t dayOfEra = FloorModulo(shifted, 146097);
     const std::int64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
     const std::int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
     const std::int64_t m = (5 * dayOfYear + 2) / 153;
@@ -72,10 +77,9 @@ constexpr CivilDate CivilFromDays(std::int64_t days) noexcept {
 /// Carries seconds and nanoseconds, which may be negative or too large, into the days.
 constexpr Instant MakeInstant(std::int64_t days, std::int64_t seconds, std::int64_t nanos) noexcept {
     seconds += FloorDivide(nanos, kNanosPerSecond);
-    nanos -= FloorDivide(nanos, kNanosPerSecond) * kNanosPerSecond;
-    days += FloorDivide(seconds, kSecondsPerDay);
-    seconds -= FloorDivide(seconds, kSecondsPerDay) * kSecondsPerDay;
-    return {days, static_cast<std::int32_t>(seconds), static_cast<std::int32_t>(nanos)};
+    return {days + FloorDivide(seconds, kSecondsPerDay),
+            static_cast<std::int32_t>(FloorModulo(seconds, kSecondsPerDay)),
+            static_cast<std::int32_t>(FloorModulo(nanos, kNanosPerSecond))};
 }
 
 constexpr Instant ShiftSeconds(const Instant& instant, std::int32_t seconds) noexcept {

@@ -1,0 +1,154 @@
+#include "kvxml/types/date_time_span.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+
+#include "kvxml/runtime/exceptions.h"
+
+using namespace KvXmlLib16;
+
+namespace {
+
+CDateTimeSpan Of(std::string_view text) {
+    CDateTimeSpan span;
+    span.ParseXSDDuration(text);
+    return span;
+}
+
+TEST(DateTimeSpan, LexicalForms) {
+    const struct {
+        const char* text;
+        const char* written;  // null: as read
+    } rows[] = {
+        {"P1Y2M3DT4H5M6.007S", nullptr},
+        {"-P120D", nullptr},
+        {"PT90M", nullptr},
+        {"P1Y2M3DT10H30M", nullptr},
+        {"PT1.5S", "PT1.500S"},
+        {"PT1.S", "PT1S"},
+        {"PT0.25S", "PT0.250S"},
+        {"PT0.000250S", "PT0.000250S"},
+        {"PT0.000000123S", "PT0.000000003S"},  // of digits 7 to 9 the last stays
+        {"PT0.00000012S", "PT0.000000002S"},
+        {"PYM", "P"},  // numbers may lack
+        {"-P0Y", "-P"},
+        {"P1M1Y", "P1Y1M"},
+        {"P1Y2Y", "P2Y"},
+        {"PT5S1Y", "P1YT5S"},
+        {"P65537Y", "P1Y"},
+        {"P4294967297D", "P1D"},
+        {"P4294967295MT4294967295H", nullptr},
+        {"PT2147483648M", "PT18446744071562067968M"},
+        {"PT4294967295S", "PT18446744073709551615S"},
+        {"P5T1H", "PT1H"},
+        {"P0DT0H0M0.000S", "P"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(Of(row.text).ToString(), row.written == nullptr ? row.text : row.written) << row.text;
+    }
+    const CDateTimeSpan span = Of("-P1Y2M3DT4H5M6.007008S");
+    EXPECT_EQ(span.GetYears(), 1);
+    EXPECT_EQ(span.GetMonths(), 2U);
+    EXPECT_EQ(span.GetDays(), 3U);
+    EXPECT_EQ(span.GetHours(), 4U);
+    EXPECT_EQ(span.GetMinutes(), 5U);
+    EXPECT_EQ(span.GetSeconds(), 6U);
+    EXPECT_EQ(span.GetMilliSeconds(), 7);
+    EXPECT_EQ(span.GetMicroSeconds(), 8);
+    EXPECT_EQ(span.GetNanoSeconds(), 0);
+    EXPECT_TRUE(span.IsNegative());
+
+    const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+    CDateTimeSpan longest(65535, 4294967295U, 4294967295U, 4294967295U, most, most, 65535, 65535, 65535);
+    longest.Negate();
+    EXPECT_EQ(longest.ToString(),
+              "-P65535Y4294967295M4294967295DT4294967295H18446744073709551615M18446744073709551615."
+              "655356553565535S");
+    EXPECT_LE(longest.ToString().size(), CDateTimeSpan::kMaxTextLength);
+}
+
+TEST(DateTimeSpan, RefusedTexts) {
+    const auto messageOf = [](auto text) -> std::string {
+        CDateTimeSpan span(1, 2, 3);
+        try {
+            span.ParseXSDDuration(text);
+        } catch (const CKvInvalidValueException& e) {
+            EXPECT_NE(span.GetSeconds(), 3U);  // cleared before it is read
+            return e.GetMessage();
+        }
+        return "(nothing thrown)";
+    };
+    EXPECT_EQ(messageOf(static_cast<const char*>(nullptr)), "Invalid XSD Duration (Null String)");
+    EXPECT_EQ(messageOf(""), "Invalid XSD Duration (Empty String)");
+    EXPECT_EQ(messageOf("PT0.0000000123S"), "Invalid XSD Duration [PT0.0000000123S] Fraction part too long");
+    for (const char* text : {"P",     "-",      "-P",    "PT",         "P1YT",   "1Y",     "+P1Y",   "P1",
+                             "P1Y2",  "P1D1M",  "P1M1M", "PT1H1H",     "PT1M1H", "PT1S1M", "PT1S1S", "P1H",
+                             "P1S",   "P1DT1D", "PTT1H", "PT1H1YT1M",  "P-1Y",   "P1Y ",   " P1Y",   "p1y",
+                             "PT1.5", "PT1.5M", "P1.5Y", "PT1.5S2.5S", "PT.5X",  "PT1H1D"}) {
+        EXPECT_EQ(messageOf(text), "Invalid XSD Duration [" + std::string(text) +
+                                       "] expected [-]P[nY][nM][nD][T[nH][nM][nS.ff]]");
+    }
+}
+
+TEST(DateTimeSpan, Signs) {
+    CDateTimeSpan span(1, 0, 0);
+    span.Negate();
+    EXPECT_TRUE(span.IsNegative());
+    EXPECT_TRUE(span.GetAsNegative().IsNegative());
+    span.Negate();
+    EXPECT_FALSE(span.IsNegative());
+    EXPECT_TRUE(span.GetAsNegative().IsNegative());
+    span.Negate();
+    span.SetDateTimeSpan(0, 1, 0, 0, 0, 0);
+    EXPECT_EQ(span.ToString(), "P1M");
+}
+
+TEST(DateTimeSpan, PartialOrder) {
+    const struct {
+        const char* a;
+        char order;
+        const char* b;
+    } rows[] = {
+        {"P1Y", '>', "P364D"},
+        {"P1Y", '?', "P365D"},
+        {"P1Y", '?', "P366D"},
+        {"P1Y", '<', "P367D"},
+        {"P1M", '>', "P27D"},
+        {"P1M", '?', "P28D"},
+        {"P1M", '?', "P30D"},
+        {"P1M", '?', "P31D"},
+        {"P1M", '<', "P32D"},
+        {"P5M", '>', "P149D"},
+        {"P5M", '?', "P150D"},
+        {"P5M", '?', "P153D"},
+        {"P5M", '<', "P154D"},
+        {"P1Y", '=', "P12M"},
+        {"P1D", '=', "PT24H"},
+        {"PT1H", '<', "PT2H"},
+        {"PT60M", '=', "PT1H"},
+        {"-P1D", '<', "P1D"},
+        {"-P2D", '<', "-P1D"},
+        {"P0Y", '=', "-PT0S"},
+        {"-P1M", '?', "-P30D"},
+        {"PT0.001S", '<', "PT1S"},
+        {"P1DT1S", '>', "P1D"},
+        {"P65535Y4294967295M", '>', "P4294967295D"},
+        {"PT2147483648S", '>', "PT2147483647M"},  // sign-extended on reading
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.a) + " " + row.order + " " + row.b);
+        const CDateTimeSpan a = Of(row.a);
+        const CDateTimeSpan b = Of(row.b);
+        EXPECT_EQ("=<>?"[a.CompareTo(b)], row.order);
+        EXPECT_EQ(a == b, row.order == '=');
+        EXPECT_EQ(a != b, row.order != '=');
+        EXPECT_EQ(a < b, row.order == '<');
+        EXPECT_EQ(a > b, row.order == '>');
+    }
+}
+
+}  // namespace

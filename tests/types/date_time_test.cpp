@@ -1,0 +1,531 @@
+#include "kvxml/types/date_time.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/types/date_time_span.h"
+
+using namespace KvXmlLib16;
+
+namespace {
+
+static_assert(sizeof(CDateTime) == 24);
+static_assert(std::is_nothrow_move_constructible_v<CDateTime> &&
+              std::is_nothrow_copy_assignable_v<CDateTime>);
+
+template <class Exception = CKvInvalidValueException, class Action>
+std::string MessageOf(Action action) {
+    try {
+        action();
+    } catch (const Exception& e) {
+        return e.GetMessage();
+    }
+    return "(nothing thrown)";
+}
+
+CDateTime DateOf(std::string_view text) {
+    CDateTime value;
+    value.ParseXSDDate(text);
+    return value;
+}
+
+CDateTime TimeOf(std::string_view text) {
+    CDateTime value;
+    value.ParseXSDTime(text);
+    return value;
+}
+
+/// Any lexical form.
+CDateTime Of(std::string_view text) {
+    if (text.find('T') != std::string_view::npos) return CDateTime(text);
+    return text.size() > 2 && text[2] == ':' ? TimeOf(text) : DateOf(text);
+}
+
+CDateTimeSpan SpanOf(std::string_view text) {
+    CDateTimeSpan span;
+    span.ParseXSDDuration(text);
+    return span;
+}
+
+TEST(DateTime, LexicalForms) {
+    const struct {
+        const char* text;
+        CDateTime::DTType type;
+        const char* written;  // null: as read
+    } rows[] = {
+        {"2007-10-14T10:09:57Z", CDateTime::dt_dateTime, nullptr},
+        {"2007-10-14T10:09:57", CDateTime::dt_dateTime, nullptr},
+        {"-0044-03-15T23:59:59.000000001-23:59", CDateTime::dt_dateTime, nullptr},
+        {"2001-10-26T21:32:52.12679+02:00", CDateTime::dt_dateTime, "2001-10-26T21:32:52.126790+02:00"},
+        {"2001-10-26T21:32:52.5", CDateTime::dt_dateTime, "2001-10-26T21:32:52.500"},
+        {"2001-10-26T21:32:52.", CDateTime::dt_dateTime, "2001-10-26T21:32:52"},
+        {"2001-10-26T21:32:52 behind", CDateTime::dt_dateTime, "2001-10-26T21:32:52"},
+        {"2004-02-29", CDateTime::dt_date, nullptr},
+        {"2000-02-29Z", CDateTime::dt_date, nullptr},
+        {"-0004-02-29-05:30", CDateTime::dt_date, nullptr},
+        {"2004-02-29x05:30", CDateTime::dt_date, "2004-02-29"},
+        {"9999-12", CDateTime::dt_gYearMonth, nullptr},
+        {"-0001-01Z", CDateTime::dt_gYearMonth, nullptr},
+        {"1999", CDateTime::dt_gYear, nullptr},
+        {"-1999+14:00", CDateTime::dt_gYear, nullptr},
+        {"--05", CDateTime::dt_gMonth, nullptr},
+        {"--12Z", CDateTime::dt_gMonth, nullptr},
+        {"--05--", CDateTime::dt_gMonth, "--05"},
+        {"--05!?", CDateTime::dt_gMonth, "--05"},
+        {"---31", CDateTime::dt_gDay, nullptr},
+        {"---01-00:00", CDateTime::dt_gDay, "---01+00:00"},
+        {"--02-29", CDateTime::dt_gMonthDay, nullptr},
+        {"--12-31+02:00", CDateTime::dt_gMonthDay, nullptr},
+        {"00:00:00", CDateTime::dt_time, nullptr},
+        {"21:32:52Z", CDateTime::dt_time, nullptr},
+        {"21:32:52+24:00", CDateTime::dt_time, "21:32:52+00:00"},
+        {"21:32:52.000001", CDateTime::dt_time, nullptr},
+        {"21:32:52.123456789Z", CDateTime::dt_time, nullptr},
+        {"12:00:00abc", CDateTime::dt_time, "12:00:00"},
+    };
+    for (const auto& row : rows) {
+        const CDateTime value = Of(row.text);
+        EXPECT_EQ(value.GetType(), row.type) << row.text;
+        EXPECT_EQ(value.ToString(), row.written == nullptr ? row.text : row.written);
+    }
+}
+
+TEST(DateTime, RefusedTexts) {
+    using Parse = void (CDateTime::*)(const char*);
+    const Parse dateTime = &CDateTime::ParseXSDDateTime;
+    const Parse date = &CDateTime::ParseXSDDate;
+    const Parse time = &CDateTime::ParseXSDTime;
+    const struct {
+        Parse parse;
+        const char* text;
+        const char* message;
+    } rows[] = {
+        {dateTime, nullptr, "Invalid DateTime (Null String)"},
+        {dateTime, "", "Invalid XSD DateTime []."},
+        {dateTime, "2001-10-26", "Invalid XSD DateTime [2001-10-26]."},
+        {dateTime, "2001-10T10:00:00",
+         "Invalid XSD DateTime [2001-10T10:00:00] expected CCYY-MM-DDThh:mm:ss[.ff]"},
+        {dateTime, "T10:00:00", "Invalid Date (Empty String)"},
+        {dateTime, "2001-10-26T", "Invalid XSD Time (Empty String)"},
+        {dateTime, "2001-13-26T10:00:00", "Invalid Month [13] (1 <= month <= 12)"},
+        {dateTime, "2001-10-26T24:00:00", "Invalid XSD Time [24:00:00] expected hh:mm:ss[.ff]"},
+        {dateTime, "2O01-10-26T10:00:00", "Invalid XSD Date [2O01-10-26] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {date, nullptr, "Invalid Date (Null String)"},
+        {date, "", "Invalid Date (Empty String)"},
+        {date, "2001-10-26T10:00:00", "Invalid Date ('T' not allowed)"},
+        {date, "2001-10-26+01:00Z", "Invalid Date (Bad Zone value)"},
+        {date, "2001-10-26+0:00", "Invalid XSD Date [2001-10-26+0:00] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {date, "1:2", "Invalid XSD Date [1:2] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {date, "Z", "Invalid XSD Date [Z] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {date, "-", "Invalid XSD Date [-] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {date, "--", "Invalid XSD Date [--] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {date, "12345-01-01", "Invalid XSD Date [12345-01-01] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {date, "+2001", "Invalid XSD Date [+2001] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {date, "2001/10", "Invalid XSD Date [2001/10] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
+        {date, "2001-10-26+1x:00", "Invalid XSD Time Zone [+1x:00]."},
+        {date, "0000-01-01", "Invalid Year [0] (9999 <= year <= -9999 && year != 0)"},
+        {date, "2003-02-29", "Invalid Day [29] (1 <= day <= days in month"},
+        {date, "1900-02-29", "Invalid Day [29] (1 <= day <= days in month"},
+        {date, "2001-04-00", "Invalid Day [0] (1 <= day <= days in month"},
+        {date, "--02-30", "Invalid Day [30] (1 <= day <= days in month)"},
+        {date, "---32", "Invalid Day [32] (1 <= day <= 31)"},
+        {date, "--13", "Invalid Month [13] (1 <= month <= 12)"},
+        {time, nullptr, "Invalid Time (Null String)"},
+        {time, "", "Invalid XSD Time (Empty String)"},
+        {time, "1:00:00", "Invalid XSD Time [1:00:00] expected hh:mm:ss[.ff]"},
+        {time, "10:60:00", "Invalid XSD Time [10:60:00] expected hh:mm:ss[.ff]"},
+        {time, "10:00:60", "Invalid XSD Time [10:00:60] expected hh:mm:ss[.ff]"},
+        {time, "10:00:00.1234567890", "Invalid XSD Time [10:00:00.1234567890] Fraction part too long"},
+        {time, "10:00:00+01:000", "Invalid XSD Time Zone [+01:000]."},
+        {time, "10:00:00+25:00", "Invalid TimeZone [25:0]"},
+        {time, "10:00:00-05:60", "Invalid TimeZone [-5:60]"},
+    };
+    for (const auto& row : rows) {
+        CDateTime value;
+        EXPECT_EQ(MessageOf([&] { (value.*row.parse)(row.text); }), row.message);
+    }
+    CDateTime value(2001, 2, 3, 4, 5, 6);
+    EXPECT_EQ(MessageOf([&] { value.ParseXSDDate("bad"); }),
+              "Invalid XSD Date [bad] expected CCYY-MM-DD[Z|[+|-]hh:mm]");
+    EXPECT_EQ(value.ToString(), "Error: Date Not Set");  // nothing of the value before is left
+}
+
+TEST(DateTime, ToStringFormats) {
+    const CDateTime value(2001, 2, 3);
+    EXPECT_EQ(value.ToString("s"), "2001-02-03");
+    EXPECT_EQ(value.ToString("G"), "");
+    EXPECT_EQ(value.ToString(""), "");
+    EXPECT_EQ(value.ToString(nullptr), "");
+    EXPECT_EQ(value.ToString("x"), "Unknown Format: x");
+    EXPECT_EQ(CDateTime().ToString("G"), "Error: Date Not Set");
+    EXPECT_EQ(CDateTime(CDateTime::dt_date).ToString(), "Error: Date Not Set");
+    EXPECT_EQ(CDateTime(CDateTime::dt_time).ToString(), "00:00:00");
+
+    CDateTime longest(1, 1, 1, 0, 0, 0);
+    longest.SetYear(-32768);
+    longest.SetMonth(255);
+    longest.SetDay(255);
+    longest.SetHour(255);
+    longest.SetMinute(255);
+    longest.SetSecond(255);
+    longest.SetMilliSecond(65535);
+    longest.SetMicroSecond(65535);
+    longest.SetNanoSecond(65535);
+    longest.SetTimeZone(-23, 59);
+    EXPECT_EQ(longest.ToString(), "-32768-255-255T255:255:255.655356553565535-23:59");
+    EXPECT_EQ(longest.ToString().size(), CDateTime::kMaxTextLength);
+}
+
+TEST(DateTime, KindSettersCheckTheirValues) {
+    const struct {
+        void (*set)(CDateTime&);
+        const char* message;
+    } rows[] = {
+        {[](CDateTime& v) { v.SetDate(10000, 1, 1); },
+         "Invalid Year [10000] (9999 <= year <= -9999 && year != 0)"},
+        {[](CDateTime& v) { v.SetDate(70000, 1, 1); },
+         "Invalid Year [70000] (9999 <= year <= -9999 && year != 0)"},
+        {[](CDateTime& v) { v.SetGYear(0); }, "Invalid Year [0] (9999 <= year <= -9999 && year != 0)"},
+        {[](CDateTime& v) { v.SetGMonth(261); }, "Invalid Month [261] (1 <= month <= 12)"},
+        {[](CDateTime& v) { v.SetGYearMonth(2000, 0); }, "Invalid Month [0] (1 <= month <= 12)"},
+        {[](CDateTime& v) { v.SetGDay(-1); }, "Invalid Day [-1] (1 <= day <= 31)"},
+        {[](CDateTime& v) { v.SetGMonthDay(4, 31); }, "Invalid Day [31] (1 <= day <= days in month)"},
+        {[](CDateTime& v) { v.SetDate(2100, 2, 29); }, "Invalid Day [29] (1 <= day <= days in month"},
+        {[](CDateTime& v) { v.SetTime(24, 0, 0); }, "Invalid Hour [24] (0 <= hour <= 23)"},
+        {[](CDateTime& v) { v.SetTime(0, 60, 0); }, "Invalid Minute [60] (0 <= minute <= 59)"},
+        {[](CDateTime& v) { v.SetDateTime(1, 1, 1, 0, 0, 60); }, "Invalid Second [60] (0 <= second <= 59)"},
+        {[](CDateTime& v) { v.SetFracTime(1000, 0, 0); }, "Invalid Milli-Second [1000] (0 <= milli <= 999)"},
+        {[](CDateTime& v) { v.SetFracTime(0, 1000, 0); }, "Invalid Micro-Second [1000] (0 <= micro <= 999)"},
+        {[](CDateTime& v) { v.SetTime(0, 0, 0, 0, 0, 1000); },
+         "Invalid Nano-Second [1000] (0 <= nano <= 999)"},
+        {[](CDateTime& v) { v.SetTimeZone(24, 0); }, "Invalid TimeZone [24:0]"},
+        {[](CDateTime& v) { v.SetTimeZone(-23, 60); }, "Invalid TimeZone [-23:60]"},
+    };
+    for (const auto& row : rows) {
+        CDateTime value;
+        EXPECT_EQ(MessageOf([&] { row.set(value); }), row.message);
+    }
+
+    CDateTime value(2001, 2, 3, 4, 5, 6);
+    EXPECT_EQ(MessageOf<CKvInvalidStateException>([&] { value.SetTime(1, 2, 3); }),
+              "Failed to copy CDateTime. Invalid Date Type: time, expected: dateTime.");
+    EXPECT_EQ(value.ToString(), "2001-02-03T04:05:06");
+    value.SetUTC();
+    value.SetDateTime(2002, 1, 1, 0, 0, 0, 1, 2, 3);
+    EXPECT_EQ(value.ToString(), "2002-01-01T00:00:00.001002003");
+    CDateTime time = TimeOf("10:11:12");
+    time.SetFracTime(1, 0, 0);
+    EXPECT_EQ(time.ToString(), "00:00:00.001");
+}
+
+TEST(DateTime, FieldsOfEachKind) {
+    const char* const kTexts[] = {"2001-02-03T04:05:06.007008009",
+                                  "2001-02-03",
+                                  "2001-02",
+                                  "2001",
+                                  "04:05:06.007008009",
+                                  "---03",
+                                  "--02",
+                                  "--02-03"};
+    const struct {
+        const char* name;
+        long (*get)(const CDateTime&);
+        void (*set)(CDateTime&, int);  // null: there is none
+        const char* kinds;             // one mark per text
+        long value;
+    } rows[] = {
+        {"Year", [](const CDateTime& v) -> long { return v.GetYear(); },
+         [](CDateTime& v, int n) { v.SetYear(n); }, "yyyynnnn", 2001},
+        {"Month", [](const CDateTime& v) -> long { return v.GetMonth(); },
+         [](CDateTime& v, int n) { v.SetMonth(n); }, "yyynnnyy", 2},
+        {"Day", [](const CDateTime& v) -> long { return v.GetDay(); },
+         [](CDateTime& v, int n) { v.SetDay(n); }, "yynnnyny", 3},
+        {"Hour", [](const CDateTime& v) -> long { return v.GetHour(); },
+         [](CDateTime& v, int n) { v.SetHour(n); }, "ynnnynnn", 4},
+        {"Minute", [](const CDateTime& v) -> long { return v.GetMinute(); },
+         [](CDateTime& v, int n) { v.SetMinute(n); }, "ynnnynnn", 5},
+        {"Second", [](const CDateTime& v) -> long { return v.GetSecond(); },
+         [](CDateTime& v, int n) { v.SetSecond(n); }, "ynnnynnn", 6},
+        {"MilliSecond", [](const CDateTime& v) -> long { return v.GetMilliSecond(); },
+         [](CDateTime& v, int n) { v.SetMilliSecond(n); }, "ynnnynnn", 7},
+        {"MicroSecond", [](const CDateTime& v) -> long { return v.GetMicroSecond(); },
+         [](CDateTime& v, int n) { v.SetMicroSecond(n); }, "ynnnynnn", 8},
+        {"NanoSecond", [](const CDateTime& v) -> long { return v.GetNanoSecond(); },
+         [](CDateTime& v, int n) { v.SetNanoSecond(n); }, "ynnnynnn", 9},
+        {"RealSecond", [](const CDateTime& v) -> long { return v.GetRealSecond() == 6.007008009 ? 1 : 0; },
+         nullptr, "ynnnynnn", 1},
+        {"DayOfWeek", [](const CDateTime& v) -> long { return v.GetDayOfWeek(); }, nullptr, "yynnnnnn", 7},
+        {"DayOfYear", [](const CDateTime& v) -> long { return v.GetDayOfYear(); }, nullptr, "yynnnnnn", 34},
+    };
+    for (const auto& row : rows) {
+        for (std::size_t i = 0; i < 8; ++i) {
+            SCOPED_TRACE(std::string(row.name) + " of " + kTexts[i]);
+            CDateTime value = Of(kTexts[i]);
+            const std::string message = std::string("Failed to Get") + row.name +
+                                        ". Invalid Date Type: " + value.GetTypeAsString() + ".";
+            if (row.kinds[i] == 'y') {
+                EXPECT_EQ(row.get(value), row.value);
+                if (row.set != nullptr) {
+                    row.set(value, 77);  // not checked
+                    EXPECT_EQ(row.get(value), 77);
+                }
+            } else {
+                EXPECT_EQ(MessageOf<CKvInvalidStateException>([&] { row.get(value); }), message);
+                if (row.set != nullptr) {
+                    EXPECT_EQ(MessageOf<CKvInvalidStateException>([&] { row.set(value, 77); }), message);
+                }
+            }
+        }
+    }
+    EXPECT_EQ(MessageOf<CKvInvalidStateException>([] { CDateTime().GetYear(); }),
+              "Failed to GetYear. Invalid Date Type: yearZero.");
+    EXPECT_EQ(MessageOf<CKvInvalidStateException>([] { CDateTime("2001-01-01T00:00:00Z").GetZoneHour(); }),
+              "TimeZone is not been used");
+    EXPECT_EQ(MessageOf<CKvInvalidStateException>([] { CDateTime().GetZoneMinute(); }),
+              "TimeZone is not been used");
+    const CDateTime zoned("2001-01-01T00:00:00-05:30");
+    EXPECT_EQ(zoned.GetZoneHour(), -5);
+    EXPECT_EQ(zoned.GetZoneMinute(), 30);
+}
+
+TEST(DateTime, ConversionBetweenKinds) {
+    CDateTime value = TimeOf("01:02:03");
+    value.SetDateTime(CDateTime("2001-02-03T04:05:06.5+02:00"), CDateTime::dt_gYearMonth);
+    EXPECT_EQ(value.ToString(), "2001-02+02:00");
+    value.SetDateTime(CDateTime("2001-02-03T04:05:06.5"), CDateTime::dt_time);
+    EXPECT_EQ(value.ToString(), "04:05:06.500");
+    value = DateOf("2001-02-03");
+    value.SetDateTime(value, CDateTime::dt_gMonthDay);
+    EXPECT_EQ(value.ToString(), "--02-03");
+    EXPECT_EQ(MessageOf([&] { value.SetDateTime(DateOf("2001-02-03"), CDateTime::dt_dateTime); }),
+              "Attempting to set a CDateTime of type dateTime using an XmlDateTime of type date. The source "
+              "CDateTime does not contian enough data to allow the conversion.");
+    EXPECT_EQ(value.ToString(), "--02-03");
+}
+
+TEST(DateTime, SecondsSince1970) {
+    const struct {
+        const char* text;
+        std::int64_t seconds;
+    } rows[] = {
+        {"1970-01-01T00:00:00", 0},
+        {"2007-10-14T10:09:57Z", 1192356597},
+        {"2007-10-14T12:09:57+02:00", 1192356597},
+        {"2038-01-19T03:14:08.999", 2147483648},
+        {"1969-12-31T23:59:59", -1},
+        {"1969-12-31T23:59:59.5", -1},
+        {"1600-02-29T00:00:00", -11670998400},
+        {"9999-12-31T23:59:59-14:00", 253402351199},
+        {"2000-01-01", 946684800},
+        {"2000-01-01+13:00", 946598400},
+        {"2000-01-01-05:00", 946684800},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(Of(row.text).GetTime(), row.seconds) << row.text;
+
+    for (std::int64_t seconds = -377000000000; seconds < 253402300800; seconds += 86400 * 17 + 3599) {
+        if (seconds >= -62167219200 && seconds < -62135596800) continue;  // the year 0
+        ASSERT_EQ(CDateTime(seconds).GetTime(), seconds);
+    }
+    CDateTime value;
+    value = 1192356597L;
+    EXPECT_EQ(value.ToString(), "2007-10-14T10:09:57");
+    value = 0;
+    EXPECT_EQ(value.ToString(), "1970-01-01T00:00:00");
+    EXPECT_EQ(MessageOf([&] { value = 253402300800; }),
+              "Invalid Year [10000] (9999 <= year <= -9999 && year != 0)");
+    EXPECT_EQ(MessageOf([&] { value = -62167219200; }),
+              "Invalid Year [0] (9999 <= year <= -9999 && year != 0)");
+    for (const std::int64_t extreme :
+         {std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()}) {
+        EXPECT_THROW(value = extreme, CKvInvalidValueException);
+    }
+    EXPECT_THROW(value = std::numeric_limits<std::uint64_t>::max(), CKvInvalidValueException);
+    EXPECT_EQ(value.ToString(), "1970-01-01T00:00:00");
+    EXPECT_EQ(MessageOf([] { TimeOf("00:00:00").GetTime(); }),
+              "Failed to GetTime, Date Status must be dateTime or date. Invalid Date Type: time.");
+}
+
+TEST(DateTime, PlatformTimes) {
+    const SYSTEMTIME time = CDateTime("2007-10-14T10:09:57.123456Z").GetAsSystemTime();
+    EXPECT_EQ(time.wYear, 2007);
+    EXPECT_EQ(time.wDayOfWeek, 0);  // a Sunday
+    EXPECT_EQ(CDateTime(time).ToString(), "2007-10-14T10:09:57.123");
+    EXPECT_EQ(MessageOf([] { DateOf("2001-01-01").GetAsSystemTime(); }),
+              "Failed to GetAsSystemTime, Date Status must be dateTime. Invalid Date Type: date.");
+
+    const auto fileTime = [](std::uint64_t ticks) {
+        return FILETIME{static_cast<std::uint32_t>(ticks), static_cast<std::uint32_t>(ticks >> 32)};
+    };
+    CDateTime value = DateOf("2001-01-01");
+    value = fileTime(0);
+    EXPECT_EQ(value.ToString(), "1601-01-01T00:00:00");
+    EXPECT_EQ(CDateTime(fileTime(116444736000000000 + 12345678)).ToString(), "1970-01-01T00:00:01.234");
+    EXPECT_EQ(MessageOf([&] { value = fileTime(std::uint64_t{1} << 63); }),
+              "Failed to convert FILETIME to SYSTEMTIME");
+    EXPECT_EQ(MessageOf([&] { value = fileTime((std::uint64_t{1} << 63) - 1); }),
+              "Invalid Year [30828] (9999 <= year <= -9999 && year != 0)");
+
+    const CDateTime now = CDateTime::GetTickCount();
+    EXPECT_EQ(now.GetType(), CDateTime::dt_dateTime);
+    EXPECT_FALSE(now.IsUTC());
+    EXPECT_TRUE(now > CDateTime("2020-01-01T00:00:00"));
+}
+
+TEST(DateTime, Normalized) {
+    const struct {
+        const char* text;
+        const char* normalized;
+    } rows[] = {
+        {"2000-03-04T23:00:00+03:00", "2000-03-04T20:00:00Z"},
+        {"2000-12-31T23:00:00.5-01:30", "2001-01-01T00:30:00.500Z"},
+        {"2000-03-04T23:00:00", "2000-03-04T23:00:00"},
+        {"2000-03-04T23:00:00Z", "2000-03-04T23:00:00Z"},
+        {"00:30:00+01:00", "23:30:00Z"},
+        {"2000-01-01+13:00", "1999-12-31Z"},
+        {"--01-01+01:00", "--12-31Z"},
+        {"--03-01+01:00", "--02-29Z"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(Of(row.text).GetNormalized().ToString(), row.normalized);
+    EXPECT_EQ(MessageOf([] { CDateTime("9999-12-31T23:00:00-01:00").GetNormalized(); }),
+              "Invalid Year [10000] (9999 <= year <= -9999 && year != 0)");
+}
+
+TEST(DateTime, Order) {
+    const struct {
+        const char* a;
+        char order;  // = < > ?
+        const char* b;
+    } rows[] = {
+        {"2000-01-15T00:00:00", '<', "2000-02-15T00:00:00"},
+        {"2000-01-15T12:00:00", '<', "2000-01-16T12:00:00Z"},
+        {"2000-01-01T12:00:00", '?', "1999-12-31T23:00:00Z"},
+        {"2000-01-16T12:00:00", '?', "2000-01-16T12:00:00Z"},
+        {"2000-01-16T00:00:00", '?', "2000-01-16T12:00:00Z"},
+        {"2000-01-16T12:00:00", '?', "2000-01-16T02:00:00+04:00"},  // exactly 14 hours
+        {"2000-01-16T12:00:00", '>', "2000-01-15T21:59:59Z"},
+        {"2000-01-16T12:00:00Z", '<', "2000-01-17T02:00:00.000000001"},
+        {"2000-01-16T12:00:00Z", '?', "2000-01-17T02:00:00"},
+        {"2000-01-01T00:00:00+01:00", '=', "1999-12-31T23:00:00Z"},
+        {"2000-01-01T00:00:00.1", '<', "2000-01-01T00:00:00.100001"},
+        {"-0001-12-31T00:00:00", '<', "0001-01-01T00:00:00"},
+        {"-0002-01-01", '<', "-0001-01-01"},
+        {"9999-12-31T23:59:59-14:00", '>', "9999-12-31T23:59:59Z"},
+        {"2000-01-01+13:00", '<', "2000-01-01Z"},
+        {"2000-01-01+01:00", '=', "2000-01-01+01:00"},
+        {"00:30:00+01:00", '<', "00:00:00Z"},
+        {"12:00:00", '?', "12:00:00Z"},
+        {"--02-29", '>', "--02-28"},
+        {"---31", '>', "---30"},
+        {"--11", '<', "--12"},
+        {"1999", '<', "2000"},
+        {"1999", '<', "2000-01-01"},  // the year decides
+        {"2000", '?', "2000-01-01"},  // the month is missing
+        {"2000-01-01", '?', "2000-01-01T00:00:00"},
+        {"12:00:00", '?', "2000-01-01T12:00:00"},
+        {"--01", '?', "2000-01"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.a) + " " + row.order + " " + row.b);
+        const CDateTime a = Of(row.a);
+        const CDateTime b = Of(row.b);
+        const char mirrored = row.order == '<' ? '>' : row.order == '>' ? '<' : row.order;
+        EXPECT_EQ("=<>?"[a.CompareTo(b)], row.order);
+        EXPECT_EQ("=<>?"[b.CompareTo(a)], mirrored);
+        EXPECT_EQ(a == b, row.order == '=');
+        EXPECT_EQ(a != b, row.order != '=');
+        EXPECT_EQ(a < b, row.order == '<');
+        EXPECT_EQ(a <= b, row.order == '<' || row.order == '=');
+        EXPECT_EQ(a > b, row.order == '>');
+        EXPECT_EQ(a >= b, row.order == '>' || row.order == '=');
+    }
+    EXPECT_TRUE(CDateTime() == CDateTime());
+    EXPECT_EQ(CDateTime().CompareTo(DateOf("2000-01-01")), CDateTime::DTCompare_Indeterminate);
+}
+
+TEST(DateTime, AddingDurations) {
+    const struct {
+        const char* start;
+        const char* span;
+        const char* sum;
+    } rows[] = {
+        {"2000-01-12T12:13:14Z", "P1Y3M5DT7H10M3.3S", "2001-04-17T19:23:17.300Z"},
+        {"2000-01", "-P3M", "1999-10"},
+        {"2000-01-12", "PT33H", "2000-01-13"},
+        {"2000-01-31", "P1M", "2000-02-29"},
+        {"2001-01-31", "P1M", "2001-02-28"},
+        {"2000-03-30", "P1D", "2000-03-31"},
+        {"2000-03-31", "-P1M", "2000-02-29"},
+        {"2000-03-30T00:00:00", "P1M1D", "2000-05-01T00:00:00"},
+        {"2000-02-29", "P1Y", "2001-02-28"},
+        {"2000-12-31T23:59:59.999", "PT0.001S", "2001-01-01T00:00:00"},
+        {"2000-01-01T00:00:00+05:00", "-PT1S", "1999-12-31T23:59:59+05:00"},
+        {"-0001-06-01", "P2Y", "0001-06-01"},  // through a year 0
+        {"-0004-02-28", "P1D", "-0004-02-29"},
+        {"23:30:00", "PT1H", "00:30:00"},
+        {"00:00:00", "-PT0.001S", "23:59:59.999"},
+        {"--12-31", "P1D", "--01-01"},
+        {"--02-28", "P1D", "--02-29"},
+        {"---31", "P1D", "---01"},
+        {"1999", "P11M", "1999"},
+        {"1999", "P12M", "2000"},
+        {"2000-01-01T00:00:00", "PT2147483647M", "6083-01-23T02:07:00"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.start) + " + " + row.span);
+        CDateTimeSpan span = SpanOf(row.span);
+        CDateTime value = Of(row.start);
+        EXPECT_EQ((value + span).ToString(), row.sum);
+        value += span;
+        EXPECT_EQ(value.ToString(), row.sum);
+        span.Negate();
+        EXPECT_EQ((Of(row.start) - span).ToString(), row.sum);
+        value = Of(row.start);
+        value -= span;
+        EXPECT_EQ(value.ToString(), row.sum);
+    }
+    const struct {
+        const char* start;
+        const char* span;
+        const char* message;
+    } refused[] = {
+        {"9999-12-31", "P1D", "Invalid Year [10000] (9999 <= year <= -9999 && year != 0)"},
+        {"-9999-01-01", "-P1D", "Invalid Year [-10000] (9999 <= year <= -9999 && year != 0)"},
+        {"-0001-12-31", "P1D", "Invalid Year [0] (9999 <= year <= -9999 && year != 0)"},
+        {"2000-01-01", "P65535Y4294967295M", "Invalid Year [357981476] (9999 <= year <= -9999 && year != 0)"},
+    };
+    for (const auto& row : refused) {
+        CDateTime value = Of(row.start);
+        EXPECT_EQ(MessageOf([&] { value += SpanOf(row.span); }), row.message);
+        EXPECT_EQ(value.ToString(), row.start);
+    }
+    EXPECT_EQ(MessageOf([] { CDateTime() + CDateTimeSpan(1, 0, 0); }), "Invalid Year Zero");
+}
+
+TEST(DateTime, Differences) {
+    const struct {
+        const char* a;
+        const char* b;
+        const char* span;
+    } rows[] = {
+        {"2000-03-01T00:00:00", "2000-02-28T23:00:00", "P1DT1H"},
+        {"2000-02-28T23:00:00", "2000-03-01T00:00:00", "-P1DT1H"},
+        {"2000-01-01T00:00:00.25", "1999-12-31T23:59:59.500000001", "PT0.749999999S"},
+        {"2000-01-01T00:00:00+02:00", "2000-01-01T00:00:00Z", "-PT2H"},
+        {"2000-01-01T00:00:00Z", "2000-01-01T00:00:00", "P"},
+        {"9999-12-31", "-9999-01-01", "P7304483D"},
+        {"10:00:00", "09:58:57", "PT1M3S"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ((Of(row.a) - Of(row.b)).ToString(), row.span) << row.a;
+    EXPECT_EQ(MessageOf([] { DateOf("2000-01-01") - CDateTime(); }), "Invalid Year Zero");
+}
+
+}  // namespace
