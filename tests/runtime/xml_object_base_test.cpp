@@ -1,0 +1,581 @@
+#include "kvxml/runtime/xml_object_base.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "kvxml/kvxml.h"
+#include "tests/support/error_of.h"
+#include "tests/support/fixture_classes.h"
+
+namespace KvXmlLib16 {
+namespace {
+
+/// Opens the operations that generated code has.
+class Probe : public CXmlObjectBase {
+public:
+    CXmlObjectBase* GetBase() override { return this; }
+    std::string GetTargetNamespace() const override { return std::string(); }
+    std::string GetNamespace() const override { return std::string(); }
+
+    using CXmlObjectBase::Choice_CollectionChanged;
+    using CXmlObjectBase::Choice_SelectElement;
+    using CXmlObjectBase::Choice_SetElementValid;
+    using CXmlObjectBase::DoesElementNameMatch;
+    using CXmlObjectBase::FireOnCollectionAddCompleteEvent;
+    using CXmlObjectBase::FireOnCollectionAddEvent;
+    using CXmlObjectBase::FireOnCollectionChangeEvent;
+    using CXmlObjectBase::FireOnCollectionRemoveCompleteEvent;
+    using CXmlObjectBase::FireOnCollectionRemoveEvent;
+    using CXmlObjectBase::GetElementName;
+    using CXmlObjectBase::IsNamespaceValid;
+    using CXmlObjectBase::SetElementName;
+    using CXmlObjectBase::TestNamespace;
+    using CXmlObjectBase::Throw_IfElementNameDiffers;
+    using CXmlObjectBase::Throw_IfPropertyIsNull;
+
+    CSmartPtr<Probe> next;
+    std::function<void(CXmlObjectBase*, MsgType, void*)> onEvent;
+    int* destroyed = nullptr;
+
+    Probe() = default;
+    Probe(const Probe&) = default;
+    ~Probe() override {
+        if (destroyed != nullptr) ++*destroyed;
+    }
+
+protected:
+    void OnEvent(CXmlObjectBase* source, MsgType type, void* data) override { onEvent(source, type, data); }
+    void ToXml_Int(CXmlWriter*, bool, const char*, const CSerializationContext&, bool) const override {}
+    CXmlElement* FromXml_Int(CXmlElement*, CXmlElement* cursor, const CSerializationContext&, bool) override {
+        return cursor;
+    }
+};
+
+CSmartPtr<Probe> Chain(int length) {
+    CSmartPtr<Probe> head;
+    for (int i = 0; i < length; ++i) {
+        CSmartPtr<Probe> link(new Probe());
+        link->next = std::move(head);
+        head = std::move(link);
+    }
+    return head;
+}
+
+std::string ReadFile(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+class ObjectFileTest : public testing::Test {
+protected:
+    void SetUp() override {
+        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+        m_path = std::filesystem::path(testing::TempDir()) / (std::string("kvxml_") + test->name() + ".xml");
+        std::filesystem::remove(m_path);
+        fixture::Fill(*m_kinds);
+    }
+    void TearDown() override {
+        std::filesystem::remove(m_path);
+        AsyncFromXmlFile(false);
+        AsyncToXmlFile(false);
+    }
+    void ReadAndCheck() {
+        const auto read = fixture::Make<fixture::Kinds>();
+        read->FromXmlFile(m_path.c_str());
+        fixture::Check(*read);
+    }
+    const char* Path() const { return m_path.c_str(); }
+
+    std::filesystem::path m_path;
+    CSmartPtr<fixture::Kinds> m_kinds = fixture::Make<fixture::Kinds>();
+};
+
+// --- life --------------------------------------------------------------------------------------------------
+
+TEST(XmlObjectBaseTest, CopiesCarryNameAndCount) {
+    Probe source;
+    source.SetElementName("a");
+    source.AddRef();
+    source.AddRef();
+    Probe copy(source);
+    EXPECT_EQ(copy.GetElementName(), "a");
+    EXPECT_EQ(copy.AddRef(), 3);
+    Probe assigned;
+    static_cast<CXmlObjectBase&>(assigned).AddRef();
+    assigned = source;
+    EXPECT_EQ(assigned.GetElementName(), "a");
+    EXPECT_EQ(assigned.AddRef(), 3);
+    EXPECT_EQ(assigned.Release(), 2);
+    source.SetElementName(static_cast<const char*>(nullptr));
+    EXPECT_EQ(source.GetElementName(), "");
+    EXPECT_EQ(copy.GetElementName(), "a");
+}
+
+TEST(XmlObjectBaseTest, SmartPointersCountAndReleaseLast) {
+    int destroyed = 0;
+    CSmartPtr<Probe> first(new Probe());
+    first->destroyed = &destroyed;
+    const CSmartPtr<Probe>& alias = first;
+    first = alias;
+    first = first.Get();
+    EXPECT_EQ(destroyed, 0);
+    EXPECT_EQ(first->AddRef(), 2);
+    EXPECT_EQ(first->Release(), 1);
+
+    // The new object is kept alive by the old one only.
+    first->next = new Probe();
+    first->next->destroyed = &destroyed;
+    first = first->next;
+    EXPECT_EQ(destroyed, 1);
+
+    CSmartPtr<CXmlObjectBase> base(first);
+    CSmartPtr<CXmlObjectBase> moved(std::move(base));
+    EXPECT_EQ(base.Get(), nullptr);
+    EXPECT_EQ(first->AddRef(), 3);
+    first->Release();
+    CXmlObjectBase* const detached = moved.Detach();
+    first = nullptr;
+    EXPECT_EQ(destroyed, 1);
+    EXPECT_EQ(detached->Release(), 0);
+    EXPECT_EQ(destroyed, 2);
+    first.Reset(new Probe());
+    first.Reset();
+    EXPECT_EQ(first.Get(), nullptr);
+}
+
+TEST(XmlObjectBaseTest, CountsAcrossThreads) {
+    int destroyed = 0;
+    CSmartPtr<Probe> shared(new Probe());
+    shared->destroyed = &destroyed;
+    shared->SetElementName("shared");
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([own = shared] {
+            for (int i = 0; i < 20000; ++i) {
+                const CSmartPtr<Probe> again(own);
+                Probe named;
+                named.SetElementName(i % 2 == 0 ? "even" : "odd");
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(shared->AddRef(), 2);
+    shared->Release();
+    shared = nullptr;
+    EXPECT_EQ(destroyed, 1);
+}
+
+TEST(XmlObjectBaseTest, LongChainsAreDestroyed) {
+    int destroyed = 0;
+    CSmartPtr<Probe> head = Chain(1000000);
+    Probe* tail = head.Get();
+    while (tail->next != nullptr)
+        tail = tail->next.Get();
+    tail->destroyed = &destroyed;
+    head = nullptr;
+    EXPECT_EQ(destroyed, 1);
+}
+
+TEST(XmlObjectBaseTest, StaticObjectsAreDestroyedAtExit) {
+    const auto leave = [] {
+        static CSmartPtr<Probe> kept;
+        kept = Chain(1000);  // the thread's own state exists before the end
+        kept = Chain(1000);
+        struct NameAtExit {
+            ~NameAtExit() { Probe().SetElementName("late"); }
+        };
+        static NameAtExit late;
+        std::exit(0);
+    };
+    EXPECT_EXIT(leave(), testing::ExitedWithCode(0), "");
+}
+
+// --- helpers of generated code -----------------------------------------------------------------------------
+
+TEST(XmlObjectBaseTest, ChoiceHelpers) {
+    const std::string kNone = "(no error)";
+    const auto taken = [](const std::string& name) {
+        return "The Property " + name +
+               " is already set. Only one element within this class bay be set at a time";
+    };
+    struct Row {
+        const char* what;
+        std::string current;
+        std::function<void(Probe&, std::string&)> action;
+        std::string after;
+        std::string error;
+    };
+    Probe value;
+    const auto select = [&](CXmlObjectBase* object) {
+        return [object](Probe& p, std::string& c) { p.Choice_SelectElement("a", object, c); };
+    };
+    const auto valid = [](bool isValid) {
+        return [isValid](Probe& p, std::string& c) { p.Choice_SetElementValid(isValid, "a", c); };
+    };
+    const auto count = [](int n) {
+        return [n](Probe& p, std::string& c) { p.Choice_CollectionChanged("a", n, c); };
+    };
+    const Row rows[] = {
+        {"valid, own", "a", valid(true), "a", kNone},
+        {"valid, other", "b", valid(true), "b", taken("b")},
+        {"valid, none", "", valid(true), "", taken("")},
+        {"valid, longer", "ab", valid(true), "ab", taken("ab")},
+        {"invalid, own", "a", valid(false), "", kNone},
+        {"invalid, other", "b", valid(false), "", kNone},
+        {"select, none", "", select(&value), "a", kNone},
+        {"select, own", "a", select(&value), "a", kNone},
+        {"select, other", "b", select(&value), "b", taken("[b]")},
+        {"select null, none", "", select(nullptr), "a", kNone},
+        {"select null, own", "a", select(nullptr), "", kNone},
+        {"select null, other", "b", select(nullptr), "b", kNone},
+        {"count 2, none", "", count(2), "a", kNone},
+        {"count 1, own", "a", count(1), "a", kNone},
+        {"count 1, other", "b", count(1), "b", taken("[b]")},
+        {"count 0, none", "", count(0), "", kNone},
+        {"count 0, own", "a", count(0), "", kNone},
+        {"count 0, other", "b", count(0), "b", kNone},
+        {"count -1, none", "", count(-1), "", kNone},
+        {"count -1, other", "b", count(-1), "b", taken("[b]")},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        Probe probe;
+        std::string current = row.current;
+        EXPECT_EQ(ErrorOf([&] { row.action(probe, current); }), row.error);
+        EXPECT_EQ(current, row.after);
+    }
+    std::string current = "b";
+    EXPECT_THROW(value.Choice_SetElementValid(true, "a", current), CKvInvalidStateException);
+}
+
+TEST(XmlObjectBaseTest, PropertyChecks) {
+    Probe probe;
+    Probe value;
+    value.SetElementName("is");
+    probe.Throw_IfPropertyIsNull(&value, "P");
+    EXPECT_THROW(probe.Throw_IfPropertyIsNull(nullptr, "P"), CKvInvalidParamException);
+    EXPECT_EQ(ErrorOf([&] { probe.Throw_IfPropertyIsNull(nullptr, "P"); }),
+              "The Property [P] is mandatory, it may node be NULL");
+    probe.Throw_IfElementNameDiffers(nullptr, "x");
+    probe.Throw_IfElementNameDiffers(&value, "is");
+    EXPECT_THROW(probe.Throw_IfElementNameDiffers(&value, "Is"), CKvInvalidParamException);
+    EXPECT_EQ(ErrorOf([&] { probe.Throw_IfElementNameDiffers(&value, "must"); }),
+              "This property requires an element with the name must the element being set has the element "
+              "name is");
+}
+
+TEST(XmlObjectBaseTest, NamespaceLists) {
+    struct Row {
+        const char* ns;
+        const char* allowed;
+        bool valid;
+    };
+    const Row rows[] = {
+        {"urn:x", "##any", true},
+        {"", "##any", true},
+        {"urn:x", "##other", true},
+        {"urn:t", "##other", false},
+        {"", "##other", true},
+        {"", "##local", true},
+        {"urn:t", "##local", false},
+        {"urn:t", "##targetNamespace", true},
+        {"urn:x", "##targetNamespace", false},
+        {"", "##targetNamespace", false},
+        {"urn:x", "urn:x", true},
+        {"urn:y", "urn:x", false},
+        {"", "urn:x", true},
+        {"", "urn:x urn:y", true},
+        {"urn:x", "urn:x urn:y", false},
+        {"urn:y", "urn:x urn:y", false},
+        {"urn:x urn:y", "urn:x urn:y", true},
+        {"urn:t", "##targetNamespace ##other", true},
+        {"urn:t", "##other ##targetNamespace", false},
+        {"", "##targetNamespace ##other", true},
+        {"urn:x", "##any urn:y", true},
+        {"urn:x", "", false},
+        {"", "", true},
+    };
+    const Probe probe;
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string("[") + row.ns + "] in [" + row.allowed + "]");
+        EXPECT_EQ(probe.IsNamespaceValid(row.ns, row.allowed, "urn:t"), row.valid);
+        EXPECT_EQ(ErrorOf([&] { probe.TestNamespace(row.ns, row.allowed, "urn:t"); }),
+                  row.valid
+                      ? std::string("(no error)")
+                      : std::string("Invalid namespace [") + row.ns + "]. The namespace must be one of [" +
+                            row.allowed + "] where the target namespace is [urn:t].");
+    }
+    EXPECT_THROW(probe.TestNamespace("urn:x", "##local", nullptr), CKvInvalidNamespaceException);
+}
+
+TEST(XmlObjectBaseTest, EventsCarryTypeAndData) {
+    CAttributeCol collection;
+    Probe sink;
+    std::vector<std::string> events;
+    sink.onEvent = [&](CXmlObjectBase* source, IEventSink::MsgType type, void* data) {
+        EXPECT_EQ(source, &collection);
+        std::string text = std::to_string(type);
+        if (type == IEventSink::MsgType_Remove || type == IEventSink::MsgType_RemoveComplete) {
+            text += data == nullptr ? " null" : " " + std::to_string(*static_cast<std::int32_t*>(data));
+        } else {
+            text += data == &sink ? " item" : data == nullptr ? " null" : " other";
+        }
+        events.push_back(text);
+    };
+    Probe::FireOnCollectionChangeEvent(&sink, &collection);
+    Probe::FireOnCollectionAddEvent(&sink, &collection, &sink);
+    Probe::FireOnCollectionAddCompleteEvent(&sink, &collection, &sink);
+    Probe::FireOnCollectionRemoveEvent(&sink, &collection, 3);
+    Probe::FireOnCollectionRemoveEvent(&sink, &collection, -1);
+    Probe::FireOnCollectionRemoveCompleteEvent(&sink, &collection, 0);
+    Probe::FireOnCollectionRemoveCompleteEvent(&sink, &collection, -1);
+    EXPECT_EQ(events,
+              (std::vector<std::string>{"0 null", "1 item", "2 item", "3 3", "3 null", "4 0", "4 null"}));
+}
+
+// --- entry points ------------------------------------------------------------------------------------------
+
+TEST(XmlObjectBaseTest, EmptyAndBrokenInput) {
+    struct Row {
+        const char* what;
+        std::function<void(CXmlObjectBase&)> read;
+        const char* error;
+    };
+    const CBinaryData none;
+    const unsigned char byte = ' ';
+    const Row rows[] = {
+        {"text", [](auto& o) { o.FromXml(""); }, "XML String is empty!"},
+        {"null text", [](auto& o) { o.FromXml(static_cast<const char*>(nullptr)); }, "XML String is empty!"},
+        {"wide text", [](auto& o) { o.FromXml(L""); }, "no element found at line 1"},
+        {"blank", [](auto& o) { o.FromXml(" \n "); }, "no element found at line 2"},
+        {"bytes", [&](auto& o) { o.FromXmlStream(&byte, 0); }, "XML Stream is empty!"},
+        {"null bytes", [](auto& o) { o.FromXmlStream(nullptr, 7); }, "XML Stream is empty!"},
+        {"buffer", [&](auto& o) { o.FromXmlStream(none); }, "XML Stream is empty!"},
+        {"not closed", [](auto& o) { o.FromXml("<a>\n<b>"); }, "no element found at line 2"},
+        {"mismatch", [](auto& o) { o.FromXml("<a>\n</b>"); }, "mismatched tag at line 2"},
+        {"no file", [](auto& o) { o.FromXmlFile("/nowhere/x.xml"); },
+         "Failed to open the file [/nowhere/x.xml] Error [0x00000002]"},
+        {"null file", [](auto& o) { o.FromXmlFile(nullptr); },
+         "Failed to open the file [] Error [0x00000002]"},
+        {"null element", [](auto& o) { o.FromXmlElement(static_cast<const CXmlElement*>(nullptr)); },
+         "The element to read from may not be NULL"},
+    };
+    const auto object = fixture::Make<fixture::Measure>();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        EXPECT_EQ(ErrorOf([&] { row.read(*object); }), row.error);
+    }
+    object->FromXml("<Measure xmlns='urn:fixture'>1</Measure>");
+    EXPECT_EQ(object->value.Text(), "1");
+}
+
+TEST(XmlObjectBaseTest, FormatsThatAreMissing) {
+    const auto o = fixture::Make<fixture::Measure>();
+    const char* const json = "The JSON format is not built in yet.";
+    const char* const infoset = "The Fast Infoset format is not built in yet.";
+    const std::string path = testing::TempDir() + "kvxml_not_touched";
+    std::filesystem::remove(path);
+    const unsigned char bytes[] = "{}";
+    EXPECT_EQ(ErrorOf([&] { o->ToJson(); }), json);
+    EXPECT_EQ(ErrorOf([&] { o->ToJsonStream(); }), json);
+    EXPECT_EQ(ErrorOf([&] { o->ToJsonFile(path.c_str()); }), json);
+    EXPECT_EQ(ErrorOf([&] { o->FromJson("{}"); }), json);
+    EXPECT_EQ(ErrorOf([&] { o->FromJson(L"{}"); }), json);
+    EXPECT_EQ(ErrorOf([&] { o->FromJsonStream(CBinaryData()); }), json);
+    EXPECT_EQ(ErrorOf([&] { o->FromJsonStream(bytes, 2); }), json);
+    EXPECT_EQ(ErrorOf([&] { o->FromJsonFile(path.c_str()); }), json);
+    EXPECT_EQ(ErrorOf([&] { o->ToFastInfosetStream(); }), infoset);
+    EXPECT_EQ(ErrorOf([&] { o->ToFastInfosetFile(path.c_str()); }), infoset);
+    EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST(XmlObjectBaseTest, LineEnds) {
+    const auto kinds = fixture::Make<fixture::Kinds>();
+    fixture::Fill(*kinds);
+    const std::string lf = kinds->ToXml(true, true, EOLType_LF);
+    EXPECT_EQ(lf, std::string("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n") + fixture::kKindsXml);
+    std::string crlf;
+    for (const char c : lf)
+        crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
+    EXPECT_EQ(kinds->ToXml(true, true, EOLType_CRLF), crlf);
+    EXPECT_EQ(ErrorOf([&] { kinds->ToXml(true, true, static_cast<EOLType>(2)); }), "Invalid EOL type.");
+    const auto read = fixture::Make<fixture::Kinds>();
+    read->FromXml(crlf.c_str());
+    fixture::Check(*read);
+    const std::string flat = kinds->ToXml(false, false);
+    EXPECT_EQ(flat.find("\n<"), flat.find("\n</AA:Title>"));
+    read->FromXml(flat.c_str());
+    fixture::Check(*read);
+}
+
+TEST(XmlObjectBaseTest, WideText) {
+    const auto note = fixture::Make<fixture::Note>();
+    note->FromXml(L"<Note xmlns='urn:fixture'><Text>\u00E4\u20AC\U0001F41F</Text></Note>");
+    EXPECT_EQ(note->text.Text(), "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x90\x9F");
+}
+
+TEST(XmlObjectBaseTest, StreamsInEveryEncodingAndCompression) {
+    const auto kinds = fixture::Make<fixture::Kinds>();
+    fixture::Fill(*kinds);
+    for (const XmlEncoding encoding : {XmlEncoding_UTF8, XmlEncoding_UTF16, XmlEncoding_UTF16NoDeclaration}) {
+        for (const CompressionType compression :
+             {CompressionType_None, CompressionType_GZip, CompressionType_ZLib}) {
+            SCOPED_TRACE(std::to_string(encoding) + "/" + std::to_string(compression));
+            const CBinaryData data = kinds->ToXmlStream(
+                true, true, encoding, EOLType_LF, CSerializationContext::GetDefaultContext(), compression);
+            const auto read = fixture::Make<fixture::Kinds>();
+            read->FromXmlStream(data);
+            fixture::Check(*read);
+        }
+    }
+    EXPECT_EQ(ErrorOf([&] { kinds->ToXmlStream(true, true, XmlEncoding_None); }),
+              "Unknown Encoding, select UTF-8 (contact our support team)");
+}
+
+TEST_F(ObjectFileTest, ZlibFilesAreRefusedBeforeTheFileIsTouched) {
+    const auto& context = CSerializationContext::GetDefaultContext();
+    const char* const error = "ZLIB Compression only available for To Stream methods.";
+    const std::function<void()> writes[] = {
+        [&] {
+            m_kinds->ToXmlFile(Path(), true, true, XmlEncoding_UTF8, EOLType_LF, context,
+                               CompressionType_ZLib);
+        },
+        [&] {
+            m_kinds->ToJsonFile(Path(), true, XmlEncoding_UTF8, EOLType_LF, context, CompressionType_ZLib);
+        },
+        [&] { m_kinds->ToFastInfosetFile(Path(), FInfoDecl_None, context, CompressionType_ZLib); },
+    };
+    for (const bool async : {false, true}) {
+        AsyncToXmlFile(async);
+        for (const auto& write : writes)
+            EXPECT_EQ(ErrorOf(write), error);
+    }
+    EXPECT_FALSE(std::filesystem::exists(m_path));
+}
+
+TEST_F(ObjectFileTest, GzipFiles) {
+    for (const XmlEncoding encoding : {XmlEncoding_UTF8, XmlEncoding_UTF16}) {
+        for (const bool async : {false, true}) {
+            AsyncToXmlFile(async);
+            m_kinds->ToXmlFile(Path(), true, true, encoding, EOLType_LF,
+                               CSerializationContext::GetDefaultContext(), CompressionType_GZip);
+            EXPECT_EQ(ReadFile(m_path).substr(0, 2), "\x1F\x8B");
+            ReadAndCheck();
+        }
+    }
+}
+
+TEST_F(ObjectFileTest, PlainFilesInBothWaysAndEveryEncoding) {
+    for (const bool async : {false, true}) {
+        AsyncToXmlFile(async);
+        AsyncFromXmlFile(async);
+        for (const XmlEncoding encoding :
+             {XmlEncoding_UTF8, XmlEncoding_UTF16, XmlEncoding_UTF16NoDeclaration}) {
+            SCOPED_TRACE(std::to_string(async) + "/" + std::to_string(encoding));
+            m_kinds->ToXmlFile(Path(), true, true, encoding);
+            const std::string bytes = ReadFile(m_path);
+            if (encoding == XmlEncoding_UTF8) {
+                EXPECT_EQ(bytes, m_kinds->ToXml());
+            } else {
+                EXPECT_EQ(bytes.substr(0, 4), std::string("\xFF\xFE<\0", 4));
+                EXPECT_EQ(bytes.find(std::string("e\0n\0c\0o\0d\0i\0n\0g\0", 16)) != std::string::npos,
+                          encoding == XmlEncoding_UTF16);
+            }
+            ReadAndCheck();
+        }
+    }
+}
+
+TEST_F(ObjectFileTest, LargeFilesInChunks) {
+    const auto root = fixture::Make<fixture::Node>();
+    for (int i = 0; i < 20000; ++i)
+        root->nodes.Get().CreateNew()->name.variant.SetString("number " + std::to_string(i));
+    AsyncToXmlFile(true);
+    AsyncFromXmlFile(true);
+    root->ToXmlFile(Path());
+    EXPECT_EQ(ReadFile(m_path), root->ToXml());
+    const auto read = fixture::Make<fixture::Node>();
+    read->FromXmlFile(Path());
+    ASSERT_EQ(read->nodes.Count(), 20000);
+    EXPECT_EQ(read->nodes.Get().Item(19999)->name.Text(), "number 19999");
+}
+
+TEST_F(ObjectFileTest, FilesThatCanNotBeWritten) {
+    for (const bool async : {false, true}) {
+        AsyncToXmlFile(async);
+        EXPECT_EQ(ErrorOf([&] { m_kinds->ToXmlFile("/nowhere/x.xml"); }),
+                  "Failed to write data to the file [/nowhere/x.xml] error [0x00000002]");
+    }
+}
+
+TEST(XmlObjectBaseTest, ReadsFromAnElementOfATree) {
+    CXmlDocument document;
+    document.LoadXml(
+        "<x:Box xmlns:x='urn:fixture' xmlns='urn:other'><x:Measure unit='m'>4</x:Measure></x:Box>");
+    const auto measure = fixture::Make<fixture::Measure>();
+    measure->FromXmlElement(document.GetDocumentElement()->GetFirstElement());
+    EXPECT_EQ(measure->value.Text(), "4");
+    EXPECT_EQ(measure->unit.Text(), "m");
+    // The element's own name is the caller's business, and is taken over.
+    const auto empty = fixture::Make<fixture::Empty>();
+    CSerializationContext context;
+    context.SetIgnoreUnknownElements(true);
+    empty->FromXmlElement(document.GetDocumentElement(), context);
+    EXPECT_EQ(empty->Name(), "Box");
+}
+
+TEST(XmlObjectBaseTest, DocumentElement) {
+    CSerializationContext strict;
+    CSerializationContext ignoring;
+    ignoring.SetIgnoreNamespaces(true);
+    CSerializationContext plain;
+    plain.SetSchemaType(SchemaType_NoNamespaces);
+    struct Row {
+        const char* what;
+        const char* xml;
+        const char* ownName;
+        const CSerializationContext& context;
+        const char* error;
+    };
+    const char* const kNone = "(no error)";
+    const Row rows[] = {
+        {"right", "<Empty xmlns='urn:fixture'/>", "Empty", strict, kNone},
+        {"prefixed", "<f:Empty xmlns:f='urn:fixture'/>", "Empty", strict, kNone},
+        {"wrong name", "<Other xmlns='urn:fixture'/>", "Empty", strict,
+         "Invalid Element [Other] found.\nPath: /Other"},
+        {"case", "<f:empty xmlns:f='urn:fixture'/>", "Empty", strict,
+         "Invalid Element [empty] found.\nPath: /f:empty"},
+        {"wrong namespace", "<Empty xmlns='urn:other'/>", "Empty", strict,
+         "Invalid Element [Empty] found.\nPath: /Empty"},
+        {"no namespace", "<Empty/>", "Empty", strict, "Invalid Element [Empty] found.\nPath: /Empty"},
+        {"own name", "<Mine xmlns='urn:fixture'/>", "Mine", strict, kNone},
+        {"class name beside own", "<Empty xmlns='urn:fixture'/>", "Mine", strict, kNone},
+        {"own name, wrong namespace", "<Mine/>", "Mine", strict,
+         "Invalid Element [Mine] found.\nPath: /Mine"},
+        {"namespaces ignored", "<Empty xmlns='urn:other'/>", "Empty", ignoring, kNone},
+        {"namespaces ignored, wrong name", "<Other/>", "Empty", ignoring,
+         "Invalid Element [Other] found.\nPath: /Other"},
+        {"no namespaces in schema", "<Empty/>", "Empty", plain, kNone},
+        {"prefix is part of the name", "<f:Empty/>", "Empty", plain,
+         "Invalid Element [f:Empty] found.\nPath: /f:Empty"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        const auto object = fixture::Make<fixture::Empty>();
+        object->SetName(row.ownName);
+        EXPECT_EQ(ErrorOf([&] { object->FromXml(row.xml, row.context); }), row.error);
+    }
+    EXPECT_THROW(fixture::Make<fixture::Empty>()->FromXml("<Other/>"), CKvValidationException);
+}
+
+}  // namespace
+}  // namespace KvXmlLib16

@@ -1,0 +1,21 @@
+/// Failures as text, for comparison.
+#pragma once
+
+#include <string>
+
+#include "kvxml/runtime/exceptions.h"
+
+namespace KvXmlLib16 {
+
+/// The full message of what `action` throws; "(no error)" when it throws nothing.
+template <class Action>
+std::string ErrorOf(Action action) {
+    try {
+        action();
+    } catch (const CKvException& e) {
+        return e.GetFullMessage();
+    }
+    return "(no error)";
+}
+
+}  // namespace KvXmlLib16
