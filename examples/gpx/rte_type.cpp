@@ -1,0 +1,195 @@
+#include "examples/gpx/rte_type.h"
+
+#include <mutex>
+
+#include "examples/gpx/class_factory.h"
+#include "kvxml/metadata/element_info_family.h"
+
+namespace Gpx {
+
+using namespace KvXmlLib16;
+using namespace KvXmlLib16Data;
+
+std::atomic<bool> CRteType::m_hasMetaData{false};
+CParentElementInfo* CRteType::m_classInfo = nullptr;
+CElementInfo** CRteType::m_elementInfo = nullptr;
+CAttributeInfo** CRteType::m_attributeInfo = nullptr;
+CElementInfo* CRteType::m_elementRecords[10] = {};
+CAttributeInfo* CRteType::m_attributeRecords[1] = {};
+
+CRteType::CRteType(const char* elementName) {
+    Init();
+    SetElementName(elementName);
+}
+
+CRteType::~CRteType() = default;
+
+std::string CRteType::GetTargetNamespace() const {
+    return kNamespace;
+}
+
+std::string CRteType::GetNamespace() const {
+    return kNamespace;
+}
+
+void CRteType::Init() {
+    m_name.Reset();
+    m_cmt.Reset();
+    m_desc.Reset();
+    m_src.Reset();
+    m_link.Reset();
+    m_number.Reset();
+    m_type.Reset();
+    m_extensions.Reset();
+    m_rtept.Reset();
+}
+
+CSmartPtr<CLinkTypeCol> CRteType::GetLink() {
+    if (m_link == nullptr) m_link = new CLinkTypeCol("link", kNamespace, 0, -1);
+    return m_link;
+}
+
+void CRteType::SetExtensions(const CSmartPtr<CExtensionsType>& value) {
+    if (value != nullptr) SetElementName(value.Get(), "extensions");
+    m_extensions = value;
+}
+
+CSmartPtr<CWptTypeCol> CRteType::GetRtept() {
+    if (m_rtept == nullptr) m_rtept = new CWptTypeCol("rtept", kNamespace, 0, -1);
+    return m_rtept;
+}
+
+void CRteType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
+    switch (propertyIndex) {
+        case Property_name:
+            if (read) {
+                if (m_name.IsSet()) value.SetStringReference(*m_name);
+            } else {
+                SetName(value.TakeString());
+            }
+            break;
+        case Property_cmt:
+            if (read) {
+                if (m_cmt.IsSet()) value.SetStringReference(*m_cmt);
+            } else {
+                SetCmt(value.TakeString());
+            }
+            break;
+        case Property_desc:
+            if (read) {
+                if (m_desc.IsSet()) value.SetStringReference(*m_desc);
+            } else {
+                SetDesc(value.TakeString());
+            }
+            break;
+        case Property_src:
+            if (read) {
+                if (m_src.IsSet()) value.SetStringReference(*m_src);
+            } else {
+                SetSrc(value.TakeString());
+            }
+            break;
+        case Property_link:
+            if (read) {
+                if (m_link != nullptr) value.SetXmlCollection(m_link.Get());
+            } else {
+                GetLink();
+            }
+            break;
+        case Property_number:
+            if (read) {
+                if (m_number.IsSet()) value.SetInteger(*m_number);
+            } else {
+                SetNumber(value.TakeInteger());
+            }
+            break;
+        case Property_type:
+            if (read) {
+                if (m_type.IsSet()) value.SetStringReference(*m_type);
+            } else {
+                SetType(value.TakeString());
+            }
+            break;
+        case Property_extensions:
+            if (read) {
+                if (m_extensions != nullptr) value.SetXmlObject(m_extensions.Get());
+            } else {
+                SetExtensions(static_cast<CExtensionsType*>(value.PeekXmlObject()));
+            }
+            break;
+        case Property_rtept:
+            if (read) {
+                if (m_rtept != nullptr) value.SetXmlCollection(m_rtept.Get());
+            } else {
+                GetRtept();
+            }
+            break;
+        default:
+            break;
+    }
+}
+
+CParentElementInfo* CRteType::GetClassInfo() const {
+    if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
+    return m_classInfo;
+}
+
+CElementInfo** CRteType::GetClassElementInfo() const {
+    if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
+    return m_elementInfo;
+}
+
+CAttributeInfo** CRteType::GetClassAttributeInfo() const {
+    if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
+    return m_attributeInfo;
+}
+
+void CRteType::BuildMetaData() {
+    const std::lock_guard<CKVCriticalSection> lock(m_csInit);
+    if (m_hasMetaData.load(std::memory_order_relaxed)) return;
+    const CPrimitiveRestrictions nonNegativeInteger(nullptr, -1, -1, "0", nullptr, nullptr, nullptr, -1, -1,
+                                                    -1, CWhitespaceUtils::WhitespaceRule_Collapse, nullptr);
+    try {
+        m_classInfo = new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "rteType",
+                                             kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_attributeInfo = m_attributeRecords;
+        m_elementInfo = m_elementRecords;
+        m_elementRecords[0] = new CElementInfoSeqPrimOpt(
+            "name", kNamespace, Property_name, false, ItemType_string, nullptr,
+            CWhitespaceUtils::WhitespaceRule_Preserve, CPrimitiveRestrictions(), nullptr);
+        m_elementRecords[1] = new CElementInfoSeqPrimOpt(
+            "cmt", kNamespace, Property_cmt, false, ItemType_string, nullptr,
+            CWhitespaceUtils::WhitespaceRule_Preserve, CPrimitiveRestrictions(), nullptr);
+        m_elementRecords[2] = new CElementInfoSeqPrimOpt(
+            "desc", kNamespace, Property_desc, false, ItemType_string, nullptr,
+            CWhitespaceUtils::WhitespaceRule_Preserve, CPrimitiveRestrictions(), nullptr);
+        m_elementRecords[3] = new CElementInfoSeqPrimOpt(
+            "src", kNamespace, Property_src, false, ItemType_string, nullptr,
+            CWhitespaceUtils::WhitespaceRule_Preserve, CPrimitiveRestrictions(), nullptr);
+        m_elementRecords[4] =
+            new CElementInfoSeqClsCol("link", kNamespace, Property_link, XmlElementType_Element);
+        m_elementRecords[5] = new CElementInfoSeqPrimOpt(
+            "number", kNamespace, Property_number, false, ItemType_integer, nullptr,
+            CWhitespaceUtils::WhitespaceRule_Collapse, nonNegativeInteger, nullptr);
+        m_elementRecords[6] = new CElementInfoSeqPrimOpt(
+            "type", kNamespace, Property_type, false, ItemType_string, nullptr,
+            CWhitespaceUtils::WhitespaceRule_Preserve, CPrimitiveRestrictions(), nullptr);
+        m_elementRecords[7] =
+            new CElementInfoSeqClsOpt("extensions", kNamespace, Property_extensions, XmlElementType_Element,
+                                      &CClassFactory::Create, CClassFactory::ClassId_ExtensionsType);
+        m_elementRecords[8] =
+            new CElementInfoSeqClsCol("rtept", kNamespace, Property_rtept, XmlElementType_Element);
+    } catch (...) {
+        CleanMetaData(m_classInfo, m_elementInfo, m_attributeInfo);
+        throw;
+    }
+    m_hasMetaData.store(true, std::memory_order_release);
+}
+
+void CRteType::FreeMetaData() {
+    const std::lock_guard<CKVCriticalSection> lock(m_csInit);
+    m_hasMetaData.store(false, std::memory_order_relaxed);
+    CleanMetaData(m_classInfo, m_elementInfo, m_attributeInfo);
+}
+
+}  // namespace Gpx
