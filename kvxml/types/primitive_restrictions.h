@@ -74,7 +74,7 @@ public:
         Check(name, type, std::string_view(value));
     }
     void Check(std::string_view name, ItemType type, const char* value) const {
-        Check(name, type, std::string_view(value));
+        Check(name, type, std::string_view(value != nullptr ? value : ""));
     }
     /// The typed forms: no text is made unless there is a pattern, or an error to report. A pattern is
     /// matched against `lexical`, the text that the value was read from or will be written as; when that is

@@ -1,0 +1,35 @@
+/// Regular expressions of XML Schema (Part 2, Appendix F), run by PCRE2.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace KvXmlLib16::internal {
+
+/// A compiled pattern. Immutable; any number of threads may match with it at once.
+class CXsdRegex {
+public:
+    enum class Result { Match, NoMatch, LimitExceeded };
+
+    /// The compiled form of `pattern`, shared by everybody who asks for the same text while anybody holds it.
+    /// CKvException "Invalid Regular Expression: %s Error: '%s'" for a bad pattern.
+    static std::shared_ptr<const CXsdRegex> Get(const std::string& pattern);
+
+    explicit CXsdRegex(std::string_view pattern);
+    CXsdRegex(const CXsdRegex&) = delete;
+    CXsdRegex& operator=(const CXsdRegex&) = delete;
+    ~CXsdRegex();
+
+    /// Whether the pattern matches the whole of `text`; ill-formed UTF-8 never matches. A match that takes
+    /// more steps or memory than any reasonable pattern needs is given up.
+    Result Match(std::string_view text) const;
+
+private:
+    void* m_code;
+};
+
+/// The same pattern in the language of PCRE2. CKvException as above.
+std::string TranslateXsdPattern(std::string_view pattern);
+
+}  // namespace KvXmlLib16::internal
