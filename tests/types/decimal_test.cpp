@@ -146,6 +146,7 @@ TEST(Decimal, ComesFromNumbersOfEveryType) {
     EXPECT_EQ(CDecimal(-2.5e-7f).ToString(5), "0.00000");
     EXPECT_EQ(CDecimal(1e300).ToString(), "1" + std::string(300, '0'));
     EXPECT_EQ(CDecimal(CBigInteger("-" + kNines)).ToString(), "-" + kNines);
+    EXPECT_EQ(CDecimal(CBigInteger(-5)).ToString(), "-5");
     EXPECT_THROW(CDecimal(std::numeric_limits<double>::infinity()), CKvInvalidValueException);
     EXPECT_THROW(CDecimal(std::nan("")), CKvInvalidValueException);
 }
@@ -212,6 +213,7 @@ TEST(Decimal, ArithmeticIsExact) {
         EXPECT_EQ(-(-a), a);
     }
     EXPECT_EQ((CDecimal(2) / 3).ToString(), "0.6666666666666666666666666667");
+    EXPECT_EQ(CDecimal("1E-20").Divide(3, 5).ToString(), "0");
     EXPECT_THROW(CDecimal(1) / CDecimal("0.00"), CKvInvalidValueException);
     CDecimal total = 1;
     total += "0.5";

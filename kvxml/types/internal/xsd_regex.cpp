@@ -3,6 +3,7 @@
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -16,25 +17,32 @@ namespace KvXmlLib16::internal {
 
 namespace {
 
-constexpr std::uint32_t kMatchLimit = 2000000;   // backtracking steps
+constexpr std::uint32_t kMatchLimit =
+    2000000;  // backtracking steps, besides those that a byte of text may take
+constexpr std::uint32_t kMatchLimitPerByte = 8;
 constexpr std::uint32_t kHeapLimit = 64 * 1024;  // KiB
 constexpr std::size_t kJitStackStart = 32 * 1024;
-constexpr std::size_t kJitStackMaximum = 1024 * 1024;
+constexpr std::size_t kJitStackMaximum = 64 * 1024 * 1024;
 
 // What matching needs besides the pattern; one per thread.
 struct Scratch {
     pcre2_match_data* data = pcre2_match_data_create(1, nullptr);
     pcre2_match_context* context = pcre2_match_context_create(nullptr);
-    pcre2_jit_stack* stack = pcre2_jit_stack_create(kJitStackStart, kJitStackMaximum, nullptr);
+    pcre2_jit_stack* stack = nullptr;
 
     Scratch() {
         if (context == nullptr) return;
-        pcre2_set_match_limit(context, kMatchLimit);
         pcre2_set_heap_limit(context, kHeapLimit);
-        if (stack != nullptr) pcre2_jit_stack_assign(context, nullptr, stack);
     }
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
+    // Long texts need more than the small stack that compiled patterns start with. False when it is in use.
+    bool EnlargeStack() {
+        if (stack != nullptr) return false;
+        stack = pcre2_jit_stack_create(kJitStackStart, kJitStackMaximum, nullptr);
+        pcre2_jit_stack_assign(context, nullptr, stack);
+        return stack != nullptr;
+    }
     ~Scratch() {
         pcre2_jit_stack_free(stack);
         pcre2_match_context_free(context);
@@ -84,9 +92,12 @@ CXsdRegex::Result CXsdRegex::Match(std::string_view text) const {
     if (scratch.data == nullptr || scratch.context == nullptr) throw std::bad_alloc();
     const auto* const code = static_cast<const pcre2_code*>(m_code);
     const auto* const subject = reinterpret_cast<PCRE2_SPTR>(text.empty() ? "" : text.data());
+    constexpr std::size_t kMaxBytes = (UINT32_MAX - kMatchLimit) / kMatchLimitPerByte;
+    const auto bytes = static_cast<std::uint32_t>(std::min(text.size(), kMaxBytes));
+    pcre2_set_match_limit(scratch.context, kMatchLimit + bytes * kMatchLimitPerByte);
     int result = pcre2_match(code, subject, text.size(), 0, 0, scratch.data, scratch.context);
-    if (result == PCRE2_ERROR_JIT_STACKLIMIT) {
-        result = pcre2_match(code, subject, text.size(), 0, PCRE2_NO_JIT, scratch.data, scratch.context);
+    if (result == PCRE2_ERROR_JIT_STACKLIMIT && scratch.EnlargeStack()) {
+        result = pcre2_match(code, subject, text.size(), 0, 0, scratch.data, scratch.context);
     }
     if (result >= 0) return Result::Match;
     switch (result) {

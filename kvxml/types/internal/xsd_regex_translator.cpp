@@ -53,7 +53,10 @@ void AppendCodePoint(std::string& out, char32_t codePoint) {
     out += '}';
 }
 
+// Surrogates are no characters and no bounds of a range either.
 void AppendRange(std::string& out, char32_t first, char32_t last) {
+    if (first >= 0xD800 && first <= 0xDFFF) first = 0xE000;
+    if (last >= 0xD800 && last <= 0xDFFF) last = 0xD7FF;
     AppendCodePoint(out, first);
     if (first != last) {
         out += '-';
