@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -18,8 +19,9 @@ class CBinaryData;
 class CXmlElement;
 
 namespace internal {
+class CFile;
 class CXmlTree;
-}
+}  // namespace internal
 
 /// A parsed document: its elements and its table of namespace prefixes.
 ///
@@ -90,10 +92,14 @@ private:
     /// What is known about the encoding of the text that is to be parsed.
     enum class Encoding { Declared, Utf8 };
 
+    struct CReading;
+
     internal::CXmlTree& Tree();
-    void ParseText(const unsigned char* data, std::size_t length, Encoding encoding);
     void Parse(const unsigned char* data, std::size_t length);
+    void ParseText(const unsigned char* data, std::size_t length, Encoding encoding);
+    void ParseConverted(const std::string& utf8);
     void LoadWhole(const char* fileName);
+    void LoadLarge(internal::CFile& file, const char* fileName, std::uint64_t size);
     void LoadInChunks(const char* fileName);
 
     std::unique_ptr<internal::CXmlTree> m_tree;

@@ -1,0 +1,227 @@
+#include "kvxml/xml/internal/expat_reader.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string_view>
+
+#include "kvxml/platform/internal/code_page.h"
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/format_string.h"
+
+namespace KvXmlLib16::internal {
+
+namespace {
+
+// expat doubles its buffer in int arithmetic.
+constexpr std::size_t kWholeLimit = std::size_t{1} << 30;
+std::size_t g_wholeLimit = kWholeLimit;
+
+// Larger texts come in pieces of this size.
+constexpr std::size_t kPiece = std::size_t{1} << 26;
+
+// expat reads an entity inside an entity by a recursive call; its own limits are on the amount of text only.
+constexpr int kMaxNestedEntities = 1000;
+
+/// True when the replacement text of an entity refers to another entity.
+bool RefersToEntity(std::string_view text) {
+    for (std::size_t at = text.find('&'); at != std::string_view::npos; at = text.find('&', at + 1)) {
+        if (at + 1 < text.size() && text[at + 1] != '#') return true;
+    }
+    return false;
+}
+
+std::string_view OrEmpty(const char* text) {
+    return text == nullptr ? std::string_view() : text;
+}
+
+/// What the parser's conversion of a multi-byte encoding needs.
+struct Decoder {
+    std::string encoding;
+    int lengths[256];
+    void* cache = nullptr;
+
+    ~Decoder() { CloseDecoder(cache); }
+};
+
+}  // namespace
+
+/// What expat calls. No exception may pass through its C code.
+struct CExpatReader::Handlers {
+    static CExpatReader& Reader(void* user) { return *static_cast<CExpatReader*>(user); }
+
+    static void XMLCALL OnStartElement(void* user, const XML_Char* name, const XML_Char** attributes) {
+        try {
+            Reader(user).m_builder.StartElement(name, attributes);
+        } catch (...) {
+            Reader(user).Stop();
+        }
+    }
+
+    static void XMLCALL OnEndElement(void* user, const XML_Char*) {
+        try {
+            Reader(user).m_builder.EndElement();
+        } catch (...) {
+            Reader(user).Stop();
+        }
+    }
+
+    static void XMLCALL OnText(void* user, const XML_Char* text, int length) {
+        // Line ends are normalised, so carriage returns come from character references, which come alone.
+        if (length == 1 && *text == '\r') return;
+        AppendText(Reader(user), text, static_cast<std::size_t>(length));
+    }
+
+    static void XMLCALL OnStartCData(void* user) { AppendText(Reader(user), "<![CDATA[", 9); }
+    static void XMLCALL OnEndCData(void* user) { AppendText(Reader(user), "]]>", 3); }
+
+    static void XMLCALL OnStartNamespace(void* user, const XML_Char* prefix, const XML_Char* uri) {
+        try {
+            Reader(user).m_builder.DeclarePrefix(OrEmpty(prefix), OrEmpty(uri));
+        } catch (...) {
+            Reader(user).Stop();
+        }
+    }
+
+    static void XMLCALL OnEntity(void* user, const XML_Char*, int isParameter, const XML_Char* value,
+                                 int length, const XML_Char*, const XML_Char*, const XML_Char*,
+                                 const XML_Char*) {
+        if (value == nullptr || isParameter != 0) return;
+        CExpatReader& reader = Reader(user);
+        if (!RefersToEntity(std::string_view(value, static_cast<std::size_t>(length)))) return;
+        if (++reader.m_nestedEntities <= kMaxNestedEntities) return;
+        try {
+            throw CKvException(reader.Locate("too many entities refer to other entities"));
+        } catch (...) {
+            reader.Stop();
+        }
+    }
+
+    static int XMLCALL OnUnknownEncoding(void* user, const XML_Char* name, XML_Encoding* info) {
+        CExpatReader& reader = Reader(user);
+        try {
+            auto decoder = std::make_unique<Decoder>();
+            if (!DescribeEncoding(name, info->map)) {
+                reader.m_unreadEncoding = name;
+                return XML_STATUS_ERROR;
+            }
+            decoder->encoding = name;
+            std::copy(std::begin(info->map), std::end(info->map), decoder->lengths);
+            info->data = decoder.release();
+            info->convert = &Decode;
+            info->release = &ReleaseDecoder;
+            return XML_STATUS_OK;
+        } catch (...) {
+            reader.m_exception = std::current_exception();
+            return XML_STATUS_ERROR;
+        }
+    }
+
+    static int XMLCALL Decode(void* data, const char* bytes) {
+        auto& decoder = *static_cast<Decoder*>(data);
+        try {
+            const int length = -decoder.lengths[static_cast<unsigned char>(*bytes)];
+            return DecodeMultiByte(decoder.encoding.c_str(), bytes, length, decoder.cache);
+        } catch (...) {
+            return -1;  // reads as an ill-formed character
+        }
+    }
+
+    static void XMLCALL ReleaseDecoder(void* data) { delete static_cast<Decoder*>(data); }
+
+private:
+    static void AppendText(CExpatReader& reader, const char* text, std::size_t length) {
+        try {
+            reader.m_builder.AppendText(text, length);
+        } catch (...) {
+            reader.Stop();
+        }
+    }
+};
+
+void CExpatReader::Release::operator()(XML_ParserStruct* parser) const noexcept {
+    XML_ParserFree(parser);
+}
+
+CExpatReader::CExpatReader(CXmlTreeBuilder& builder, const CExpatOptions& options) : m_builder(builder) {
+    const char* const encoding = options.isUtf8 ? "UTF-8" : nullptr;
+    m_parser.reset(options.namespaces ? XML_ParserCreateNS(encoding, CXmlNameTable::kSeparator)
+                                      : XML_ParserCreate(encoding));
+    XML_Parser parser = m_parser.get();
+    if (parser == nullptr) throw std::bad_alloc();
+    XML_SetUserData(parser, this);
+    XML_SetElementHandler(parser, &Handlers::OnStartElement, &Handlers::OnEndElement);
+    XML_SetStartNamespaceDeclHandler(parser, &Handlers::OnStartNamespace);
+    XML_SetCharacterDataHandler(parser, &Handlers::OnText);
+    if (options.keepCData) XML_SetCdataSectionHandler(parser, &Handlers::OnStartCData, &Handlers::OnEndCData);
+    XML_SetEntityDeclHandler(parser, &Handlers::OnEntity);
+    XML_SetUnknownEncodingHandler(parser, &Handlers::OnUnknownEncoding, this);
+}
+
+CExpatReader::~CExpatReader() = default;
+
+std::size_t CExpatReader::WholeLimit() noexcept {
+    return g_wholeLimit;
+}
+
+void SetWholeLimit(std::size_t limit) noexcept {
+    g_wholeLimit = limit == 0 ? kWholeLimit : limit;
+}
+
+void CExpatReader::ParseWhole(const char* text, std::size_t length) {
+    if (length > WholeLimit()) {
+        const std::size_t piece = std::min(kPiece, WholeLimit());
+        for (; length > piece; length -= piece, text += piece)
+            Check(XML_Parse(m_parser.get(), text, static_cast<int>(piece), XML_FALSE));
+    }
+    Check(XML_Parse(m_parser.get(), text, static_cast<int>(length), XML_TRUE));
+}
+
+void* CExpatReader::GetBuffer(std::size_t length) {
+    void* const buffer = XML_GetBuffer(m_parser.get(), static_cast<int>(length));
+    if (buffer == nullptr) Check(XML_STATUS_ERROR);
+    return buffer;
+}
+
+void CExpatReader::ParseBuffer(std::size_t length, bool isLast) {
+    Check(XML_ParseBuffer(m_parser.get(), static_cast<int>(length), isLast ? XML_TRUE : XML_FALSE));
+}
+
+void CExpatReader::Check(int status) {
+    if (status == XML_STATUS_OK && m_exception == nullptr) return;
+    m_builder.Abandon();
+    if (m_exception != nullptr) std::rethrow_exception(m_exception);
+    throw CKvException(Locate(XML_ErrorString(XML_GetErrorCode(m_parser.get()))));
+}
+
+std::string CExpatReader::Locate(const std::string& message) const {
+    return FormatString("%s at line %llu", message.c_str(),
+                        static_cast<unsigned long long>(XML_GetCurrentLineNumber(m_parser.get())));
+}
+
+/// Called while an exception is being handled: keeps it for after the parser's return.
+void CExpatReader::Stop() noexcept {
+    try {
+        throw;
+    } catch (const CElementsTooDeep& e) {
+        try {
+            m_exception = std::make_exception_ptr(CKvException(
+                Locate(FormatString("elements are nested deeper than the limit of %u", e.limit))));
+        } catch (...) {
+            m_exception = std::current_exception();
+        }
+    } catch (...) {
+        m_exception = std::current_exception();
+    }
+    XML_Parser parser = m_parser.get();
+    XML_SetElementHandler(parser, nullptr, nullptr);
+    XML_SetStartNamespaceDeclHandler(parser, nullptr);
+    XML_SetCharacterDataHandler(parser, nullptr);
+    XML_SetCdataSectionHandler(parser, nullptr, nullptr);
+    XML_SetEntityDeclHandler(parser, nullptr);
+    XML_StopParser(parser, XML_FALSE);
+}
+
+}  // namespace KvXmlLib16::internal

@@ -1,0 +1,68 @@
+/// Reads XML text into a tree by way of expat.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <string>
+
+#include "kvxml/export.h"
+#include "kvxml/xml/internal/xml_tree_builder.h"
+
+struct XML_ParserStruct;
+
+namespace KvXmlLib16::internal {
+
+/// What a reader has to know besides the text.
+struct CExpatOptions {
+    bool namespaces = true;  ///< names are taken apart into namespace and local name
+    bool keepCData = false;  ///< texts keep the markers of CDATA sections
+    bool isUtf8 = false;     ///< the text is UTF-8 whatever it declares
+};
+
+/// One pass over one text, which is given whole or in pieces. Errors are CKvException "%s at line %d", except
+/// those of the element filter, which pass as they are. After an error the reader is of no more use.
+class CExpatReader {
+public:
+    CExpatReader(CXmlTreeBuilder& builder, const CExpatOptions& options);
+    CExpatReader(const CExpatReader&) = delete;
+    CExpatReader& operator=(const CExpatReader&) = delete;
+    ~CExpatReader();
+
+    /// Largest text that the parser takes in one piece; whole texts are read fastest in one.
+    static std::size_t WholeLimit() noexcept;
+
+    /// The whole text, or what remains of it.
+    void ParseWhole(const char* text, std::size_t length);
+    /// Room of the parser's own for the next piece, at most `WholeLimit`.
+    void* GetBuffer(std::size_t length);
+    /// Parses what was put into that room.
+    void ParseBuffer(std::size_t length, bool isLast);
+
+    /// Set when parsing failed because the parser cannot read the encoding that the text declares, though the
+    /// host's converter may know it; else empty.
+    const std::string& GetUnreadEncoding() const noexcept { return m_unreadEncoding; }
+
+private:
+    struct Handlers;
+    struct Release {
+        void operator()(XML_ParserStruct* parser) const noexcept;
+    };
+
+    void Check(int status);
+    void Stop() noexcept;
+    std::string Locate(const std::string& message) const;
+
+    CXmlTreeBuilder& m_builder;
+    std::unique_ptr<XML_ParserStruct, Release> m_parser;
+    std::exception_ptr m_exception;  // thrown by a handler
+    std::string m_unreadEncoding;
+    int m_nestedEntities = 0;
+};
+
+/// Tests only: makes `WholeLimit` smaller than it is, to reach the reading of large texts in pieces. 0
+/// restores it.
+KVXML_EXPORT void SetWholeLimit(std::size_t limit) noexcept;
+
+}  // namespace KvXmlLib16::internal

@@ -1,0 +1,66 @@
+/// The names of one document.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kvxml/xml/internal/xml_name.h"
+
+namespace KvXmlLib16::internal {
+
+/// A name with what finds it again.
+struct CXmlNameEntry : CXmlName {
+    std::string raw;  ///< as the parser writes it: URI, separator, local name
+    std::size_t hash = 0;
+    // What came after this name last time, which is what comes next time in regular documents.
+    CXmlNameEntry* nextElement = nullptr;
+    CXmlNameEntry* firstAttribute = nullptr;
+    CXmlNameEntry* nextAttribute = nullptr;
+};
+
+/// Names by their raw texts. Each distinct name is split and converted once.
+class CXmlNameTable {
+public:
+    /// Between the namespace URI and the local name; a raw name without it is in no namespace.
+    static constexpr char kSeparator = '|';
+
+    /// `convert`: names are to be converted from UTF-8 to the local code page.
+    CXmlNameTable(CXmlTree* tree, bool convert);
+
+    /// The name of the element that starts after the last one asked for. `raw` is zero-terminated UTF-8.
+    const CXmlNameEntry* Element(const char* raw) {
+        m_last = Expect(m_last->nextElement, raw);
+        return m_last;
+    }
+    /// The names of that element's attributes are asked for next, from the first one on.
+    void BeginAttributes() noexcept { m_attribute = &m_last->firstAttribute; }
+    /// The name of the next attribute.
+    const CXmlNameEntry* Attribute(const char* raw) {
+        CXmlNameEntry* const name = Expect(*m_attribute, raw);
+        m_attribute = &name->nextAttribute;
+        return name;
+    }
+
+private:
+    CXmlNameEntry* Expect(CXmlNameEntry*& expected, const char* raw) {
+        if (std::strcmp(expected->raw.c_str(), raw) != 0) expected = Find(raw);
+        return expected;
+    }
+    CXmlNameEntry* Find(std::string_view raw);
+    std::unique_ptr<CXmlNameEntry> Make(std::string_view raw) const;
+    void Grow();
+
+    CXmlTree* const m_tree;
+    const bool m_convert;
+    CXmlNameEntry m_none;  // stands where nothing is expected; no name has its empty text
+    CXmlNameEntry* m_last = &m_none;
+    CXmlNameEntry** m_attribute = &m_none.firstAttribute;
+    std::vector<std::unique_ptr<CXmlNameEntry>> m_names;
+    std::vector<CXmlNameEntry*> m_slots;  // open addressing; the size is a power of two
+};
+
+}  // namespace KvXmlLib16::internal

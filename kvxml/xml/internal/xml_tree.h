@@ -1,0 +1,67 @@
+/// What a document owns: nodes, names, prefixes and the strings made for its users.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kvxml/xml/internal/arena.h"
+#include "kvxml/xml/internal/xml_name_table.h"
+#include "kvxml/xml/internal/xml_text_run.h"
+#include "kvxml/xml/xml_element.h"
+
+namespace KvXmlLib16::internal {
+
+/// A text or value as a string, once someone asked for it as such.
+struct CXmlTextBox {
+    std::string text;
+    const CXmlElement* element;  ///< whose text or attribute's value it is
+};
+
+/// Owner of everything in a document. Destroying it takes time with the number of chunks, names and boxes,
+/// not of nodes.
+class CXmlTree {
+public:
+    using PrefixTable = std::map<std::string, std::string, std::less<>>;
+
+    CXmlTree(const CXmlDocument* document, bool convert) : m_document(document), m_names(this, convert) {}
+    CXmlTree(const CXmlTree&) = delete;
+    CXmlTree& operator=(const CXmlTree&) = delete;
+
+    const CXmlDocument* GetDocument() const noexcept { return m_document; }
+    void SetDocument(const CXmlDocument* document) noexcept { m_document = document; }
+    CXmlElement* GetRoot() const noexcept { return m_root; }
+    void SetRoot(CXmlElement* root) noexcept { m_root = root; }
+
+    PrefixTable& Prefixes() noexcept { return m_prefixes; }
+    /// The first prefix of the namespace, or the empty string.
+    const std::string& FindPrefix(std::string_view uri) const noexcept;
+
+    CArena& Arena() noexcept { return m_arena; }
+    CXmlNameTable& Names() noexcept { return m_names; }
+    CSharedTextRuns& SharedRuns() noexcept { return m_sharedRuns; }
+
+    /// The element's text or the attribute's value as a string that stays with the node.
+    const std::string& BoxText(const CXmlElement& element);
+    const std::string& BoxValue(const CXmlAttribute& attribute);
+    std::size_t GetBoxCount() const noexcept { return m_boxes.size(); }
+    /// Drops the boxes from `first` on that belong to the element or to what is in it.
+    void DropBoxes(std::size_t first, const CXmlElement& element) noexcept;
+
+private:
+    CXmlTextBox* NewBox(const CXmlElement& element);
+
+    const CXmlDocument* m_document;
+    CXmlElement* m_root = nullptr;
+    CArena m_arena;
+    CXmlNameTable m_names;
+    CSharedTextRuns m_sharedRuns;
+    PrefixTable m_prefixes;
+    std::vector<std::unique_ptr<CXmlTextBox>> m_boxes;
+};
+
+}  // namespace KvXmlLib16::internal

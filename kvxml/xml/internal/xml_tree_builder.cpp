@@ -1,0 +1,225 @@
+#include "kvxml/xml/internal/xml_tree_builder.h"
+
+#include <algorithm>
+#include <new>
+#include <string>
+
+#include "kvxml/platform/internal/code_page.h"
+
+namespace KvXmlLib16::internal {
+
+namespace {
+
+constexpr std::size_t kFirstFrames = 64;
+
+}  // namespace
+
+CXmlTreeBuilder::CXmlTreeBuilder(CXmlTree& tree, CXmlDocument::ElementFilter filter, std::uint32_t maxDepth,
+                                 bool convert)
+    : m_tree(tree),
+      m_arena(tree.Arena()),
+      m_names(tree.Names()),
+      m_noRuns(tree.SharedRuns().Root()),
+      m_filter(filter),
+      m_maxDepth(maxDepth),
+      m_convert(convert),
+      m_frames(FrameCount(kFirstFrames)) {
+    m_open = m_frames.data();
+    m_framesEnd = m_open + m_frames.size();
+    *m_open = Frame{};
+}
+
+/// `wanted` or as many as the maximum depth allows.
+std::size_t CXmlTreeBuilder::FrameCount(std::size_t wanted) const noexcept {
+    return wanted > m_maxDepth ? std::size_t{m_maxDepth} + 1 : wanted;
+}
+
+CXmlTreeBuilder::Frame* CXmlTreeBuilder::OpenFrame() {
+    if (m_open + 1 == m_framesEnd) {
+        const std::size_t depth = m_frames.size() - 1;
+        if (depth >= m_maxDepth) throw CElementsTooDeep{m_maxDepth};
+        m_frames.resize(FrameCount(m_frames.size() * 2));
+        m_open = m_frames.data() + depth;
+        m_framesEnd = m_frames.data() + m_frames.size();
+    }
+    return m_open + 1;
+}
+
+void CXmlTreeBuilder::StartElement(const char* name, const char* const* attributes) {
+    FlushText();
+    Frame* const frame = OpenFrame();
+    if (m_filter != nullptr) {
+        frame->mark = m_arena.GetMark();
+        frame->boxes = m_tree.GetBoxCount();
+        frame->previousSibling = m_open->lastChild;
+    }
+    CXmlElement* const element =
+        m_convert ? MakeElementConverting(name, attributes) : MakeElement(name, attributes);
+    CXmlElement* const parent = m_open->element;
+    element->m_parent = parent;
+    if (m_open->lastChild != nullptr) {
+        m_open->lastChild->m_next = element;
+    } else if (parent != nullptr) {
+        parent->m_firstChild = element;
+    } else {
+        m_tree.SetRoot(element);
+    }
+    m_open->lastChild = element;
+    frame->element = element;
+    frame->lastChild = nullptr;
+    m_open = frame;
+}
+
+CXmlElement* CXmlTreeBuilder::MakeElement(const char* name, const char* const* attributes) {
+    const CXmlName* const elementName = m_names.Element(name);
+    std::size_t count = 0;
+    while (attributes[2 * count] != nullptr)
+        ++count;
+    const std::size_t nodeSize = sizeof(CXmlElement) + count * sizeof(CXmlAttribute);
+    if (!m_arena.Fits(nodeSize)) m_arena.NewChunk(nodeSize);
+    char* end = AddAttributes(attributes, count);
+    if (end == nullptr) {
+        std::size_t size = nodeSize;
+        for (std::size_t i = 0; i < count; ++i)
+            size += std::strlen(attributes[2 * i + 1]);
+        m_arena.NewChunk(size);
+        end = AddAttributes(attributes, count);
+    }
+    void* const memory = m_arena.Take(static_cast<std::size_t>(end - m_arena.AlignedTip()));
+    auto* const element = new (memory) CXmlElement();
+    element->m_name = elementName;
+    element->m_attributeCount = count & 0x1FFFFFFFU;
+    return element;
+}
+
+/// Writes the attributes to where they stand behind the element, and their values behind the last of them.
+/// Returns the end of the values; null when the chunk is too small.
+char* CXmlTreeBuilder::AddAttributes(const char* const* attributes, std::size_t count) {
+    auto* const first = reinterpret_cast<CXmlAttribute*>(m_arena.AlignedTip() + sizeof(CXmlElement));
+    char* values = reinterpret_cast<char*>(first + count);
+    m_names.BeginAttributes();
+    for (std::size_t i = 0; i < count; ++i) {
+        const char* const value = attributes[2 * i + 1];
+        const std::size_t length = std::strlen(value);
+        if (length > static_cast<std::size_t>(m_arena.End() - values)) return nullptr;
+        CopyShort(values, value, length);
+        auto* const attribute = new (first + i) CXmlAttribute();
+        attribute->m_name = m_names.Attribute(attributes[2 * i]);
+        attribute->m_value.characters = values;
+        attribute->m_length = static_cast<std::uint32_t>(length);
+        attribute->m_index = i & 0x7FFFFFFFU;
+        values += length;
+    }
+    return values;
+}
+
+CXmlElement* CXmlTreeBuilder::MakeElementConverting(const char* name, const char* const* attributes) {
+    std::vector<std::string> values;
+    for (std::size_t i = 0; attributes[i] != nullptr; i += 2)
+        values.push_back(Utf8ToLocal(attributes[i + 1]));
+    std::vector<const char*> pairs;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        pairs.push_back(attributes[2 * i]);
+        pairs.push_back(values[i].c_str());
+    }
+    pairs.push_back(nullptr);
+    return MakeElement(name, pairs.data());
+}
+
+void CXmlTreeBuilder::FlushRun() {
+    if (m_convert) ConvertRun();
+    CXmlElement& element = *m_open->element;
+    const std::string_view text(m_arena.Run(), m_arena.RunLength());
+    const CSharedTextRuns::Node* chain = nullptr;
+    if (element.m_textKind == CXmlElement::TextKind_None) {
+        chain = m_noRuns;
+    } else if (element.m_textKind == CXmlElement::TextKind_SharedRuns) {
+        chain = static_cast<const CSharedTextRuns::Node*>(element.m_text.sharedRuns);
+    }
+    const auto* const node = chain == nullptr ? nullptr : m_tree.SharedRuns().Find(chain, text);
+    if (node == nullptr) {
+        AppendRun(element);
+        return;
+    }
+    m_arena.DropRun();
+    element.m_text.sharedRuns = node;
+    element.m_textKind = CXmlElement::TextKind_SharedRuns;
+}
+
+void CXmlTreeBuilder::AppendRun(CXmlElement& element) {
+    const std::string_view text(m_arena.Run(), m_arena.RunLength());
+    if (element.m_textKind == CXmlElement::TextKind_Box) {
+        element.m_text.box->text += text;
+        m_arena.DropRun();
+        return;
+    }
+    if (element.m_textKind == CXmlElement::TextKind_Runs) {
+        CXmlTextRun& last = *element.m_text.runs;
+        if (std::string_view(last.characters, last.length) == text) {
+            ++last.repeat;
+            m_arena.DropRun();
+            return;
+        }
+    }
+    const char* characters = m_tree.SharedRuns().FindCharacters(text);
+    if (characters != nullptr) {
+        m_arena.DropRun();
+    } else {
+        characters = m_arena.CommitRun();
+        if (element.m_textKind == CXmlElement::TextKind_None && text.size() <= UINT32_MAX) {
+            element.m_text.characters = characters;
+            element.m_textLength = static_cast<std::uint32_t>(text.size());
+            element.m_textKind = CXmlElement::TextKind_Characters;
+            return;
+        }
+    }
+    const CXmlTextRun* previous = nullptr;
+    if (element.m_textKind == CXmlElement::TextKind_Characters) {
+        previous = NewRun(nullptr, element.m_text.characters, element.m_textLength);
+    } else if (element.m_textKind == CXmlElement::TextKind_SharedRuns) {
+        previous = element.m_text.sharedRuns;
+    } else if (element.m_textKind == CXmlElement::TextKind_Runs) {
+        previous = element.m_text.runs;
+    }
+    element.m_text.runs = NewRun(previous, characters, text.size());
+    element.m_textKind = CXmlElement::TextKind_Runs;
+}
+
+CXmlTextRun* CXmlTreeBuilder::NewRun(const CXmlTextRun* previous, const char* characters,
+                                     std::size_t length) {
+    return new (m_arena.Allocate(sizeof(CXmlTextRun))) CXmlTextRun{previous, characters, length, 1};
+}
+
+void CXmlTreeBuilder::ConvertRun() {
+    const std::string converted = Utf8ToLocal(std::string_view(m_arena.Run(), m_arena.RunLength()));
+    m_arena.DropRun();
+    m_arena.AppendToRun(converted.data(), converted.size());
+}
+
+void CXmlTreeBuilder::Filter() {
+    const Frame& closed = *(m_open + 1);
+    CXmlElement* const element = closed.element;
+    if (!m_filter(element) || m_open->element == nullptr) return;
+    m_open->lastChild = closed.previousSibling;
+    if (closed.previousSibling != nullptr) {
+        closed.previousSibling->m_next = nullptr;
+    } else {
+        m_open->element->m_firstChild = nullptr;
+    }
+    m_tree.DropBoxes(closed.boxes, *element);
+    m_arena.Rewind(closed.mark);
+}
+
+void CXmlTreeBuilder::DeclarePrefix(std::string_view prefix, std::string_view uri) {
+    if (m_convert) {
+        m_tree.Prefixes()[Utf8ToLocal(prefix)] = Utf8ToLocal(uri);
+    } else {
+        m_tree.Prefixes()[std::string(prefix)] = uri;
+    }
+}
+
+void CXmlTreeBuilder::Abandon() {
+    if (m_open->element != nullptr) FinishText();
+}
+
+}  // namespace KvXmlLib16::internal

@@ -1,0 +1,112 @@
+/// Builds the tree of a document from the events of a reader.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "kvxml/xml/internal/xml_tree.h"
+#include "kvxml/xml/xml_document.h"
+
+namespace KvXmlLib16::internal {
+
+/// Thrown by `StartElement`; readers turn it into an error that says where.
+struct CElementsTooDeep {
+    std::uint32_t limit;
+};
+
+/// One pass over one document. Texts are UTF-8 and are converted to the local code page where that is
+/// another.
+///
+/// Elements must be closed in the reverse order of their opening. All operations may throw std::bad_alloc,
+/// and the tree stays sound, though incomplete, at every point.
+class CXmlTreeBuilder {
+public:
+    CXmlTreeBuilder(CXmlTree& tree, CXmlDocument::ElementFilter filter, std::uint32_t maxDepth, bool convert);
+
+    /// Opens an element. `name` and the names in `attributes`, pairs of name and value up to a null, are
+    /// namespace URI, CXmlNameTable::kSeparator and local name, or the local name alone.
+    void StartElement(const char* name, const char* const* attributes);
+    /// Closes the element opened last and asks the filter, whose exceptions pass.
+    void EndElement() {
+        FinishText();
+        --m_open;
+        if (m_filter != nullptr) Filter();
+    }
+    /// Adds to the text of the element opened last. Carriage returns must have been left out.
+    void AppendText(const char* text, std::size_t length) { m_arena.AppendToRun(text, length); }
+    /// Enters a prefix, or gives it another namespace.
+    void DeclarePrefix(std::string_view prefix, std::string_view uri);
+    /// To be called when reading ends before the document does: keeps the text that is still held back.
+    void Abandon();
+
+private:
+    struct Frame {
+        CXmlElement* element;
+        CXmlElement* lastChild;
+        // Filled only when there is a filter: how things stood before the element.
+        CXmlElement* previousSibling;
+        CArena::Mark mark;
+        std::size_t boxes;
+    };
+
+    CXmlElement* MakeElement(const char* name, const char* const* attributes);
+    CXmlElement* MakeElementConverting(const char* name, const char* const* attributes);
+    char* AddAttributes(const char* const* attributes, std::size_t count);
+    std::size_t FrameCount(std::size_t wanted) const noexcept;
+    Frame* OpenFrame();
+
+    /// Ends the run of text in front of a child element.
+    void FlushText() {
+        const std::size_t length = m_arena.RunLength();
+        if (length == 0) return;
+        if (!ShareExpectedText(length)) FlushRun();
+    }
+    /// Ends the last run of text of the element.
+    void FinishText() {
+        const std::size_t length = m_arena.RunLength();
+        if (length == 0) return;
+        CXmlElement& element = *m_open->element;
+        if (element.m_textKind == CXmlElement::TextKind_None && length <= UINT32_MAX && !m_convert) {
+            element.m_text.characters = m_arena.CommitRun();
+            element.m_textLength = static_cast<std::uint32_t>(length);
+            element.m_textKind = CXmlElement::TextKind_Characters;
+        } else if (!ShareExpectedText(length)) {
+            FlushRun();
+        }
+    }
+    bool ShareExpectedText(std::size_t length) {
+        CXmlElement& element = *m_open->element;
+        const CSharedTextRuns::Node* chain = m_noRuns;
+        if (element.m_textKind == CXmlElement::TextKind_SharedRuns) {
+            chain = static_cast<const CSharedTextRuns::Node*>(element.m_text.sharedRuns);
+        } else if (element.m_textKind != CXmlElement::TextKind_None) {
+            return false;
+        }
+        const auto* const node = CSharedTextRuns::Expected(chain, m_arena.Run(), length);
+        if (node == nullptr) return false;
+        m_arena.DropRun();
+        element.m_text.sharedRuns = node;
+        element.m_textKind = CXmlElement::TextKind_SharedRuns;
+        return true;
+    }
+    void FlushRun();
+    void AppendRun(CXmlElement& element);
+    CXmlTextRun* NewRun(const CXmlTextRun* previous, const char* characters, std::size_t length);
+    void ConvertRun();
+    void Filter();
+
+    CXmlTree& m_tree;
+    CArena& m_arena;
+    CXmlNameTable& m_names;
+    const CSharedTextRuns::Node* const m_noRuns;
+    const CXmlDocument::ElementFilter m_filter;
+    const std::uint32_t m_maxDepth;
+    const bool m_convert;
+    Frame* m_open;       // of the element opened last; the first one stands for the document
+    Frame* m_framesEnd;  // behind the last one that may be opened without a look
+    std::vector<Frame> m_frames;
+};
+
+}  // namespace KvXmlLib16::internal
