@@ -166,11 +166,11 @@ CSerializationContext MakeContext(bool lenient) {
 /// and pipes are written directly.
 class CPendingFile {
 public:
-    explicit CPendingFile(const fs::path& output)
-        : m_output(fs::is_symlink(output) ? fs::canonical(output) : output), m_written(m_output) {
-        if (!fs::exists(m_output) || fs::is_regular_file(m_output)) {
-            m_written += FormatString(".%08x.tmp", std::random_device()());
-        }
+    explicit CPendingFile(const fs::path& output) : m_output(output), m_written(output) {
+        if (fs::exists(output) && !fs::is_regular_file(output)) return;
+        if (fs::is_symlink(output)) m_output = fs::canonical(output);
+        m_written = m_output;
+        m_written += FormatString(".%08x.tmp", std::random_device()());
     }
     CPendingFile(const CPendingFile&) = delete;
     CPendingFile& operator=(const CPendingFile&) = delete;
@@ -246,7 +246,8 @@ int main(int argc, char** argv) {
     Options options;
     CLI::App app(
         "Reads a GPX 1.1 document, prints a summary and writes it back on request.\n"
-        "Content of <extensions> is accepted but not kept: it is written back as an empty element.",
+        "Content of <extensions> is accepted but not kept: it is written back as an empty element.\n"
+        "With --lenient, what follows an unknown element is lost unless it repeats the last member.",
         "gpx-tool");
     app.add_option("INPUT", options.input, "GPX file, plain or compressed with gzip or zlib")->required();
     auto* output = app.add_option("-o,--output", options.output, "Write the document to this file");

@@ -1,6 +1,7 @@
 // The GPX classes on whole documents: what is read, what is written, what is refused.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -51,18 +52,15 @@ std::string Gpx11(const std::string& content) {
            "</gpx>";
 }
 
-/// The compact text that a document is written back as, without what every document has.
+/// The compact text that a document is written back as, from behind the attributes of its start tag on.
 std::string Rewritten(const std::string& document, const CSerializationContext& context) {
     const CSmartPtr<CGpxType> gpx(new CGpxType());
     gpx->FromXml(document.c_str(), context);
     std::string text = gpx->ToXml(false, false, EOLType_LF, GpxContext());
     const std::string begin =
-        "<gpx xmlns=\"http://www.topografix.com/GPX/1/1\" version=\"1.1\" creator=\"test\">";
-    const std::string end = "</gpx>";
+        "<gpx xmlns=\"http://www.topografix.com/GPX/1/1\" version=\"1.1\" creator=\"test\"";
     EXPECT_EQ(text.substr(0, begin.size()), begin);
-    return text.size() < begin.size() + end.size()
-               ? text
-               : text.substr(begin.size(), text.size() - begin.size() - end.size());
+    return text.substr(std::min(begin.size(), text.size()));
 }
 
 /// A file of the test's own, gone when the test is over.
@@ -263,25 +261,27 @@ TEST(Gpx, AcceptedFormsAreWrittenInOneForm) {
         const char* written;
     };
     const Row rows[] = {
-        {Gpx11(""), strict, ""},
+        {Gpx11(""), strict, "/>"},
         {"<g:gpx xmlns:g='http://www.topografix.com/GPX/1/1' creator='test' version='1.1' "
          "xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:schemaLocation='a b'><g:trk/></g:gpx>",
-         strict, "<trk/>"},
+         strict, "><trk/></gpx>"},
         {Gpx11("<wpt lat=' +1.50\n' lon='-180'><ele> 010.0 </ele><sat>+007</sat></wpt>"), strict,
-         "<wpt lat=\"1.5\" lon=\"-180\"><ele>10</ele><sat>7</sat></wpt>"},
+         "><wpt lat=\"1.5\" lon=\"-180\"><ele>10</ele><sat>7</sat></wpt></gpx>"},
         {Gpx11("<wpt lat='90' lon='179.999999999999999999999'><magvar>0</magvar><dgpsid>0</dgpsid></wpt>"),
          strict,
-         "<wpt lat=\"90\" lon=\"179.999999999999999999999\"><magvar>0</magvar><dgpsid>0</dgpsid></wpt>"},
+         "><wpt lat=\"90\" "
+         "lon=\"179.999999999999999999999\"><magvar>0</magvar><dgpsid>0</dgpsid></wpt></gpx>"},
         {Gpx11("<wpt lat='0' lon='0'><name> a\t<![CDATA[<b>]]>  &#233; </name><desc/></wpt>"), strict,
-         "<wpt lat=\"0\" lon=\"0\"><name> a\t&lt;b&gt;  \xC3\xA9 </name><desc/></wpt>"},
+         "><wpt lat=\"0\" lon=\"0\"><name> a\t&lt;b&gt;  \xC3\xA9 </name><desc/></wpt></gpx>"},
         {Gpx11("<!-- a --><trk><!-- b --><trkseg/><?pi?><trkseg> </trkseg></trk>"), strict,
-         "<trk><trkseg/><trkseg/></trk>"},
+         "><trk><trkseg/><trkseg/></trk></gpx>"},
         {Gpx11("<wpt lat='0' lon='0'><ele xsi:nil='false' "
                "xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>1</ele></wpt>"),
-         strict, "<wpt lat=\"0\" lon=\"0\"><ele>1</ele></wpt>"},
-        {Gpx11("<extensions a='1'>text<x xmlns='urn:x'><y/></x></extensions>"), strict, "<extensions/>"},
+         strict, "><wpt lat=\"0\" lon=\"0\"><ele>1</ele></wpt></gpx>"},
+        {Gpx11("<extensions a='1'>text<x xmlns='urn:x'><y/></x></extensions>"), strict,
+         "><extensions/></gpx>"},
         {gpx10 + "<wpt lat='1' lon='2' b='2'><ele>3</ele><speed>4</speed></wpt></gpx>", lenient,
-         "<wpt lat=\"1\" lon=\"2\"><ele>3</ele></wpt>"},
+         "><wpt lat=\"1\" lon=\"2\"><ele>3</ele></wpt></gpx>"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.document);
@@ -373,8 +373,7 @@ std::vector<Invalid> InvalidDocuments() {
          Value("lon", "/gpx/wpt/@lon",
                "The string representing a Decimal, contained an invalid char at position 3 [1.2.3].")},
         {Point("<time>2024-01-01</time>"),
-         Value("time", "/gpx/wpt/time",
-               "Invalid XSD DateTime [2024-01-01] expected CCYY-MM-DDThh:mm:ss[.ff]")},
+         Value("time", "/gpx/wpt/time", "Invalid XSD DateTime [2024-01-01].")},
         {Point("<time>2024-13-01T00:00:00Z</time>"),
          Value("time", "/gpx/wpt/time", "Invalid Month [13] (1 <= month <= 12)")},
         {Point("<fix>4d</fix>"), Value("fix", "/gpx/wpt/fix", "Invalid Value for fixType [4d].")},
