@@ -44,8 +44,8 @@ CParentElementInfo* Info(const char* name, bool failIfAttributeUnknown = false, 
 CAttributeInfo* Attribute(const char* name, int property, bool optional, ItemType type,
                           const char* format = "", const CPrimitiveRestrictions& facets = {},
                           const char* initial = nullptr, const char* ns = "") {
-    return new CAttributeInfoPrimitive(name, ns, property, optional, type, format, kCollapse, facets,
-                                       initial);
+    const auto rule = type == ItemType_string ? CWhitespaceUtils::WhitespaceRule_Preserve : kCollapse;
+    return new CAttributeInfoPrimitive(name, ns, property, optional, type, format, rule, facets, initial);
 }
 template <class Record>
 CElementInfo* Prim(const char* name, int property, ItemType type, bool nillable = false,
@@ -82,7 +82,7 @@ constexpr ScalarText kScalars[] = {
     {ItemType_yearMonth, "YearMonth", "2024-02"},
     {ItemType_monthDay, "MonthDay", "--12-31"},
     {ItemType_year, "Year", "1999"},
-    {ItemType_month, "Month", "--07--"},
+    {ItemType_month, "Month", "--07"},
     {ItemType_day, "Day", "---09"},
     {ItemType_date, "Date", "2024-02-29"},
     {ItemType_datetime, "DateTime", "2024-02-29T23:59:58Z"},

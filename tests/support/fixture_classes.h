@@ -101,13 +101,14 @@ private:
         if (s_ready) return;
         Tables tables;
         T::MakeTables(tables);
-        s_elementStorage = std::move(tables.elements);
-        s_elementStorage.push_back(nullptr);
-        s_attributeStorage = std::move(tables.attributes);
-        s_attributeStorage.push_back(nullptr);
-        s_elements = s_elementStorage.data();
-        s_attributes = s_attributeStorage.data();
-        s_info = tables.info;
+        tables.elements.push_back(nullptr);
+        tables.attributes.push_back(nullptr);
+        // Never destroyed: objects of static storage may outlive any other static.
+        static Tables& kept = *new Tables();
+        kept = std::move(tables);
+        s_elements = kept.elements.data();
+        s_attributes = kept.attributes.data();
+        s_info = kept.info;
         ++s_builds;
         s_ready.store(true, std::memory_order_release);
     }
@@ -117,8 +118,6 @@ private:
     inline static CParentElementInfo* s_info = nullptr;
     inline static CElementInfo** s_elements = nullptr;
     inline static CAttributeInfo** s_attributes = nullptr;
-    inline static std::vector<CElementInfo*> s_elementStorage;
-    inline static std::vector<CAttributeInfo*> s_attributeStorage;
 };
 
 template <class T>

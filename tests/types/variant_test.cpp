@@ -50,7 +50,7 @@ const std::vector<Kind>& Kinds() {
         {ItemType_yearMonth, "yearMonth", "2024-02", "x", KVXML_PASS(YearMonth)},
         {ItemType_monthDay, "monthDay", "--12-31", "x", KVXML_PASS(MonthDay)},
         {ItemType_year, "year", "1999", "x", KVXML_PASS(Year)},
-        {ItemType_month, "month", "--07--", "x", KVXML_PASS(Month)},
+        {ItemType_month, "month", "--07", "x", KVXML_PASS(Month)},
         {ItemType_day, "day", "---09", "x", KVXML_PASS(Day)},
         {ItemType_date, "date", "2024-02-29", "2024-02-30", KVXML_PASS(Date)},
         {ItemType_datetime, "datetime", "2024-02-29T23:59:58Z", "x", KVXML_PASS(DateTime)},
