@@ -1,6 +1,7 @@
 #include "kvxml/runtime/xml_object_base.h"
 
 #include <cstring>
+#include <new>
 #include <vector>
 
 #include "kvxml/metadata/parent_element_info.h"
@@ -12,6 +13,7 @@
 #include "kvxml/types/internal/compression.h"
 #include "kvxml/xml/binary_stream.h"
 #include "kvxml/xml/file_text_stream.h"
+#include "kvxml/xml/internal/text_encoding.h"
 #include "kvxml/xml/text_stream.h"
 #include "kvxml/xml/xml_document.h"
 #include "kvxml/xml/xml_element.h"
@@ -36,17 +38,24 @@ void RefuseZlibFile(CompressionType compression) {
 }
 
 // Objects deleted while another deletion of this thread is deep already wait here, so that chains of
-// objects do not recurse per link.
-struct DeletionQueue {
+// objects do not recurse per link. The list belongs to the outermost deletion: a thread's variables with
+// destructors are gone before objects of static storage are.
+struct DeletionState {
     static constexpr int kMaxDepth = 64;
     int depth = 0;
-    std::vector<const CXmlObjectBase*> waiting;
+    std::vector<const CXmlObjectBase*>* waiting = nullptr;
+
+    bool Defer(const CXmlObjectBase* object) noexcept {
+        try {
+            waiting->push_back(object);
+            return true;
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
+    }
 };
 
-DeletionQueue& ThreadDeletionQueue() noexcept {
-    thread_local DeletionQueue queue;
-    return queue;
-}
+thread_local constinit DeletionState t_deletion;
 
 }  // namespace
 
@@ -89,22 +98,24 @@ CXmlObjectBase& CXmlObjectBase::operator=(const CXmlObjectBase& other) noexcept 
 CXmlObjectBase::~CXmlObjectBase() = default;
 
 void CXmlObjectBase::DeleteThis() const noexcept {
-    DeletionQueue& queue = ThreadDeletionQueue();
-    if (queue.depth >= DeletionQueue::kMaxDepth) {
-        queue.waiting.push_back(this);
+    DeletionState& state = t_deletion;
+    if (state.depth >= DeletionState::kMaxDepth && state.Defer(this)) return;
+    if (state.depth > 0) {
+        ++state.depth;
+        delete this;
+        --state.depth;
         return;
     }
-    ++queue.depth;
+    // Only the outermost deletion empties the list; what it deletes may add more.
+    std::vector<const CXmlObjectBase*> waiting;
+    state = {1, &waiting};
     delete this;
-    --queue.depth;
-    // Only the outermost deletion empties the queue; what it deletes may queue more.
-    while (queue.depth == 0 && !queue.waiting.empty()) {
-        const CXmlObjectBase* next = queue.waiting.back();
-        queue.waiting.pop_back();
-        ++queue.depth;
+    while (!waiting.empty()) {
+        const CXmlObjectBase* next = waiting.back();
+        waiting.pop_back();
         delete next;
-        --queue.depth;
     }
+    state = {};
 }
 
 const CXmlObjectBase* CXmlObjectBase::GetBase() const {
@@ -154,11 +165,8 @@ private:
                                      const CSerializationContext& context) {
         const auto* record = object.GetClassInfo();
         const std::string ns = object.GetNamespace();
-        if (!DoesElementNameMatch(context, root, record->GetElementName(), ns) &&
-            !DoesElementNameMatch(context, root,
-                                  static_cast<const CEntryPoints&>(static_cast<const CXmlObjectBase&>(object))
-                                      .GetElementNameView(),
-                                  ns)) {
+        if (!internal::DoesElementNameMatch(context, root, record->GetElementName(), ns) &&
+            !internal::DoesElementNameMatch(context, root, object.GetElementNameView(), ns)) {
             throw CKvValidationException(
                 FormatString("Invalid Element [%s] found.", root.GetLocalName().c_str()), root.GetXPath());
         }
@@ -193,9 +201,19 @@ void CXmlObjectBase::ToXmlFile(const char* fileName, bool includeDocHeader, bool
         internal::CEntryPoints::Write(*this, stream, includeDocHeader, formatted, eol, context);
         return;
     }
-    const CBinaryData data = ToXmlStream(includeDocHeader, formatted, encoding, eol, context, compression);
-    CFileBinaryStream(data, fileName, compression == CompressionType_None ? encoding : XmlEncoding_None)
-        .Write();
+    CBinaryData data = ToXmlStream(includeDocHeader, formatted, encoding, eol, context);
+    if (compression == CompressionType_None) {
+        CFileBinaryStream(data, fileName, encoding).Write();
+        return;
+    }
+    // The byte-order mark belongs to the text, so it is compressed with it.
+    if (internal::IsUtf16(encoding)) {
+        CBinaryData marked(internal::kUtf16Mark);
+        marked.Append(data);
+        data = marked;
+    }
+    internal::Compress(data, compression);
+    CFileBinaryStream(data, fileName, XmlEncoding_None).Write();
 }
 
 void CXmlObjectBase::ToJsonFile(const char*, bool, XmlEncoding, EOLType, const CSerializationContext&,
@@ -328,8 +346,9 @@ namespace {
     throw CKvInvalidStateException(FormatString(format, current.c_str()));
 }
 
-// Shared by single and collection members: `isSet` claims the choice, its absence gives it up.
-void SelectChoiceMember(const char* name, bool isSet, bool claimWhenUnset, std::string& current) {
+// Shared by single and collection members: `isSet` holds on to the choice, its absence gives it up;
+// `mayClaim` takes it when it is free.
+void SelectChoiceMember(const char* name, bool isSet, bool mayClaim, std::string& current) {
     if (current != name) {
         if (!current.empty()) {
             if (isSet) {
@@ -338,7 +357,7 @@ void SelectChoiceMember(const char* name, bool isSet, bool claimWhenUnset, std::
                     "time",
                     current);
             }
-        } else if (isSet || claimWhenUnset) {
+        } else if (mayClaim) {
             current = name;
         }
     } else if (!isSet) {
@@ -363,7 +382,7 @@ void CXmlObjectBase::Choice_SelectElement(const char* name, CXmlObjectBase* valu
 }
 
 void CXmlObjectBase::Choice_CollectionChanged(const char* name, std::int32_t count, std::string& current) {
-    SelectChoiceMember(OrEmpty(name), count != 0, false, current);
+    SelectChoiceMember(OrEmpty(name), count != 0, count >= 1, current);
 }
 
 void CXmlObjectBase::Choice_Read_Collection(CXmlCollectionBase* collection, CXmlElement* parent,
