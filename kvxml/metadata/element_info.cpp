@@ -133,6 +133,16 @@ void CElementInfo::InvokePropertySet(CXmlGeneratedClass* owner, KvVariant& value
     }
 }
 
+CXmlCollectionBase* CElementInfo::MakeCollection(const CXmlGeneratedClass* owner, KvVariant& value) const {
+    InvokePropertyGet(owner, value);
+    if (value.PeekXmlCollection() == nullptr) {
+        KvVariant unset;
+        const_cast<CXmlGeneratedClass*>(owner)->AccessProperty(m_propertyIndex, false, unset);
+        InvokePropertyGet(owner, value);
+    }
+    return value.PeekXmlCollection();
+}
+
 void CElementInfo::CheckRestriction(const KvVariant& value, std::string_view lexical) const {
     if (!m_hasRestrictions) throw CKvException("Cannot CheckRestriction for type: " + value.GetType());
     if (!m_restrictions.IsEmpty()) KvXmlLib16::internal::CheckFacets(m_restrictions, m_name, value, lexical);

@@ -112,6 +112,10 @@ protected:
     static void AttributesToXml_Int(const CXmlObjectBase* object, CXmlWriter* writer,
                                     const CSerializationContext& context);
 
+    /// Reads the property, a collection, and has the class make it when it has not yet. Null when the class
+    /// makes none.
+    CXmlCollectionBase* MakeCollection(const CXmlGeneratedClass* owner, KvVariant& value) const;
+
     /// CKvInvalidParamException: the property is mandatory and null.
     [[noreturn]] void ThrowMandatoryIsNull() const;
     /// CKvValidationException with the path of `parent`: the mandatory element is not there.
@@ -120,6 +124,7 @@ protected:
     /// The reader does nothing but return true when the element under the cursor is not this record's, so
     /// the driver need not call it then. Collections find out when they first see their bounds.
     void SetSkippedWhenAbsent() const noexcept { m_skippedWhenAbsent.store(true, std::memory_order_relaxed); }
+    bool IsSkippedWhenAbsent() const noexcept { return m_skippedWhenAbsent.load(std::memory_order_relaxed); }
     /// The member may write attributes through PseudoChildAttributeToXml.
     void SetHasPseudoElement() noexcept { m_hasPseudoElement = true; }
 

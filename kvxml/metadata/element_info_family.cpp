@@ -191,13 +191,22 @@ void CElementInfoCls<group, cardinality>::PseudoChildAttributeToXml(const CSeria
 CElementInfoSeqCol::CElementInfoSeqCol(const char* name, const char* ns, int propertyIndex)
     : CElementInfo(name, ns, propertyIndex) {}
 
+void CElementInfoSeqCol::LearnBounds(const CXmlCollectionBase& collection) const {
+    if (m_itemsHaveTags && collection.GetMinOccurs() <= 0) SetSkippedWhenAbsent();
+}
+
 bool CElementInfoSeqCol::ElementToXml(const CSerializationContext& context, const CXmlGeneratedClass* owner,
                                       CXmlWriter* writer) {
     if (!context.GetIgnoreInvalidCollectionCounts()) {
         KvVariant value;
         InvokePropertyGet(owner, value);
-        if (const CXmlCollectionBase* collection = value.PeekXmlCollection())
-            collection->ValidateCount(context);
+        const CXmlCollectionBase* collection = value.PeekXmlCollection();
+        // Only the collection knows its bounds, so one that may have to hold items is made to ask it.
+        if (collection == nullptr && !IsSkippedWhenAbsent()) {
+            collection = MakeCollection(owner, value);
+            if (collection != nullptr) LearnBounds(*collection);
+        }
+        if (collection != nullptr) collection->ValidateCount(context);
     }
     return ElementToXmlCol(context, owner, writer);
 }
@@ -206,15 +215,9 @@ bool CElementInfoSeqCol::ElementFromXml(const CSerializationContext& context, CX
                                         CXmlElement* parent, CXmlElement** cursor, const char*,
                                         XmlElementType type) {
     KvVariant value;
-    InvokePropertyGet(owner, value);
-    if (value.PeekXmlCollection() == nullptr) {
-        KvVariant unset;
-        InvokePropertySet(owner, unset, *parent);  // the class makes its collection now
-        InvokePropertyGet(owner, value);
-    }
-    CXmlCollectionBase* collection = value.PeekXmlCollection();
+    CXmlCollectionBase* collection = MakeCollection(owner, value);
     if (collection == nullptr) ThrowMandatoryIsNull();
-    if (m_itemsHaveTags && collection->GetMinOccurs() <= 0) SetSkippedWhenAbsent();
+    LearnBounds(*collection);
     *cursor = FromXml_Int(collection, parent, *cursor, context, false);
     if (type != XmlElementType_Element) return collection->IsValidCount(context);
     collection->ValidateCount(context);

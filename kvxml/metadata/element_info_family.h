@@ -114,6 +114,9 @@ public:
 protected:
     /// The items are elements of the record's name.
     bool m_itemsHaveTags = true;
+
+private:
+    void LearnBounds(const CXmlCollectionBase& collection) const;
 };
 
 /// Collection of primitive values.

@@ -373,7 +373,9 @@ void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const cha
 void CXmlGeneratedClass::AttributesToXml_Int(CXmlWriter* writer, const CSerializationContext& context) const {
     try {
         const CParentElementInfo& record = *GetClassInfo();
+        // A pseudo element has no element whose type could differ.
         if (record.GetHasBaseClasses() && context.GetWriteTypeAttribute() &&
+            record.GetElementType() == XmlElementType_Element &&
             record.GetElementName() != GetElementNameView()) {
             writer->WriteTypeAttribute(record.GetElementNamespace(), record.GetElementName(),
                                        ItemType_string);

@@ -527,6 +527,9 @@ TEST(XmlGeneratedClassTest, FailuresOfWriting) {
         {"child of child", [](Kinds& k) { k.points.Get().Item(1)->value.variant.Clear(); },
          "Failed to convert the element [Kinds] to XML\nFailed to convert the element [Point] to XML\n"
          "Invalid Type 0 to convert to string"},
+        {"items never asked for", [](Kinds& k) { k.points.Reset(); },
+         "Failed to convert the element [Kinds] to XML\n"
+         "The Minimum number of [Point] elements allowed in this collection is 1"},
         {"few items", [](Kinds& k) { k.points.Get().Clear(); },
          "Failed to convert the element [Kinds] to XML\n"
          "The Minimum number of [Point] elements allowed in this collection is 1"},
