@@ -1,0 +1,158 @@
+/// Peak memory of one read, each in a process of its own, as a multiple of the input; and cost per byte over
+/// a range of sizes.
+///
+///     gpx_memory [MEGABYTES]          peak memory at one size (default 20)
+///     gpx_memory --scaling [LARGEST]  seconds per MB of input from 1 MB up to LARGEST (default 500)
+#include <expat.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <string>
+
+#include "benchmarks/support/gpx_document.h"
+#include "benchmarks/support/paired_timing.h"
+#include "examples/gpx/gpx_type.h"
+#include "kvxml/kvxml.h"
+
+namespace {
+
+using namespace KvXmlLib16;
+
+struct Result {
+    double peakMegabytes = 0;
+    double seconds = 0;
+};
+
+/// Runs `action` in a child process; its peak memory less that of a child that does nothing.
+Result InChild(const std::function<void()>& action) {
+    int pipeEnds[2];
+    if (pipe(pipeEnds) != 0) std::abort();
+    const pid_t child = fork();
+    if (child == 0) {
+        double seconds = benchmarks::TimeOf(action);
+        if (write(pipeEnds[1], &seconds, sizeof seconds) != sizeof seconds) _exit(2);
+        _exit(0);
+    }
+    Result result;
+    int status = 0;
+    rusage usage{};
+    wait4(child, &status, 0, &usage);
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0 ||
+        read(pipeEnds[0], &result.seconds, sizeof result.seconds) != sizeof result.seconds) {
+        std::fprintf(stderr, "a child process failed\n");
+        std::exit(1);
+    }
+    close(pipeEnds[0]);
+    close(pipeEnds[1]);
+    result.peakMegabytes = static_cast<double>(usage.ru_maxrss) * 1024 / 1e6;
+    return result;
+}
+
+std::string WriteDocumentFile(std::size_t bytes) {
+    const char* folder = std::getenv("TMPDIR");
+    std::string name = std::string(folder == nullptr ? "/tmp" : folder) + "/kvxml_benchmark_XXXXXX";
+    const int handle = mkstemp(name.data());
+    if (handle < 0) std::abort();
+    benchmarks::WriteGpxDocument(bytes, 1, [&](std::string_view piece) {
+        if (write(handle, piece.data(), piece.size()) != static_cast<ssize_t>(piece.size())) std::abort();
+    });
+    close(handle);
+    return name;
+}
+
+std::string ReadFile(const std::string& name) {
+    std::FILE* file = std::fopen(name.c_str(), "rb");
+    if (file == nullptr) std::abort();
+    std::fseek(file, 0, SEEK_END);
+    std::string text(static_cast<std::size_t>(std::ftell(file)), '\0');
+    std::rewind(file);
+    if (std::fread(text.data(), 1, text.size(), file) != text.size()) std::abort();
+    std::fclose(file);
+    return text;
+}
+
+bool DiscardRecord(CXmlElement* element) {
+    return element->GetLocalName() == "trkpt" || element->GetLocalName() == "trkseg" ||
+           element->GetLocalName() == "trk" || element->GetLocalName() == "wpt";
+}
+
+void MeasureMemory(std::size_t bytes) {
+    const std::string file = WriteDocumentFile(bytes);
+    const double nothing = InChild([] {}).peakMegabytes;
+    const double input = static_cast<double>(bytes) / 1e6;
+    const auto report = [&](const char* what, const std::function<void()>& action) {
+        const double peak = InChild(action).peakMegabytes - nothing;
+        std::printf("%-44s %8.1f MB  %5.2f x input\n", what, peak, peak / input);
+    };
+    std::printf("input: %.1f MB of GPX; process without work: %.1f MB (subtracted)\n", input, nothing);
+    report("CXmlDocument from memory, input included", [&] {
+        const std::string text = ReadFile(file);
+        CXmlDocument document;
+        document.LoadXmlStream(reinterpret_cast<const unsigned char*>(text.data()), text.size());
+    });
+    report("FromXml from memory, input included", [&] {
+        const std::string text = ReadFile(file);
+        CSmartPtr<Gpx::CGpxType> gpx(new Gpx::CGpxType());
+        gpx->FromXml(text.c_str());
+    });
+    report("FromXmlFile", [&] {
+        CSmartPtr<Gpx::CGpxType> gpx(new Gpx::CGpxType());
+        gpx->FromXmlFile(file.c_str());
+    });
+    AsyncFromXmlFile(true);
+    report("CXmlDocument, chunked, every record discarded", [&] {
+        CXmlDocument document(&DiscardRecord);
+        document.Load(file.c_str());
+    });
+    AsyncFromXmlFile(false);
+    unlink(file.c_str());
+}
+
+void MeasureScaling(std::size_t largest) {
+    std::printf("%10s %14s %14s %14s %8s\n", "MB", "expat ms/MB", "FromXml ms/MB", "ToXml ms/MB", "x floor");
+    for (std::size_t megabytes = 1; megabytes <= largest;
+         megabytes *= megabytes == 1 || megabytes == 10 ? 10 : 5) {
+        const std::string text = benchmarks::MakeGpxDocument(megabytes * 1000000);
+        const double size = static_cast<double>(text.size()) / 1e6;
+        const auto msPerMb = [&](const std::function<void()>& action) {
+            return InChild(action).seconds * 1000 / size;
+        };
+        const double floor = msPerMb([&] {
+            XML_Parser parser = XML_ParserCreateNS(nullptr, '|');
+            XML_SetElementHandler(
+                parser, [](void*, const XML_Char*, const XML_Char**) {}, [](void*, const XML_Char*) {});
+            XML_SetCharacterDataHandler(parser, [](void*, const XML_Char*, int) {});
+            XML_Parse(parser, text.data(), static_cast<int>(text.size()), 1);
+        });
+        const double reading = msPerMb([&] {
+            CSmartPtr<Gpx::CGpxType> gpx(new Gpx::CGpxType());
+            gpx->FromXml(text.c_str());
+            gpx.Detach();
+        });
+        const double both = msPerMb([&] {
+            CSmartPtr<Gpx::CGpxType> gpx(new Gpx::CGpxType());
+            gpx->FromXml(text.c_str());
+            const std::string written = gpx->ToXml();
+            benchmark::DoNotOptimize(written.data());
+            gpx.Detach();
+        });
+        std::printf("%10zu %14.3f %14.3f %14.3f %8.2f\n", megabytes, floor, reading, both - reading,
+                    reading / floor);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc > 1 && std::strcmp(argv[1], "--scaling") == 0) {
+        MeasureScaling(argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 500);
+    } else {
+        MeasureMemory((argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 20) * 1000000);
+    }
+    return 0;
+}
