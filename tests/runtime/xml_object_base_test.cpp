@@ -26,6 +26,7 @@ public:
     std::string GetNamespace() const override { return std::string(); }
 
     using CXmlObjectBase::Choice_CollectionChanged;
+    using CXmlObjectBase::Choice_Read_Collection;
     using CXmlObjectBase::Choice_SelectElement;
     using CXmlObjectBase::Choice_SetElementValid;
     using CXmlObjectBase::DoesElementNameMatch;
@@ -199,6 +200,22 @@ TEST(XmlObjectBaseTest, StaticObjectsAreDestroyedAtExit) {
     EXPECT_EXIT(leave(), testing::ExitedWithCode(0), "");
 }
 
+TEST(OptionalValueTest, CopiesOwnTheirValue) {
+    COptionalValue<std::string> value;
+    EXPECT_FALSE(value.IsSet());
+    EXPECT_EQ(value.Get(), "");
+    value.Set("a");
+    COptionalValue<std::string> copy(value);
+    value.Set("b");
+    EXPECT_EQ(*copy + *value, "ab");
+    copy = value;
+    value = COptionalValue<std::string>();
+    EXPECT_FALSE(value.IsSet());
+    EXPECT_EQ(copy.Get(), "b");
+    copy.Reset();
+    EXPECT_FALSE(copy.IsSet());
+}
+
 // --- helpers of generated code -----------------------------------------------------------------------------
 
 TEST(XmlObjectBaseTest, ChoiceHelpers) {
@@ -255,6 +272,43 @@ TEST(XmlObjectBaseTest, ChoiceHelpers) {
     }
     std::string current = "b";
     EXPECT_THROW(value.Choice_SetElementValid(true, "a", current), CKvInvalidStateException);
+}
+
+TEST(XmlObjectBaseTest, ChoiceReadsACollectionOnce) {
+    CXmlDocument document;
+    document.LoadXml("<a xmlns='urn:i'><x/><x/><y/><x/></a>");
+    CXmlElement* const parent = document.GetDocumentElement();
+    CXmlElement* next = parent->GetFirstElement();
+    const CSerializationContext context;
+    Probe probe;
+    const CSmartPtr<CXmlTypedCollection<fixture::Empty>> collection(
+        new CXmlTypedCollection<fixture::Empty>("x", "urn:i", 0, 2));
+    std::int32_t count = 0;
+    probe.Choice_Read_Collection(collection.Get(), parent, next, count, context);
+    EXPECT_EQ(count, 1);
+    EXPECT_EQ(collection->GetCount(), 2);
+    EXPECT_EQ(next->GetLocalName(), "y");
+    CXmlElement* const other = next;
+    next = parent->GetFirstElement();
+    probe.Choice_Read_Collection(collection.Get(), parent, next, count, context);
+    EXPECT_EQ(collection->GetCount(), 2);  // it was read already
+    count = 0;
+    next = other;
+    probe.Choice_Read_Collection(collection.Get(), parent, next, count, context);
+    EXPECT_EQ(count, 0);  // nothing of it there
+    EXPECT_EQ(next, other);
+    next = other->GetNextSiblingElement();
+    EXPECT_EQ(ErrorOf([&] { probe.Choice_Read_Collection(collection.Get(), parent, next, count, context); }),
+              "The Maximum number of [x] elements allowed in this collection is 2");
+
+    CSerializationContext ignoring;
+    ignoring.SetIgnoreNamespaces(true);
+    EXPECT_TRUE(probe.DoesElementNameMatch(context, other, "y", "urn:i"));
+    EXPECT_FALSE(probe.DoesElementNameMatch(context, other, "Y", "urn:i"));
+    EXPECT_FALSE(probe.DoesElementNameMatch(context, other, "y", nullptr));
+    EXPECT_TRUE(probe.DoesElementNameMatch(ignoring, other, "y", nullptr));
+    EXPECT_FALSE(probe.DoesElementNameMatch(ignoring, other, nullptr, "urn:i"));
+    EXPECT_FALSE(probe.DoesElementNameMatch(context, nullptr, "y", "urn:i"));
 }
 
 TEST(XmlObjectBaseTest, PropertyChecks) {
