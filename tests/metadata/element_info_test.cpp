@@ -126,6 +126,30 @@ TEST(ElementInfoTest, NilOfSimpleElements) {
     EXPECT_EQ(read->Of(ItemType_time).Text(), "(nil)");
 }
 
+TEST(ElementInfoTest, NilIsWritten) {
+    const auto kinds = Make<Kinds>();
+    kinds->FromXml(kSmallKindsXml);
+    kinds->count.variant.SetNil();
+    kinds->shade.variant.SetI4(Color_blue);
+    kinds->shade.variant.SetNil();
+    const std::string xml = kinds->ToXml(false, false);
+    const std::string nil = " xmlns:AB=\"http://www.w3.org/2001/XMLSchema-instance\" AB:nil=\"true\"/>";
+    EXPECT_NE(xml.find("<AA:Count" + nil), std::string::npos) << xml;
+    EXPECT_NE(xml.find("<AA:Shade" + nil), std::string::npos) << xml;
+}
+
+TEST(ElementInfoTest, SimpleElementsHaveNoChildren) {
+    CSerializationContext ignoring;
+    ignoring.SetIgnoreUnknownElements(true);
+    for (const char* name : {"Title", "Color"}) {
+        const std::string tag = std::string("</") + name + ">";
+        EXPECT_EQ(ReadError(With(tag, "<X/>" + tag)),
+                  std::string("Failed read all the elements held within the element [") + name +
+                      "]. The unexpected element [X] remains un processed\nPath: /Kinds/" + name);
+        EXPECT_EQ(ReadError(With(tag, "<X/>" + tag), ignoring), "(no error)");
+    }
+}
+
 TEST(ElementInfoTest, SimpleElementsHaveNoOtherAttributes) {
     CSerializationContext ignoring;
     ignoring.SetIgnoreUnknownAttributes(true);
@@ -205,6 +229,19 @@ TEST(ElementInfoTest, Misuse) {
     EXPECT_EQ(null.GetElementName(), "");
     EXPECT_EQ(null.GetElementNamespace(), "");
     EXPECT_EQ(null.GetPropertyIndex(), 3);
+    // Records are copied whole.
+    const CElementInfoSeqEnumOpt original("Paint", kNamespace, 12, true, ColorToString, ColorFromString,
+                                          "blue");
+    CElementInfoSeqEnumOpt enumeration("", "", 0, false, nullptr, nullptr, "");
+    enumeration = CElementInfoSeqEnumOpt(original);
+    const auto kinds = Make<Kinds>();
+    CXmlDocument document;
+    document.LoadXml("<Paint xmlns='urn:fixture'/>");
+    CXmlElement* cursor = document.GetDocumentElement();
+    EXPECT_TRUE(enumeration.ElementFromXml({}, kinds.Get(), nullptr, &cursor, "", XmlElementType_Element));
+    EXPECT_EQ(cursor, nullptr);
+    EXPECT_EQ(kinds->shade.Text(), "2");
+
     const CParentElementInfo info(XmlElementGroupType_All, XmlElementType_PseudoElement, nullptr, nullptr,
                                   true, true, 4, ItemType_date, nullptr, true);
     CParentElementInfo copy(XmlElementGroupType_Sequence, XmlElementType_Element, "x", "y", false, false, -1,

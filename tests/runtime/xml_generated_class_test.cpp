@@ -68,6 +68,42 @@ public:
     Value z{*this};
 };
 
+/// Without a tag of its own: one or two objects.
+class Run final : public Bound<Run> {
+public:
+    Run() { Init(); }
+    static void MakeTables(Tables& t) {
+        t.info = new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_PseudoElement, "Run",
+                                        kNamespace, false, false, -1, ItemType_Unknown, "", false);
+        t.elements = {new CElementInfoSeqClsCol("D", kNamespace, 0, XmlElementType_Element)};
+    }
+
+    Children<Empty> d{*this, "D", 1, 2};
+};
+
+/// A run that may be missing, then an optional value.
+class RunHolder final : public Bound<RunHolder> {
+public:
+    RunHolder() {
+        SetElementName("RunHolder");
+        Init();
+    }
+    static void MakeTables(Tables& t) {
+        t.info = new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "RunHolder",
+                                        kNamespace, false, false, -1, ItemType_Unknown, "", false);
+        t.elements = {
+            new CElementInfoSeqClsOpt(
+                "Run", kNamespace, 0, XmlElementType_PseudoElement,
+                [](int, const char*) -> CSmartPtr<CXmlObjectBase> { return new Run(); }, 0),
+            new CElementInfoSeqPrimOpt("Z", kNamespace, 1, false, ItemType_string, "",
+                                       CWhitespaceUtils::WhitespaceRule_None, {}, nullptr),
+        };
+    }
+
+    Child<Run> run{*this, "Run", false};
+    Value z{*this};
+};
+
 /// More attributes than fit into one machine word, all required.
 class ManyAttributes final : public Bound<ManyAttributes> {
 public:
@@ -398,6 +434,23 @@ TEST(XmlGeneratedClassTest, MembersWithoutTag) {
          "processed\nPath: /Wrapper"},
         {"unknown before, ignored", wrapper("><X/>" + first + "<Z>z</Z></Wrapper>"), "e",
          wrapper(">" + first + "<Z>z</Z></Wrapper>")},
+    });
+    const auto holder = [](const std::string& content) {
+        return content.empty() ? "<RunHolder xmlns=\"urn:fixture\"/>"
+                               : "<RunHolder xmlns=\"urn:fixture\">" + content + "</RunHolder>";
+    };
+    ExpectOutcomes<RunHolder>({
+        {"nothing", holder(""), "", holder("")},
+        {"a run", holder("<D/><D/><Z>z</Z>"), "", holder("<D/><D/><Z>z</Z>")},
+        {"no run", holder("<Z>z</Z>"), "", holder("<Z>z</Z>")},
+        // What can not be placed in the member is left to its owner.
+        {"too long", holder("<D/><D/><D/>"), "",
+         "Failed read all the elements held within the element [RunHolder]. The unexpected element [D] "
+         "remains "
+         "un processed\nPath: /RunHolder"},
+        {"too long, counts ignored", holder("<D/><D/><D/>"), "c", holder("<D/><D/><D/>")},
+        {"unknown before, ignored", holder("<X/><D/><Z>z</Z>"), "e", holder("<D/><Z>z</Z>")},
+        {"unknown only, ignored", holder("<X/><Y/>"), "e", holder("")},
     });
     // An optional member of which nothing is there is not made.
     const auto kinds = Make<Kinds>();
