@@ -97,6 +97,12 @@ public:
         CopyShort(m_runEnd, text, length);
         m_runEnd += length;
     }
+    /// Adds one character; false, with nothing done, when the chunk is full.
+    bool AppendToRun(char character) noexcept {
+        if (m_runEnd == m_end) return false;
+        *m_runEnd++ = character;
+        return true;
+    }
     const char* Run() const noexcept { return m_tip; }
     std::size_t RunLength() const noexcept { return static_cast<std::size_t>(m_runEnd - m_tip); }
     const char* CommitRun() noexcept {

@@ -69,8 +69,10 @@ struct CExpatReader::Handlers {
     }
 
     static void XMLCALL OnText(void* user, const XML_Char* text, int length) {
-        // Line ends are normalised, so carriage returns come from character references, which come alone.
-        if (length == 1 && *text == '\r') return;
+        if (length == 1) {
+            // Line ends are normalised, so carriage returns come from character references, which come alone.
+            if (*text == '\r' || Reader(user).m_builder.AppendCharacter(*text)) return;
+        }
         AppendText(Reader(user), text, static_cast<std::size_t>(length));
     }
 

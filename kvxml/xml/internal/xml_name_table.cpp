@@ -46,7 +46,7 @@ std::size_t Hash(std::string_view text) {
 }  // namespace
 
 CXmlNameTable::CXmlNameTable(CXmlTree* tree, bool convert) : m_tree(tree), m_convert(convert), m_slots(64) {
-    m_none.nextElement = m_none.firstAttribute = m_none.nextAttribute = &m_none;
+    m_none.nextElement = m_none.otherElement = m_none.firstAttribute = m_none.nextAttribute = &m_none;
 }
 
 CXmlNameEntry* CXmlNameTable::Find(std::string_view raw) {
@@ -83,7 +83,8 @@ std::unique_ptr<CXmlNameEntry> CXmlNameTable::Make(std::string_view raw) const {
             std::end(kNamespaceAttributes);
         name->isNilAttribute = name->local == "nil";
     }
-    name->nextElement = name->firstAttribute = name->nextAttribute = const_cast<CXmlNameEntry*>(&m_none);
+    auto* const none = const_cast<CXmlNameEntry*>(&m_none);
+    name->nextElement = name->otherElement = name->firstAttribute = name->nextAttribute = none;
     return name;
 }
 

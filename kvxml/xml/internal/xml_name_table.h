@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "kvxml/xml/internal/xml_name.h"
@@ -16,10 +17,14 @@ namespace KvXmlLib16::internal {
 struct CXmlNameEntry : CXmlName {
     std::string raw;  ///< as the parser writes it: URI, separator, local name
     std::size_t hash = 0;
-    // What came after this name last time, which is what comes next time in regular documents.
+    // What came after this name last time, which is what comes next time in regular documents; where records
+    // end or have optional members, it is one of two.
     CXmlNameEntry* nextElement = nullptr;
+    CXmlNameEntry* otherElement = nullptr;
     CXmlNameEntry* firstAttribute = nullptr;
     CXmlNameEntry* nextAttribute = nullptr;
+
+    bool Is(const char* text) const noexcept { return std::strcmp(raw.c_str(), text) == 0; }
 };
 
 /// Names by their raw texts. Each distinct name is split and converted once.
@@ -33,7 +38,12 @@ public:
 
     /// The name of the element that starts after the last one asked for. `raw` is zero-terminated UTF-8.
     const CXmlNameEntry* Element(const char* raw) {
-        m_last = Expect(m_last->nextElement, raw);
+        CXmlNameEntry& last = *m_last;
+        if (!last.nextElement->Is(raw)) {
+            std::swap(last.nextElement, last.otherElement);
+            if (!last.nextElement->Is(raw)) last.nextElement = Find(raw);
+        }
+        m_last = last.nextElement;
         return m_last;
     }
     /// The names of that element's attributes are asked for next, from the first one on.
@@ -47,7 +57,7 @@ public:
 
 private:
     CXmlNameEntry* Expect(CXmlNameEntry*& expected, const char* raw) {
-        if (std::strcmp(expected->raw.c_str(), raw) != 0) expected = Find(raw);
+        if (!expected->Is(raw)) expected = Find(raw);
         return expected;
     }
     CXmlNameEntry* Find(std::string_view raw);

@@ -36,6 +36,8 @@ public:
     }
     /// Adds to the text of the element opened last. Carriage returns must have been left out.
     void AppendText(const char* text, std::size_t length) { m_arena.AppendToRun(text, length); }
+    /// The same for one character; false, with nothing done, when that takes more memory.
+    bool AppendCharacter(char character) noexcept { return m_arena.AppendToRun(character); }
     /// Enters a prefix, or gives it another namespace.
     void DeclarePrefix(std::string_view prefix, std::string_view uri);
     /// To be called when reading ends before the document does: keeps the text that is still held back.
