@@ -20,7 +20,7 @@ namespace KvXmlLib16 {
 
 namespace {
 
-// Files read in chunks are read in chunks of this size.
+// Files read in chunks are read in chunks of this size, as long as no tag or value is longer.
 constexpr std::size_t kChunk = 0x20000;
 
 // Pieces of files that are too large, or of unknown size.
@@ -283,17 +283,18 @@ void CXmlDocument::LoadInChunks(const char* fileName) {
     try {
         CReading reading(*this, Encoding::Declared, 0);
         std::uint64_t offset = 0;
+        std::size_t chunk = kChunk;
         for (bool isLast = false; !isLast;) {
             std::size_t got = 0;
-            if (const int error = file.Read(reading.reader.GetBuffer(kChunk), kChunk, got)) {
+            if (const int error = file.Read(reading.reader.GetBuffer(chunk), chunk, got)) {
                 throw CKvException(FormatString("Failed to read the contents of the file. Error [0x%08x]",
                                                 static_cast<unsigned int>(error)));
             }
             if (got == 0 && offset == 0) ThrowReadError(fileName, kEndOfFile);
             offset += got;
-            isLast = got < kChunk;
+            isLast = got < chunk;
             if (!isLast) file.AdviseWillNeed(offset, kChunk);
-            reading.reader.ParseBuffer(got, isLast);
+            chunk = reading.reader.ParseBuffer(got, isLast) ? kChunk : std::min(chunk * 2, kPiece);
         }
         if (GetDocumentElement() == nullptr) throw CKvException("Invalid or empty XML document");
     } catch (const CKvException& e) {

@@ -187,8 +187,11 @@ void* CExpatReader::GetBuffer(std::size_t length) {
     return buffer;
 }
 
-void CExpatReader::ParseBuffer(std::size_t length, bool isLast) {
+bool CExpatReader::ParseBuffer(std::size_t length, bool isLast) {
     Check(XML_ParseBuffer(m_parser.get(), static_cast<int>(length), isLast ? XML_TRUE : XML_FALSE));
+    const std::int64_t before = m_position;
+    m_position = XML_GetCurrentByteIndex(m_parser.get());
+    return m_position != before;
 }
 
 void CExpatReader::Check(int status) {

@@ -37,8 +37,9 @@ public:
     void ParseWhole(const char* text, std::size_t length);
     /// Room of the parser's own for the next piece, at most `WholeLimit`.
     void* GetBuffer(std::size_t length);
-    /// Parses what was put into that room.
-    void ParseBuffer(std::size_t length, bool isLast);
+    /// Parses what was put into that room. False when the parser got no further: it waits for the end of what
+    /// it has begun, and looks at all of it again with each piece, so that pieces should grow.
+    bool ParseBuffer(std::size_t length, bool isLast);
 
     /// Set when parsing failed because the parser cannot read the encoding that the text declares, though the
     /// host's converter may know it; else empty.
@@ -59,6 +60,7 @@ private:
     std::exception_ptr m_exception;  // thrown by a handler
     std::string m_unreadEncoding;
     int m_nestedEntities = 0;
+    std::int64_t m_position = -1;
 };
 
 /// Tests only: makes `WholeLimit` smaller than it is, to reach the reading of large texts in pieces. 0
