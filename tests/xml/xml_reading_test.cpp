@@ -18,21 +18,13 @@
 #include "kvxml/xml/internal/expat_reader.h"
 #include "kvxml/xml/xml_document.h"
 #include "kvxml/xml/xml_element.h"
+#include "tests/support/error_of.h"
 #include "tests/support/xml_tree_dump.h"
 
 namespace KvXmlLib16 {
 namespace {
 
 using testsupport::Dump;
-
-std::string MessageOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const CKvException& e) {
-        return e.GetMessage();
-    }
-    return "nothing thrown";
-}
 
 const unsigned char* Bytes(std::string_view text) {
     return reinterpret_cast<const unsigned char*>(text.data());
@@ -149,7 +141,7 @@ TEST(XmlReading, EverySourceGivesTheSameTree) {
         const Chunked chunked;
         const TemporaryFile file(xml);
         check("chunked file", [&](CXmlDocument& d) { d.Load(file.Name()); });
-        const Fault shortReads({"read", internal::kFaultShortTransfer, 0});
+        const Fault shortTransfer({"read", internal::kFaultShortTransfer, 0});
         check("chunked file in short reads", [&](CXmlDocument& d) { d.Load(file.Name()); });
     }
     // A file without a size, as pipes are.
@@ -219,11 +211,11 @@ TEST(XmlReading, Encodings) {
         document.Load(file.Name());
         EXPECT_EQ(Dump(document), expected);
     }
-    EXPECT_EQ(MessageOf([] { DumpOfStream("<?xml version='1.0' encoding='no-such'?><a/>"); }),
+    EXPECT_EQ(ErrorOf([] { DumpOfStream("<?xml version='1.0' encoding='no-such'?><a/>"); }),
               "unknown encoding at line 1");
-    EXPECT_EQ(MessageOf([] { DumpOfStream("<?xml version='1.0' encoding='Shift_JIS'?>\n<a>\x93</a>"); }),
+    EXPECT_EQ(ErrorOf([] { DumpOfStream("<?xml version='1.0' encoding='Shift_JIS'?>\n<a>\x93</a>"); }),
               "not well-formed (invalid token) at line 2");
-    EXPECT_EQ(MessageOf([] { DumpOfStream("<?xml version='1.0' encoding='GB18030'?>\n<a>\xFF\xFF</a>"); }),
+    EXPECT_EQ(ErrorOf([] { DumpOfStream("<?xml version='1.0' encoding='GB18030'?>\n<a>\xFF\xFF</a>"); }),
               "unknown encoding at line 1");
 }
 
@@ -239,8 +231,8 @@ TEST(XmlReading, WideTextIsReadWhateverItDeclares) {
                   "\xC3\xA9'\xE2\x82\xAC\xF0\x9F\x98\x80'");
     }
     EXPECT_EQ(dump(L"\uFEFF<a/>"), "a");
-    EXPECT_EQ(MessageOf([&] { dump(L""); }), "no element found at line 1");
-    EXPECT_EQ(MessageOf([&] { CXmlDocument().LoadXml(static_cast<const wchar_t*>(nullptr)); }),
+    EXPECT_EQ(ErrorOf([&] { dump(L""); }), "no element found at line 1");
+    EXPECT_EQ(ErrorOf([&] { CXmlDocument().LoadXml(static_cast<const wchar_t*>(nullptr)); }),
               "no element found at line 1");
 }
 
@@ -264,11 +256,11 @@ TEST(XmlReading, IllFormedTextIsRefusedWithItsLine) {
     CXmlDocument document;
     for (const Row& row : rows) {
         SCOPED_TRACE(row.xml);
-        EXPECT_EQ(MessageOf([&] { document.LoadXml(row.xml); }), row.message);
+        EXPECT_EQ(ErrorOf([&] { document.LoadXml(row.xml); }), row.message);
         EXPECT_EQ(Dump(document), row.kept);
         const TemporaryFile file(row.xml);
         const Chunked chunked;
-        EXPECT_EQ(MessageOf([&] { document.Load(file.Name()); }), row.message);
+        EXPECT_EQ(ErrorOf([&] { document.Load(file.Name()); }), row.message);
         EXPECT_EQ(document.GetDocumentElement(), nullptr);
     }
     document.LoadXml("<fine/>");
@@ -298,7 +290,7 @@ TEST(XmlReading, EmptyInputAndOtherFormats) {
     };
     for (const Row& row : rows) {
         document.LoadXml("<before/>");
-        EXPECT_EQ(MessageOf(row.load), row.message);
+        EXPECT_EQ(ErrorOf(row.load), row.message);
         EXPECT_EQ(document.GetDocumentElement(), nullptr) << row.message;
     }
 }
@@ -308,7 +300,7 @@ TEST(XmlReading, CompressedInput) {
     EXPECT_EQ(DumpOfStream(gzip).size(), 100003U);
     // What does not inflate to its end is read as it stands.
     const std::string cut = gzip.substr(0, gzip.size() / 2);
-    EXPECT_EQ(MessageOf([&] { DumpOfStream(cut); }), "not well-formed (invalid token) at line 1");
+    EXPECT_EQ(ErrorOf([&] { DumpOfStream(cut); }), "not well-formed (invalid token) at line 1");
     const TemporaryFile file(gzip);
     CSerializationContext context;
     CXmlDocument document(context);
@@ -316,10 +308,10 @@ TEST(XmlReading, CompressedInput) {
     document.Load(file.Name());
     EXPECT_EQ(document.GetDocumentElement()->GetTextView().size(), 100000U);
     context.SetMaxInflatedSize(100006);
-    EXPECT_NE(MessageOf([&] { document.Load(file.Name()); }), "nothing thrown");
-    EXPECT_NE(MessageOf([&] { LoadStream(document, gzip); }), "nothing thrown");
+    EXPECT_NE(ErrorOf([&] { document.Load(file.Name()); }), "(no error)");
+    EXPECT_NE(ErrorOf([&] { LoadStream(document, gzip); }), "(no error)");
     const Chunked chunked;
-    EXPECT_EQ(MessageOf([&] { document.Load(file.Name()); }), "not well-formed (invalid token) at line 1");
+    EXPECT_EQ(ErrorOf([&] { document.Load(file.Name()); }), "not well-formed (invalid token) at line 1");
 }
 
 TEST(XmlReading, FileErrors) {
@@ -350,7 +342,7 @@ TEST(XmlReading, FileErrors) {
         {
             const Fault fault(row.fault);
             AsyncFromXmlFile(row.isChunked);
-            const std::string message = MessageOf([&] { document.Load(file.Name()); });
+            const std::string message = ErrorOf([&] { document.Load(file.Name()); });
             AsyncFromXmlFile(false);
             EXPECT_EQ(message.substr(0, row.message.size()), row.message);
         }
@@ -358,13 +350,13 @@ TEST(XmlReading, FileErrors) {
         document.Load(file.Name());
         EXPECT_NE(document.GetDocumentElement(), nullptr);
     }
-    EXPECT_EQ(MessageOf([&] { document.Load("/tmp/no/such/file.xml"); }),
+    EXPECT_EQ(ErrorOf([&] { document.Load("/tmp/no/such/file.xml"); }),
               "Failed to open the file [/tmp/no/such/file.xml] Error [0x00000002]");
-    EXPECT_EQ(MessageOf([&] { document.Load(nullptr); }), "Failed to open the file [] Error [0x00000002]");
+    EXPECT_EQ(ErrorOf([&] { document.Load(nullptr); }), "Failed to open the file [] Error [0x00000002]");
     const TemporaryFile empty("");
-    EXPECT_EQ(MessageOf([&] { document.Load(empty.Name()); }), "no element found at line 1");
+    EXPECT_EQ(ErrorOf([&] { document.Load(empty.Name()); }), "no element found at line 1");
     const Chunked chunked;
-    EXPECT_EQ(MessageOf([&] { document.Load(empty.Name()); }), failedToRead + "00000026]");
+    EXPECT_EQ(ErrorOf([&] { document.Load(empty.Name()); }), failedToRead + "00000026]");
 }
 
 std::string Nested(std::size_t depth, std::string_view separator = "") {
@@ -380,12 +372,12 @@ TEST(XmlReading, NestingIsBoundedAndNeverRecursive) {
     CSerializationContext context;
     CXmlDocument document(context);
     LoadStream(document, Nested(1000));
-    EXPECT_EQ(MessageOf([&] { LoadStream(document, Nested(1001, "\n")); }),
+    EXPECT_EQ(ErrorOf([&] { LoadStream(document, Nested(1001, "\n")); }),
               "elements are nested deeper than the limit of 1000 at line 1001");
-    EXPECT_EQ(MessageOf([&] { LoadStream(document, Nested(100000)); }),
+    EXPECT_EQ(ErrorOf([&] { LoadStream(document, Nested(100000)); }),
               "elements are nested deeper than the limit of 1000 at line 1");
     context.SetMaxElementDepth(0);
-    EXPECT_EQ(MessageOf([&] { LoadStream(document, "<a/>"); }),
+    EXPECT_EQ(ErrorOf([&] { LoadStream(document, "<a/>"); }),
               "elements are nested deeper than the limit of 0 at line 1");
     EXPECT_EQ(document.GetDocumentElement(), nullptr);
     context.SetMaxElementDepth(100000);
@@ -438,7 +430,7 @@ TEST(XmlReading, EntityAttacksAreRefused) {
         laughs += "'>\n";
     }
     const auto messageOf = [](const std::string& xml) {
-        return MessageOf([&] { CXmlDocument().LoadXml(xml.c_str()); });
+        return ErrorOf([&] { CXmlDocument().LoadXml(xml.c_str()); });
     };
     const std::string breached =
         "limit on input amplification factor (from DTD and entities) breached at line ";
