@@ -14,7 +14,7 @@ namespace Gpx {
 
 class CBoundsType : public KvXmlLib16::CXmlGeneratedClass {
 public:
-    CBoundsType() : CBoundsType("boundsType") {}
+    CBoundsType() : CBoundsType(nullptr) {}
     explicit CBoundsType(const char* elementName);
     CBoundsType(const CBoundsType&) = delete;
     CBoundsType& operator=(const CBoundsType&) = delete;

@@ -66,6 +66,12 @@ void CCopyrightType::AccessProperty(int propertyIndex, bool read, KvVariant& val
     }
 }
 
+std::uint64_t CCopyrightType::GetUsedProperties() const {
+    const auto bit = [](Property property, bool isUsed) { return std::uint64_t{isUsed} << property; };
+    return bit(Property_author, true) | bit(Property_year, m_isValidYear) |
+           bit(Property_license, m_license.IsSet());
+}
+
 CParentElementInfo* CCopyrightType::GetClassInfo() const {
     if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
     return m_classInfo;

@@ -15,7 +15,7 @@ namespace Gpx {
 
 class CCopyrightType : public KvXmlLib16::CXmlGeneratedClass {
 public:
-    CCopyrightType() : CCopyrightType("copyrightType") {}
+    CCopyrightType() : CCopyrightType(nullptr) {}
     explicit CCopyrightType(const char* elementName);
     CCopyrightType(const CCopyrightType&) = delete;
     CCopyrightType& operator=(const CCopyrightType&) = delete;
@@ -52,6 +52,7 @@ protected:
     KvXmlLib16::CElementInfo** GetClassElementInfo() const override;
     KvXmlLib16::CAttributeInfo** GetClassAttributeInfo() const override;
     void Init() override;
+    std::uint64_t GetUsedProperties() const override;
 
 private:
     enum Property {

@@ -13,7 +13,7 @@ namespace Gpx {
 
 class CEmailType : public KvXmlLib16::CXmlGeneratedClass {
 public:
-    CEmailType() : CEmailType("emailType") {}
+    CEmailType() : CEmailType(nullptr) {}
     explicit CEmailType(const char* elementName);
     CEmailType(const CEmailType&) = delete;
     CEmailType& operator=(const CEmailType&) = delete;

@@ -15,7 +15,7 @@ namespace Gpx {
 
 class CExtensionsType : public KvXmlLib16::CXmlGeneratedClass {
 public:
-    CExtensionsType() : CExtensionsType("extensionsType") {}
+    CExtensionsType() : CExtensionsType(nullptr) {}
     explicit CExtensionsType(const char* elementName);
     CExtensionsType(const CExtensionsType&) = delete;
     CExtensionsType& operator=(const CExtensionsType&) = delete;

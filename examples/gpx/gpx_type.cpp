@@ -123,6 +123,14 @@ void CGpxType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
     }
 }
 
+std::uint64_t CGpxType::GetUsedProperties() const {
+    const auto bit = [](Property property, bool isUsed) { return std::uint64_t{isUsed} << property; };
+    return bit(Property_version, true) | bit(Property_creator, true) |
+           bit(Property_metadata, m_metadata != nullptr) | bit(Property_wpt, m_wpt != nullptr) |
+           bit(Property_rte, m_rte != nullptr) | bit(Property_trk, m_trk != nullptr) |
+           bit(Property_extensions, m_extensions != nullptr);
+}
+
 CParentElementInfo* CGpxType::GetClassInfo() const {
     if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
     return m_classInfo;

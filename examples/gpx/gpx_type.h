@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -66,6 +67,7 @@ protected:
     KvXmlLib16::CElementInfo** GetClassElementInfo() const override;
     KvXmlLib16::CAttributeInfo** GetClassAttributeInfo() const override;
     void Init() override;
+    std::uint64_t GetUsedProperties() const override;
 
 private:
     enum Property {

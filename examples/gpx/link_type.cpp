@@ -66,6 +66,11 @@ void CLinkType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
     }
 }
 
+std::uint64_t CLinkType::GetUsedProperties() const {
+    const auto bit = [](Property property, bool isUsed) { return std::uint64_t{isUsed} << property; };
+    return bit(Property_href, true) | bit(Property_text, m_text.IsSet()) | bit(Property_type, m_type.IsSet());
+}
+
 CParentElementInfo* CLinkType::GetClassInfo() const {
     if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
     return m_classInfo;

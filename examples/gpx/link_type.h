@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -15,7 +16,7 @@ namespace Gpx {
 
 class CLinkType : public KvXmlLib16::CXmlGeneratedClass {
 public:
-    CLinkType() : CLinkType("linkType") {}
+    CLinkType() : CLinkType(nullptr) {}
     explicit CLinkType(const char* elementName);
     CLinkType(const CLinkType&) = delete;
     CLinkType& operator=(const CLinkType&) = delete;
@@ -49,6 +50,7 @@ protected:
     KvXmlLib16::CElementInfo** GetClassElementInfo() const override;
     KvXmlLib16::CAttributeInfo** GetClassAttributeInfo() const override;
     void Init() override;
+    std::uint64_t GetUsedProperties() const override;
 
 private:
     enum Property {

@@ -147,6 +147,15 @@ void CMetadataType::AccessProperty(int propertyIndex, bool read, KvVariant& valu
     }
 }
 
+std::uint64_t CMetadataType::GetUsedProperties() const {
+    const auto bit = [](Property property, bool isUsed) { return std::uint64_t{isUsed} << property; };
+    return bit(Property_name, m_name.IsSet()) | bit(Property_desc, m_desc.IsSet()) |
+           bit(Property_author, m_author != nullptr) | bit(Property_copyright, m_copyright != nullptr) |
+           bit(Property_link, m_link != nullptr) | bit(Property_time, m_isValidTime) |
+           bit(Property_keywords, m_keywords.IsSet()) | bit(Property_bounds, m_bounds != nullptr) |
+           bit(Property_extensions, m_extensions != nullptr);
+}
+
 CParentElementInfo* CMetadataType::GetClassInfo() const {
     if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
     return m_classInfo;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -21,7 +22,7 @@ namespace Gpx {
 
 class CMetadataType : public KvXmlLib16::CXmlGeneratedClass {
 public:
-    CMetadataType() : CMetadataType("metadataType") {}
+    CMetadataType() : CMetadataType(nullptr) {}
     explicit CMetadataType(const char* elementName);
     CMetadataType(const CMetadataType&) = delete;
     CMetadataType& operator=(const CMetadataType&) = delete;
@@ -90,6 +91,7 @@ protected:
     KvXmlLib16::CElementInfo** GetClassElementInfo() const override;
     KvXmlLib16::CAttributeInfo** GetClassAttributeInfo() const override;
     void Init() override;
+    std::uint64_t GetUsedProperties() const override;
 
 private:
     enum Property {

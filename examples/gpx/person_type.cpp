@@ -76,6 +76,12 @@ void CPersonType::AccessProperty(int propertyIndex, bool read, KvVariant& value)
     }
 }
 
+std::uint64_t CPersonType::GetUsedProperties() const {
+    const auto bit = [](Property property, bool isUsed) { return std::uint64_t{isUsed} << property; };
+    return bit(Property_name, m_name.IsSet()) | bit(Property_email, m_email != nullptr) |
+           bit(Property_link, m_link != nullptr);
+}
+
 CParentElementInfo* CPersonType::GetClassInfo() const {
     if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
     return m_classInfo;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -17,7 +18,7 @@ namespace Gpx {
 
 class CPersonType : public KvXmlLib16::CXmlGeneratedClass {
 public:
-    CPersonType() : CPersonType("personType") {}
+    CPersonType() : CPersonType(nullptr) {}
     explicit CPersonType(const char* elementName);
     CPersonType(const CPersonType&) = delete;
     CPersonType& operator=(const CPersonType&) = delete;
@@ -53,6 +54,7 @@ protected:
     KvXmlLib16::CElementInfo** GetClassElementInfo() const override;
     KvXmlLib16::CAttributeInfo** GetClassAttributeInfo() const override;
     void Init() override;
+    std::uint64_t GetUsedProperties() const override;
 
 private:
     enum Property {

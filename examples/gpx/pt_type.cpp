@@ -82,6 +82,12 @@ void CPtType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
     }
 }
 
+std::uint64_t CPtType::GetUsedProperties() const {
+    const auto bit = [](Property property, bool isUsed) { return std::uint64_t{isUsed} << property; };
+    return bit(Property_lat, true) | bit(Property_lon, true) | bit(Property_ele, m_isValidEle) |
+           bit(Property_time, m_isValidTime);
+}
+
 CParentElementInfo* CPtType::GetClassInfo() const {
     if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
     return m_classInfo;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -16,7 +17,7 @@ namespace Gpx {
 
 class CPtType : public KvXmlLib16::CXmlGeneratedClass {
 public:
-    CPtType() : CPtType("ptType") {}
+    CPtType() : CPtType(nullptr) {}
     explicit CPtType(const char* elementName);
     CPtType(const CPtType&) = delete;
     CPtType& operator=(const CPtType&) = delete;
@@ -57,6 +58,7 @@ protected:
     KvXmlLib16::CElementInfo** GetClassElementInfo() const override;
     KvXmlLib16::CAttributeInfo** GetClassAttributeInfo() const override;
     void Init() override;
+    std::uint64_t GetUsedProperties() const override;
 
 private:
     enum Property {

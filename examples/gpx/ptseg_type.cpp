@@ -55,6 +55,11 @@ void CPtsegType::AccessProperty(int propertyIndex, bool read, KvVariant& value) 
     }
 }
 
+std::uint64_t CPtsegType::GetUsedProperties() const {
+    const auto bit = [](Property property, bool isUsed) { return std::uint64_t{isUsed} << property; };
+    return bit(Property_pt, m_pt != nullptr);
+}
+
 CParentElementInfo* CPtsegType::GetClassInfo() const {
     if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
     return m_classInfo;

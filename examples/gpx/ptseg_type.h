@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 
 #include "examples/gpx/pt_type.h"
@@ -14,7 +15,7 @@ namespace Gpx {
 
 class CPtsegType : public KvXmlLib16::CXmlGeneratedClass {
 public:
-    CPtsegType() : CPtsegType("ptsegType") {}
+    CPtsegType() : CPtsegType(nullptr) {}
     explicit CPtsegType(const char* elementName);
     CPtsegType(const CPtsegType&) = delete;
     CPtsegType& operator=(const CPtsegType&) = delete;
@@ -35,6 +36,7 @@ protected:
     KvXmlLib16::CElementInfo** GetClassElementInfo() const override;
     KvXmlLib16::CAttributeInfo** GetClassAttributeInfo() const override;
     void Init() override;
+    std::uint64_t GetUsedProperties() const override;
 
 private:
     enum Property {

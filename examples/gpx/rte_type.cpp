@@ -129,6 +129,15 @@ void CRteType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
     }
 }
 
+std::uint64_t CRteType::GetUsedProperties() const {
+    const auto bit = [](Property property, bool isUsed) { return std::uint64_t{isUsed} << property; };
+    return bit(Property_name, m_name.IsSet()) | bit(Property_cmt, m_cmt.IsSet()) |
+           bit(Property_desc, m_desc.IsSet()) | bit(Property_src, m_src.IsSet()) |
+           bit(Property_link, m_link != nullptr) | bit(Property_number, m_number.IsSet()) |
+           bit(Property_type, m_type.IsSet()) | bit(Property_extensions, m_extensions != nullptr) |
+           bit(Property_rtept, m_rtept != nullptr);
+}
+
 CParentElementInfo* CRteType::GetClassInfo() const {
     if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
     return m_classInfo;

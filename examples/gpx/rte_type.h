@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -20,7 +21,7 @@ namespace Gpx {
 
 class CRteType : public KvXmlLib16::CXmlGeneratedClass {
 public:
-    CRteType() : CRteType("rteType") {}
+    CRteType() : CRteType(nullptr) {}
     explicit CRteType(const char* elementName);
     CRteType(const CRteType&) = delete;
     CRteType& operator=(const CRteType&) = delete;
@@ -86,6 +87,7 @@ protected:
     KvXmlLib16::CElementInfo** GetClassElementInfo() const override;
     KvXmlLib16::CAttributeInfo** GetClassAttributeInfo() const override;
     void Init() override;
+    std::uint64_t GetUsedProperties() const override;
 
 private:
     enum Property {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -20,7 +21,7 @@ namespace Gpx {
 
 class CTrkType : public KvXmlLib16::CXmlGeneratedClass {
 public:
-    CTrkType() : CTrkType("trkType") {}
+    CTrkType() : CTrkType(nullptr) {}
     explicit CTrkType(const char* elementName);
     CTrkType(const CTrkType&) = delete;
     CTrkType& operator=(const CTrkType&) = delete;
@@ -86,6 +87,7 @@ protected:
     KvXmlLib16::CElementInfo** GetClassElementInfo() const override;
     KvXmlLib16::CAttributeInfo** GetClassAttributeInfo() const override;
     void Init() override;
+    std::uint64_t GetUsedProperties() const override;
 
 private:
     enum Property {

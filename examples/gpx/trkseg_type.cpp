@@ -68,6 +68,11 @@ void CTrksegType::AccessProperty(int propertyIndex, bool read, KvVariant& value)
     }
 }
 
+std::uint64_t CTrksegType::GetUsedProperties() const {
+    const auto bit = [](Property property, bool isUsed) { return std::uint64_t{isUsed} << property; };
+    return bit(Property_trkpt, m_trkpt != nullptr) | bit(Property_extensions, m_extensions != nullptr);
+}
+
 CParentElementInfo* CTrksegType::GetClassInfo() const {
     if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
     return m_classInfo;

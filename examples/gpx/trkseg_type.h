@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 
 #include "examples/gpx/extensions_type.h"
@@ -16,7 +17,7 @@ namespace Gpx {
 
 class CTrksegType : public KvXmlLib16::CXmlGeneratedClass {
 public:
-    CTrksegType() : CTrksegType("trksegType") {}
+    CTrksegType() : CTrksegType(nullptr) {}
     explicit CTrksegType(const char* elementName);
     CTrksegType(const CTrksegType&) = delete;
     CTrksegType& operator=(const CTrksegType&) = delete;
@@ -43,6 +44,7 @@ protected:
     KvXmlLib16::CElementInfo** GetClassElementInfo() const override;
     KvXmlLib16::CAttributeInfo** GetClassAttributeInfo() const override;
     void Init() override;
+    std::uint64_t GetUsedProperties() const override;
 
 private:
     enum Property {

@@ -228,6 +228,20 @@ void CWptType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
     }
 }
 
+std::uint64_t CWptType::GetUsedProperties() const {
+    const auto bit = [](Property property, bool isUsed) { return std::uint64_t{isUsed} << property; };
+    return bit(Property_lat, true) | bit(Property_lon, true) | bit(Property_ele, m_isValidEle) |
+           bit(Property_time, m_isValidTime) | bit(Property_magvar, m_isValidMagvar) |
+           bit(Property_geoidheight, m_isValidGeoidheight) | bit(Property_name, m_name.IsSet()) |
+           bit(Property_cmt, m_cmt.IsSet()) | bit(Property_desc, m_desc.IsSet()) |
+           bit(Property_src, m_src.IsSet()) | bit(Property_link, m_link != nullptr) |
+           bit(Property_sym, m_sym.IsSet()) | bit(Property_type, m_type.IsSet()) |
+           bit(Property_fix, m_isValidFix) | bit(Property_sat, m_sat.IsSet()) |
+           bit(Property_hdop, m_isValidHdop) | bit(Property_vdop, m_isValidVdop) |
+           bit(Property_pdop, m_isValidPdop) | bit(Property_ageofdgpsdata, m_isValidAgeofdgpsdata) |
+           bit(Property_dgpsid, m_dgpsid.IsSet()) | bit(Property_extensions, m_extensions != nullptr);
+}
+
 CParentElementInfo* CWptType::GetClassInfo() const {
     if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
     return m_classInfo;

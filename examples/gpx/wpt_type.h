@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -22,7 +23,7 @@ namespace Gpx {
 
 class CWptType : public KvXmlLib16::CXmlGeneratedClass {
 public:
-    CWptType() : CWptType("wptType") {}
+    CWptType() : CWptType(nullptr) {}
     explicit CWptType(const char* elementName);
     CWptType(const CWptType&) = delete;
     CWptType& operator=(const CWptType&) = delete;
@@ -187,6 +188,7 @@ protected:
     KvXmlLib16::CElementInfo** GetClassElementInfo() const override;
     KvXmlLib16::CAttributeInfo** GetClassAttributeInfo() const override;
     void Init() override;
+    std::uint64_t GetUsedProperties() const override;
 
 private:
     enum Property {

@@ -124,7 +124,7 @@ void CAttributeInfoPrimitive::AttributeToXml(const CSerializationContext& contex
                                              const CXmlGeneratedClass* owner, CXmlWriter* writer) {
     KvVariant value;
     if (!ReadForOutput(owner, value)) return;
-    const std::string_view text = value.ToText(writer->ScratchText(), m_formatOverride.c_str());
+    const std::string_view text = value.ToText(writer->ScratchText(), m_formatOverride);
     CheckRestriction(value, text);
     WriteAttribute(context, writer, text, m_itemType);
 }
@@ -136,9 +136,11 @@ bool CAttributeInfoPrimitive::AttributeFromXml(const CSerializationContext& cont
     try {
         const std::string_view text = attribute->GetValueView();
         value.FromString(text, m_itemType, m_whitespaceRule);
-        if (!m_restrictions.IsEmpty()) {
+        if (m_restrictions.HasPattern()) {
             std::string scratch;
             CheckRestriction(value, CWhitespaceUtils::ApplyRuleView(m_whitespaceRule, text, scratch));
+        } else {
+            CheckRestriction(value, {});
         }
     } catch (const CKvException& e) {
         ThrowSetFailed(*attribute, e);

@@ -76,6 +76,8 @@ CElementInfo& CElementInfo::operator=(const CElementInfo& other) {
     m_skippedWhenAbsent.store(other.m_skippedWhenAbsent.load(std::memory_order_relaxed),
                               std::memory_order_relaxed);
     m_hasPseudoElement = other.m_hasPseudoElement;
+    m_writesValue = other.m_writesValue;
+    m_readsMatched = other.m_readsMatched;
     return *this;
 }
 
@@ -110,12 +112,16 @@ std::string CElementInfo::GetAnyDefaultNamespace(const char* restriction, const 
 
 // --- properties --------------------------------------------------------------------------------------------
 
+void CElementInfo::ThrowGetFailed(const CKvException& inner) const {
+    throw CKvValidationException(FormatString("Failed to get the property value for [%s].", m_name.c_str()),
+                                 std::string(), inner);
+}
+
 void CElementInfo::InvokePropertyGet(const CXmlGeneratedClass* owner, KvVariant& value) const {
     try {
         owner->ReadProperty(m_propertyIndex, value);
     } catch (const CKvException& e) {
-        throw CKvValidationException(
-            FormatString("Failed to get the property value for [%s].", m_name.c_str()), std::string(), e);
+        ThrowGetFailed(e);
     }
 }
 
@@ -166,27 +172,26 @@ void CElementInfo::WriteNilElement(CXmlWriter* writer) const {
     writer->WriteEndElement();
 }
 
-bool CElementInfo::ElementToXmlPrim(const CSerializationContext&, const CXmlGeneratedClass* owner,
-                                    CXmlWriter* writer) const {
-    KvVariant value;
-    InvokePropertyGet(owner, value);
+bool CElementInfo::WriteValue(const CSerializationContext&, const KvVariant&, CXmlWriter*) const {
+    return false;
+}
+
+bool CElementInfo::WritePrim(const KvVariant& value, CXmlWriter* writer) const {
     if (!value.IsValid()) return false;
     if (value.IsNil()) {
         WriteNilElement(writer);
         return true;
     }
-    const std::string_view text = value.ToText(writer->ScratchText(), m_formatOverride.c_str());
-    CheckRestriction(value, text);
+    const std::string_view text = value.ToText(writer->ScratchText(), m_formatOverride);
+    if (!m_restrictions.IsEmpty()) CheckRestriction(value, text);
     writer->WriteStartElement(m_name, m_namespace);
     writer->WriteText(text, m_itemType, !m_defaultValue.empty() && text == m_defaultValue);
     writer->WriteEndElement();
     return true;
 }
 
-bool CElementInfo::ElementToXmlEnum(const CSerializationContext&, const CXmlGeneratedClass* owner,
-                                    CXmlWriter* writer, const char* (*enumToString)(int)) const {
-    KvVariant value;
-    InvokePropertyGet(owner, value);
+bool CElementInfo::WriteEnum(const KvVariant& value, CXmlWriter* writer,
+                             const char* (*enumToString)(int)) const {
     if (!value.IsValid()) return false;
     if (value.IsNil()) {
         WriteNilElement(writer);
@@ -199,20 +204,16 @@ bool CElementInfo::ElementToXmlEnum(const CSerializationContext&, const CXmlGene
     return true;
 }
 
-bool CElementInfo::ElementToXmlCls(const CSerializationContext& context, const CXmlGeneratedClass* owner,
-                                   CXmlWriter* writer, bool suppressChoiceError) const {
-    KvVariant value;
-    InvokePropertyGet(owner, value);
+bool CElementInfo::WriteCls(const CSerializationContext& context, const KvVariant& value, CXmlWriter* writer,
+                            bool suppressChoiceError) const {
     const CXmlObjectBase* object = value.PeekXmlObject();
     if (object == nullptr) return false;
     CXmlObjectBase::ToXml_Int(object, writer, false, m_namespace.c_str(), context, suppressChoiceError);
     return true;
 }
 
-bool CElementInfo::ElementToXmlCol(const CSerializationContext& context, const CXmlGeneratedClass* owner,
-                                   CXmlWriter* writer) const {
-    KvVariant value;
-    InvokePropertyGet(owner, value);
+bool CElementInfo::WriteCol(const CSerializationContext& context, const KvVariant& value,
+                            CXmlWriter* writer) const {
     const CXmlCollectionBase* collection = value.PeekXmlCollection();
     if (collection == nullptr || collection->GetCount() <= 0) return false;
     writer->BeginArray();
@@ -221,7 +222,39 @@ bool CElementInfo::ElementToXmlCol(const CSerializationContext& context, const C
     return true;
 }
 
+bool CElementInfo::ElementToXmlPrim(const CSerializationContext&, const CXmlGeneratedClass* owner,
+                                    CXmlWriter* writer) const {
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    return WritePrim(value, writer);
+}
+
+bool CElementInfo::ElementToXmlEnum(const CSerializationContext&, const CXmlGeneratedClass* owner,
+                                    CXmlWriter* writer, const char* (*enumToString)(int)) const {
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    return WriteEnum(value, writer, enumToString);
+}
+
+bool CElementInfo::ElementToXmlCls(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                                   CXmlWriter* writer, bool suppressChoiceError) const {
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    return WriteCls(context, value, writer, suppressChoiceError);
+}
+
+bool CElementInfo::ElementToXmlCol(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                                   CXmlWriter* writer) const {
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    return WriteCol(context, value, writer);
+}
+
 // --- reading -----------------------------------------------------------------------------------------------
+
+void CElementInfo::ReadMatched(const CSerializationContext&, CXmlGeneratedClass*, CXmlElement**) const {
+    throw CKvException("Not implemented, should never be called");
+}
 
 void CElementInfo::RefuseChildElements(const CSerializationContext& context,
                                        const CXmlElement& element) const {
@@ -271,9 +304,11 @@ void CElementInfo::ElementFromXmlPrim(const CSerializationContext& context, CXml
             std::string_view text = element.GetTextView();
             if (text.empty()) text = m_defaultValue;
             value.FromString(text, m_itemType, m_whitespaceRule);
-            if (!m_restrictions.IsEmpty()) {
+            if (m_restrictions.HasPattern()) {
                 std::string scratch;
                 CheckRestriction(value, CWhitespaceUtils::ApplyRuleView(m_whitespaceRule, text, scratch));
+            } else if (!m_restrictions.IsEmpty()) {
+                CheckRestriction(value);
             }
         } catch (const CKvException& e) {
             ThrowSetFailed(element, e);

@@ -85,6 +85,16 @@ protected:
     CElementInfo(const CElementInfo& other);
     CElementInfo& operator=(const CElementInfo& other);
 
+    // What the family's records do with a property that has been read, and with an element that is known to
+    // be theirs; the driver of sequences calls these where it knows that much.
+
+    /// Writes the member that `value` holds. False when it holds none.
+    virtual bool WriteValue(const CSerializationContext& context, const KvVariant& value,
+                            CXmlWriter* writer) const;
+    /// Reads the member from the element under the cursor and moves the cursor past it.
+    virtual void ReadMatched(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                             CXmlElement** cursor) const;
+
     void InvokePropertyGet(const CXmlGeneratedClass* owner, KvVariant& value) const;
     void ReadProperty(const CXmlGeneratedClass* owner, KvVariant& value) const {
         InvokePropertyGet(owner, value);
@@ -94,6 +104,11 @@ protected:
     /// `lexical` is the text of the value, which patterns are matched against.
     void CheckRestriction(const KvVariant& value, std::string_view lexical = {}) const;
 
+    bool WritePrim(const KvVariant& value, CXmlWriter* writer) const;
+    bool WriteEnum(const KvVariant& value, CXmlWriter* writer, const char* (*enumToString)(int)) const;
+    bool WriteCls(const CSerializationContext& context, const KvVariant& value, CXmlWriter* writer,
+                  bool suppressChoiceError) const;
+    bool WriteCol(const CSerializationContext& context, const KvVariant& value, CXmlWriter* writer) const;
     bool ElementToXmlPrim(const CSerializationContext& context, const CXmlGeneratedClass* owner,
                           CXmlWriter* writer) const;
     bool ElementToXmlEnum(const CSerializationContext& context, const CXmlGeneratedClass* owner,
@@ -127,6 +142,10 @@ protected:
     bool IsSkippedWhenAbsent() const noexcept { return m_skippedWhenAbsent.load(std::memory_order_relaxed); }
     /// The member may write attributes through PseudoChildAttributeToXml.
     void SetHasPseudoElement() noexcept { m_hasPseudoElement = true; }
+    /// ElementToXml does what WriteValue does with the property, but for a member that is missing.
+    void SetWritesValue() noexcept { m_writesValue = true; }
+    /// ElementFromXml does what ReadMatched does with an element that is the record's.
+    void SetReadsMatched() noexcept { m_readsMatched = true; }
 
     std::string m_name;
     std::string m_namespace;
@@ -149,10 +168,13 @@ private:
     /// Judges the attributes of a simple element; returns whether it is nil.
     bool ReadSimpleElementAttributes(const CSerializationContext& context, const CXmlElement& element) const;
     void WriteNilElement(CXmlWriter* writer) const;
+    [[noreturn]] void ThrowGetFailed(const KvXmlLib16::CKvException& inner) const;
     [[noreturn]] void ThrowSetFailed(const CXmlElement& element, const KvXmlLib16::CKvException& inner) const;
 
     mutable std::atomic<bool> m_skippedWhenAbsent{false};
     bool m_hasPseudoElement = false;
+    bool m_writesValue = false;
+    bool m_readsMatched = false;
 };
 
 }  // namespace KvXmlLib16Data

@@ -12,10 +12,49 @@ using KvXmlLib16::CSmartPtr;
 // --- single-valued members ---------------------------------------------------------------------------------
 
 template <RecordGroup group, RecordCardinality cardinality>
+void CElementInfoSingle<group, cardinality>::Describe(bool memberHasTag) {
+    SetWritesValue();
+    if (!memberHasTag) return;
+    SetReadsMatched();
+    if (cardinality == RecordCardinality::Opt) SetSkippedWhenAbsent();
+}
+
+template <RecordGroup group, RecordCardinality cardinality>
+CElementInfoSingle<group, cardinality>::CElementInfoSingle(const char* name, const char* ns,
+                                                           int propertyIndex, bool memberHasTag)
+    : CElementInfo(name, ns, propertyIndex) {
+    Describe(memberHasTag);
+}
+
+template <RecordGroup group, RecordCardinality cardinality>
+CElementInfoSingle<group, cardinality>::CElementInfoSingle(const char* name, const char* ns,
+                                                           int propertyIndex, bool nillable,
+                                                           const char* (*enumToString)(int),
+                                                           int (*enumFromString)(const char*),
+                                                           const char* defaultValue)
+    : CElementInfo(name, ns, propertyIndex, nillable, enumToString, enumFromString, defaultValue) {
+    Describe(true);
+}
+
+template <RecordGroup group, RecordCardinality cardinality>
+CElementInfoSingle<group, cardinality>::CElementInfoSingle(const char* name, const char* ns,
+                                                           int propertyIndex, bool nillable,
+                                                           ItemType itemType, const char* formatOverride,
+                                                           CWhitespaceUtils::WhitespaceRule rule,
+                                                           const CPrimitiveRestrictions& restrictions,
+                                                           const char* defaultValue)
+    : CElementInfo(name, ns, propertyIndex, nillable, itemType, formatOverride, rule, restrictions,
+                   defaultValue) {
+    Describe(true);
+}
+
+template <RecordGroup group, RecordCardinality cardinality>
 bool CElementInfoSingle<group, cardinality>::ElementToXml(const CSerializationContext& context,
                                                           const CXmlGeneratedClass* owner,
                                                           CXmlWriter* writer) {
-    const bool written = WriteMember(context, owner, writer);
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    const bool written = WriteValue(context, value, writer);
     if constexpr (cardinality == RecordCardinality::Mnd) {
         if (!written) this->ThrowMandatoryIsNull();
     }
@@ -28,7 +67,7 @@ bool CElementInfoSingle<group, cardinality>::ElementFromXml(const CSerialization
                                                             CXmlElement** cursor, const char*,
                                                             XmlElementType type) {
     if (this->IsThisElement(context, *cursor)) {
-        ReadMember(context, owner, cursor);
+        this->ReadMatched(context, owner, cursor);
         return true;
     }
     if constexpr (cardinality == RecordCardinality::Opt) {
@@ -38,7 +77,7 @@ bool CElementInfoSingle<group, cardinality>::ElementFromXml(const CSerialization
         while (context.GetIgnoreUnknownElements() && *cursor != nullptr) {
             *cursor = (*cursor)->GetNextSiblingElement();
             if (this->IsThisElement(context, *cursor)) {
-                ReadMember(context, owner, cursor);
+                this->ReadMatched(context, owner, cursor);
                 return true;
             }
         }
@@ -57,20 +96,18 @@ CElementInfoPrim<group, cardinality>::CElementInfoPrim(const char* name, const c
                                                        const CPrimitiveRestrictions& restrictions,
                                                        const char* defaultValue)
     : CElementInfoSingle<group, cardinality>(name, ns, propertyIndex, nillable, itemType, formatOverride,
-                                             rule, restrictions, defaultValue) {
-    if (cardinality == RecordCardinality::Opt) this->SetSkippedWhenAbsent();
+                                             rule, restrictions, defaultValue) {}
+
+template <RecordGroup group, RecordCardinality cardinality>
+bool CElementInfoPrim<group, cardinality>::WriteValue(const CSerializationContext&, const KvVariant& value,
+                                                      CXmlWriter* writer) const {
+    return this->WritePrim(value, writer);
 }
 
 template <RecordGroup group, RecordCardinality cardinality>
-bool CElementInfoPrim<group, cardinality>::WriteMember(const CSerializationContext& context,
-                                                       const CXmlGeneratedClass* owner,
-                                                       CXmlWriter* writer) const {
-    return this->ElementToXmlPrim(context, owner, writer);
-}
-
-template <RecordGroup group, RecordCardinality cardinality>
-void CElementInfoPrim<group, cardinality>::ReadMember(const CSerializationContext& context,
-                                                      CXmlGeneratedClass* owner, CXmlElement** cursor) const {
+void CElementInfoPrim<group, cardinality>::ReadMatched(const CSerializationContext& context,
+                                                       CXmlGeneratedClass* owner,
+                                                       CXmlElement** cursor) const {
     this->ElementFromXmlPrim(context, owner, cursor);
 }
 
@@ -82,20 +119,18 @@ CElementInfoEnum<group, cardinality>::CElementInfoEnum(const char* name, const c
                                                        int (*enumFromString)(const char*),
                                                        const char* defaultValue)
     : CElementInfoSingle<group, cardinality>(name, ns, propertyIndex, nillable, enumToString, enumFromString,
-                                             defaultValue) {
-    if (cardinality == RecordCardinality::Opt) this->SetSkippedWhenAbsent();
+                                             defaultValue) {}
+
+template <RecordGroup group, RecordCardinality cardinality>
+bool CElementInfoEnum<group, cardinality>::WriteValue(const CSerializationContext&, const KvVariant& value,
+                                                      CXmlWriter* writer) const {
+    return this->WriteEnum(value, writer, this->m_enumToString);
 }
 
 template <RecordGroup group, RecordCardinality cardinality>
-bool CElementInfoEnum<group, cardinality>::WriteMember(const CSerializationContext& context,
-                                                       const CXmlGeneratedClass* owner,
-                                                       CXmlWriter* writer) const {
-    return this->ElementToXmlEnum(context, owner, writer, this->m_enumToString);
-}
-
-template <RecordGroup group, RecordCardinality cardinality>
-void CElementInfoEnum<group, cardinality>::ReadMember(const CSerializationContext& context,
-                                                      CXmlGeneratedClass* owner, CXmlElement** cursor) const {
+void CElementInfoEnum<group, cardinality>::ReadMatched(const CSerializationContext& context,
+                                                       CXmlGeneratedClass* owner,
+                                                       CXmlElement** cursor) const {
     this->ElementFromXmlEnum(context, owner, cursor);
 }
 
@@ -105,22 +140,18 @@ template <RecordGroup group, RecordCardinality cardinality>
 CElementInfoCls<group, cardinality>::CElementInfoCls(const char* name, const char* ns, int propertyIndex,
                                                      XmlElementType memberType, ObjectFactory factory,
                                                      int classId, bool required)
-    : CElementInfoSingle<group, cardinality>(name, ns, propertyIndex),
+    : CElementInfoSingle<group, cardinality>(name, ns, propertyIndex, memberType == XmlElementType_Element),
       m_memberType(memberType),
       m_factory(factory),
       m_classId(classId),
       m_required(required) {
     if (memberType == XmlElementType_PseudoElement) this->SetHasPseudoElement();
-    if (cardinality == RecordCardinality::Opt && memberType == XmlElementType_Element) {
-        this->SetSkippedWhenAbsent();
-    }
 }
 
 template <RecordGroup group, RecordCardinality cardinality>
-bool CElementInfoCls<group, cardinality>::WriteMember(const CSerializationContext& context,
-                                                      const CXmlGeneratedClass* owner,
-                                                      CXmlWriter* writer) const {
-    return this->ElementToXmlCls(context, owner, writer, false);
+bool CElementInfoCls<group, cardinality>::WriteValue(const CSerializationContext& context,
+                                                     const KvVariant& value, CXmlWriter* writer) const {
+    return this->WriteCls(context, value, writer, false);
 }
 
 template <RecordGroup group, RecordCardinality cardinality>
@@ -135,8 +166,8 @@ CSmartPtr<CXmlObjectBase> CElementInfoCls<group, cardinality>::MemberObject(CXml
 }
 
 template <RecordGroup group, RecordCardinality cardinality>
-void CElementInfoCls<group, cardinality>::ReadMember(const CSerializationContext& context,
-                                                     CXmlGeneratedClass* owner, CXmlElement** cursor) const {
+void CElementInfoCls<group, cardinality>::ReadMatched(const CSerializationContext& context,
+                                                      CXmlGeneratedClass* owner, CXmlElement** cursor) const {
     CXmlElement& element = **cursor;
     bool isNew = false;
     const CSmartPtr<CXmlObjectBase> object = MemberObject(owner, isNew);
@@ -189,7 +220,18 @@ void CElementInfoCls<group, cardinality>::PseudoChildAttributeToXml(const CSeria
 // --- collections -------------------------------------------------------------------------------------------
 
 CElementInfoSeqCol::CElementInfoSeqCol(const char* name, const char* ns, int propertyIndex)
-    : CElementInfo(name, ns, propertyIndex) {}
+    : CElementInfo(name, ns, propertyIndex) {
+    SetWritesValue();
+}
+
+bool CElementInfoSeqCol::WriteValue(const CSerializationContext& context, const KvVariant& value,
+                                    CXmlWriter* writer) const {
+    const CXmlCollectionBase* collection = value.PeekXmlCollection();
+    if (collection == nullptr) return false;
+    collection->ValidateCount(context);
+    WriteCol(context, value, writer);
+    return true;
+}
 
 void CElementInfoSeqCol::LearnBounds(const CXmlCollectionBase& collection) const {
     if (m_itemsHaveTags && collection.GetMinOccurs() <= 0) SetSkippedWhenAbsent();

@@ -27,14 +27,17 @@ public:
                         CXmlElement** cursor, const char* ns, XmlElementType type) override;
 
 protected:
-    using CElementInfo::CElementInfo;
+    /// `memberHasTag`: the member is an element of the record's name.
+    CElementInfoSingle(const char* name, const char* ns, int propertyIndex, bool memberHasTag);
+    CElementInfoSingle(const char* name, const char* ns, int propertyIndex, bool nillable,
+                       const char* (*enumToString)(int), int (*enumFromString)(const char*),
+                       const char* defaultValue);
+    CElementInfoSingle(const char* name, const char* ns, int propertyIndex, bool nillable, ItemType itemType,
+                       const char* formatOverride, CWhitespaceUtils::WhitespaceRule rule,
+                       const CPrimitiveRestrictions& restrictions, const char* defaultValue);
 
-    /// Returns whether the member was set and so written.
-    virtual bool WriteMember(const CSerializationContext& context, const CXmlGeneratedClass* owner,
-                             CXmlWriter* writer) const = 0;
-    /// Reads the member from the element under the cursor and moves the cursor past it.
-    virtual void ReadMember(const CSerializationContext& context, CXmlGeneratedClass* owner,
-                            CXmlElement** cursor) const = 0;
+private:
+    void Describe(bool memberHasTag);
 };
 
 /// Primitive member.
@@ -46,10 +49,10 @@ public:
                      const CPrimitiveRestrictions& restrictions, const char* defaultValue);
 
 protected:
-    bool WriteMember(const CSerializationContext& context, const CXmlGeneratedClass* owner,
-                     CXmlWriter* writer) const override;
-    void ReadMember(const CSerializationContext& context, CXmlGeneratedClass* owner,
-                    CXmlElement** cursor) const override;
+    bool WriteValue(const CSerializationContext& context, const KvVariant& value,
+                    CXmlWriter* writer) const override;
+    void ReadMatched(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                     CXmlElement** cursor) const override;
 };
 
 /// Enumeration member; the property travels as i4.
@@ -62,10 +65,10 @@ public:
                      const char* defaultValue);
 
 protected:
-    bool WriteMember(const CSerializationContext& context, const CXmlGeneratedClass* owner,
-                     CXmlWriter* writer) const override;
-    void ReadMember(const CSerializationContext& context, CXmlGeneratedClass* owner,
-                    CXmlElement** cursor) const override;
+    bool WriteValue(const CSerializationContext& context, const KvVariant& value,
+                    CXmlWriter* writer) const override;
+    void ReadMatched(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                     CXmlElement** cursor) const override;
 };
 
 /// Makes an object of a generated class: class identifier and element name. Never null for a known class.
@@ -86,10 +89,10 @@ public:
                                    CXmlWriter* writer) override;
 
 protected:
-    bool WriteMember(const CSerializationContext& context, const CXmlGeneratedClass* owner,
-                     CXmlWriter* writer) const override;
-    void ReadMember(const CSerializationContext& context, CXmlGeneratedClass* owner,
-                    CXmlElement** cursor) const override;
+    bool WriteValue(const CSerializationContext& context, const KvVariant& value,
+                    CXmlWriter* writer) const override;
+    void ReadMatched(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                     CXmlElement** cursor) const override;
 
 private:
     KvXmlLib16::CSmartPtr<CXmlObjectBase> MemberObject(CXmlGeneratedClass* owner, bool& isNew) const;
@@ -112,6 +115,9 @@ public:
                         CXmlElement** cursor, const char* ns, XmlElementType type) override;
 
 protected:
+    bool WriteValue(const CSerializationContext& context, const KvVariant& value,
+                    CXmlWriter* writer) const override;
+
     /// The items are elements of the record's name.
     bool m_itemsHaveTags = true;
 

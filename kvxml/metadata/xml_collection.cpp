@@ -107,9 +107,9 @@ CXmlCollection::CNode* CXmlCollection::GetNodeForItem(const CXmlObjectBase* item
 
 // --- changes -----------------------------------------------------------------------------------------------
 
-void CXmlCollection::Insert(CNode* before, CXmlObjectBase* item) {
+void CXmlCollection::Insert(CNode* before, CSmartPtr<CXmlObjectBase> added) {
+    CXmlObjectBase* const item = added.Get();
     if (item == nullptr) throw CKvInvalidParamException("An item of a collection may not be NULL");
-    const CSmartPtr<CXmlObjectBase> keep(item);
     if (HasListeners()) {
         const CSmartPtr<CXmlObjectBase> place(before == nullptr ? nullptr : before->item);
         const std::uint32_t removals = m_removals;
@@ -117,13 +117,15 @@ void CXmlCollection::Insert(CNode* before, CXmlObjectBase* item) {
         if (m_removals != removals && !HasNode(before, place.Get())) before = nullptr;
     }
     CNode* node = NewNode();
-    node->item = keep;
+    node->item = std::move(added);
     node->next = before;
     node->previous = before == nullptr ? m_tail : before->previous;
     (node->previous == nullptr ? m_head : node->previous->next) = node;
     (before == nullptr ? m_tail : before->previous) = node;
     ++m_count;
     if (before != nullptr) m_lastNode = nullptr;
+    if (!HasListeners()) return;
+    const CSmartPtr<CXmlObjectBase> keep(item);  // a listener may remove it again
     FireOnCollectionAddComplete(item);
     FireOnCollectionChange();
 }
@@ -210,7 +212,7 @@ CXmlElement* CXmlCollection::ReadItems(CXmlElement* cursor, const CSerialization
         }
         CSmartPtr<CXmlObjectBase> item(create());
         CXmlObjectBase::FromXml_Int(item.Get(), cursor, cursor->GetFirstElement(), context, false);
-        AppendItem(item.Get());
+        Insert(nullptr, std::move(item));
         cursor = cursor->GetNextSiblingElement();
     }
     return cursor;

@@ -72,7 +72,7 @@ protected:
     CXmlElement* ReadItems(CXmlElement* cursor, const CSerializationContext& context, CreateItem create);
 
 private:
-    void Insert(CNode* before, CXmlObjectBase* item);
+    void Insert(CNode* before, CSmartPtr<CXmlObjectBase> added);
     CNode* NewNode();
     void FreeNode(CNode* node) noexcept;
     void RemoveNodeAt(CNode* node, std::int32_t index);

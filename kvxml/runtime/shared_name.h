@@ -31,6 +31,8 @@ public:
     /// Zero-terminated; valid while this object holds the text.
     const char* CStr() const noexcept { return m_block == nullptr ? "" : Text(m_block); }
     bool IsEmpty() const noexcept { return m_block == nullptr; }
+    /// Both share one text; false does not mean that the texts differ.
+    bool IsSame(const CSharedName& other) const noexcept { return m_block == other.m_block; }
 
 private:
     struct Block {

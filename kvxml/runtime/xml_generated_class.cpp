@@ -80,6 +80,10 @@ CXmlGeneratedClass::CXmlGeneratedClass(const CXmlGeneratedClass& other) noexcept
 CXmlGeneratedClass& CXmlGeneratedClass::operator=(const CXmlGeneratedClass& other) noexcept = default;
 CXmlGeneratedClass::~CXmlGeneratedClass() = default;
 
+std::uint64_t CXmlGeneratedClass::GetUsedProperties() const {
+    return ~std::uint64_t{0};
+}
+
 // --- metadata ----------------------------------------------------------------------------------------------
 
 int CXmlGeneratedClass::GetClassElementInfoCount() const {
@@ -158,7 +162,9 @@ void CXmlGeneratedClass::ReadContent(CXmlElement* element, CXmlElement*& cursor,
     Init();
     const CParentElementInfo& record = *GetClassInfo();
     if (record.GetElementType() == XmlElementType_Element) {
-        SetElementName(std::string_view(element->GetLocalName()));
+        const internal::CXmlName& name = *element->GetName();
+        if (name.shared.IsEmpty()) name.shared = internal::CSharedName(name.local);
+        SetElementName(name.shared);
     }
     ProcessAttributesFromXml(context, element, record.GetFromXmlFailIfAttributeUnknown());
     if (IsNillableClass() && dynamic_cast<INillable*>(this)->IsNil()) return;
@@ -286,6 +292,10 @@ CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationCo
                     claimed = cursor;
                 }
                 if (claimant != i) continue;
+                if (record.m_readsMatched) {
+                    record.ReadMatched(context, this, &cursor);
+                    continue;
+                }
             }
             while (!record.ElementFromXml(context, this, parent, &cursor, ns.c_str(), type)) {
                 if (!context.GetIgnoreUnknownElements() || cursor == nullptr) return first;
@@ -314,6 +324,11 @@ void CXmlGeneratedClass::ToXml_Int(CXmlWriter* writer, bool isRoot, const char* 
     }
 }
 
+std::string_view CXmlGeneratedClass::EffectiveElementName() const {
+    const std::string_view name = GetElementNameView();
+    return name.empty() ? std::string_view(GetClassInfo()->GetElementName()) : name;
+}
+
 void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
                                       const CSerializationContext& context, bool suppressChoiceError) const {
     const CParentElementInfo& record = *GetClassInfo();
@@ -332,7 +347,7 @@ void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const cha
             throw CKvException(FormatString("The elements are nested deeper than the limit of %u.",
                                             context.GetMaxElementDepth()));
         }
-        writer->WriteStartElement(GetElementNameView(), namespaceUri);
+        writer->WriteStartElement(EffectiveElementName(), namespaceUri);
         if (isRoot) {
             if (const CAttributeCol* attributes = context.FindAdditionalRootAttributes())
                 ToXml_Int(attributes, writer, false, namespaceUri, context, false);
@@ -376,7 +391,7 @@ void CXmlGeneratedClass::AttributesToXml_Int(CXmlWriter* writer, const CSerializ
         // A pseudo element has no element whose type could differ.
         if (record.GetHasBaseClasses() && context.GetWriteTypeAttribute() &&
             record.GetElementType() == XmlElementType_Element &&
-            record.GetElementName() != GetElementNameView()) {
+            record.GetElementName() != EffectiveElementName()) {
             writer->WriteTypeAttribute(record.GetElementNamespace(), record.GetElementName(),
                                        ItemType_string);
         }
@@ -409,8 +424,26 @@ void CXmlGeneratedClass::ProcessAttributesToXml(const CSerializationContext& con
 void CXmlGeneratedClass::ProcessElementSeqToXml(const CSerializationContext& context,
                                                 CElementInfo** elementInfo, CXmlWriter* writer) const {
     if (elementInfo == nullptr) return;
-    for (CElementInfo** record = elementInfo; *record != nullptr; ++record) {
-        (*record)->ElementToXml(context, this, writer);
+    const std::uint64_t used = GetUsedProperties();
+    const auto isUnused = [used](const CElementInfo& record) {
+        const auto index = static_cast<unsigned>(record.m_propertyIndex);
+        return index < 64 && (used >> index & 1) == 0 && record.IsSkippedWhenAbsent();
+    };
+    KvVariant value;
+    for (CElementInfo** at = elementInfo; *at != nullptr; ++at) {
+        CElementInfo& record = **at;
+        if (record.m_writesValue) {
+            if (isUnused(record)) continue;
+            value.Clear();
+            try {
+                ReadProperty(record.m_propertyIndex, value);
+            } catch (const CKvException& e) {
+                record.ThrowGetFailed(e);
+            }
+            if (value.IsValid() ? record.WriteValue(context, value, writer) : record.IsSkippedWhenAbsent())
+                continue;
+        }
+        record.ElementToXml(context, this, writer);
     }
 }
 

@@ -3,6 +3,8 @@
 /// docs/generated-code.md tells step by step what a class derived from this one must provide.
 #pragma once
 
+#include <cstdint>
+
 #include "kvxml/export.h"
 #include "kvxml/metadata/attribute_info.h"
 #include "kvxml/metadata/element_info.h"
@@ -55,6 +57,10 @@ protected:
     virtual CAttributeInfo** GetClassAttributeInfo() const = 0;
     /// Puts the object back into its freshly constructed state; called at the start of every read.
     virtual void Init() = 0;
+    /// Optional, for speed: a bit for every property index below 64; a clear one promises that reading the
+    /// property now would leave the value invalid. Objects of which most members are not set are written
+    /// faster with it. Here every bit is set.
+    virtual std::uint64_t GetUsedProperties() const;
 
     // --- for generated code -------------------------------------------------------------------------------
 
@@ -94,6 +100,8 @@ private:
 
     int AttributeRecordCount(CAttributeInfo** records) const;
     bool IsNillableClass() const;
+    /// The object's element name, or while it has none, that of its class.
+    std::string_view EffectiveElementName() const;
     void ReadContent(CXmlElement* element, CXmlElement*& cursor, const CSerializationContext& context,
                      bool suppressChoiceError);
     void ReadSimpleContent(const CXmlElement& element);

@@ -180,6 +180,10 @@ protected:
         if (name != m_elementName.View()) m_elementName = internal::CSharedName(name);
     }
 
+    void SetElementName(const internal::CSharedName& name) {
+        if (!name.IsSame(m_elementName)) m_elementName = name;
+    }
+
     // Reach the protected operations of another object; used by collections and the metadata records.
     static void SetElementName(CXmlObjectBase* object, std::string_view name) {
         object->SetElementName(name);

@@ -5,7 +5,8 @@
 
 namespace KvXmlLib16 {
 
-/// Primitive kind of a value: 1 to 26 are the XSD kinds; 27 and 28 are the references that a variant can hold.
+/// Primitive kind of a value: 1 to 26 are the XSD kinds; 27 and 28 are the references that a variant can
+/// hold.
 enum ItemType : std::int32_t {
     ItemType_Unknown = 0,
     ItemType_hexBinary = 1,

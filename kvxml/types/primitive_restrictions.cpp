@@ -276,7 +276,7 @@ CPrimitiveRestrictions::CPrimitiveRestrictions(const char* pattern, std::int32_t
                                                const char* maxExclusive, std::int32_t length,
                                                std::int32_t totalDigits, std::int32_t fractionDigits,
                                                CWhitespaceUtils::WhitespaceRule rule, const char* enumeration)
-    : m_rule(rule) {
+    : m_rule(rule), m_hasPattern(pattern != nullptr && *pattern != '\0') {
     const std::string_view values = TextOf(enumeration);
     const bool anyText =
         !(std::string_view(TextOf(pattern)).empty() && std::string_view(TextOf(minInclusive)).empty() &&

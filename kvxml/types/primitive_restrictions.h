@@ -63,6 +63,8 @@ public:
 
     /// True when there is no facet to check.
     bool IsEmpty() const noexcept { return m_facets == nullptr; }
+    /// True when values are matched against a pattern, for which their lexical text matters.
+    bool HasPattern() const noexcept { return m_hasPattern; }
     CWhitespaceUtils::WhitespaceRule GetWhitespaceRule() const noexcept { return m_rule; }
 
     /// Checks `value`, which is of kind `type` and belongs to the member `name`. The text of a kind other
@@ -135,6 +137,7 @@ private:
 
     std::shared_ptr<const internal::Facets> m_facets;
     CWhitespaceUtils::WhitespaceRule m_rule = CWhitespaceUtils::WhitespaceRule_None;
+    bool m_hasPattern = false;
 };
 
 }  // namespace KvXmlLib16

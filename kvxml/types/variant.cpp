@@ -168,19 +168,19 @@ std::string KvVariant::GetType() const {
 
 std::string KvVariant::ToString(const char* format) const {
     std::string scratch;
-    const std::string_view text = ToText(scratch, format);
+    const std::string_view text =
+        ToText(scratch, format == nullptr ? std::string_view() : std::string_view(format));
     if (text.data() == scratch.data()) return scratch;
     return std::string(text);
 }
 
-std::string_view KvVariant::ToText(std::string& scratch, const char* format) const {
+std::string_view KvVariant::ToText(std::string& scratch, std::string_view format) const {
     if (!m_holds) {
         if (m_type == ItemType_Unknown) ThrowInvalidType("Invalid Type %d to convert to string", m_type);
         return std::string_view();  // nil
     }
     if (m_type == ItemType_string) return StringValue();
     scratch.clear();
-    const std::string_view shape = format == nullptr ? std::string_view() : std::string_view(format);
     switch (m_type) {
         case ItemType_hexBinary:
             CConversions::AppendHexBinary(scratch, BinaryValue());
@@ -213,10 +213,10 @@ std::string_view KvVariant::ToText(std::string& scratch, const char* format) con
             CConversions::AppendUI8(scratch, GetUI8());
             break;
         case ItemType_r4:
-            CConversions::AppendR4(scratch, GetR4(), shape);
+            CConversions::AppendR4(scratch, GetR4(), format);
             break;
         case ItemType_r8:
-            CConversions::AppendR8(scratch, GetR8(), shape);
+            CConversions::AppendR8(scratch, GetR8(), format);
             break;
         case ItemType_duration:
             CConversions::AppendDuration(scratch, DurationValue());
@@ -244,7 +244,7 @@ std::string_view KvVariant::ToText(std::string& scratch, const char* format) con
             CConversions::AppendBoolean(scratch, GetBoolean());
             break;
         case ItemType_decimal:
-            CConversions::AppendDecimal(scratch, DecimalValue(), shape);
+            CConversions::AppendDecimal(scratch, DecimalValue(), format);
             break;
         case ItemType_integer:
             CConversions::AppendInteger(scratch, IntegerValue());

@@ -143,7 +143,7 @@ public:
     /// "Invalid Type %d to convert to string" when no primitive value is held.
     std::string ToString(const char* format) const;
     /// As ToString; the result is a view of the held string or of `scratch`, valid until either changes.
-    std::string_view ToText(std::string& scratch, const char* format) const;
+    std::string_view ToText(std::string& scratch, std::string_view format) const;
     /// Parses `text` as `type` under `rule`. On failure (CKvInvalidValueException and what else the
     /// conversions throw) the previous value stays.
     void FromString(std::string_view text, ItemType type, CWhitespaceUtils::WhitespaceRule rule);

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -38,7 +39,8 @@ public:
     /// As ApplyRule without copying where possible: the result is a view of `text` when the rule changes
     /// nothing or only cuts off the ends, otherwise of `scratch`, whose former content is lost.
     static std::string_view ApplyRuleView(WhitespaceRule rule, std::string_view text, std::string& scratch) {
-        if (rule == WhitespaceRule_None) return text;
+        if (rule == WhitespaceRule_None || (rule <= WhitespaceRule_Collapse && IsFreeOfBlanks(text)))
+            return text;
         return ApplyRuleSlow(rule, text, scratch);
     }
     /// True for space, tab, line feed and carriage return.
@@ -47,6 +49,27 @@ public:
     }
 
 private:
+    /// False when a byte may be a blank or a control character: quick and not exact. The short texts that
+    /// most values are have none.
+    static bool IsFreeOfBlanks(std::string_view text) noexcept {
+        constexpr std::uint64_t kOnes = 0x0101010101010101u;
+        constexpr std::uint64_t kHighs = 0x8080808080808080u;
+        const auto suspicious = [](const char* at) {
+            std::uint64_t word;
+            std::memcpy(&word, at, sizeof(word));
+            return (word - kOnes * 0x21) & ~word & kHighs;
+        };
+        if (text.size() < sizeof(std::uint64_t)) {
+            for (const char c : text) {
+                if (static_cast<unsigned char>(c) < 0x21) return false;
+            }
+            return true;
+        }
+        for (std::size_t i = 0; i + sizeof(std::uint64_t) <= text.size(); i += sizeof(std::uint64_t)) {
+            if (suspicious(text.data() + i) != 0) return false;
+        }
+        return suspicious(text.data() + text.size() - sizeof(std::uint64_t)) == 0;
+    }
     static std::string_view ApplyRuleSlow(WhitespaceRule rule, std::string_view text, std::string& scratch);
 };
 

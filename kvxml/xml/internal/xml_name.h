@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "kvxml/runtime/shared_name.h"
+
 namespace KvXmlLib16::internal {
 
 class CXmlTree;
@@ -20,6 +22,8 @@ struct CXmlName {
     /// What the binder found out about this name last: of the tree it is only storage.
     mutable std::uint64_t cacheKey = 0;
     mutable std::uint32_t cacheValue = 0;
+    /// The local name as objects keep it; empty until one asks.
+    mutable CSharedName shared;
 };
 
 }  // namespace KvXmlLib16::internal
