@@ -140,7 +140,7 @@ std::string ReadAll(const std::string& name) {
 }
 
 TEST(GeneratedCodeDoc, ShowsTheClassAsItIsCompiledHere) {
-    const std::string root = KVXML_TEST_DATA "/../../";
+    const std::string root = KVXML_SOURCE_DIR "/";
     const std::string source = ReadAll(root + "tests/examples/generated_code_doc_test.cpp");
     const std::string marker = "// [example]\n";
     const std::size_t begin = source.find(marker) + marker.size();

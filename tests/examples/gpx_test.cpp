@@ -26,7 +26,7 @@ std::string ReadAll(const std::string& name) {
 }
 
 std::string SampleName() {
-    return KVXML_TEST_DATA "/../../examples/gpx/sample.gpx";
+    return KVXML_SOURCE_DIR "/examples/gpx/sample.gpx";
 }
 
 /// The sample as it is written back: without the one piece of extension content.
