@@ -15,7 +15,8 @@
 
 /// Lets the compiler check a printf-style format against its arguments.
 #if defined(__GNUC__)
-#define KVXML_PRINTF_FORMAT(formatIndex, firstArgument) __attribute__((format(printf, formatIndex, firstArgument)))
+#define KVXML_PRINTF_FORMAT(formatIndex, firstArgument) \
+    __attribute__((format(printf, formatIndex, firstArgument)))
 #else
 #define KVXML_PRINTF_FORMAT(formatIndex, firstArgument)
 #endif

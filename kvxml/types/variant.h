@@ -133,7 +133,10 @@ public:
     }
 
     /// Moves the value out; the variant keeps its kind and an empty value.
-    std::string TakeString() { return m_borrowed ? StringValue() : std::move(As<std::string>()); }
+    std::string TakeString() {
+        if (m_borrowed) return StringValue();
+        return std::move(As<std::string>());
+    }
     CDecimal TakeDecimal() { return std::move(As<CDecimal>()); }
     CBigInteger TakeInteger() { return std::move(As<CBigInteger>()); }
     CBinaryData TakeBinary() { return std::move(As<CBinaryData>()); }

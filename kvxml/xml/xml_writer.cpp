@@ -15,7 +15,7 @@ constexpr std::string_view kXmlNamespace = "http://www.w3.org/XML/1998/namespace
 /// that follow Z as first one, up to z; then numbered ones.
 std::string PrefixCandidate(unsigned n) {
     constexpr unsigned kLetters = 26;
-    if (n / kLetters > 'z' - 'A') return "N" + std::to_string(n);
+    if (n / kLetters > 'z' - 'A') return std::string(1, 'N').append(std::to_string(n));
     return {static_cast<char>('A' + n / kLetters), static_cast<char>('A' + n % kLetters)};
 }
 
@@ -73,7 +73,7 @@ CXmlWriter::CXmlWriter() {
 
 CXmlWriter::~CXmlWriter() {
     while (m_first != nullptr) {
-        CXmlWriterContext* const next = m_first->reusable;
+        CXmlWriterContext* const next = m_first->m_reusable;
         delete m_first;
         m_first = next;
     }
@@ -105,12 +105,12 @@ bool CXmlWriter::IsXmlNamespace(std::string_view uri) noexcept {
 CXmlWriter::CXmlWriterContext* CXmlWriter::AddContext() {
     auto context = std::make_unique<CXmlWriterContext>();
     context->parent = m_current;
-    return (m_current != nullptr ? m_current->reusable : m_first) = context.release();
+    return (m_current != nullptr ? m_current->m_reusable : m_first) = context.release();
 }
 
 void CXmlWriter::EnterDocument(CXmlWriterContext& context) {
-    if (context.ownScope == nullptr) context.ownScope = std::make_unique<NamespaceScope>();
-    NamespaceScope& scope = *context.ownScope;
+    if (context.m_ownScope == nullptr) context.m_ownScope = std::make_unique<NamespaceScope>();
+    NamespaceScope& scope = *context.m_ownScope;
     scope = NamespaceScope();
     scope.defaultNamespace = m_documentScope.defaultNamespace;
     // What a start tag cannot declare without being ill-formed is left out: such a namespace gets an
@@ -125,12 +125,12 @@ void CXmlWriter::EnterDocument(CXmlWriterContext& context) {
 }
 
 CXmlWriter::NamespaceScope& CXmlWriter::OwnScope(CXmlWriterContext& context) {
-    if (context.ownScope == nullptr) context.ownScope = std::make_unique<NamespaceScope>();
-    if (context.scope != context.ownScope.get()) {
-        *context.ownScope = *context.scope;
-        context.scope = context.ownScope.get();
+    if (context.m_ownScope == nullptr) context.m_ownScope = std::make_unique<NamespaceScope>();
+    if (context.scope != context.m_ownScope.get()) {
+        *context.m_ownScope = *context.scope;
+        context.scope = context.m_ownScope.get();
     }
-    return *context.ownScope;
+    return *context.m_ownScope;
 }
 
 const CXmlWriter::NamespaceScope::Alias& CXmlWriter::InventPrefix(std::string_view uri) {

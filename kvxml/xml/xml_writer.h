@@ -142,12 +142,12 @@ protected:
         char shortName[kShortName] = {};  // the name, when it fits
         std::string longName;             // the name, when it does not
         CXmlWriterContext* parent = nullptr;
-        const NamespaceScope* scope = nullptr;  // the effective one: ownScope or an ancestor's
+        const NamespaceScope* scope = nullptr;  // the effective one: m_ownScope or an ancestor's
 
     private:
         friend class CXmlWriter;
-        std::unique_ptr<NamespaceScope> ownScope;  // kept for reuse; in force only if `scope` points to it
-        CXmlWriterContext* reusable = nullptr;     // the context of the next level, when there was one
+        std::unique_ptr<NamespaceScope> m_ownScope;  // kept for reuse; in force only if `scope` points to it
+        CXmlWriterContext* m_reusable = nullptr;     // the context of the next level, when there was one
     };
 
     CXmlWriter();
@@ -157,7 +157,7 @@ protected:
     /// namespace and prefixes, a child shares its parent's. The start tag is open; depth is the parent's
     /// plus 1.
     CXmlWriterContext* PushContext() {
-        CXmlWriterContext* context = m_current != nullptr ? m_current->reusable : m_first;
+        CXmlWriterContext* context = m_current != nullptr ? m_current->m_reusable : m_first;
         if (context == nullptr) context = AddContext();
         context->childCount = 0;
         context->arrayMode = kArrayNone;
@@ -191,7 +191,7 @@ private:
     NamespaceScope& OwnScope(CXmlWriterContext& context);
 
     CXmlWriterContext* m_current = nullptr;
-    CXmlWriterContext* m_first = nullptr;  // of the document element; owns the rest through `reusable`
+    CXmlWriterContext* m_first = nullptr;  // of the document element; owns the rest through `m_reusable`
     NamespaceScope m_documentScope;
     std::string m_scratch;
 };
