@@ -37,8 +37,8 @@ void CWptType::Init() {
     m_lon = CDecimal();
     m_isValidEle = false;
     m_isValidTime = false;
-    m_isValidMagvar = false;
-    m_isValidGeoidheight = false;
+    m_magvar.Reset();
+    m_geoidheight.Reset();
     m_name.Reset();
     m_cmt.Reset();
     m_desc.Reset();
@@ -48,10 +48,10 @@ void CWptType::Init() {
     m_type.Reset();
     m_isValidFix = false;
     m_sat.Reset();
-    m_isValidHdop = false;
-    m_isValidVdop = false;
-    m_isValidPdop = false;
-    m_isValidAgeofdgpsdata = false;
+    m_hdop.Reset();
+    m_vdop.Reset();
+    m_pdop.Reset();
+    m_ageofdgpsdata.Reset();
     m_dgpsid.Reset();
     m_extensions.Reset();
 }
@@ -106,14 +106,14 @@ void CWptType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
             break;
         case Property_magvar:
             if (read) {
-                if (m_isValidMagvar) value.SetDecimal(m_magvar);
+                if (m_magvar.IsSet()) value.SetDecimal(*m_magvar);
             } else {
                 SetMagvar(value.TakeDecimal());
             }
             break;
         case Property_geoidheight:
             if (read) {
-                if (m_isValidGeoidheight) value.SetDecimal(m_geoidheight);
+                if (m_geoidheight.IsSet()) value.SetDecimal(*m_geoidheight);
             } else {
                 SetGeoidheight(value.TakeDecimal());
             }
@@ -183,28 +183,28 @@ void CWptType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
             break;
         case Property_hdop:
             if (read) {
-                if (m_isValidHdop) value.SetDecimal(m_hdop);
+                if (m_hdop.IsSet()) value.SetDecimal(*m_hdop);
             } else {
                 SetHdop(value.TakeDecimal());
             }
             break;
         case Property_vdop:
             if (read) {
-                if (m_isValidVdop) value.SetDecimal(m_vdop);
+                if (m_vdop.IsSet()) value.SetDecimal(*m_vdop);
             } else {
                 SetVdop(value.TakeDecimal());
             }
             break;
         case Property_pdop:
             if (read) {
-                if (m_isValidPdop) value.SetDecimal(m_pdop);
+                if (m_pdop.IsSet()) value.SetDecimal(*m_pdop);
             } else {
                 SetPdop(value.TakeDecimal());
             }
             break;
         case Property_ageofdgpsdata:
             if (read) {
-                if (m_isValidAgeofdgpsdata) value.SetDecimal(m_ageofdgpsdata);
+                if (m_ageofdgpsdata.IsSet()) value.SetDecimal(*m_ageofdgpsdata);
             } else {
                 SetAgeofdgpsdata(value.TakeDecimal());
             }
@@ -231,14 +231,14 @@ void CWptType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
 std::uint64_t CWptType::GetUsedProperties() const {
     const auto bit = [](Property property, bool isUsed) { return std::uint64_t{isUsed} << property; };
     return bit(Property_lat, true) | bit(Property_lon, true) | bit(Property_ele, m_isValidEle) |
-           bit(Property_time, m_isValidTime) | bit(Property_magvar, m_isValidMagvar) |
-           bit(Property_geoidheight, m_isValidGeoidheight) | bit(Property_name, m_name.IsSet()) |
+           bit(Property_time, m_isValidTime) | bit(Property_magvar, m_magvar.IsSet()) |
+           bit(Property_geoidheight, m_geoidheight.IsSet()) | bit(Property_name, m_name.IsSet()) |
            bit(Property_cmt, m_cmt.IsSet()) | bit(Property_desc, m_desc.IsSet()) |
            bit(Property_src, m_src.IsSet()) | bit(Property_link, m_link != nullptr) |
            bit(Property_sym, m_sym.IsSet()) | bit(Property_type, m_type.IsSet()) |
            bit(Property_fix, m_isValidFix) | bit(Property_sat, m_sat.IsSet()) |
-           bit(Property_hdop, m_isValidHdop) | bit(Property_vdop, m_isValidVdop) |
-           bit(Property_pdop, m_isValidPdop) | bit(Property_ageofdgpsdata, m_isValidAgeofdgpsdata) |
+           bit(Property_hdop, m_hdop.IsSet()) | bit(Property_vdop, m_vdop.IsSet()) |
+           bit(Property_pdop, m_pdop.IsSet()) | bit(Property_ageofdgpsdata, m_ageofdgpsdata.IsSet()) |
            bit(Property_dgpsid, m_dgpsid.IsSet()) | bit(Property_extensions, m_extensions != nullptr);
 }
 

@@ -59,24 +59,16 @@ public:
     void UnsetTime() { m_isValidTime = false; }
 
     // element `magvar`: optional, magnetic variation in degrees
-    KvXmlLib16::CDecimal GetMagvar() const { return m_isValidMagvar ? m_magvar : KvXmlLib16::CDecimal(); }
-    void SetMagvar(KvXmlLib16::CDecimal value) {
-        m_magvar = std::move(value);
-        m_isValidMagvar = true;
-    }
-    bool IsValidMagvar() const { return m_isValidMagvar; }
-    void UnsetMagvar() { m_isValidMagvar = false; }
+    KvXmlLib16::CDecimal GetMagvar() const { return m_magvar.Get(); }
+    void SetMagvar(KvXmlLib16::CDecimal value) { m_magvar.Set(std::move(value)); }
+    bool IsValidMagvar() const { return m_magvar.IsSet(); }
+    void UnsetMagvar() { m_magvar.Reset(); }
 
     // element `geoidheight`: optional, metres above the ellipsoid
-    KvXmlLib16::CDecimal GetGeoidheight() const {
-        return m_isValidGeoidheight ? m_geoidheight : KvXmlLib16::CDecimal();
-    }
-    void SetGeoidheight(KvXmlLib16::CDecimal value) {
-        m_geoidheight = std::move(value);
-        m_isValidGeoidheight = true;
-    }
-    bool IsValidGeoidheight() const { return m_isValidGeoidheight; }
-    void UnsetGeoidheight() { m_isValidGeoidheight = false; }
+    KvXmlLib16::CDecimal GetGeoidheight() const { return m_geoidheight.Get(); }
+    void SetGeoidheight(KvXmlLib16::CDecimal value) { m_geoidheight.Set(std::move(value)); }
+    bool IsValidGeoidheight() const { return m_geoidheight.IsSet(); }
+    void UnsetGeoidheight() { m_geoidheight.Reset(); }
 
     // element `name`: optional
     std::string GetName() const { return m_name.Get(); }
@@ -133,42 +125,28 @@ public:
     void UnsetSat() { m_sat.Reset(); }
 
     // element `hdop`: optional
-    KvXmlLib16::CDecimal GetHdop() const { return m_isValidHdop ? m_hdop : KvXmlLib16::CDecimal(); }
-    void SetHdop(KvXmlLib16::CDecimal value) {
-        m_hdop = std::move(value);
-        m_isValidHdop = true;
-    }
-    bool IsValidHdop() const { return m_isValidHdop; }
-    void UnsetHdop() { m_isValidHdop = false; }
+    KvXmlLib16::CDecimal GetHdop() const { return m_hdop.Get(); }
+    void SetHdop(KvXmlLib16::CDecimal value) { m_hdop.Set(std::move(value)); }
+    bool IsValidHdop() const { return m_hdop.IsSet(); }
+    void UnsetHdop() { m_hdop.Reset(); }
 
     // element `vdop`: optional
-    KvXmlLib16::CDecimal GetVdop() const { return m_isValidVdop ? m_vdop : KvXmlLib16::CDecimal(); }
-    void SetVdop(KvXmlLib16::CDecimal value) {
-        m_vdop = std::move(value);
-        m_isValidVdop = true;
-    }
-    bool IsValidVdop() const { return m_isValidVdop; }
-    void UnsetVdop() { m_isValidVdop = false; }
+    KvXmlLib16::CDecimal GetVdop() const { return m_vdop.Get(); }
+    void SetVdop(KvXmlLib16::CDecimal value) { m_vdop.Set(std::move(value)); }
+    bool IsValidVdop() const { return m_vdop.IsSet(); }
+    void UnsetVdop() { m_vdop.Reset(); }
 
     // element `pdop`: optional
-    KvXmlLib16::CDecimal GetPdop() const { return m_isValidPdop ? m_pdop : KvXmlLib16::CDecimal(); }
-    void SetPdop(KvXmlLib16::CDecimal value) {
-        m_pdop = std::move(value);
-        m_isValidPdop = true;
-    }
-    bool IsValidPdop() const { return m_isValidPdop; }
-    void UnsetPdop() { m_isValidPdop = false; }
+    KvXmlLib16::CDecimal GetPdop() const { return m_pdop.Get(); }
+    void SetPdop(KvXmlLib16::CDecimal value) { m_pdop.Set(std::move(value)); }
+    bool IsValidPdop() const { return m_pdop.IsSet(); }
+    void UnsetPdop() { m_pdop.Reset(); }
 
     // element `ageofdgpsdata`: optional, seconds
-    KvXmlLib16::CDecimal GetAgeofdgpsdata() const {
-        return m_isValidAgeofdgpsdata ? m_ageofdgpsdata : KvXmlLib16::CDecimal();
-    }
-    void SetAgeofdgpsdata(KvXmlLib16::CDecimal value) {
-        m_ageofdgpsdata = std::move(value);
-        m_isValidAgeofdgpsdata = true;
-    }
-    bool IsValidAgeofdgpsdata() const { return m_isValidAgeofdgpsdata; }
-    void UnsetAgeofdgpsdata() { m_isValidAgeofdgpsdata = false; }
+    KvXmlLib16::CDecimal GetAgeofdgpsdata() const { return m_ageofdgpsdata.Get(); }
+    void SetAgeofdgpsdata(KvXmlLib16::CDecimal value) { m_ageofdgpsdata.Set(std::move(value)); }
+    bool IsValidAgeofdgpsdata() const { return m_ageofdgpsdata.IsSet(); }
+    void UnsetAgeofdgpsdata() { m_ageofdgpsdata.Reset(); }
 
     // element `dgpsid`: optional, 0 to 1023
     KvXmlLib16::CBigInteger GetDgpsid() const { return m_dgpsid.Get(); }
@@ -226,19 +204,13 @@ private:
 
     bool m_isValidEle : 1;
     bool m_isValidTime : 1;
-    bool m_isValidMagvar : 1;
-    bool m_isValidGeoidheight : 1;
     bool m_isValidFix : 1;
-    bool m_isValidHdop : 1;
-    bool m_isValidVdop : 1;
-    bool m_isValidPdop : 1;
-    bool m_isValidAgeofdgpsdata : 1;
     KvXmlLib16::CDecimal m_lat;
     KvXmlLib16::CDecimal m_lon;
     KvXmlLib16::CDecimal m_ele;
     KvXmlLib16::CDateTime m_time;
-    KvXmlLib16::CDecimal m_magvar;
-    KvXmlLib16::CDecimal m_geoidheight;
+    KvXmlLib16::COptionalValue<KvXmlLib16::CDecimal> m_magvar;
+    KvXmlLib16::COptionalValue<KvXmlLib16::CDecimal> m_geoidheight;
     KvXmlLib16::COptionalValue<std::string> m_name;
     KvXmlLib16::COptionalValue<std::string> m_cmt;
     KvXmlLib16::COptionalValue<std::string> m_desc;
@@ -248,15 +220,15 @@ private:
     KvXmlLib16::COptionalValue<std::string> m_type;
     EFixType m_fix = EFixType_none;
     KvXmlLib16::COptionalValue<KvXmlLib16::CBigInteger> m_sat;
-    KvXmlLib16::CDecimal m_hdop;
-    KvXmlLib16::CDecimal m_vdop;
-    KvXmlLib16::CDecimal m_pdop;
-    KvXmlLib16::CDecimal m_ageofdgpsdata;
+    KvXmlLib16::COptionalValue<KvXmlLib16::CDecimal> m_hdop;
+    KvXmlLib16::COptionalValue<KvXmlLib16::CDecimal> m_vdop;
+    KvXmlLib16::COptionalValue<KvXmlLib16::CDecimal> m_pdop;
+    KvXmlLib16::COptionalValue<KvXmlLib16::CDecimal> m_ageofdgpsdata;
     KvXmlLib16::COptionalValue<KvXmlLib16::CBigInteger> m_dgpsid;
     KvXmlLib16::CSmartPtr<CExtensionsType> m_extensions;
 };
 
-static_assert(sizeof(CWptType) <= 280 || sizeof(void*) != 8, "a track has a million of them");
+static_assert(sizeof(CWptType) <= 232 || sizeof(void*) != 8, "a track has a million of them");
 
 class CWptTypeCol : public KvXmlLib16::CXmlTypedCollection<CWptType> {
 public:

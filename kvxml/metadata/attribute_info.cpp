@@ -5,6 +5,7 @@
 #include "kvxml/runtime/serialization_context.h"
 #include "kvxml/runtime/xml_generated_class.h"
 #include "kvxml/types/internal/variant_facets.h"
+#include "kvxml/xml/internal/xml_name.h"
 #include "kvxml/xml/xml_attribute.h"
 #include "kvxml/xml/xml_writer.h"
 
@@ -29,8 +30,9 @@ CAttributeInfo::~CAttributeInfo() = default;
 
 bool CAttributeInfo::IsThisAttribute(const CSerializationContext& context,
                                      const CXmlAttribute* attribute) const {
-    if (attribute == nullptr || attribute->GetLocalName() != m_name) return false;
-    return context.GetIgnoreNamespaces() || attribute->GetNamespaceURI() == m_namespace;
+    if (attribute == nullptr) return false;
+    const KvXmlLib16::internal::CXmlName& own = *attribute->GetName();
+    return own.local == m_name && (context.GetIgnoreNamespaces() || own.uri == m_namespace);
 }
 
 void CAttributeInfo::InvokePropertyGet(const CXmlGeneratedClass* owner, KvVariant& value) const {

@@ -39,6 +39,10 @@ public:
             m_many[static_cast<std::size_t>(index)] = true;
         }
     }
+    /// Quick: false may be wrong.
+    bool All(int count) const {
+        return m_many.empty() && (count == 0 || m_few == ~std::uint64_t{0} >> (64 - count));
+    }
     bool Test(int index) const {
         return m_many.empty() ? (m_few >> index & 1) != 0 : m_many[static_cast<std::size_t>(index)];
     }
@@ -54,6 +58,17 @@ int CountRecords(Record** records) {
     if (records != nullptr) {
         while (records[count] != nullptr)
             ++count;
+    }
+    return count;
+}
+
+/// The number of records, counted once per class.
+template <class Record>
+int KnownCount(std::atomic<std::int32_t>& known, Record** records) {
+    int count = known.load(std::memory_order_relaxed);
+    if (count < 0) {
+        count = CountRecords(records);
+        known.store(count, std::memory_order_relaxed);
     }
     return count;
 }
@@ -87,27 +102,11 @@ std::uint64_t CXmlGeneratedClass::GetUsedProperties() const {
 // --- metadata ----------------------------------------------------------------------------------------------
 
 int CXmlGeneratedClass::GetClassElementInfoCount() const {
-    auto& known = GetClassInfo()->m_facts.elementCount;
-    int count = known.load(std::memory_order_relaxed);
-    if (count < 0) {
-        count = CountRecords(GetClassElementInfo());
-        known.store(count, std::memory_order_relaxed);
-    }
-    return count;
+    return KnownCount(GetClassInfo()->m_facts.elementCount, GetClassElementInfo());
 }
 
-int CXmlGeneratedClass::AttributeRecordCount(CAttributeInfo** records) const {
-    auto& known = GetClassInfo()->m_facts.attributeCount;
-    int count = known.load(std::memory_order_relaxed);
-    if (count < 0) {
-        count = CountRecords(records);
-        known.store(count, std::memory_order_relaxed);
-    }
-    return count;
-}
-
-bool CXmlGeneratedClass::IsNillableClass() const {
-    auto& known = GetClassInfo()->m_facts.isNillable;
+bool CXmlGeneratedClass::IsNillableClass(const CParentElementInfo& record) const {
+    auto& known = record.m_facts.isNillable;
     std::int8_t nillable = known.load(std::memory_order_relaxed);
     if (nillable < 0) {
         nillable = dynamic_cast<const INillable*>(this) != nullptr ? 1 : 0;
@@ -167,7 +166,7 @@ void CXmlGeneratedClass::ReadContent(CXmlElement* element, CXmlElement*& cursor,
         SetElementName(name.shared);
     }
     ProcessAttributesFromXml(context, element, record.GetFromXmlFailIfAttributeUnknown());
-    if (IsNillableClass() && dynamic_cast<INillable*>(this)->IsNil()) return;
+    if (IsNillableClass(record) && dynamic_cast<INillable*>(this)->IsNil()) return;
     switch (record.GetElementGroupType()) {
         case XmlElementGroupType_Sequence:
             cursor = ProcessElementSeqFromXml(context, element, cursor, record.GetElementType());
@@ -179,7 +178,7 @@ void CXmlGeneratedClass::ReadContent(CXmlElement* element, CXmlElement*& cursor,
         default:
             throw CKvException("Unknown Group Type");
     }
-    ReadSimpleContent(*element);
+    if (record.GetPrimitiveValuePropertyIndex() != -1) ReadSimpleContent(*element);
 }
 
 void CXmlGeneratedClass::ReadSimpleContent(const CXmlElement& element) {
@@ -197,7 +196,7 @@ void CXmlGeneratedClass::ReadSimpleContent(const CXmlElement& element) {
 }
 
 void CXmlGeneratedClass::ReadNilAttribute(const CXmlElement& element, const CXmlAttribute& attribute) {
-    auto* nillable = IsNillableClass() ? dynamic_cast<INillable*>(this) : nullptr;
+    auto* nillable = IsNillableClass(*GetClassInfo()) ? dynamic_cast<INillable*>(this) : nullptr;
     if (nillable == nullptr) {
         throw CKvValidationException("Invalid use of 'nil' attribute in non-nillable element.",
                                      element.GetXPath());
@@ -217,10 +216,10 @@ void CXmlGeneratedClass::ReadNilAttribute(const CXmlElement& element, const CXml
 void CXmlGeneratedClass::ProcessAttributesFromXml(const CSerializationContext& context, CXmlElement* element,
                                                   bool failIfAttributeUnknown) {
     CAttributeInfo** records = GetClassAttributeInfo();
-    const int count = AttributeRecordCount(records);
+    const CParentElementInfo& record = *GetClassInfo();
+    const int count = KnownCount(record.m_facts.attributeCount, records);
     SeenFlags seen(count);
-    const std::uint64_t key =
-        CacheKey(GetClassInfo()->m_id, NameUse::Attribute, context.GetIgnoreNamespaces());
+    const std::uint64_t key = CacheKey(record.m_id, NameUse::Attribute, context.GetIgnoreNamespaces());
     for (auto* attribute : element->GetAttributes()) {
         const internal::CXmlName& name = *attribute->GetName();
         // A name that a record took before is taken by it again: which record takes an attribute depends on
@@ -246,18 +245,17 @@ void CXmlGeneratedClass::ProcessAttributesFromXml(const CSerializationContext& c
             throw CKvValidationException("Unexpected Attribute found.", attribute->GetXPath());
         }
     }
+    if (seen.All(count)) return;  // a record has nothing to say about an attribute that was found
     for (int i = 0; i < count; ++i)
         records[i]->Validate(context, seen.Test(i));
 }
 
 int CXmlGeneratedClass::FindElementRecord(const CSerializationContext& context, const CXmlElement& element,
-                                          int from) const {
-    const std::uint64_t key = CacheKey(GetClassInfo()->m_id, NameUse::Element, context.GetIgnoreNamespaces());
+                                          int from, CElementInfo** records, int count, std::uint64_t key) {
     const internal::CXmlName& name = *element.GetName();
-    if (name.cacheKey == key && static_cast<int>(name.cacheValue) >= from)
+    if (name.cacheKey == key && static_cast<int>(name.cacheValue) >= from) {
         return static_cast<int>(name.cacheValue);
-    CElementInfo** records = GetClassElementInfo();
-    const int count = GetClassElementInfoCount();
+    }
     const auto find = [&](int first) {
         while (first < count && !records[first]->IsThisElement(context, &element))
             ++first;
@@ -276,9 +274,11 @@ CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationCo
                                                           CXmlElement* parent, CXmlElement* cursor,
                                                           XmlElementType type) {
     CXmlElement* const first = cursor;
+    const CParentElementInfo& classRecord = *GetClassInfo();
     CElementInfo** records = GetClassElementInfo();
-    const int count = GetClassElementInfoCount();
-    const std::string& ns = GetClassInfo()->GetElementNamespace();
+    const int count = KnownCount(classRecord.m_facts.elementCount, records);
+    const char* ns = classRecord.GetElementNamespace().c_str();
+    const std::uint64_t key = CacheKey(classRecord.m_id, NameUse::Element, context.GetIgnoreNamespaces());
     int start = 0;
     for (;;) {
         const CXmlElement* claimed = nullptr;  // the element that `claimant` was found for
@@ -288,7 +288,7 @@ CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationCo
             if (record.m_skippedWhenAbsent.load(std::memory_order_relaxed)) {
                 if (cursor == nullptr) continue;
                 if (claimed != cursor || claimant < i) {
-                    claimant = FindElementRecord(context, *cursor, i);
+                    claimant = FindElementRecord(context, *cursor, i, records, count, key);
                     claimed = cursor;
                 }
                 if (claimant != i) continue;
@@ -297,7 +297,7 @@ CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationCo
                     continue;
                 }
             }
-            while (!record.ElementFromXml(context, this, parent, &cursor, ns.c_str(), type)) {
+            while (!record.ElementFromXml(context, this, parent, &cursor, ns, type)) {
                 if (!context.GetIgnoreUnknownElements() || cursor == nullptr) return first;
                 cursor = cursor->GetNextSiblingElement();
             }
@@ -359,7 +359,7 @@ void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const cha
         const std::string& schema = context.GetInLineSchemaRef();
         if (!schema.empty()) writer->WriteRawAfterSpace(schema);
     }
-    if (IsNillableClass() && dynamic_cast<const INillable*>(this)->IsNil()) {
+    if (IsNillableClass(record) && dynamic_cast<const INillable*>(this)->IsNil()) {
         writer->WriteNilAttribute();
     } else {
         switch (record.GetElementGroupType()) {

@@ -98,8 +98,7 @@ private:
     friend class KvXmlLib16Data::CElementInfo;
     friend class internal::CEntryPoints;
 
-    int AttributeRecordCount(CAttributeInfo** records) const;
-    bool IsNillableClass() const;
+    bool IsNillableClass(const CParentElementInfo& record) const;
     /// The object's element name, or while it has none, that of its class.
     std::string_view EffectiveElementName() const;
     void ReadContent(CXmlElement* element, CXmlElement*& cursor, const CSerializationContext& context,
@@ -108,7 +107,9 @@ private:
     void WriteContent(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
                       const CSerializationContext& context, bool suppressChoiceError) const;
     void ReadNilAttribute(const CXmlElement& element, const CXmlAttribute& attribute);
-    int FindElementRecord(const CSerializationContext& context, const CXmlElement& element, int from) const;
+    /// Index, from `from` on, of the first record that claims the element; `count` when none does.
+    static int FindElementRecord(const CSerializationContext& context, const CXmlElement& element, int from,
+                                 CElementInfo** records, int count, std::uint64_t key);
 };
 
 }  // namespace KvXmlLib16

@@ -14,6 +14,7 @@
 #include "kvxml/xml/binary_stream.h"
 #include "kvxml/xml/file_text_stream.h"
 #include "kvxml/xml/internal/text_encoding.h"
+#include "kvxml/xml/internal/xml_name.h"
 #include "kvxml/xml/text_stream.h"
 #include "kvxml/xml/xml_document.h"
 #include "kvxml/xml/xml_element.h"
@@ -76,8 +77,8 @@ bool IsNamespaceValid(std::string_view ns, std::string_view allowed, std::string
 
 bool DoesElementNameMatch(const CSerializationContext& context, const CXmlElement& element,
                           std::string_view name, std::string_view ns) noexcept {
-    if (element.GetLocalName() != name) return false;
-    return context.GetIgnoreNamespaces() || element.GetNamespaceURI() == ns;
+    const CXmlName& own = *element.GetName();
+    return own.local == name && (context.GetIgnoreNamespaces() || own.uri == ns);
 }
 
 }  // namespace internal
