@@ -28,6 +28,11 @@ CAttributeInfo::CAttributeInfo(const CAttributeInfo&) = default;
 CAttributeInfo& CAttributeInfo::operator=(const CAttributeInfo&) = default;
 CAttributeInfo::~CAttributeInfo() = default;
 
+void CAttributeInfo::ReadMatched(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                                 CXmlAttribute* attribute) {
+    AttributeFromXml(context, owner, attribute);
+}
+
 bool CAttributeInfo::IsThisAttribute(const CSerializationContext& context,
                                      const CXmlAttribute* attribute) const {
     if (attribute == nullptr) return false;
@@ -134,6 +139,12 @@ void CAttributeInfoPrimitive::AttributeToXml(const CSerializationContext& contex
 bool CAttributeInfoPrimitive::AttributeFromXml(const CSerializationContext& context,
                                                CXmlGeneratedClass* owner, CXmlAttribute* attribute) {
     if (!IsThisAttribute(context, attribute)) return false;
+    ReadMatched(context, owner, attribute);
+    return true;
+}
+
+void CAttributeInfoPrimitive::ReadMatched(const CSerializationContext&, CXmlGeneratedClass* owner,
+                                          CXmlAttribute* attribute) {
     KvVariant value;
     try {
         const std::string_view text = attribute->GetValueView();
@@ -148,7 +159,6 @@ bool CAttributeInfoPrimitive::AttributeFromXml(const CSerializationContext& cont
         ThrowSetFailed(*attribute, e);
     }
     InvokePropertySet(owner, value, *attribute);
-    return true;
 }
 
 void CAttributeInfoPrimitive::Validate(const CSerializationContext&, bool found) {
@@ -179,6 +189,12 @@ void CAttributeInfoEnum::AttributeToXml(const CSerializationContext& context, co
 bool CAttributeInfoEnum::AttributeFromXml(const CSerializationContext& context, CXmlGeneratedClass* owner,
                                           CXmlAttribute* attribute) {
     if (!IsThisAttribute(context, attribute)) return false;
+    ReadMatched(context, owner, attribute);
+    return true;
+}
+
+void CAttributeInfoEnum::ReadMatched(const CSerializationContext&, CXmlGeneratedClass* owner,
+                                     CXmlAttribute* attribute) {
     KvVariant value;
     try {
         value.SetI4(m_enumFromString(attribute->GetValue().c_str()));
@@ -186,7 +202,6 @@ bool CAttributeInfoEnum::AttributeFromXml(const CSerializationContext& context, 
         ThrowSetFailed(*attribute, e);
     }
     InvokePropertySet(owner, value, *attribute);
-    return true;
 }
 
 void CAttributeInfoEnum::Validate(const CSerializationContext&, bool found) {

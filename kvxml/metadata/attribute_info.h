@@ -49,6 +49,10 @@ public:
     /// required Attribute [%s]." when the attribute is required and was not found.
     virtual void Validate(const CSerializationContext& context, bool found) = 0;
 
+    /// As AttributeFromXml for an attribute whose name the record has claimed before. Here it asks again.
+    virtual void ReadMatched(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                             CXmlAttribute* attribute);
+
     const std::string& GetAttributeName() const noexcept { return m_name; }
     const std::string& GetAttributeNamespace() const noexcept { return m_namespace; }
 
@@ -107,6 +111,8 @@ public:
     bool AttributeFromXml(const CSerializationContext& context, CXmlGeneratedClass* owner,
                           CXmlAttribute* attribute) override;
     void Validate(const CSerializationContext& context, bool found) override;
+    void ReadMatched(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                     CXmlAttribute* attribute) override;
 
 private:
     void CheckRestriction(const KvVariant& value, std::string_view lexical) const;
@@ -133,6 +139,8 @@ public:
     bool AttributeFromXml(const CSerializationContext& context, CXmlGeneratedClass* owner,
                           CXmlAttribute* attribute) override;
     void Validate(const CSerializationContext& context, bool found) override;
+    void ReadMatched(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                     CXmlAttribute* attribute) override;
 
 private:
     const char* (*m_enumToString)(int);

@@ -210,7 +210,7 @@ CXmlElement* CXmlCollection::ReadItems(CXmlElement* cursor, const CSerialization
                 break;
             matched = cursor->GetName();
         }
-        CSmartPtr<CXmlObjectBase> item(create());
+        auto item = CSmartPtr<CXmlObjectBase>::Adopt(PrepareNew(create()));
         CXmlObjectBase::FromXml_Int(item.Get(), cursor, cursor->GetFirstElement(), context, false);
         Insert(nullptr, std::move(item));
         cursor = cursor->GetNextSiblingElement();

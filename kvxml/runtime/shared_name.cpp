@@ -1,6 +1,6 @@
 #include "kvxml/runtime/shared_name.h"
 
-#include <array>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -11,43 +11,53 @@ namespace KvXmlLib16::internal {
 
 namespace {
 
-constexpr std::size_t kRecentNames = 32;
+// Bounds what is kept for good, whatever names documents bring.
+constexpr std::size_t kSlots = 4096;
+constexpr std::size_t kLongestKept = 256;
+constexpr std::size_t kProbes = 8;
 
-std::size_t Slot(std::string_view text) noexcept {
-    const auto first = static_cast<unsigned char>(text.front());
-    const auto last = static_cast<unsigned char>(text.back());
-    return (text.size() * 7U + first * 3U + last) % kRecentNames;
+std::size_t Hash(std::string_view text) noexcept {
+    std::uint64_t hash = 0xCBF29CE484222325U;  // FNV-1a
+    for (const char c : text)
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
+    return static_cast<std::size_t>(hash ^ hash >> 32);
 }
 
 }  // namespace
 
-// Set once the thread's recent names are gone: objects of static storage outlive them.
-thread_local bool t_recentNamesGone = false;
+CSharedName::Block* CSharedName::NewBlock(std::string_view text, std::uint32_t references) {
+    if (text.size() >= std::numeric_limits<std::uint32_t>::max()) {
+        throw CKvInvalidParamException("An element name is too long");
+    }
+    void* memory = ::operator new(sizeof(Block) + text.size() + 1);
+    auto* block = new (memory) Block{{references}, static_cast<std::uint32_t>(text.size())};
+    auto* characters = reinterpret_cast<char*>(block + 1);
+    std::memcpy(characters, text.data(), text.size());
+    characters[text.size()] = '\0';
+    return block;
+}
 
-struct CSharedName::RecentNames {
-    std::array<CSharedName, kRecentNames> names;
-    ~RecentNames() { t_recentNamesGone = true; }
-};
+/// The kept block of the text, made now if there is room for one; otherwise null.
+CSharedName::Block* CSharedName::FindOrKeep(std::string_view text) {
+    static constinit std::atomic<Block*> kept[kSlots] = {};  // without a destructor: good at any time
+    if (text.size() > kLongestKept) return nullptr;
+    const std::size_t first = Hash(text);
+    for (std::size_t probe = 0; probe < kProbes; ++probe) {
+        std::atomic<Block*>& slot = kept[(first + probe) % kSlots];
+        Block* block = slot.load(std::memory_order_acquire);
+        if (block == nullptr) {
+            Block* const created = NewBlock(text, kKeptForGood);
+            if (slot.compare_exchange_strong(block, created, std::memory_order_acq_rel)) return created;
+            Free(created);  // another thread was first; `block` is what it entered
+        }
+        if (std::string_view(Text(block), block->length) == text) return block;
+    }
+    return nullptr;
+}
 
 CSharedName::Block* CSharedName::Acquire(std::string_view text) {
-    thread_local RecentNames recent;
-    CSharedName lone;
-    CSharedName& entry = t_recentNamesGone ? lone : recent.names[Slot(text)];
-    if (entry.View() != text) {
-        if (text.size() >= std::numeric_limits<std::uint32_t>::max()) {
-            throw CKvInvalidParamException("An element name is too long");
-        }
-        void* memory = ::operator new(sizeof(Block) + text.size() + 1);
-        auto* block = new (memory) Block{{1}, static_cast<std::uint32_t>(text.size())};
-        auto* characters = reinterpret_cast<char*>(block + 1);
-        std::memcpy(characters, text.data(), text.size());
-        characters[text.size()] = '\0';
-        CSharedName created;
-        created.m_block = block;
-        entry = std::move(created);
-    }
-    entry.AddReference();
-    return entry.m_block;
+    Block* const block = FindOrKeep(text);
+    return block != nullptr ? block : NewBlock(text, 1);
 }
 
 void CSharedName::Free(Block* block) noexcept {

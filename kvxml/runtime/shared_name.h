@@ -10,9 +10,9 @@
 
 namespace KvXmlLib16::internal {
 
-/// One pointer wide; null is the empty text. Copies share the text; the count is atomic, so copies may be
-/// made and dropped by different threads. Recently used texts are remembered per thread, so that reading a
-/// million elements of one name allocates that name once.
+/// One pointer wide; null is the empty text. Copies share the text and may be made and dropped by different
+/// threads. The first few thousand distinct texts of a process, which are more than the names of its schemas,
+/// are kept for good: taking and dropping them costs no atomic operation. Later ones are counted.
 class KVXML_EXPORT CSharedName {
 public:
     CSharedName() noexcept = default;
@@ -35,24 +35,28 @@ public:
     bool IsSame(const CSharedName& other) const noexcept { return m_block == other.m_block; }
 
 private:
+    static constexpr std::uint32_t kKeptForGood = 0x80000000U;
     struct Block {
-        std::atomic<std::uint32_t> references;
+        std::atomic<std::uint32_t> references;  // or kKeptForGood
         std::uint32_t length;
         // the text and its terminator follow
     };
 
-    struct RecentNames;
-
     static const char* Text(const Block* block) noexcept { return reinterpret_cast<const char*>(block + 1); }
+    /// A block to which the caller holds one reference.
     static Block* Acquire(std::string_view text);
+    static Block* NewBlock(std::string_view text, std::uint32_t references);
+    static Block* FindOrKeep(std::string_view text);
     static void Free(Block* block) noexcept;
 
+    bool IsCounted() const noexcept {
+        return m_block != nullptr && m_block->references.load(std::memory_order_relaxed) != kKeptForGood;
+    }
     void AddReference() const noexcept {
-        if (m_block != nullptr) m_block->references.fetch_add(1, std::memory_order_relaxed);
+        if (IsCounted()) m_block->references.fetch_add(1, std::memory_order_relaxed);
     }
     void DropReference() noexcept {
-        if (m_block != nullptr && m_block->references.fetch_sub(1, std::memory_order_acq_rel) == 1)
-            Free(m_block);
+        if (IsCounted() && m_block->references.fetch_sub(1, std::memory_order_acq_rel) == 1) Free(m_block);
     }
 
     Block* m_block = nullptr;

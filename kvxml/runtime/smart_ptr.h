@@ -36,6 +36,13 @@ public:
         return *this;
     }
 
+    /// Takes over a reference that the caller holds already.
+    static CSmartPtr Adopt(T* object) noexcept {
+        CSmartPtr pointer;
+        pointer.m_object = object;
+        return pointer;
+    }
+
     T* Get() const noexcept { return m_object; }
     operator T*() const noexcept { return m_object; }
     T* operator->() const noexcept { return m_object; }

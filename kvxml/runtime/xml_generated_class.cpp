@@ -158,7 +158,7 @@ CXmlElement* CXmlGeneratedClass::FromXml_Int(CXmlElement* element, CXmlElement* 
 
 void CXmlGeneratedClass::ReadContent(CXmlElement* element, CXmlElement*& cursor,
                                      const CSerializationContext& context, bool suppressChoiceError) {
-    Init();
+    if (!TakeIsNew()) Init();  // a new object is as Init leaves it
     const CParentElementInfo& record = *GetClassInfo();
     if (record.GetElementType() == XmlElementType_Element) {
         const internal::CXmlName& name = *element->GetName();
@@ -225,7 +225,8 @@ void CXmlGeneratedClass::ProcessAttributesFromXml(const CSerializationContext& c
         // A name that a record took before is taken by it again: which record takes an attribute depends on
         // the name alone.
         int index = name.cacheKey == key ? static_cast<int>(name.cacheValue) : -1;
-        if (index >= 0 && records[index]->AttributeFromXml(context, this, attribute)) {
+        if (index >= 0) {
+            records[index]->ReadMatched(context, this, attribute);
             seen.Set(index);
             continue;
         }

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "kvxml/export.h"
 #include "kvxml/fastinfoset/fast_infoset_decl.h"
@@ -184,6 +185,17 @@ protected:
         if (!name.IsSame(m_elementName)) m_elementName = name;
     }
 
+    // For objects that were constructed a moment ago and that nobody else knows yet.
+
+    /// Takes the first reference, as AddRef would, and lets the read that follows go without Init.
+    static CXmlObjectBase* PrepareNew(CXmlObjectBase* object) noexcept {
+        object->m_references.store(1, std::memory_order_relaxed);
+        object->m_isNew = true;
+        return object;
+    }
+    /// Whether PrepareNew was called and nothing was read since.
+    bool TakeIsNew() noexcept { return std::exchange(m_isNew, false); }
+
     // Reach the protected operations of another object; used by collections and the metadata records.
     static void SetElementName(CXmlObjectBase* object, std::string_view name) {
         object->SetElementName(name);
@@ -249,6 +261,7 @@ private:
 
     internal::CSharedName m_elementName;
     mutable std::atomic<std::int32_t> m_references{0};
+    bool m_isNew = false;
 };
 
 namespace internal {

@@ -170,7 +170,6 @@ std::string KvVariant::ToString(const char* format) const {
     std::string scratch;
     const std::string_view text =
         ToText(scratch, format == nullptr ? std::string_view() : std::string_view(format));
-    if (text.data() == scratch.data()) return scratch;
     return std::string(text);
 }
 
@@ -180,6 +179,18 @@ std::string_view KvVariant::ToText(std::string& scratch, std::string_view format
         return std::string_view();  // nil
     }
     if (m_type == ItemType_string) return StringValue();
+    // The kinds that documents consist of are written in place, into scratch text that keeps its length.
+    constexpr std::size_t kRoom = 64;
+    static_assert(CDecimal::kMaxSmallLength <= kRoom && CDateTime::kMaxTextLength <= kRoom);
+    const bool isSmallDecimal = m_type == ItemType_decimal && format.empty() && DecimalValue().IsSmall();
+    if (isSmallDecimal || m_type == ItemType_datetime) {
+        if (scratch.size() < kRoom) scratch.resize(kRoom);
+        if (isSmallDecimal)
+            return {scratch.data(),
+                    static_cast<std::size_t>(DecimalValue().FormatTo(scratch.data()) - scratch.data())};
+        if (const std::size_t length = DateTimeValue().FormatXsd(scratch.data()))
+            return {scratch.data(), length};
+    }
     scratch.clear();
     switch (m_type) {
         case ItemType_hexBinary:
