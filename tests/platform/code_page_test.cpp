@@ -159,6 +159,25 @@ TEST_F(LocalCodePageTest, WhatCannotBeConvertedIsReplaced) {
     EXPECT_EQ(LocalToUtf8(expected), text);
 }
 
+TEST_F(LocalCodePageTest, LongTextThatCannotBeConverted) {
+    // Each character stops the converter: minutes, if it looked at all of the rest each time.
+    constexpr std::size_t kCount = 1000000;
+    SetLocalCodePage(1252);
+    std::string text;
+    for (std::size_t i = 0; i < kCount; ++i)
+        text += "\u65E5";
+    EXPECT_TRUE(Utf8ToLocal(text) == std::string(kCount, '?'));
+    text.clear();
+    for (std::size_t i = 0; i < kCount; ++i)
+        text += kBad;
+    EXPECT_TRUE(LocalToUtf8(std::string(kCount, '\x81')) == text);
+    // What is converted at one go is longer than the converter's room.
+    text.clear();
+    for (std::size_t i = 0; i < kCount; ++i)
+        text += "x\u20AC";
+    EXPECT_TRUE(LocalToUtf8(Utf8ToLocal(text)) == text);
+}
+
 TEST_F(LocalCodePageTest, AsciiOnlyPassesBytesThrough) {
     SetLocalCodePage(1252);
     SetAsciiOnly(true);

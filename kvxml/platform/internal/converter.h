@@ -39,9 +39,12 @@ public:
     void Finish(std::string& output);
 
 private:
+    static constexpr std::size_t kShortestPiece = 16;
+
     static iconv_t Closed() noexcept;
 
     iconv_t m_handle = Closed();
+    std::size_t m_piece = kShortestPiece;  // of the input, for the next call of the host
 };
 
 }  // namespace KvXmlLib16::internal
