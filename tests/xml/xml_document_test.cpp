@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -212,6 +213,31 @@ TEST(XmlDocument, PathsOfElementsAndAttributes) {
     EXPECT_EQ(paths, (std::vector<std::string>{"/r/b[1]", "/r/p:b", "/r/b[2]", "/r/b[3]"}));
 }
 
+TEST(XmlDocument, PathsAmongManyNamespaces) {
+    // Each sibling has a namespace of its own: looking their prefixes up one by one would take minutes.
+    constexpr int kCount = 30000;
+    std::string xml = "<r";
+    for (int i = 0; i < kCount; ++i) {
+        const std::string number = std::to_string(i);
+        xml += " xmlns:p" + number + "='urn:" + number + '\'';
+    }
+    xml += '>';
+    for (int i = 0; i < kCount; ++i)
+        xml += "<p" + std::to_string(i) + ":a/>";
+    CXmlDocument document;
+    document.LoadXml((xml + "<p7:a/><a/></r>").c_str());
+    std::vector<const CXmlElement*> children;
+    for (const CXmlElement* e = document.GetDocumentElement()->GetFirstElement(); e != nullptr;
+         e = e->GetNextSiblingElement())
+        children.push_back(e);
+    EXPECT_EQ(children[7]->GetXPath(), "/r/p7:a[1]");
+    EXPECT_EQ(children[kCount - 1]->GetXPath(), "/r/p29999:a");
+    EXPECT_EQ(children[kCount]->GetXPath(), "/r/p7:a[2]");
+    EXPECT_EQ(children[kCount + 1]->GetXPath(), "/r/a");
+}
+
+std::function<void(const CXmlElement&)> g_askForPrefix;
+
 TEST(XmlDocument, OneTableOfPrefixes) {
     CXmlDocument document;
     document.LoadXml(
@@ -224,6 +250,18 @@ TEST(XmlDocument, OneTableOfPrefixes) {
     EXPECT_EQ(document.LookupAliasFromNamespace("urn:2"), "z");
     EXPECT_EQ(document.LookupAliasFromNamespace("urn:d"), "");
     EXPECT_EQ(document.LookupAliasFromNamespace("urn:no"), "");
+    // What was asked for before a change does not stay.
+    std::string prefixes;
+    g_askForPrefix = [&](const CXmlElement& element) {
+        prefixes += '[' + element.GetDocument()->LookupAliasFromNamespace("urn:1") + ']';
+    };
+    CXmlDocument filtered([](CXmlElement* element) {
+        g_askForPrefix(*element);
+        return true;
+    });
+    filtered.LoadXml(
+        "<a><b/><b xmlns:z='urn:1'/><b xmlns:c='urn:1'/><b xmlns:c='urn:2'/><b xmlns='urn:1'/></a>");
+    EXPECT_EQ(prefixes, "[][z][c][z][][]");
     document.LoadXml("<a/>");
     EXPECT_EQ(document.LookupNamespaceFromAlias("z"), "");
 }

@@ -1,6 +1,7 @@
 #include "kvxml/xml/internal/xml_tree.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace KvXmlLib16::internal {
 
@@ -32,11 +33,20 @@ bool IsWithin(const CXmlElement* inner, const CXmlElement& outer) noexcept {
 
 }  // namespace
 
-const std::string& CXmlTree::FindPrefix(std::string_view uri) const noexcept {
-    for (const auto& [prefix, bound] : m_prefixes) {
-        if (bound == uri) return prefix;
+void CXmlTree::SetPrefix(std::string_view prefix, std::string_view uri) {
+    m_prefixOf.clear();
+    m_prefixes[std::string(prefix)] = uri;
+}
+
+const std::string& CXmlTree::FindPrefix(std::string_view uri) {
+    if (m_prefixOf.empty()) {
+        std::map<std::string_view, const std::string*> prefixOf;
+        for (const auto& [prefix, bound] : m_prefixes)
+            prefixOf.emplace(bound, &prefix);  // the first one stays
+        m_prefixOf = std::move(prefixOf);
     }
-    return kEmpty;
+    const auto found = m_prefixOf.find(uri);
+    return found == m_prefixOf.end() ? kEmpty : *found->second;
 }
 
 CXmlTextBox* CXmlTree::NewBox(const CXmlElement& element) {

@@ -37,9 +37,12 @@ public:
     CXmlElement* GetRoot() const noexcept { return m_root; }
     void SetRoot(CXmlElement* root) noexcept { m_root = root; }
 
-    PrefixTable& Prefixes() noexcept { return m_prefixes; }
-    /// The first prefix of the namespace, or the empty string.
-    const std::string& FindPrefix(std::string_view uri) const noexcept;
+    const PrefixTable& Prefixes() const noexcept { return m_prefixes; }
+    /// Enters a prefix, or gives it another namespace.
+    void SetPrefix(std::string_view prefix, std::string_view uri);
+    /// The first prefix of the namespace, or the empty string. Paths ask for those of many siblings, so the
+    /// first call after a change orders the table by namespaces.
+    const std::string& FindPrefix(std::string_view uri);
 
     CArena& Arena() noexcept { return m_arena; }
     CXmlNameTable& Names() noexcept { return m_names; }
@@ -61,6 +64,7 @@ private:
     CXmlNameTable m_names;
     CSharedTextRuns m_sharedRuns;
     PrefixTable m_prefixes;
+    std::map<std::string_view, const std::string*> m_prefixOf;  // by namespace; empty until asked for
     std::vector<std::unique_ptr<CXmlTextBox>> m_boxes;
 };
 

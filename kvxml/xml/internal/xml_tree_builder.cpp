@@ -212,9 +212,9 @@ void CXmlTreeBuilder::Filter() {
 
 void CXmlTreeBuilder::DeclarePrefix(std::string_view prefix, std::string_view uri) {
     if (m_convert) {
-        m_tree.Prefixes()[Utf8ToLocal(prefix)] = Utf8ToLocal(uri);
+        m_tree.SetPrefix(Utf8ToLocal(prefix), Utf8ToLocal(uri));
     } else {
-        m_tree.Prefixes()[std::string(prefix)] = uri;
+        m_tree.SetPrefix(prefix, uri);
     }
 }
 
