@@ -1,4 +1,4 @@
-/// Recursive lock that guards the metadata tables and shared binary blocks.
+/// Recursive lock that guards the metadata tables.
 #pragma once
 
 #include <mutex>

@@ -1,4 +1,4 @@
-/// Files as the library needs them: whole or chunked sequential reads and positioned writes.
+/// Files as the library needs them: sequential reads and writes, whole or in pieces.
 ///
 /// Functions report the host's error number and throw nothing; callers put it into their messages. Calls
 /// are repeated on EINTR and short transfers, and handles are close-on-exec. Exported for the tests; not

@@ -1,6 +1,8 @@
 #include "kvxml/xml/internal/xml_name_table.h"
 
 #include <algorithm>
+#include <chrono>
+#include <exception>
 #include <iterator>
 #include <random>
 
@@ -17,9 +19,14 @@ constexpr std::string_view kNamespaceAttributes[] = {"xmlns", "type", "schemaLoc
 
 /// Differs from process to process, so that no document can be made whose names all collide.
 std::uint64_t HashSeed() {
-    static const std::uint64_t seed = [] {
-        std::random_device device;
-        return std::uint64_t{device()} << 32 | device();
+    static const std::uint64_t seed = []() -> std::uint64_t {
+        try {
+            std::random_device device;
+            return std::uint64_t{device()} << 32 | device();
+        } catch (const std::exception&) {  // a host without a source of randomness
+            return static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count()) *
+                   0x9E3779B97F4A7C15U;
+        }
     }();
     return seed;
 }
