@@ -267,6 +267,40 @@ TEST(XmlReading, IllFormedTextIsRefusedWithItsLine) {
     EXPECT_EQ(Dump(document), "fine");
 }
 
+TEST(XmlReading, EveryBeginningOfADocumentIsRefused) {
+    const std::string xml = "\xEF\xBB\xBF<?xml version='1.0'?>\n<!DOCTYPE a [<!ENTITY e 'x<i/>'>]>\n" +
+                            MakeDocument(400).substr(40) + "<!-- end -->";
+    const std::size_t last = xml.rfind("</r>") + 3;
+    CXmlDocument document;
+    LoadStream(document, xml);
+    const std::string expected = Dump(document);
+    const std::string gzip = Compressed(xml, 31);
+    for (std::size_t length = 0; length <= last; ++length) {
+        const std::string cut = xml.substr(0, length);
+        const std::string message = ErrorOf([&] { document.LoadXml(cut.c_str()); });
+        ASSERT_EQ(message.find(" at line ") != std::string::npos, length > 0) << length << message;
+        ASSERT_EQ(ErrorOf([&] { LoadStream(document, cut); }), length > 0 ? message : "XML Stream is empty!");
+        ASSERT_NE(ErrorOf([&] { LoadStream(document, gzip.substr(0, length % gzip.size())); }), "(no error)");
+        if (length % 16 != 1) continue;
+        const TemporaryFile file(cut);
+        ASSERT_EQ(ErrorOf([&] { document.Load(file.Name()); }), message);
+        const Chunked chunked;
+        ASSERT_EQ(ErrorOf([&] { document.Load(file.Name()); }), message);
+    }
+    LoadStream(document, xml);
+    EXPECT_EQ(Dump(document), expected);
+    // A changed bit is noticed, unless it is in what the header says about the file or in padding.
+    std::size_t unnoticed = 0;
+    for (std::size_t bit = 0; bit < gzip.size() * 8; ++bit) {
+        std::string damaged = gzip;
+        damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ (1 << bit % 8));
+        if (ErrorOf([&] { LoadStream(document, damaged); }) != "(no error)") continue;
+        ASSERT_EQ(Dump(document), expected) << bit;
+        ++unnoticed;
+    }
+    EXPECT_LT(unnoticed, 80U);
+}
+
 TEST(XmlReading, EmptyInputAndOtherFormats) {
     CXmlDocument document;
     const char* const noText = nullptr;
@@ -308,8 +342,10 @@ TEST(XmlReading, CompressedInput) {
     document.Load(file.Name());
     EXPECT_EQ(document.GetDocumentElement()->GetTextView().size(), 100000U);
     context.SetMaxInflatedSize(100006);
-    EXPECT_NE(ErrorOf([&] { document.Load(file.Name()); }), "(no error)");
-    EXPECT_NE(ErrorOf([&] { LoadStream(document, gzip); }), "(no error)");
+    const char* const tooLarge = "The compressed data inflates to more than the limit of 100006 bytes.";
+    EXPECT_EQ(ErrorOf([&] { document.Load(file.Name()); }), tooLarge);
+    EXPECT_EQ(ErrorOf([&] { LoadStream(document, gzip); }), tooLarge);
+    EXPECT_EQ(document.GetDocumentElement(), nullptr);
     const Chunked chunked;
     EXPECT_EQ(ErrorOf([&] { document.Load(file.Name()); }), "not well-formed (invalid token) at line 1");
 }
@@ -355,8 +391,23 @@ TEST(XmlReading, FileErrors) {
     EXPECT_EQ(ErrorOf([&] { document.Load(nullptr); }), "Failed to open the file [] Error [0x00000002]");
     const TemporaryFile empty("");
     EXPECT_EQ(ErrorOf([&] { document.Load(empty.Name()); }), "no element found at line 1");
+    EXPECT_EQ(ErrorOf([&] { document.Load("/"); }), "Failed to open the file [/] Error [0x00000015]");
     const Chunked chunked;
+    EXPECT_EQ(ErrorOf([&] { document.Load("/"); }), "Failed to open the file [/] Error [0x00000015]");
     EXPECT_EQ(ErrorOf([&] { document.Load(empty.Name()); }), failedToRead + "00000026]");
+}
+
+TEST(XmlReading, FilesThatMayNotBeRead) {
+    if (::geteuid() == 0) GTEST_SKIP() << "root may read everything";
+    const TemporaryFile file("<a/>");
+    ASSERT_EQ(::chmod(file.Name(), 0), 0);
+    CXmlDocument document;
+    for (const bool isChunked : {false, true}) {
+        AsyncFromXmlFile(isChunked);
+        EXPECT_EQ(ErrorOf([&] { document.Load(file.Name()); }),
+                  std::string("Failed to open the file [") + file.Name() + "] Error [0x0000000d]");
+        AsyncFromXmlFile(false);
+    }
 }
 
 std::string Nested(std::size_t depth, std::string_view separator = "") {
@@ -400,6 +451,22 @@ TEST(XmlReading, LongTextsAndManyAttributes) {
     document.LoadXml(("<a b='" + std::string(5000000, 'v') + "'>" + lines + "</a>").c_str());
     EXPECT_TRUE(document.GetDocumentElement()->GetTextView() == lines);
     EXPECT_EQ(document.GetDocumentElement()->GetAttribute("b", "").size(), 5000000U);
+    {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+        constexpr std::size_t kLength = 20000000;
+#else
+        constexpr std::size_t kLength = 100000000;
+#endif
+        const TemporaryFile file("<a>" + std::string(kLength, 'x') + "</a>");
+        for (const bool isChunked : {false, true}) {
+            AsyncFromXmlFile(isChunked);
+            document.Load(file.Name());
+            AsyncFromXmlFile(false);
+            const std::string_view text = document.GetDocumentElement()->GetTextView();
+            EXPECT_EQ(text.size(), kLength);
+            EXPECT_EQ(text.find_first_not_of('x'), std::string_view::npos);
+        }
+    }
     {
         // Values longer than a chunk, with more behind them.
         const std::string value(7000000, 'v');
