@@ -54,8 +54,9 @@ public:
     virtual ~CXmlDocument();
 
     /// Reads a file, which may be compressed (gzip or zlib). With `AsyncFromXmlFile(true)` it is parsed in
-    /// chunks of 131,072 bytes and must not be compressed. CKvException with the file's name and the host's
-    /// error number when it cannot be read.
+    /// chunks of 131,072 bytes; then it must not be compressed, nor be in an encoding that only whole texts
+    /// can be converted from (GB18030, ISO-2022-JP). CKvException with the file's name and the host's error
+    /// number when it cannot be read.
     void Load(const char* fileName);
     /// Reads a document, which may be compressed, from memory; the bytes are needed during the call only. No
     /// bytes: CKvException "XML Stream is empty!".
