@@ -124,6 +124,9 @@ TEST(XsdPattern, RunawayMatchesEnd) {
     EXPECT_FALSE(Matches(WithPattern("(a*)*b"), std::string(200, 'a')));
     EXPECT_FALSE(Matches(WithPattern("((a|a)+)+x"), std::string(60, 'a')));
     EXPECT_TRUE(Matches(WithPattern("(ab|c)*"), std::string(1000000, 'c')));
+    EXPECT_TRUE(Matches(WithPattern("([a-z-[b]]|\\d)*"), std::string(1000000, 'c')));
+    EXPECT_FALSE(Matches(WithPattern("[a-z]*[a-z0-9]*[!?]"), std::string(1000000, 'a')));
+    EXPECT_FALSE(Matches(WithPattern("([a-z]+[a-z0-9]*)*[!?]"), std::string(1000000, 'a')));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 

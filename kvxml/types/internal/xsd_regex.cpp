@@ -9,6 +9,7 @@
 #include <map>
 #include <mutex>
 #include <new>
+#include <vector>
 
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/format_string.h"
@@ -17,38 +18,38 @@ namespace KvXmlLib16::internal {
 
 namespace {
 
-constexpr std::uint32_t kMatchLimit =
-    2000000;  // backtracking steps, besides those that a byte of text may take
-constexpr std::uint32_t kMatchLimitPerByte = 8;
+// Backtracking suits nearly every pattern and text, but may go through the whole text at each of its steps
+// and take very many. It is given up after this many characters gone through, or that many steps; the other
+// way to match keeps all possibilities side by side and goes through the text once.
+constexpr std::size_t kBacktrackingWork = std::size_t{1} << 28;
+constexpr std::uint32_t kBacktrackingSteps = 2000000;
 constexpr std::uint32_t kHeapLimit = 64 * 1024;  // KiB
-constexpr std::size_t kJitStackStart = 32 * 1024;
-constexpr std::size_t kJitStackMaximum = 64 * 1024 * 1024;
+// Possibilities side by side. Each may be compared with each other at every character.
+constexpr std::size_t kMaxStates = 1000;
+constexpr std::size_t kWorkspaceSize = 20 + kMaxStates * 6;
 
 // What matching needs besides the pattern; one per thread.
 struct Scratch {
     pcre2_match_data* data = pcre2_match_data_create(1, nullptr);
     pcre2_match_context* context = pcre2_match_context_create(nullptr);
-    pcre2_jit_stack* stack = nullptr;
+    std::vector<int> workspace;
 
     Scratch() {
-        if (context == nullptr) return;
-        pcre2_set_heap_limit(context, kHeapLimit);
+        if (context != nullptr) pcre2_set_heap_limit(context, kHeapLimit);
     }
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
-    // Long texts need more than the small stack that compiled patterns start with. False when it is in use.
-    bool EnlargeStack() {
-        if (stack != nullptr) return false;
-        stack = pcre2_jit_stack_create(kJitStackStart, kJitStackMaximum, nullptr);
-        pcre2_jit_stack_assign(context, nullptr, stack);
-        return stack != nullptr;
-    }
     ~Scratch() {
-        pcre2_jit_stack_free(stack);
         pcre2_match_context_free(context);
         pcre2_match_data_free(data);
     }
 };
+
+bool IsLimit(int result) noexcept {
+    return result == PCRE2_ERROR_MATCHLIMIT || result == PCRE2_ERROR_DEPTHLIMIT ||
+           result == PCRE2_ERROR_HEAPLIMIT || result == PCRE2_ERROR_JIT_STACKLIMIT ||
+           result == PCRE2_ERROR_DFA_WSSIZE || result == PCRE2_ERROR_DFA_RECURSE;
+}
 
 }  // namespace
 
@@ -78,12 +79,17 @@ std::shared_ptr<const CXsdRegex> CXsdRegex::Get(const std::string& pattern) {
     static auto* const mutex = new std::mutex;
     static auto* const known = new std::map<std::string, std::weak_ptr<const CXsdRegex>>;
     const std::lock_guard<std::mutex> lock(*mutex);
-    std::weak_ptr<const CXsdRegex>& entry = (*known)[pattern];
-    std::shared_ptr<const CXsdRegex> regex = entry.lock();
-    if (regex == nullptr) {
-        regex = std::make_shared<const CXsdRegex>(pattern);
-        entry = regex;
+    const auto entry = known->find(pattern);
+    std::shared_ptr<const CXsdRegex> regex = entry == known->end() ? nullptr : entry->second.lock();
+    if (regex != nullptr) return regex;
+    regex = std::make_shared<const CXsdRegex>(pattern);
+    // Patterns that nobody holds any more are forgotten whenever the number of entries has doubled.
+    static std::size_t nextCleaning = 64;
+    if (known->size() >= nextCleaning) {
+        std::erase_if(*known, [](const auto& other) { return other.second.expired(); });
+        nextCleaning = std::max<std::size_t>(64, known->size() * 2);
     }
+    (*known)[pattern] = regex;
     return regex;
 }
 
@@ -92,25 +98,20 @@ CXsdRegex::Result CXsdRegex::Match(std::string_view text) const {
     if (scratch.data == nullptr || scratch.context == nullptr) throw std::bad_alloc();
     const auto* const code = static_cast<const pcre2_code*>(m_code);
     const auto* const subject = reinterpret_cast<PCRE2_SPTR>(text.empty() ? "" : text.data());
-    constexpr std::size_t kMaxBytes = (UINT32_MAX - kMatchLimit) / kMatchLimitPerByte;
-    const auto bytes = static_cast<std::uint32_t>(std::min(text.size(), kMaxBytes));
-    pcre2_set_match_limit(scratch.context, kMatchLimit + bytes * kMatchLimitPerByte);
+    const std::size_t steps = kBacktrackingWork / (text.size() + 1);
+    pcre2_set_match_limit(scratch.context,
+                          static_cast<std::uint32_t>(std::min<std::size_t>(steps, kBacktrackingSteps)));
     int result = pcre2_match(code, subject, text.size(), 0, 0, scratch.data, scratch.context);
-    if (result == PCRE2_ERROR_JIT_STACKLIMIT && scratch.EnlargeStack()) {
-        result = pcre2_match(code, subject, text.size(), 0, 0, scratch.data, scratch.context);
+    if (IsLimit(result)) {
+        scratch.workspace.resize(kWorkspaceSize);
+        // Here the limit counts look-aheads, which a subtraction from a class makes at every character.
+        pcre2_set_match_limit(scratch.context, UINT32_MAX);
+        result = pcre2_dfa_match(code, subject, text.size(), 0, PCRE2_NO_UTF_CHECK | PCRE2_DFA_SHORTEST,
+                                 scratch.data, scratch.context, scratch.workspace.data(), kWorkspaceSize);
     }
     if (result >= 0) return Result::Match;
-    switch (result) {
-        case PCRE2_ERROR_MATCHLIMIT:
-        case PCRE2_ERROR_DEPTHLIMIT:
-        case PCRE2_ERROR_HEAPLIMIT:
-        case PCRE2_ERROR_JIT_STACKLIMIT:
-            return Result::LimitExceeded;
-        case PCRE2_ERROR_NOMEMORY:
-            throw std::bad_alloc();
-        default:
-            return Result::NoMatch;  // or ill-formed UTF-8
-    }
+    if (result == PCRE2_ERROR_NOMEMORY) throw std::bad_alloc();
+    return IsLimit(result) ? Result::LimitExceeded : Result::NoMatch;  // or ill-formed UTF-8
 }
 
 }  // namespace KvXmlLib16::internal

@@ -21,8 +21,9 @@ public:
     CXsdRegex& operator=(const CXsdRegex&) = delete;
     ~CXsdRegex();
 
-    /// Whether the pattern matches the whole of `text`; ill-formed UTF-8 never matches. A match that takes
-    /// more steps or memory than any reasonable pattern needs is given up.
+    /// Whether the pattern matches the whole of `text`; ill-formed UTF-8 never matches. The time grows
+    /// with the length of the text, not faster; a pattern that would have to keep track of more possibilities
+    /// at a time than any reasonable one is given up.
     Result Match(std::string_view text) const;
 
 private:
