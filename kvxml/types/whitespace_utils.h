@@ -39,8 +39,8 @@ public:
     /// As ApplyRule without copying where possible: the result is a view of `text` when the rule changes
     /// nothing or only cuts off the ends, otherwise of `scratch`, whose former content is lost.
     static std::string_view ApplyRuleView(WhitespaceRule rule, std::string_view text, std::string& scratch) {
-        if (rule == WhitespaceRule_None || (rule <= WhitespaceRule_Collapse && IsFreeOfBlanks(text)))
-            return text;
+        const bool isRule = static_cast<std::uint32_t>(rule) <= WhitespaceRule_Collapse;
+        if (rule == WhitespaceRule_None || (isRule && IsFreeOfBlanks(text))) return text;
         return ApplyRuleSlow(rule, text, scratch);
     }
     /// True for space, tab, line feed and carriage return.

@@ -99,6 +99,7 @@ TEST(Conversions, IntegerForms) {
         {"i1", " 128 ", kCollapse, "The value [ 128 ] is to large to fit in a i1"},
         {"ui2", "4294967296", kNone, "The value [4294967296] is to large to fit in a ui4"},
         {"i4", "1", static_cast<C::WhitespaceRule>(7), "Unknown WhitespaceRule"},
+        {"i4", "1", static_cast<C::WhitespaceRule>(-1), "Unknown WhitespaceRule"},
     };
     for (const auto& row : rows)
         EXPECT_EQ(ReadInteger(row.kind, row.text, row.rule), row.expected) << row.text;
