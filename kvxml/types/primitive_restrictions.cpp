@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "kvxml/platform/internal/code_page.h"
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/types/conversions.h"
 #include "kvxml/types/internal/xsd_regex.h"
@@ -58,7 +59,8 @@ struct Facets {
         const CXsdRegex* regex = m_regex.load(std::memory_order_acquire);
         if (regex == nullptr) {
             const std::lock_guard<std::mutex> lock(m_mutex);
-            if (m_regexOwner == nullptr) m_regexOwner = CXsdRegex::Get(pattern);
+            if (m_regexOwner == nullptr)
+                m_regexOwner = CXsdRegex::Get(IsLocalUtf8() ? pattern : LocalToUtf8(pattern));
             regex = m_regexOwner.get();
             m_regex.store(regex, std::memory_order_release);
         }
@@ -166,14 +168,15 @@ public:
 
     void Pattern() const {
         if (m_facets.pattern.empty()) return;
-        CXsdRegex::Result result;
-        if (!m_lexical.empty()) {
-            result = m_facets.Regex().Match(m_lexical);
-        } else {
-            std::string text;
-            m_makeText(text);
-            result = m_facets.Regex().Match(text);
-        }
+        if (!m_lexical.empty()) return Pattern(m_lexical);
+        std::string text;
+        m_makeText(text);
+        Pattern(text);
+    }
+    /// `text` is in UTF-8.
+    void Pattern(std::string_view text) const {
+        if (m_facets.pattern.empty()) return;
+        const CXsdRegex::Result result = m_facets.Regex().Match(text);
         if (result == CXsdRegex::Result::NoMatch) Fail("pattern", m_facets.pattern);
         if (result == CXsdRegex::Result::LimitExceeded) {
             Fail("pattern", m_facets.pattern + "] [the match takes too many steps");
@@ -251,6 +254,10 @@ std::size_t CountCharacters(std::string_view text) {
     // All bytes of UTF-8 but those that continue a character.
     return static_cast<std::size_t>(std::count_if(
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+bool IsAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 bool IsDatePart(ItemType type) {
@@ -361,10 +368,13 @@ void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std
         default:
             break;
     }
-    // The value is its own text, also when it is empty.
+    // The value is its own text, also when it is empty. It is in the local code page.
     const Checker check(*m_facets, name, value, [](std::string&) {});
-    check.Length([&] { return CountCharacters(value); });
-    check.Pattern();
+    const bool isUtf8 = IsAscii(value) || internal::IsLocalUtf8();
+    const std::string converted = isUtf8 ? std::string() : internal::LocalToUtf8(value);
+    const std::string_view characters = isUtf8 ? value : converted;
+    check.Length([&] { return CountCharacters(characters); });
+    check.Pattern(characters);
     const std::vector<std::string>& allowed = m_facets->sortedEnumeration;
     if (!allowed.empty() &&
         !std::binary_search(allowed.begin(), allowed.end(), value,

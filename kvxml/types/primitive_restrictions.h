@@ -41,6 +41,8 @@ public:
 
     /// No facet: every value passes.
     CPrimitiveRestrictions() noexcept;
+    /// All texts are in the local code page, as the values are.
+    ///
     /// `pattern`: an XSD regular expression that the whole text must match; alternative patterns of one
     /// derivation
     ///     step are joined by "|".

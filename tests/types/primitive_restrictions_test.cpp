@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/text_settings.h"
 #include "kvxml/types/conversions.h"
 
 namespace KvXmlLib16 {
@@ -220,6 +221,18 @@ TEST(PrimitiveRestrictions, TypedValues) {
     money.Check("Price", ItemType_decimal, CDecimal("1.50"), "1.50");
     EXPECT_NE(Verdict(money, ItemType_decimal, CDecimal("1.50")), "");
     EXPECT_EQ(Verdict(money, ItemType_decimal, CDecimal("1.25")), "");
+}
+
+TEST(PrimitiveRestrictions, TextIsInTheLocalCodePage) {
+    SetLocalCharEncoding(1252);
+    const CPrimitiveRestrictions word = Make({.pattern = "[\xE0-\xFF\x80]+", .length = 2});
+    const std::string good = Verdict(word, ItemType_string, "\xE9\x80");
+    const std::string tooLong = Verdict(word, ItemType_string, "\xC3\xA9\xE9");
+    const std::string other = Verdict(word, ItemType_string, "\xE9\xC9");
+    SetLocalCharEncoding(3);
+    EXPECT_EQ(good, "");
+    EXPECT_EQ(tooLong, "Invalid Value for Size [\xC3\xA9\xE9]. It violates the facet length [2].");
+    EXPECT_NE(other, "");
 }
 
 TEST(PrimitiveRestrictions, BadFacetsFailAtTheCheckThatNeedsThem) {
