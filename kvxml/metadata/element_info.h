@@ -138,7 +138,10 @@ protected:
 
     /// The reader does nothing but return true when the element under the cursor is not this record's, so
     /// the driver need not call it then. Collections find out when they first see their bounds.
-    void SetSkippedWhenAbsent() const noexcept { m_skippedWhenAbsent.store(true, std::memory_order_relaxed); }
+    void SetSkippedWhenAbsent() const noexcept {
+        // Written once only, so that threads that read documents at the same time keep it in their caches.
+        if (!IsSkippedWhenAbsent()) m_skippedWhenAbsent.store(true, std::memory_order_relaxed);
+    }
     bool IsSkippedWhenAbsent() const noexcept { return m_skippedWhenAbsent.load(std::memory_order_relaxed); }
     /// The member may write attributes through PseudoChildAttributeToXml.
     void SetHasPseudoElement() noexcept { m_hasPseudoElement = true; }
