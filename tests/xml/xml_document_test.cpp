@@ -77,6 +77,9 @@ TEST(XmlDocument, TextOfTheDocumentElement) {
         {"<a>]]&gt;</a>", "]]>", "]]>"},
         {"<a><![CDATA[x]]]]><![CDATA[>]]></a>", "x]]>", "<![CDATA[x]]]]><![CDATA[>]]>"},
         {"<!DOCTYPE a [<!ENTITY e '<b>in</b>out&#38;#13;!'>]><a>&e;&amp;</a>", "out!&", "out!&"},
+        {"<!DOCTYPE a [<!ENTITY e 'x&#13;y&#13;&#10;&#13;'>]><a>&e;&e;z\r\n&#13;</a>", "xy\nxy\nz\n",
+         "xy\nxy\nz\n"},
+        {"<!DOCTYPE a [<!ENTITY e '<![CDATA[&#13;x&#13;]]>'>]><a>&e;</a>", "x", "<![CDATA[x]]>"},
         {"<a>\xC3\xA9&#x20AC;&#x1F600;</a>", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80",
          "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"},
     };

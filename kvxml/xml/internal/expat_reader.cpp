@@ -70,10 +70,21 @@ struct CExpatReader::Handlers {
 
     static void XMLCALL OnText(void* user, const XML_Char* text, int length) {
         if (length == 1) {
-            // Line ends are normalised, so carriage returns come from character references, which come alone.
+            // Line ends are normalised, so carriage returns come from character references, which come alone
+            // outside of entities.
             if (*text == '\r' || Reader(user).m_builder.AppendCharacter(*text)) return;
         }
         AppendText(Reader(user), text, static_cast<std::size_t>(length));
+    }
+
+    /// For documents with entities that hold carriage returns.
+    static void XMLCALL OnTextWithReturns(void* user, const XML_Char* text, int length) {
+        std::string_view rest(text, static_cast<std::size_t>(length));
+        while (!rest.empty()) {
+            const std::string_view piece = rest.substr(0, rest.find('\r'));
+            if (!piece.empty()) AppendText(Reader(user), piece.data(), piece.size());
+            rest.remove_prefix(std::min(rest.size(), piece.size() + 1));
+        }
     }
 
     static void XMLCALL OnStartCData(void* user) { AppendText(Reader(user), "<![CDATA[", 9); }
@@ -92,7 +103,10 @@ struct CExpatReader::Handlers {
                                  const XML_Char*) {
         if (value == nullptr || isParameter != 0) return;
         CExpatReader& reader = Reader(user);
-        if (!RefersToEntity(std::string_view(value, static_cast<std::size_t>(length)))) return;
+        const std::string_view text(value, static_cast<std::size_t>(length));
+        if (text.find('\r') != std::string_view::npos)
+            XML_SetCharacterDataHandler(reader.m_parser.get(), &OnTextWithReturns);
+        if (!RefersToEntity(text)) return;
         if (++reader.m_nestedEntities <= kMaxNestedEntities) return;
         try {
             throw CKvException(reader.Locate("too many entities refer to other entities"));
