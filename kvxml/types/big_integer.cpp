@@ -11,8 +11,7 @@ namespace KvXmlLib16 {
 
 using internal::BigNumber;
 
-// --- construction
-// ---------------------------------------------------------------------------------------------
+// --- construction -----------------------------------------------------------------------------------------
 
 CBigInteger::CBigInteger(double value) : m_value(0) {
     if (!std::isfinite(value)) throw CKvInvalidValueException("ERROR: Value out of bound of double.");
@@ -72,8 +71,7 @@ BigNumber CBigInteger::Number() const {
     return m_isBig ? *m_big : BigNumber::FromInt64(m_value);
 }
 
-// --- text
-// -----------------------------------------------------------------------------------------------------
+// --- text -------------------------------------------------------------------------------------------------
 
 void CBigInteger::Parse(std::string_view text) {
     if (text.find_first_not_of("0123456789+- \t\n\r") != std::string_view::npos) {
@@ -123,8 +121,7 @@ std::int32_t CBigInteger::GetDigitCount() const noexcept {
     return digits;
 }
 
-// --- sign
-// -----------------------------------------------------------------------------------------------------
+// --- sign -------------------------------------------------------------------------------------------------
 
 int CBigInteger::GetSign() const noexcept {
     if (m_isBig) return m_big->negative ? -1 : 1;
@@ -154,8 +151,7 @@ CBigInteger CBigInteger::GetNegative() const {
     return CBigInteger(*this).Negate();
 }
 
-// --- arithmetic
-// -----------------------------------------------------------------------------------------------
+// --- arithmetic -------------------------------------------------------------------------------------------
 
 CBigInteger CBigInteger::Sum(const CBigInteger& a, const CBigInteger& b, bool subtract) {
     CBigInteger result;
@@ -215,8 +211,7 @@ CBigInteger CBigInteger::Pow10(unsigned int exponent) {
     return result;
 }
 
-// --- comparison and conversion
-// --------------------------------------------------------------------------------
+// --- comparison and conversion ----------------------------------------------------------------------------
 
 int CBigInteger::CompareSlow(const CBigInteger& other) const noexcept {
     // At least one is beyond 64 bits, so that against one in place its sign decides.
@@ -243,8 +238,7 @@ CBigInteger::operator long() const {
     return static_cast<long>(operator long long());
 }
 
-// --- digit vectors
-// --------------------------------------------------------------------------------------------
+// --- digit vectors ----------------------------------------------------------------------------------------
 
 namespace {
 

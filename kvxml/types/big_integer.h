@@ -138,8 +138,9 @@ public:
     operator long() const;
     operator long long() const;
 
-    // --- the same with built-in numbers
-    // --------------------------------------------------------------------- Without these the conversions
+    // --- the same with built-in numbers -------------------------------------------------------------------
+    //
+    // Without these the conversions
     // above would make such expressions ambiguous. Friends, so that they are considered for this class only
     // and not for what converts to it.
 #define KVXML_MIXED_OPERATOR(Result, op)                   \

@@ -19,8 +19,7 @@ namespace {
 
 using WhitespaceRule = CWhitespaceUtils::WhitespaceRule;
 
-// --- integers
-// -------------------------------------------------------------------------------------------------
+// --- integers ---------------------------------------------------------------------------------------------
 
 [[noreturn]] void ThrowNotConvertible(std::string_view text, const char* kind) {
     throw CKvInvalidValueException(
@@ -79,8 +78,7 @@ void AppendNumber(std::string& out, T value) {
     out.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
 }
 
-// --- floating point
-// -------------------------------------------------------------------------------------------
+// --- floating point ---------------------------------------------------------------------------------------
 
 // strtod on the whole text; false when it does not end where the text does.
 bool ParseWithStrtod(std::string_view text, double& value) {
@@ -214,8 +212,7 @@ void AppendReal(std::string& out, double value, int digits, std::string_view for
     out.append(buffer, result.ptr);
 }
 
-// --- the rest
-// -------------------------------------------------------------------------------------------------
+// --- the rest ---------------------------------------------------------------------------------------------
 
 CDateTime ParseDate(std::string_view text, WhitespaceRule rule) {
     std::string scratch;
@@ -250,8 +247,7 @@ std::string ToText(Append append, const Arguments&... arguments) {
 
 }  // namespace
 
-// --- integers
-// -------------------------------------------------------------------------------------------------
+// --- integers ---------------------------------------------------------------------------------------------
 
 void CConversions::AppendI1(std::string& out, std::int8_t value) {
     AppendNumber(out, int{value});
@@ -328,8 +324,7 @@ std::uint64_t CConversions::ui8FromString(std::string_view text, WhitespaceRule 
     return ParseInteger<std::uint64_t>(text, rule, "ui8");
 }
 
-// --- floating point
-// -------------------------------------------------------------------------------------------
+// --- floating point ---------------------------------------------------------------------------------------
 
 void CConversions::AppendR4(std::string& out, float value, std::string_view format) {
     AppendReal(out, static_cast<double>(value), 7, format);
@@ -367,8 +362,7 @@ double CConversions::r8FromString(std::string_view text, WhitespaceRule rule) {
     return ParseReal(text, rule, "r8");
 }
 
-// --- text and boolean
-// -----------------------------------------------------------------------------------------
+// --- text and boolean -------------------------------------------------------------------------------------
 
 void CConversions::AppendBoolean(std::string& out, bool value) {
     out += value ? "true" : "false";
@@ -416,8 +410,7 @@ std::string CConversions::stringFromString(std::string_view text, WhitespaceRule
     return CWhitespaceUtils::ApplyRule(rule, text);
 }
 
-// --- dates and durations
-// --------------------------------------------------------------------------------------
+// --- dates and durations ----------------------------------------------------------------------------------
 
 void CConversions::AppendYear(std::string& out, std::uint16_t value) {
     AppendNumber(out, int{value});
@@ -505,8 +498,7 @@ CDateTimeSpan CConversions::durationFromString(std::string_view text, Whitespace
     return value;
 }
 
-// --- unbounded numbers
-// ----------------------------------------------------------------------------------------
+// --- unbounded numbers ------------------------------------------------------------------------------------
 
 void CConversions::AppendDecimal(std::string& out, const CDecimal& value, std::string_view format) {
     if (format.empty()) {
@@ -550,8 +542,7 @@ CBigInteger CConversions::integerFromString(std::string_view text, WhitespaceRul
     return CBigInteger(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
 }
 
-// --- binary
-// ---------------------------------------------------------------------------------------------------
+// --- binary -----------------------------------------------------------------------------------------------
 
 void CConversions::AppendHexBinary(std::string& out, const CBinaryData& value) {
     out += value.GetAsHexString();

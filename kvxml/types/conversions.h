@@ -22,14 +22,17 @@ namespace KvXmlLib16 {
 ///
 /// `...FromString` applies the whitespace rule first (CKvException "Unknown WhitespaceRule" for a value
 /// outside the enumeration) and throws CKvInvalidValueException when the text is no value of the kind.
-/// `Append...` is
-/// `...ToString` at the end of a string that exists, without temporaries.
+///
+/// `Append...` is `...ToString` at the end of a string that exists, without temporaries.
 class KVXML_EXPORT CConversions {
 public:
     using WhitespaceRule = CWhitespaceUtils::WhitespaceRule;
 
-    // --- integers: blanks and a sign in front are accepted, nothing behind the digits. Negative text for an
-    // --- unsigned kind is taken modulo 2^32 or 2^64 ("-1" is 4294967295 for ui4).
+    // --- integers -----------------------------------------------------------------------------------------
+    //
+    // Blanks and a sign in front are accepted, nothing behind the digits. Negative text for an unsigned kind
+    // is taken modulo 2^32 or 2^64 ("-1" is 4294967295 for ui4).
+
     static std::string i1ToString(std::int8_t value);
     static std::string i2ToString(std::int16_t value);
     static std::string i4ToString(std::int32_t value);
@@ -47,10 +50,12 @@ public:
     static std::uint32_t ui4FromString(std::string_view text, WhitespaceRule rule);
     static std::uint64_t ui8FromString(std::string_view text, WhitespaceRule rule);
 
-    // --- floating point: "NaN", "INF" and "-INF", otherwise 7 (r4) or 16 (r8) significant digits or the
-    // caller's
-    // --- printf format. Reading accepts what C's strtod does ("0x1p3", "inf"), with values beyond the range
-    // --- becoming infinite or 0.
+    // --- floating point -----------------------------------------------------------------------------------
+    //
+    // "NaN", "INF" and "-INF", otherwise 7 (r4) or 16 (r8) significant digits or the caller's printf format.
+    // Reading accepts what C's strtod does ("0x1p3", "inf"), with values beyond the range becoming infinite
+    // or 0.
+
     static std::string r4ToString(float value);
     /// `format` (empty: the default) is a printf format with at most one conversion, of e, f, g or a;
     /// anything else throws CKvInvalidParamException.
@@ -71,9 +76,11 @@ public:
     static std::string stringToString(std::string_view value);
     static std::string stringFromString(std::string_view text, WhitespaceRule rule);
 
-    // --- dates and durations. Reading a year, month or day accepts every date form that has one, otherwise
-    // --- CKvInvalidStateException; the kind of the other results is that of the text, whatever function is
-    // used.
+    // --- dates and durations ------------------------------------------------------------------------------
+    //
+    // Reading a year, month or day accepts every date form that has one, otherwise CKvInvalidStateException;
+    // the kind of the other results is that of the text, whatever function is used.
+
     static std::string yearToString(std::uint16_t value);
     static std::string monthToString(std::uint8_t value);
     static std::string dayToString(std::uint8_t value);

@@ -127,10 +127,11 @@ public:
     /// Writes the text of `ToString()` without terminator; returns its length, at most `kMaxTextLength`.
     std::size_t FormatXsd(char* buffer) const noexcept;
 
-    // --- setting whole values
-    // ------------------------------------------------------------------------------- Each makes the value
-    // one of the kind named, checks it and clears the zone. A value that already is of another kind stays as
-    // it is: CKvInvalidStateException "Failed to copy CDateTime. Invalid Date Type: %s, expected: %s."
+    // --- setting whole values -----------------------------------------------------------------------------
+    //
+    // Each makes the value one of the kind named, checks it and clears the zone. A value that already is of
+    // another kind stays as it is: CKvInvalidStateException "Failed to copy CDateTime. Invalid Date Type: %s,
+    // expected: %s."
 
     void SetDateTime(int year, int month, int day, int hour, int minute, int second);
     void SetDateTime(int year, int month, int day, int hour, int minute, int second, int milli, int micro,
@@ -149,8 +150,7 @@ public:
     void SetGMonthDay(int month, int day);
     void SetGDay(int day);
 
-    // --- zone
-    // -----------------------------------------------------------------------------------------------
+    // --- zone ---------------------------------------------------------------------------------------------
 
     /// Gives the value an offset from UTC: hour -23 to 23, minute 0 to 59 counting in the hour's direction.
     void SetTimeZone(int hour, int minute);
@@ -164,8 +164,7 @@ public:
     std::int16_t GetZoneHour() const;
     std::uint8_t GetZoneMinute() const;
 
-    // --- fields: setters store the value without checking it
-    // --------------------------------------------------
+    // --- fields: setters store the value without checking it ----------------------------------------------
 
     void SetYear(int year);
     void SetMonth(int month);
@@ -208,8 +207,7 @@ public:
     /// without a time of day stand for their first instant and lose what their kind cannot hold.
     CDateTime GetNormalized() const;
 
-    // --- order and arithmetic
-    // ---------------------------------------------------------------------------------
+    // --- order and arithmetic -----------------------------------------------------------------------------
 
     /// Order of W3C XML Schema 1.0 Datatypes, 3.2.7.3: zoned values are compared in UTC; a zoned and an
     /// unzoned value are comparable only when every offset up to 14 hours leads to the same order; fields

@@ -95,8 +95,7 @@ char* WriteWithPoint(char* out, const char* digits, std::size_t count, std::size
 
 }  // namespace
 
-// --- construction
-// ---------------------------------------------------------------------------------------------
+// --- construction -----------------------------------------------------------------------------------------
 
 CDecimal::CDecimal(double value) : CDecimal() {
     if (!std::isfinite(value)) {
@@ -175,8 +174,7 @@ BigNumber CDecimal::Unscaled() const {
     return m_isBig ? *m_big : BigNumber::FromInt64(m_value);
 }
 
-// --- text
-// -----------------------------------------------------------------------------------------------------
+// --- text -------------------------------------------------------------------------------------------------
 
 void CDecimal::Parse(std::string_view text) {
     const char* p = text.data();
@@ -326,8 +324,7 @@ std::string CDecimal::ToString(int fractionDigits) const {
     return text;
 }
 
-// --- digits
-// ---------------------------------------------------------------------------------------------------
+// --- digits -----------------------------------------------------------------------------------------------
 
 // At most `fractionDigits` digits behind the point.
 CDecimal CDecimal::ScaledTo(int fractionDigits, bool round) const {
@@ -390,8 +387,7 @@ int CDecimal::GetSign() const noexcept {
     return m_value < 0 ? -1 : (m_value > 0 ? 1 : 0);
 }
 
-// --- arithmetic
-// -----------------------------------------------------------------------------------------------
+// --- arithmetic -------------------------------------------------------------------------------------------
 
 CDecimal CDecimal::operator-() const {
     CDecimal result(*this);
@@ -510,8 +506,7 @@ int CDecimal::CompareSlow(const CDecimal& other) const {
     return BigNumber::Compare(left, right);
 }
 
-// --- conversions
-// ----------------------------------------------------------------------------------------------
+// --- conversions ------------------------------------------------------------------------------------------
 
 std::int64_t CDecimal::ToInt64() const {
     if (!m_isBig) return m_value / kPow10[m_scale];

@@ -155,8 +155,10 @@ public:
     friend bool operator>(const CDecimal& a, const CDecimal& b) { return a.CompareTo(b) > 0; }
     friend bool operator>=(const CDecimal& a, const CDecimal& b) { return a.CompareTo(b) >= 0; }
 
-    // --- conversions: the fraction is dropped for integers; CKvOverFlowException when the value does not fit
-    // --
+    // --- conversions --------------------------------------------------------------------------------------
+    //
+    // The fraction is dropped for integers; CKvOverFlowException when the value does not fit.
+
     std::int32_t ToInt32() const;
     std::int64_t ToInt64() const;
     /// The nearest double.

@@ -130,8 +130,7 @@ const char* TextOf(const char* text) noexcept {
     return text != nullptr ? text : "";
 }
 
-// --- violations
-// -----------------------------------------------------------------------------------------------
+// --- violations -------------------------------------------------------------------------------------------
 
 [[noreturn]] void Violation(std::string_view name, std::string_view value, const char* facet,
                             std::string_view limit) {
@@ -266,8 +265,7 @@ bool IsDatePart(ItemType type) {
 
 }  // namespace
 
-// --- construction
-// ---------------------------------------------------------------------------------------------
+// --- construction -----------------------------------------------------------------------------------------
 
 CPrimitiveRestrictions::CPrimitiveRestrictions() noexcept = default;
 CPrimitiveRestrictions::CPrimitiveRestrictions(const CPrimitiveRestrictions& other) noexcept = default;
@@ -313,8 +311,7 @@ CPrimitiveRestrictions::CPrimitiveRestrictions(const char* pattern, std::int32_t
     m_facets = std::move(facets);
 }
 
-// --- checks
-// ---------------------------------------------------------------------------------------------------
+// --- checks -----------------------------------------------------------------------------------------------
 
 void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std::string_view value) const {
     switch (type) {

@@ -163,8 +163,7 @@ std::string CXmlDocument::LookupAliasFromNamespace(const char* uri) const {
     return m_tree == nullptr ? std::string() : m_tree->FindPrefix(uri == nullptr ? "" : uri);
 }
 
-// --- loading
-// -------------------------------------------------------------------------------------------------
+// --- loading ----------------------------------------------------------------------------------------------
 
 void CXmlDocument::Load(const char* fileName) {
     if (fileName == nullptr) fileName = "";
@@ -306,8 +305,7 @@ void CXmlDocument::LoadInChunks(const char* fileName) {
     }
 }
 
-// --- JSON
-// ----------------------------------------------------------------------------------------------------
+// --- JSON -------------------------------------------------------------------------------------------------
 
 CBinaryData CXmlDocument::LoadJsonFile(const char*) {
     Cleanup();

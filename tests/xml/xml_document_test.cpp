@@ -305,8 +305,7 @@ TEST(XmlDocument, NarrowTextIsInTheLocalCodePage) {
     EXPECT_EQ(document.GetDocumentElement()->GetLocalName(), "\xC3\xA9");
 }
 
-// --- the element filter
-// --------------------------------------------------------------------------------------
+// --- the element filter -----------------------------------------------------------------------------------
 
 std::vector<std::string> g_seen;
 
