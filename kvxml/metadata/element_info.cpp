@@ -8,6 +8,7 @@
 #include "kvxml/runtime/serialization_context.h"
 #include "kvxml/runtime/xml_generated_class.h"
 #include "kvxml/types/internal/ascii.h"
+#include "kvxml/types/internal/c_text.h"
 #include "kvxml/types/internal/variant_facets.h"
 #include "kvxml/xml/xml_attribute.h"
 #include "kvxml/xml/xml_element.h"
@@ -20,14 +21,7 @@ using KvXmlLib16::CKvInvalidParamException;
 using KvXmlLib16::CKvValidationException;
 using KvXmlLib16::FormatString;
 using KvXmlLib16::internal::EqualsIgnoreAsciiCase;
-
-namespace {
-
-const char* OrEmpty(const char* text) noexcept {
-    return text == nullptr ? "" : text;
-}
-
-}  // namespace
+using KvXmlLib16::internal::OrEmpty;
 
 CElementInfo::CElementInfo(const char* name, const char* ns, int propertyIndex)
     : m_name(OrEmpty(name)), m_namespace(OrEmpty(ns)), m_propertyIndex(propertyIndex) {}
@@ -292,8 +286,9 @@ bool CElementInfo::ReadSimpleElementAttributes(const CSerializationContext& cont
     return nil;
 }
 
-void CElementInfo::ElementFromXmlPrim(const CSerializationContext& context, CXmlGeneratedClass* owner,
-                                      CXmlElement** cursor) const {
+template <class Convert>
+void CElementInfo::ReadSimpleElement(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                                     CXmlElement** cursor, Convert convert) const {
     CXmlElement& element = **cursor;
     RefuseChildElements(context, element);
     KvVariant value;
@@ -301,15 +296,8 @@ void CElementInfo::ElementFromXmlPrim(const CSerializationContext& context, CXml
         value.SetNil();
     } else {
         try {
-            std::string_view text = element.GetTextView();
-            if (text.empty()) text = m_defaultValue;
-            value.FromString(text, m_itemType, m_whitespaceRule);
-            if (m_restrictions.HasPattern()) {
-                std::string scratch;
-                CheckRestriction(value, CWhitespaceUtils::ApplyRuleView(m_whitespaceRule, text, scratch));
-            } else if (!m_restrictions.IsEmpty()) {
-                CheckRestriction(value);
-            }
+            const std::string_view text = element.GetTextView();
+            convert(text.empty() ? std::string_view(m_defaultValue) : text, value);
         } catch (const CKvException& e) {
             ThrowSetFailed(element, e);
         }
@@ -318,24 +306,24 @@ void CElementInfo::ElementFromXmlPrim(const CSerializationContext& context, CXml
     *cursor = element.GetNextSiblingElement();
 }
 
+void CElementInfo::ElementFromXmlPrim(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                                      CXmlElement** cursor) const {
+    ReadSimpleElement(context, owner, cursor, [this](std::string_view text, KvVariant& value) {
+        value.FromString(text, m_itemType, m_whitespaceRule);
+        if (m_restrictions.HasPattern()) {
+            std::string scratch;
+            CheckRestriction(value, CWhitespaceUtils::ApplyRuleView(m_whitespaceRule, text, scratch));
+        } else if (!m_restrictions.IsEmpty()) {
+            CheckRestriction(value);
+        }
+    });
+}
+
 void CElementInfo::ElementFromXmlEnum(const CSerializationContext& context, CXmlGeneratedClass* owner,
                                       CXmlElement** cursor) const {
-    CXmlElement& element = **cursor;
-    RefuseChildElements(context, element);
-    KvVariant value;
-    if (!element.GetAttributes().empty() && ReadSimpleElementAttributes(context, element)) {
-        value.SetNil();
-    } else {
-        try {
-            std::string text(element.GetTextView());
-            if (text.empty()) text = m_defaultValue;
-            value.SetI4(m_enumFromString(text.c_str()));
-        } catch (const CKvException& e) {
-            ThrowSetFailed(element, e);
-        }
-    }
-    InvokePropertySet(owner, value, element);
-    *cursor = element.GetNextSiblingElement();
+    ReadSimpleElement(context, owner, cursor, [this](std::string_view text, KvVariant& value) {
+        value.SetI4(m_enumFromString(std::string(text).c_str()));
+    });
 }
 
 CXmlElement* CElementInfo::FromXml_Int(CXmlObjectBase* object, CXmlElement* element, CXmlElement* cursor,

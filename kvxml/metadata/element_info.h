@@ -168,6 +168,10 @@ private:
 
     /// Simple elements hold text only; a child element is an error unless the context ignores unknown ones.
     void RefuseChildElements(const CSerializationContext& context, const CXmlElement& element) const;
+    /// Reads the simple element under the cursor into the property; `convert` makes the value from its text.
+    template <class Convert>
+    void ReadSimpleElement(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                           CXmlElement** cursor, Convert convert) const;
     /// Judges the attributes of a simple element; returns whether it is nil.
     bool ReadSimpleElementAttributes(const CSerializationContext& context, const CXmlElement& element) const;
     void WriteNilElement(CXmlWriter* writer) const;

@@ -1,16 +1,16 @@
 #include "kvxml/metadata/parent_element_info.h"
 
+#include "kvxml/types/internal/c_text.h"
+
 namespace KvXmlLib16Data {
+
+using KvXmlLib16::internal::OrEmpty;
 
 namespace {
 
 std::uint64_t NextId() noexcept {
     static std::atomic<std::uint64_t> next{1};
     return next.fetch_add(1, std::memory_order_relaxed);
-}
-
-const char* OrEmpty(const char* text) noexcept {
-    return text == nullptr ? "" : text;
 }
 
 }  // namespace

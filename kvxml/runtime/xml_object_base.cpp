@@ -10,6 +10,7 @@
 #include "kvxml/runtime/format_string.h"
 #include "kvxml/runtime/internal/text_settings.h"
 #include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/types/internal/c_text.h"
 #include "kvxml/types/internal/compression.h"
 #include "kvxml/xml/binary_stream.h"
 #include "kvxml/xml/file_text_stream.h"
@@ -22,14 +23,12 @@
 
 namespace KvXmlLib16 {
 
+using internal::OrEmpty;
+
 namespace {
 
 [[noreturn]] void ThrowNotBuiltIn(const char* format) {
     throw CKvException(FormatString("The %s format is not built in yet.", format));
-}
-
-const char* OrEmpty(const char* text) noexcept {
-    return text == nullptr ? "" : text;
 }
 
 void RefuseZlibFile(CompressionType compression) {

@@ -5,14 +5,13 @@
 
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/format_string.h"
+#include "kvxml/types/internal/c_text.h"
 
 namespace KvXmlLib16 {
 
-namespace {
+using internal::OrEmpty;
 
-std::string_view OrEmpty(const char* text) {
-    return text == nullptr ? std::string_view() : std::string_view(text);
-}
+namespace {
 
 template <class Map>
 auto FindAlias(const Map& aliases, std::string_view alias) {

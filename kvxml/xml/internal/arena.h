@@ -5,30 +5,9 @@
 #include <cstdint>
 #include <cstring>
 
-namespace KvXmlLib16::internal {
+#include "kvxml/xml/string_buffer.h"
 
-/// Copies up to 16 bytes without a call.
-inline void CopyShort(char* to, const char* from, std::size_t length) noexcept {
-    if (length > 16) {
-        std::memcpy(to, from, length);
-    } else if (length >= 8) {
-        std::uint64_t head, tail;
-        std::memcpy(&head, from, 8);
-        std::memcpy(&tail, from + length - 8, 8);
-        std::memcpy(to, &head, 8);
-        std::memcpy(to + length - 8, &tail, 8);
-    } else if (length >= 4) {
-        std::uint32_t head, tail;
-        std::memcpy(&head, from, 4);
-        std::memcpy(&tail, from + length - 4, 4);
-        std::memcpy(to, &head, 4);
-        std::memcpy(to + length - 4, &tail, 4);
-    } else if (length > 0) {
-        to[0] = from[0];
-        to[length / 2] = from[length / 2];
-        to[length - 1] = from[length - 1];
-    }
-}
+namespace KvXmlLib16::internal {
 
 /// Compares up to 16 bytes without a call.
 inline bool EqualShort(const char* a, const char* b, std::size_t length) noexcept {
@@ -94,7 +73,7 @@ public:
     /// Adds to the run; throws std::bad_alloc.
     void AppendToRun(const char* text, std::size_t length) {
         if (length > static_cast<std::size_t>(m_end - m_runEnd)) GrowRun(length);
-        CopyShort(m_runEnd, text, length);
+        CStringBuffer::CopyBytes(m_runEnd, text, length);
         m_runEnd += length;
     }
     /// Adds one character; false, with nothing done, when the chunk is full.

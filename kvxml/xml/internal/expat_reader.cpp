@@ -10,6 +10,7 @@
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/format_string.h"
+#include "kvxml/types/internal/c_text.h"
 
 namespace KvXmlLib16::internal {
 
@@ -31,10 +32,6 @@ bool RefersToEntity(std::string_view text) {
         if (at + 1 < text.size() && text[at + 1] != '#') return true;
     }
     return false;
-}
-
-std::string_view OrEmpty(const char* text) {
-    return text == nullptr ? std::string_view() : text;
 }
 
 /// What the parser's conversion of a multi-byte encoding needs.

@@ -102,7 +102,7 @@ char* CXmlTreeBuilder::AddAttributes(const char* const* attributes, std::size_t 
         const char* const value = attributes[2 * i + 1];
         const std::size_t length = std::strlen(value);
         if (length > static_cast<std::size_t>(m_arena.End() - values)) return nullptr;
-        CopyShort(values, value, length);
+        CStringBuffer::CopyBytes(values, value, length);
         auto* const attribute = new (first + i) CXmlAttribute();
         attribute->m_name = m_names.Attribute(attributes[2 * i]);
         attribute->m_value.characters = values;
