@@ -1,129 +1,33 @@
 #include "kvxml/types/primitive_restrictions.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <mutex>
-#include <optional>
+#include <iterator>
 #include <utility>
 #include <vector>
 
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/types/conversions.h"
-#include "kvxml/types/internal/xsd_regex.h"
+#include "kvxml/types/internal/facets.h"
 
 namespace KvXmlLib16 {
 
-namespace internal {
-
-namespace {
-
-// Bounds and enumeration as values of one type; read from the texts at the first check that needs them.
-struct TypedFacetsBase {
-    explicit TypedFacetsBase(ItemType itemType) : type(itemType) {}
-    virtual ~TypedFacetsBase() = default;
-    TypedFacetsBase(const TypedFacetsBase&) = delete;
-    TypedFacetsBase& operator=(const TypedFacetsBase&) = delete;
-
-    const ItemType type;
-    const TypedFacetsBase* next = nullptr;
-};
-
-template <class T>
-struct TypedFacets : TypedFacetsBase {
-    using TypedFacetsBase::TypedFacetsBase;
-    std::optional<T> minInclusive;
-    std::optional<T> maxInclusive;
-    std::optional<T> minExclusive;
-    std::optional<T> maxExclusive;
-    std::vector<T> enumeration;
-};
-
-}  // namespace
-
-/// The state that copies of a CPrimitiveRestrictions share. What is mutable is set once, under the mutex.
-struct Facets {
-    ~Facets() {
-        for (const TypedFacetsBase* typed = m_typed.load(); typed != nullptr;) {
-            const TypedFacetsBase* const next = typed->next;
-            delete typed;
-            typed = next;
-        }
-    }
-
-    const CXsdRegex& Regex() const {
-        const CXsdRegex* regex = m_regex.load(std::memory_order_acquire);
-        if (regex == nullptr) {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            if (m_regexOwner == nullptr)
-                m_regexOwner = CXsdRegex::Get(IsLocalUtf8() ? pattern : LocalToUtf8(pattern));
-            regex = m_regexOwner.get();
-            m_regex.store(regex, std::memory_order_release);
-        }
-        return *regex;
-    }
-
-    /// The kinds that share a T read different texts and are therefore kept apart. A kind has only one T.
-    template <class T, class Parse>
-    const TypedFacets<T>& Typed(ItemType type, Parse parse) const {
-        if (const auto* const known = Find<T>(type)) return *known;
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        if (const auto* const known = Find<T>(type)) return *known;
-        auto typed = std::make_unique<TypedFacets<T>>(type);
-        if (!minInclusive.empty()) typed->minInclusive = parse(minInclusive);
-        if (!maxInclusive.empty()) typed->maxInclusive = parse(maxInclusive);
-        if (!minExclusive.empty()) typed->minExclusive = parse(minExclusive);
-        if (!maxExclusive.empty()) typed->maxExclusive = parse(maxExclusive);
-        for (const std::string& value : enumeration)
-            typed->enumeration.push_back(parse(value));
-        typed->next = m_typed.load(std::memory_order_relaxed);
-        const TypedFacets<T>* const result = typed.release();
-        m_typed.store(result, std::memory_order_release);
-        return *result;
-    }
-
-    std::string pattern;
-    std::int32_t minLength = CPrimitiveRestrictions::kNotSet;
-    std::int32_t maxLength = CPrimitiveRestrictions::kNotSet;
-    std::int32_t length = CPrimitiveRestrictions::kNotSet;
-    std::string minInclusive;
-    std::string maxInclusive;
-    std::string minExclusive;
-    std::string maxExclusive;
-    std::int32_t totalDigits = CPrimitiveRestrictions::kNotSet;
-    std::int32_t fractionDigits = CPrimitiveRestrictions::kNotSet;
-    std::vector<std::string> enumeration;        // as given
-    std::vector<std::string> sortedEnumeration;  // under the whitespace rule, for strings
-
-private:
-    template <class T>
-    const TypedFacets<T>* Find(ItemType type) const {
-        for (const TypedFacetsBase* typed = m_typed.load(std::memory_order_acquire); typed != nullptr;
-             typed = typed->next) {
-            if (typed->type == type) return static_cast<const TypedFacets<T>*>(typed);
-        }
-        return nullptr;
-    }
-
-    mutable std::mutex m_mutex;
-    mutable std::shared_ptr<const CXsdRegex> m_regexOwner;
-    mutable std::atomic<const CXsdRegex*> m_regex{nullptr};
-    mutable std::atomic<const TypedFacetsBase*> m_typed{nullptr};
-};
-
-}  // namespace internal
-
+using internal::BadFacet;
+using internal::CheckDigits;
+using internal::CheckLengths;
 using internal::CXsdRegex;
 using internal::Facets;
+using internal::FillBounds;
+using internal::FillEnumeration;
 using internal::TypedFacets;
 
 namespace {
 
 constexpr auto kCollapse = CWhitespaceUtils::WhitespaceRule_Collapse;
+constexpr auto kNone = CWhitespaceUtils::WhitespaceRule_None;
 constexpr std::size_t kMaxShownValue = 1000;
 
 const char* TextOf(const char* text) noexcept {
@@ -147,6 +51,8 @@ const char* TextOf(const char* text) noexcept {
     message.append("]. It violates the facet ").append(facet).append(" [").append(limit).append("].");
     throw CKvInvalidValueException(std::move(message));
 }
+
+// --- checking ---------------------------------------------------------------------------------------------
 
 // One check: who is checked against what, and how the value reads.
 template <class MakeText>
@@ -249,18 +155,74 @@ CDateTime::DTCompareResult FromSign(int order) {
                      : (order > 0 ? CDateTime::DTCompare_Greater : CDateTime::DTCompare_Equal);
 }
 
+// An ill-formed sequence of UTF-8 counts as the one character that it is replaced by.
 std::size_t CountCharacters(std::string_view text) {
-    // All bytes of UTF-8 but those that continue a character.
+    if (internal::WellFormedUtf8Length(text) != text.size())
+        return CountCharacters(internal::RepairUtf8(text));
+    // All bytes but those that continue a character.
     return static_cast<std::size_t>(std::count_if(
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
-bool IsAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 bool IsDatePart(ItemType type) {
     return type == ItemType_year || type == ItemType_month || type == ItemType_day;
+}
+
+// What a kind of bounded integers can hold.
+struct IntegerRange {
+    const char* least;
+    const char* most;
+};
+
+const IntegerRange* RangeOf(ItemType type) {
+    static constexpr IntegerRange kRanges[] = {
+        {"-128", "127"},
+        {"-32768", "32767"},
+        {"-2147483648", "2147483647"},
+        {"-9223372036854775808", "9223372036854775807"},
+        {"0", "255"},
+        {"0", "65535"},
+        {"0", "4294967295"},
+        {"0", "18446744073709551615"},
+    };
+    static_assert(ItemType_ui8 - ItemType_i1 + 1 == std::size(kRanges));
+    return type >= ItemType_i1 && type <= ItemType_ui8 ? &kRanges[type - ItemType_i1] : nullptr;
+}
+
+// Bounds may lie outside of what the kind holds, but something must be left between them.
+void CheckRange(const TypedFacets<CDecimal>& typed, const Facets& facets, std::string_view name,
+                const IntegerRange& range) {
+    const CDecimal least(range.least);
+    const CDecimal most(range.most);
+    const auto refuse = [&](const char* facet, const std::string& text) {
+        BadFacet(name, std::string(facet) + " [" + text + "] leaves no value of the type.");
+    };
+    if (typed.minInclusive && *typed.minInclusive > most) refuse("minInclusive", facets.minInclusive);
+    if (typed.minExclusive && *typed.minExclusive >= most) refuse("minExclusive", facets.minExclusive);
+    if (typed.maxInclusive && *typed.maxInclusive < least) refuse("maxInclusive", facets.maxInclusive);
+    if (typed.maxExclusive && *typed.maxExclusive <= least) refuse("maxExclusive", facets.maxExclusive);
+    for (std::size_t i = 0; i < typed.enumeration.size(); ++i) {
+        if (typed.enumeration[i] < least || typed.enumeration[i] > most)
+            BadFacet(name, "enumeration [" + facets.enumeration[i] + "] is no value of the type.");
+    }
+}
+
+// The form that the values of a kind of dates have; dt_none for another kind.
+CDateTime::DTType FormOf(ItemType type) {
+    switch (type) {
+        case ItemType_yearMonth:
+            return CDateTime::dt_gYearMonth;
+        case ItemType_monthDay:
+            return CDateTime::dt_gMonthDay;
+        case ItemType_date:
+            return CDateTime::dt_date;
+        case ItemType_datetime:
+            return CDateTime::dt_dateTime;
+        case ItemType_time:
+            return CDateTime::dt_time;
+        default:
+            return CDateTime::dt_none;
+    }
 }
 
 }  // namespace
@@ -304,10 +266,9 @@ CPrimitiveRestrictions::CPrimitiveRestrictions(const char* pattern, std::int32_t
     for (std::size_t begin = 0; !values.empty() && begin <= values.size();) {
         const std::size_t end = std::min(values.find('\n', begin), values.size());
         facets->enumeration.emplace_back(values.substr(begin, end - begin));
-        facets->sortedEnumeration.push_back(CWhitespaceUtils::ApplyRule(rule, facets->enumeration.back()));
         begin = end + 1;
     }
-    std::sort(facets->sortedEnumeration.begin(), facets->sortedEnumeration.end());
+    facets->rule = rule;
     m_facets = std::move(facets);
 }
 
@@ -367,12 +328,22 @@ void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std
     }
     // The value is its own text, also when it is empty. It is in the local code page.
     const Checker check(*m_facets, name, value, [](std::string&) {});
-    const bool isUtf8 = IsAscii(value) || internal::IsLocalUtf8();
+    const auto& typed = m_facets->Typed<std::string>(
+        type == ItemType_char ? type : ItemType_string, name, [&](TypedFacets<std::string>& made) {
+            CheckLengths(*m_facets, name);
+            FillEnumeration(made, *m_facets, name, [&](const std::string& text) {
+                const std::string allowed = CWhitespaceUtils::ApplyRule(m_facets->rule, text);
+                if (made.type == ItemType_char) CConversions::charFromString(allowed, kNone);
+                return allowed;
+            });
+            std::sort(made.enumeration.begin(), made.enumeration.end());
+        });
+    const bool isUtf8 = internal::IsAllAscii(value) || internal::IsLocalUtf8();
     const std::string converted = isUtf8 ? std::string() : internal::LocalToUtf8(value);
     const std::string_view characters = isUtf8 ? value : converted;
     check.Length([&] { return CountCharacters(characters); });
     check.Pattern(characters);
-    const std::vector<std::string>& allowed = m_facets->sortedEnumeration;
+    const std::vector<std::string>& allowed = typed.enumeration;
     if (!allowed.empty() &&
         !std::binary_search(allowed.begin(), allowed.end(), value,
                             [](std::string_view a, std::string_view b) { return a < b; })) {
@@ -383,7 +354,16 @@ void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std
 void CPrimitiveRestrictions::CheckBoolean(std::string_view name, bool value, std::string_view lexical) const {
     const Checker check(*m_facets, name, lexical,
                         [&](std::string& out) { CConversions::AppendBoolean(out, value); });
+    const auto& typed = m_facets->Typed<bool>(ItemType_boolean, name, [&](TypedFacets<bool>& made) {
+        FillEnumeration(made, *m_facets, name, [](const std::string& text) {
+            return CConversions::booleanFromString(text, kCollapse);
+        });
+    });
     check.Pattern();
+    const std::vector<bool>& allowed = typed.enumeration;
+    if (!allowed.empty() && std::find(allowed.begin(), allowed.end(), value) == allowed.end()) {
+        check.FailEnumeration();
+    }
 }
 
 void CPrimitiveRestrictions::CheckInt64(std::string_view name, ItemType type, std::int64_t value,
@@ -412,9 +392,34 @@ void CPrimitiveRestrictions::CheckDecimal(std::string_view name, ItemType type, 
             value.AppendTo(out);
         }
     });
+    const bool isDatePart = IsDatePart(type);
+    const IntegerRange* const range = RangeOf(type);
+    if (!isDatePart && range == nullptr && type != ItemType_integer) type = ItemType_decimal;
+    const auto compare = [](const CDecimal& a, const CDecimal& b) { return FromSign(a.CompareTo(b)); };
+    const auto& typed = m_facets->Typed<CDecimal>(type, name, [&](TypedFacets<CDecimal>& made) {
+        const auto parse = [type](const std::string& text) -> CDecimal {
+            switch (type) {
+                case ItemType_year:
+                    return CConversions::yearFromString(text, kCollapse);
+                case ItemType_month:
+                    return CConversions::monthFromString(text, kCollapse);
+                case ItemType_day:
+                    return CConversions::dayFromString(text, kCollapse);
+                default:
+                    break;
+            }
+            CDecimal number = CConversions::decimalFromString(text, kCollapse);
+            if (type != ItemType_decimal && number.GetFractionDigits() > 0)
+                throw CKvInvalidValueException("The value [" + text + "] is no integer");
+            return number;
+        };
+        if (!isDatePart) CheckDigits(*m_facets, name);
+        FillBounds(made, *m_facets, name, parse, compare);
+        FillEnumeration(made, *m_facets, name, parse);
+        if (range != nullptr) CheckRange(made, *m_facets, name, *range);
+    });
     check.Pattern();
-    if (!IsDatePart(type)) {
-        type = ItemType_decimal;
+    if (!isDatePart) {
         if (m_facets->totalDigits >= 0 && value.GetTotalDigits() > m_facets->totalDigits) {
             check.Fail("totalDigits", m_facets->totalDigits);
         }
@@ -422,20 +427,7 @@ void CPrimitiveRestrictions::CheckDecimal(std::string_view name, ItemType type, 
             check.Fail("fractionDigits", m_facets->fractionDigits);
         }
     }
-    const auto& typed = m_facets->Typed<CDecimal>(type, [type](const std::string& text) -> CDecimal {
-        switch (type) {
-            case ItemType_year:
-                return CConversions::yearFromString(text, kCollapse);
-            case ItemType_month:
-                return CConversions::monthFromString(text, kCollapse);
-            case ItemType_day:
-                return CConversions::dayFromString(text, kCollapse);
-            default:
-                return CConversions::decimalFromString(text, kCollapse);
-        }
-    });
-    check.BoundsAndEnumeration(typed,
-                               [&](const CDecimal& other) { return FromSign(value.CompareTo(other)); });
+    check.BoundsAndEnumeration(typed, [&](const CDecimal& other) { return compare(value, other); });
 }
 
 void CPrimitiveRestrictions::CheckDouble(std::string_view name, ItemType type, double value,
@@ -448,45 +440,66 @@ void CPrimitiveRestrictions::CheckDouble(std::string_view name, ItemType type, d
             CConversions::AppendR8(out, value);
         }
     });
-    check.Pattern();
-    // A bound of a float is a float, so that 0.1 does not exceed a bound of 0.1.
-    const auto& typed =
-        m_facets->Typed<double>(isFloat ? ItemType_r4 : ItemType_r8, [isFloat](const std::string& text) {
-            return isFloat ? static_cast<double>(CConversions::r4FromString(text, kCollapse))
-                           : CConversions::r8FromString(text, kCollapse);
-        });
-    check.BoundsAndEnumeration(typed, [&](double other) {
-        if (std::isnan(value) || std::isnan(other)) {
-            return std::isnan(value) && std::isnan(other) ? CDateTime::DTCompare_Equal
-                                                          : CDateTime::DTCompare_Indeterminate;
+    const auto compare = [](double a, double b) {
+        if (std::isnan(a) || std::isnan(b)) {
+            return std::isnan(a) && std::isnan(b) ? CDateTime::DTCompare_Equal
+                                                  : CDateTime::DTCompare_Indeterminate;
         }
-        return FromSign(value < other ? -1 : (value > other ? 1 : 0));
-    });
+        return FromSign(a < b ? -1 : (a > b ? 1 : 0));
+    };
+    // A bound of a float is a float, so that 0.1 does not exceed a bound of 0.1.
+    const auto parse = [isFloat](const std::string& text) {
+        return isFloat ? static_cast<double>(CConversions::r4FromString(text, kCollapse))
+                       : CConversions::r8FromString(text, kCollapse);
+    };
+    const auto& typed =
+        m_facets->Typed<double>(isFloat ? ItemType_r4 : ItemType_r8, name, [&](TypedFacets<double>& made) {
+            FillBounds(made, *m_facets, name, parse, compare);
+            FillEnumeration(made, *m_facets, name, parse);
+        });
+    check.Pattern();
+    check.BoundsAndEnumeration(typed, [&](double other) { return compare(value, other); });
 }
 
 void CPrimitiveRestrictions::CheckDateTime(std::string_view name, ItemType type, const CDateTime& value,
                                            std::string_view lexical) const {
     const Checker check(*m_facets, name, lexical,
                         [&](std::string& out) { CConversions::AppendDateTime(out, value); });
-    check.Pattern();
-    if (type != ItemType_datetime && type != ItemType_time) type = ItemType_date;
-    const auto& typed = m_facets->Typed<CDateTime>(type, [type](const std::string& text) {
-        if (type == ItemType_datetime) return CConversions::datetimeFromString(text, kCollapse);
-        if (type == ItemType_time) return CConversions::timeFromString(text, kCollapse);
-        return CConversions::dateFromString(text, kCollapse);
+    const auto compare = [](const CDateTime& a, const CDateTime& b) { return a.CompareTo(b); };
+    const CDateTime::DTType form = FormOf(type);
+    if (form == CDateTime::dt_none) type = ItemType_date;
+    const auto& typed = m_facets->Typed<CDateTime>(type, name, [&](TypedFacets<CDateTime>& made) {
+        const auto parse = [type, form](const std::string& text) {
+            if (type == ItemType_datetime) return CConversions::datetimeFromString(text, kCollapse);
+            if (type == ItemType_time) return CConversions::timeFromString(text, kCollapse);
+            CDateTime bound = CConversions::dateFromString(text, kCollapse);
+            if (form != CDateTime::dt_none && bound.GetType() != form) {
+                throw CKvInvalidValueException("The value [" + text + "] is a " + bound.GetTypeAsString());
+            }
+            return bound;
+        };
+        FillBounds(made, *m_facets, name, parse, compare);
+        FillEnumeration(made, *m_facets, name, parse);
     });
-    check.BoundsAndEnumeration(typed, [&](const CDateTime& other) { return value.CompareTo(other); });
+    check.Pattern();
+    check.BoundsAndEnumeration(typed, [&](const CDateTime& other) { return compare(value, other); });
 }
 
 void CPrimitiveRestrictions::CheckDuration(std::string_view name, ItemType, const CDateTimeSpan& value,
                                            std::string_view lexical) const {
     const Checker check(*m_facets, name, lexical,
                         [&](std::string& out) { CConversions::AppendDuration(out, value); });
-    check.Pattern();
-    const auto& typed = m_facets->Typed<CDateTimeSpan>(ItemType_duration, [](const std::string& text) {
+    const auto compare = [](const CDateTimeSpan& a, const CDateTimeSpan& b) { return a.CompareTo(b); };
+    const auto parse = [](const std::string& text) {
         return CConversions::durationFromString(text, kCollapse);
-    });
-    check.BoundsAndEnumeration(typed, [&](const CDateTimeSpan& other) { return value.CompareTo(other); });
+    };
+    const auto& typed =
+        m_facets->Typed<CDateTimeSpan>(ItemType_duration, name, [&](TypedFacets<CDateTimeSpan>& made) {
+            FillBounds(made, *m_facets, name, parse, compare);
+            FillEnumeration(made, *m_facets, name, parse);
+        });
+    check.Pattern();
+    check.BoundsAndEnumeration(typed, [&](const CDateTimeSpan& other) { return compare(value, other); });
 }
 
 void CPrimitiveRestrictions::CheckBinary(std::string_view name, ItemType type, const CBinaryData& value,
@@ -499,22 +512,24 @@ void CPrimitiveRestrictions::CheckBinary(std::string_view name, ItemType type, c
             CConversions::AppendBase64Binary(out, value);
         }
     });
-    check.Length([&] { return static_cast<std::size_t>(value.GetLength()); });
+    const auto& typed = m_facets->Typed<CBinaryData>(
+        isHex ? ItemType_hexBinary : ItemType_base64Binary, name, [&](TypedFacets<CBinaryData>& made) {
+            CheckLengths(*m_facets, name);
+            FillEnumeration(made, *m_facets, name, [isHex](const std::string& text) {
+                if (isHex) return CConversions::hexBinaryFromString(text, kCollapse);
+                CBinaryData allowed = CConversions::base64BinaryFromString(text, kCollapse);
+                // Bad base64 reads as nothing.
+                if (allowed.GetLength() == 0 && !CWhitespaceUtils::Collapse(text).empty())
+                    throw CKvInvalidValueException("The value [" + text + "] is no base64");
+                return allowed;
+            });
+        });
+    check.Length([&] { return value.GetLength(); });
     check.Pattern();
-    if (m_facets->enumeration.empty()) return;
-    const auto parse = [isHex](const std::string& text) {
-        return isHex ? CConversions::hexBinaryFromString(text, kCollapse)
-                     : CConversions::base64BinaryFromString(text, kCollapse);
-    };
-    for (const std::string& text : m_facets->enumeration) {
-        const CBinaryData allowed = parse(text);
-        if (allowed.GetLength() == value.GetLength() &&
-            (value.GetLength() == 0 ||
-             std::memcmp(allowed.GetData(), value.GetData(), value.GetLength()) == 0)) {
-            return;
-        }
+    const std::vector<CBinaryData>& allowed = typed.enumeration;
+    if (!allowed.empty() && std::find(allowed.begin(), allowed.end(), value) == allowed.end()) {
+        check.FailEnumeration();
     }
-    check.FailEnumeration();
 }
 
 }  // namespace KvXmlLib16

@@ -30,10 +30,20 @@ struct Facets;
 /// The facets of one member. Immutable, so copies share one state and may be used by any number of threads.
 ///
 /// Every check throws CKvInvalidValueException "Invalid Value for <name> [<value>]." followed by the facet
-/// that is violated and its value. Bounds, enumeration values and patterns are read at the first check that
-/// needs them; a bound that is no value of the type throws as its conversion does, a bad pattern CKvException
-/// "Invalid Regular Expression: %s Error: '%s'". Contradicting facets refuse every value. Facets that do not
-/// apply to a kind (a length of a number, a bound of a string) are passed over.
+/// that is violated and its value. Facets that do not apply to a kind (a length of a number, a bound of a
+/// string) are passed over.
+///
+/// The first check of a kind reads the facets that apply to it. When they make no sense, this and every later
+/// check of the kind throws, whatever the value; construction never does:
+/// - CKvException "Invalid Regular Expression: %s Error: '%s'" for a bad pattern, with the member's name in
+/// the
+///   inner exception; "Unknown WhitespaceRule" for a bad rule;
+/// - CKvInvalidParamException "Invalid Facet of <name>: ..." for a bound or enumeration value that is no
+/// value
+///   of the kind, for facets that contradict each other as XML Schema has it (minLength above maxLength, an
+///   inclusive bound at the exclusive one of the other side, fractionDigits above totalDigits, ...), and for
+///   bounds beyond all that an integer kind holds. Bounds of integer kinds may lie outside of the kind's own
+///   range otherwise; both bounds of one side may be set, and the stricter holds.
 class KVXML_EXPORT CPrimitiveRestrictions {
 public:
     /// Marks a length or digit count that is not set. Texts are not set when null or empty.
@@ -43,15 +53,17 @@ public:
     CPrimitiveRestrictions() noexcept;
     /// All texts are in the local code page, as the values are.
     ///
-    /// `pattern`: an XSD regular expression that the whole text must match; alternative patterns of one
-    /// derivation
-    ///     step are joined by "|".
+    /// `pattern`: a regular expression of XML Schema that the whole text must match; alternative patterns of
+    ///     one derivation step are joined by "|". Repetitions may be up to 10,000,000 ("a{3,10000000}"); a
+    ///     larger upper number is no bound. A match that would take very many steps is refused.
     /// `minLength`, `maxLength`, `length`: characters of text, octets of binary values.
-    /// Bounds and `enumeration` (values separated by line feeds): lexical values of the member's type,
-    /// compared
-    ///     by the order of that type. Strings have no order, so bounds do not restrict them.
+    /// Bounds: lexical values of the member's type, compared by the order of that type; what can not be
+    ///     ordered (NaN, some dates and durations) violates every bound. Strings have no order.
+    /// `enumeration`: lexical values with line feeds between them, compared as values ("1.0" allows 1.00, "1"
+    ///     allows true). Every line feed separates two values: "a\n" is "a" and the empty value.
     /// `totalDigits`, `fractionDigits`: of decimals and integers; zeros without significance do not count.
-    /// `rule`: kept for GetWhitespaceRule; a rule alone is no facet.
+    /// `rule`: applied to the enumeration of strings, and kept for GetWhitespaceRule; a rule alone is no
+    ///     facet.
     CPrimitiveRestrictions(const char* pattern, std::int32_t minLength, std::int32_t maxLength,
                            const char* minInclusive, const char* maxInclusive, const char* minExclusive,
                            const char* maxExclusive, std::int32_t length, std::int32_t totalDigits,

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kvxml/runtime/exceptions.h"
+#include "tests/support/scoped_environment.h"
 
 namespace KvXmlLib16::internal {
 namespace {
@@ -211,11 +212,13 @@ TEST_F(LocalCodePageTest, DefaultIsTheLocaleOfTheThread) {
     std::filesystem::create_directories(directory);
     const std::string command = "localedef -i de_DE -f ISO-8859-15 '" + directory + "/latin' >/dev/null 2>&1";
     static_cast<void>(std::system(command.c_str()));
-    setenv("LOCPATH", directory.c_str(), 1);
-    const bool isInstalled = std::setlocale(LC_ALL, "latin") != nullptr;
+    const std::string former = std::setlocale(LC_ALL, nullptr);
+    const bool isInstalled = [&] {
+        const ScopedEnvironment path("LOCPATH", directory);
+        return std::setlocale(LC_ALL, "latin") != nullptr;
+    }();
     const locale_t latin = duplocale(LC_GLOBAL_LOCALE);
-    std::setlocale(LC_ALL, "C");
-    unsetenv("LOCPATH");
+    std::setlocale(LC_ALL, former.c_str());
     std::error_code ignored;
     std::filesystem::remove_all(directory, ignored);
     if (!isInstalled) {

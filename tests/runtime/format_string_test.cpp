@@ -11,6 +11,7 @@
 #include <string>
 
 #include "kvxml/runtime/text_settings.h"
+#include "tests/support/scoped_environment.h"
 
 namespace KvXmlLib16 {
 namespace {
@@ -110,13 +111,12 @@ public:
         const std::string command =
             "localedef -i de_DE -f UTF-8 '" + m_directory + "/comma.utf8' >/dev/null 2>&1";
         static_cast<void>(std::system(command.c_str()));
-        setenv("LOCPATH", m_directory.c_str(), 1);
+        const ScopedEnvironment path("LOCPATH", m_directory);
         Install("comma.utf8");
     }
     ~CommaLocale() {
-        std::setlocale(LC_ALL, "C");
+        std::setlocale(LC_ALL, m_former.c_str());
         if (m_directory.empty()) return;
-        unsetenv("LOCPATH");
         std::error_code ignored;
         std::filesystem::remove_all(m_directory, ignored);
     }
@@ -132,6 +132,7 @@ private:
         return m_installed;
     }
 
+    std::string m_former = std::setlocale(LC_ALL, nullptr);
     std::string m_directory;
     bool m_installed = false;
 };

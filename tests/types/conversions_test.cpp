@@ -105,58 +105,38 @@ TEST(Conversions, IntegerForms) {
         EXPECT_EQ(ReadInteger(row.kind, row.text, row.rule), row.expected) << row.text;
 }
 
+// What `ask` gives under the "C" locale.
+template <class Ask>
+auto UnderCLocale(Ask ask) {
+    const std::string former = std::setlocale(LC_ALL, nullptr);
+    std::setlocale(LC_ALL, "C");
+    const auto result = ask();
+    std::setlocale(LC_ALL, former.c_str());
+    return result;
+}
+
+std::string Printed(const char* format, double value) {
+    return UnderCLocale([&] {
+        char buffer[64];
+        std::snprintf(buffer, sizeof buffer, format, value);
+        return std::string(buffer);
+    });
+}
+
 TEST(Conversions, RealsAreReadAsByTheCLibrary) {
-    for (const char* text : {"0",
-                             "-0",
-                             "+1.5",
-                             "1.",
-                             ".5",
-                             "1e5",
-                             "1E+5",
-                             "-1.5e-5",
-                             "  7",
-                             "\n7",
-                             "0x1p3",
-                             "-0X1.8P1",
-                             "0x",
-                             "inf",
-                             "-inf",
-                             "+INF",
-                             "Infinity",
-                             "nan",
-                             "NAN",
-                             "-nan",
-                             "nan(12)",
-                             "1e308",
-                             "1e309",
-                             "-1e309",
-                             "4.9e-324",
-                             "1e-310",
-                             "1e-400",
-                             "-1e-400",
-                             "1.7976931348623159e308",
-                             "123456789012345678901234567890",
-                             "0.1",
-                             "+-1",
-                             "-",
-                             "+",
-                             ".",
-                             "e5",
-                             "1e",
-                             "1e+",
-                             "1 ",
-                             "1,5",
-                             "1_0",
-                             "--1",
-                             "+ 1",
-                             "0x1g",
-                             "1d",
-                             "infx",
-                             "1.#QNANx",
-                             "+NaN"}) {
+    // clang-format off
+    const char* const texts[] = {
+        "0", "-0", "+1.5", "1.", ".5", "1e5", "1E+5", "-1.5e-5", "  7", "\n7", "0x1p3", "-0X1.8P1",
+        "0x", "inf", "-inf", "+INF", "Infinity", "nan", "NAN", "-nan", "nan(12)", "1e308", "1e309",
+        "-1e309", "4.9e-324", "1e-310", "1e-400", "-1e-400", "1.7976931348623159e308",
+        "123456789012345678901234567890", "0.1", "+-1", "-", "+", ".", "e5", "1e", "1e+", "1 ",
+        "1,5", "1_0", "--1", "+ 1", "0x1g", "1d", "infx", "1.#QNANx", "+NaN",
+    };
+    // clang-format on
+    for (const char* text : texts) {
         SCOPED_TRACE(text);
         char* stop = nullptr;
-        const double expected = std::strtod(text, &stop);
+        const double expected = UnderCLocale([&] { return std::strtod(text, &stop); });
         if (*stop == '\0') {
             const double value = C::r8FromString(text, kNone);
             EXPECT_TRUE(value == expected || (std::isnan(value) && std::isnan(expected))) << value;
@@ -187,14 +167,11 @@ TEST(Conversions, RealsAreWrittenAsByPrintf) {
         values.push_back(std::ldexp(static_cast<double>(random()), static_cast<int>(random() % 200) - 130));
         values.push_back(static_cast<double>(random() % 1000000) / 100.0);
     }
-    char expected[64];
     for (const double value : values) {
-        std::snprintf(expected, sizeof expected, "%.16g", value);
-        EXPECT_EQ(C::r8ToString(value), expected);
+        EXPECT_EQ(C::r8ToString(value), Printed("%.16g", value));
         const auto narrow = static_cast<float>(value);
         if (std::isinf(narrow)) continue;
-        std::snprintf(expected, sizeof expected, "%.7g", static_cast<double>(narrow));
-        EXPECT_EQ(C::r4ToString(narrow), expected);
+        EXPECT_EQ(C::r4ToString(narrow), Printed("%.7g", static_cast<double>(narrow)));
     }
     EXPECT_EQ(C::r4ToString(0.1f), "0.1");
     EXPECT_EQ(C::r8ToString(std::nan("")), "NaN");
@@ -221,13 +198,14 @@ TEST(Conversions, CallerFormats) {
 }
 
 TEST(Conversions, NoResultDependsOnTheLocale) {
+    const std::string former = std::setlocale(LC_ALL, nullptr);
     const char* const changed = std::setlocale(LC_ALL, "de_DE.UTF-8");
     EXPECT_EQ(C::r8ToString(1.5), "1.5");
     EXPECT_EQ(C::r8ToString(1.5, "%.2f"), "1.50");
     EXPECT_EQ(C::r8FromString("1.5", kNone), 1.5);
     EXPECT_EQ(C::r8FromString(" 0x1.8p0", kNone), 1.5);
-    std::setlocale(LC_ALL, "C");
-    if (changed == nullptr) GTEST_SKIP() << "no German locale here: only the \"C\" locale was tried";
+    std::setlocale(LC_ALL, former.c_str());
+    if (changed == nullptr) GTEST_SKIP() << "no German locale here: only the present locale was tried";
 }
 
 TEST(Conversions, BooleansAndCharacters) {

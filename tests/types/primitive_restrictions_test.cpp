@@ -12,10 +12,12 @@
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/text_settings.h"
 #include "kvxml/types/conversions.h"
+#include "tests/support/error_of.h"
 
 namespace KvXmlLib16 {
 namespace {
 
+using namespace std::string_literals;
 constexpr auto kCollapse = CWhitespaceUtils::WhitespaceRule_Collapse;
 
 // Facets by name; what is left alone is not set.
@@ -65,64 +67,92 @@ TEST(PrimitiveRestrictions, EveryFacetForEveryKindThatHasIt) {
         std::vector<std::string> good;
         std::vector<std::string> bad;
     } rows[] = {
-        {ItemType_string, {.length = 3}, {"abc", "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"}, {"", "ab", "abcd"}},
-        {ItemType_string, {.minLength = 1, .maxLength = 2}, {"a", "\xE2\x82\xAC\xE2\x82\xAC"}, {"", "abc"}},
-        {ItemType_string, {.maxLength = 0}, {""}, {"a"}},
-        {ItemType_string, {.minLength = 3, .maxLength = 2}, {}, {"", "ab", "abc"}},
-        {ItemType_string, {.minInclusive = "m"}, {"a", "z"}, {}},
-        {ItemType_string,
-         {.enumeration = "red\ngreen\n\nblue"},
-         {"red", "green", "blue", ""},
-         {"re", "Red", "red "}},
-        {ItemType_char, {.enumeration = "a\nb"}, {"a"}, {"c"}},
-        {ItemType_string, {.pattern = "[A-Z]{2}|x"}, {"AB", "x"}, {"ABC", "xAB", "", "AB\n"}},
-        {ItemType_hexBinary, {.minLength = 2, .maxLength = 2}, {"0aFF"}, {"0a", "0a0b0c"}},
-        {ItemType_base64Binary, {.length = 3}, {"TWFu"}, {"TQ=="}},
-        {ItemType_hexBinary, {.enumeration = "0A\nffff"}, {"0a", "FFFF"}, {"0b", "", "ff"}},
-        {ItemType_boolean, {.pattern = "true|1"}, {"true", "1"}, {"false", "0"}},
-        {ItemType_i4,
-         {.minInclusive = "-5", .maxInclusive = "5"},
-         {"-5", "5", "0"},
-         {"-6", "6", "2147483647"}},
+        // Lengths: characters of text, octets of binary values; numbers and dates have none.
+        {ItemType_string, {.length = 3}, {"abc", "\u00E4\u20AC\U0001F600"}, {"", "ab", "abcd"}},
+        {ItemType_string, {.minLength = 1, .maxLength = 2}, {"a", "\u20AC\u20AC"}, {"", "abc"}},
+        {ItemType_string, {.minLength = 2, .maxLength = 2, .length = 2}, {"ab"}, {"a", "abc"}},
+        {ItemType_string, {.maxLength = 0}, {""}, {"a", "\0"s}},
+        {ItemType_string, {.maxLength = 3}, {"\x80\xC3\xE2\x82"}, {"\x80\x80\x80\x80", "\xC3\xC3\xC3\xC3"}},
+        {ItemType_char, {.maxLength = 1}, {"x", "\xC3"}, {"xy"}},
+        {ItemType_hexBinary, {.minLength = 2, .maxLength = 2}, {"0aFF"}, {"0a", "0a0b0c", ""}},
+        {ItemType_base64Binary, {.length = 3}, {"TWFu", "TW Fu"}, {"TQ==", ""}},
+        {ItemType_i4, {.minLength = 9, .maxLength = 3, .length = 1}, {"22", "7777"}, {}},
+        {ItemType_date, {.length = 1, .totalDigits = 0}, {"2001-01-01"}, {}},
+        // Bounds, by the order of the kind; text and booleans have none.
+        {ItemType_string, {.minInclusive = "m", .fractionDigits = 2}, {"a", "z", "1.555"}, {}},
+        {ItemType_boolean, {.maxInclusive = "false", .length = 1}, {"true"}, {}},
+        {ItemType_hexBinary, {.maxInclusive = "00"}, {"FF"}, {}},
         {ItemType_i1, {.minExclusive = "-5", .maxExclusive = "5"}, {"-4", "4"}, {"-5", "5"}},
+        {ItemType_i2, {.minInclusive = "-5", .minExclusive = "-5"}, {"-4"}, {"-5"}},
+        {ItemType_i4, {.minInclusive = "-5", .maxInclusive = "5"}, {"-5", "5"}, {"-6", "6", "2147483647"}},
         {ItemType_i8, {.minInclusive = "9223372036854775806"}, {"9223372036854775807"}, {"0"}},
-        {ItemType_ui8,
-         {.minExclusive = "18446744073709551614"},
-         {"18446744073709551615"},
-         {"18446744073709551614", "0"}},
-        {ItemType_ui2, {.minInclusive = "10", .maxInclusive = "1"}, {}, {"0", "5", "10"}},
-        {ItemType_i2, {.enumeration = "1\n02\n3.0"}, {"1", "2", "3", "+2"}, {"0", "4"}},
+        {ItemType_ui1, {.minInclusive = "-1", .maxExclusive = "256"}, {"0", "255"}, {}},
+        {ItemType_ui2, {.minExclusive = "3", .maxExclusive = "3"}, {}, {"2", "3", "4"}},
+        {ItemType_ui4, {.maxInclusive = "4294967294"}, {"0"}, {"-1"}},
+        {ItemType_ui8, {.minExclusive = "18446744073709551614"}, {"18446744073709551615"}, {"0"}},
+        {ItemType_integer, {.maxInclusive = "9999999999"}, {"9999999999", "-1E30"}, {"10000000000"}},
+        {ItemType_decimal,
+         {.minInclusive = "0.1", .maxExclusive = "1E30"},
+         {"0.10", "1E29"},
+         {"0.09", "1E30"}},
+        {ItemType_r4, {.maxInclusive = "0.1"}, {"0.1", "-INF"}, {"0.1001", "INF", "NaN"}},
+        {ItemType_r8, {.maxInclusive = "INF", .minExclusive = "-1e3"}, {"-999.9", "INF"}, {"-1000", "NaN"}},
+        {ItemType_r8, {.minExclusive = "0"}, {"4.9e-324"}, {"-0", "0"}},
+        {ItemType_r8, {.minInclusive = "NaN"}, {"NaN"}, {"INF", "0"}},
+        {ItemType_date,
+         {.minInclusive = "2001-02-03", .maxExclusive = "2002-01-01"},
+         {"2001-02-03", "2001-12-31"},
+         {"2001-02-02", "2002-01-01", "2001-02-03Z", "2001"}},
+        {ItemType_datetime,
+         {.maxInclusive = "2001-01-01T00:00:00Z"},
+         {"2001-01-01T01:00:00+01:00", "2000-12-31T09:59:59"},
+         {"2001-01-01T00:00:01Z", "2001-01-01T00:00:00", "2000-12-31T10:00:01"}},
+        {ItemType_time, {.minInclusive = "08:00:00"}, {"08:00:00"}, {"07:59:59", "08:00:00Z"}},
+        {ItemType_yearMonth, {.maxExclusive = "2001-05"}, {"2001-04"}, {"2001-05", "2002-01"}},
+        {ItemType_monthDay, {.minInclusive = "--02-29"}, {"--03-01"}, {"--02-28"}},
+        {ItemType_year, {.minInclusive = "1970"}, {"1970"}, {"1969"}},
+        {ItemType_month, {.maxInclusive = "--06"}, {"--06"}, {"--07"}},
+        {ItemType_day, {.minExclusive = "---15"}, {"---16"}, {"---15"}},
+        {ItemType_duration, {.maxInclusive = "P1M"}, {"P27D", "P1M"}, {"P32D", "P30D", "P28D"}},
+        {ItemType_duration, {.minExclusive = "-P1D"}, {"-PT23H", "P0D"}, {"-PT24H", "-P1M"}},
+        // Digits.
         {ItemType_i4, {.totalDigits = 3}, {"-999", "000100"}, {"1000"}},
+        {ItemType_ui8, {.totalDigits = 3, .fractionDigits = 0}, {"0"}, {"1000"}},
+        {ItemType_integer, {.totalDigits = 20}, {"99999999999999999999"}, {"100000000000000000000"}},
         {ItemType_decimal,
          {.totalDigits = 4, .fractionDigits = 2},
          {"12.34", "12.3400", "0012", "-0.01"},
          {"123.45", "0.001", "12345"}},
         {ItemType_decimal, {.fractionDigits = 0}, {"1.00"}, {"1.5"}},
-        {ItemType_decimal,
-         {.minInclusive = "0.1", .maxExclusive = "1E30"},
-         {"0.10", "999999999999999999999999999999"},
-         {"0.09", "1000000000000000000000000000000"}},
-        {ItemType_integer,
-         {.maxInclusive = "99999999999999999999"},
-         {"99999999999999999999", "-1E30"},
-         {"100000000000000000000"}},
-        {ItemType_r4, {.maxInclusive = "0.1"}, {"0.1", "-INF"}, {"0.1001", "INF", "NaN"}},
-        {ItemType_r8, {.maxInclusive = "INF", .minExclusive = "-1e3"}, {"-999.9", "INF"}, {"-1000", "NaN"}},
-        {ItemType_r8, {.enumeration = "1.5\nNaN"}, {"15e-1", "NaN"}, {"1", "INF"}},
-        {ItemType_date,
-         {.minInclusive = "2001-02-03", .maxExclusive = "2002-01-01"},
-         {"2001-02-03", "2001-12-31"},
-         {"2001-02-02", "2002-01-01"}},
-        {ItemType_datetime,
-         {.maxInclusive = "2001-01-01T00:00:00Z"},
-         {"2001-01-01T01:00:00+01:00", "2000-01-01T00:00:00"},
-         {"2001-01-01T00:00:01Z", "2001-01-01T00:00:00"}},
-        {ItemType_time, {.minInclusive = "08:00:00"}, {"08:00:00"}, {"07:59:59"}},
+        // Enumerations, by value.
+        {ItemType_string,
+         {.enumeration = "red\n blue  sky\n"},
+         {"red", "blue sky", ""},
+         {"re", "Red", "red "}},
+        {ItemType_string, {.enumeration = "\n"}, {""}, {"\n"}},
+        {ItemType_char, {.enumeration = "a\nb"}, {"a"}, {"c"}},
+        {ItemType_boolean, {.enumeration = "1"}, {"true", "1"}, {"false", "0"}},
+        {ItemType_boolean, {.enumeration = "true\n0"}, {"true", "false"}, {}},
+        {ItemType_hexBinary, {.enumeration = "0A\nffff\n"}, {"0a", "FFFF", ""}, {"0b", "ff"}},
+        {ItemType_base64Binary, {.enumeration = "TWFu\nT Q = ="}, {"TW\nFu", "TQ=="}, {"TWFv", ""}},
+        {ItemType_i2, {.enumeration = "1\n02\n+3.0"}, {"1", "2", "3", "+2"}, {"0", "4"}},
+        {ItemType_decimal, {.enumeration = "1.00\n-0"}, {"1", "1.0", "0.0"}, {"1.01"}},
+        {ItemType_integer, {.enumeration = "1E20"}, {"100000000000000000000"}, {"1"}},
+        {ItemType_r4, {.enumeration = "0.1\n-INF"}, {"1e-1", "-INF"}, {"0.2", "INF"}},
+        {ItemType_r8, {.enumeration = "1.5\nNaN\n0"}, {"15e-1", "NaN", "-0"}, {"1", "INF"}},
+        {ItemType_date, {.enumeration = "2001-01-01Z"}, {"2001-01-01+00:00"}, {"2001-01-01", "2001-01-02Z"}},
+        {ItemType_datetime, {.enumeration = "2001-01-01T00:00:00Z"}, {"2000-12-31T23:00:00-01:00"}, {}},
+        {ItemType_time, {.enumeration = "12:00:00"}, {"12:00:00.000"}, {"12:00:01"}},
         {ItemType_yearMonth, {.enumeration = "2001-05"}, {"2001-05"}, {"2001-06"}},
-        {ItemType_year, {.minInclusive = "1970"}, {"1970"}, {"1969"}},
-        {ItemType_month, {.maxInclusive = "--06"}, {"--06"}, {"--07"}},
+        {ItemType_monthDay, {.enumeration = "--05-01"}, {"--05-01"}, {"--05-02"}},
+        {ItemType_year, {.enumeration = "2001"}, {"2001"}, {"2002"}},
+        {ItemType_month, {.enumeration = "--05"}, {"--05"}, {"--06"}},
         {ItemType_day, {.enumeration = "---01\n---15"}, {"---15"}, {"---14"}},
-        {ItemType_duration, {.maxInclusive = "P1M"}, {"P27D"}, {"P32D", "P30D"}},
+        {ItemType_duration, {.enumeration = "P1D\nP1Y"}, {"PT24H", "P12M"}, {"P365D"}},
+        // Patterns see the text.
+        {ItemType_string, {.pattern = "[A-Z]{2}|x"}, {"AB", "x"}, {"ABC", "xAB", "", "AB\n"}},
+        {ItemType_boolean, {.pattern = "true|1"}, {"true", "1"}, {"false", "0"}},
+        {ItemType_i4, {.pattern = "\\d{3}"}, {"007"}, {"7"}},
     };
     for (std::size_t i = 0; i < std::size(rows); ++i) {
         const CPrimitiveRestrictions restrictions = Make(rows[i].facets);
@@ -235,19 +265,93 @@ TEST(PrimitiveRestrictions, TextIsInTheLocalCodePage) {
     EXPECT_NE(other, "");
 }
 
-TEST(PrimitiveRestrictions, BadFacetsFailAtTheCheckThatNeedsThem) {
-    EXPECT_THROW(Make({.minInclusive = "ten"}).Check("a", ItemType_i4, 1), CKvInvalidValueException);
-    EXPECT_THROW(Make({.enumeration = "1\nx"}).Check("a", ItemType_r8, 1.0), CKvInvalidValueException);
-    EXPECT_THROW(Make({.length = 1}).Check("a", ItemType_i4, "x"), CKvInvalidValueException);
-    const CPrimitiveRestrictions bad = Make({.pattern = "a("});
-    for (int i = 0; i < 2; ++i) {
-        try {
-            bad.Check("a", ItemType_string, "a");
-            FAIL();
-        } catch (const CKvException& e) {
-            EXPECT_EQ(e.GetMessage(), "Invalid Regular Expression: a( Error: 'missing ')' at position 2'");
+// Construction takes anything, since generated classes build facets before main.
+TEST(PrimitiveRestrictions, FacetsThatMakeNoSenseFailAtTheFirstCheck) {
+    const struct {
+        ItemType type;
+        Facets facets;
+        const char* value;
+        const char* expected;
+    } rows[] = {
+        {ItemType_string,
+         {.minLength = 3, .maxLength = 2},
+         "abcd",
+         "minLength [3] contradicts maxLength [2]."},
+        {ItemType_char, {.minLength = 3, .length = 2}, "a", "minLength [3] contradicts length [2]."},
+        {ItemType_hexBinary, {.maxLength = 2, .length = 3}, "00", "length [3] contradicts maxLength [2]."},
+        {ItemType_decimal, {.totalDigits = 0}, "0", "totalDigits [0] must be positive."},
+        {ItemType_i4,
+         {.totalDigits = 1, .fractionDigits = 2},
+         "1",
+         "fractionDigits [2] contradicts totalDigits [1]."},
+        {ItemType_i4,
+         {.minInclusive = "10", .maxInclusive = "1"},
+         "5",
+         "minInclusive [10] contradicts maxInclusive [1]."},
+        {ItemType_r8,
+         {.minInclusive = "1.0", .maxExclusive = "1"},
+         "5",
+         "minInclusive [1.0] contradicts maxExclusive [1]."},
+        {ItemType_date,
+         {.maxInclusive = "2001-01-01", .minExclusive = "2001-01-01"},
+         "2001-01-01",
+         "minExclusive [2001-01-01] contradicts maxInclusive [2001-01-01]."},
+        {ItemType_duration,
+         {.minExclusive = "P2D", .maxExclusive = "P1D"},
+         "P1D",
+         "minExclusive [P2D] contradicts maxExclusive [P1D]."},
+        {ItemType_i1, {.minInclusive = "128"}, "5", "minInclusive [128] leaves no value of the type."},
+        {ItemType_ui1, {.minExclusive = "255"}, "5", "minExclusive [255] leaves no value of the type."},
+        {ItemType_ui4, {.maxInclusive = "-1"}, "5", "maxInclusive [-1] leaves no value of the type."},
+        {ItemType_ui8, {.maxExclusive = "0"}, "5", "maxExclusive [0] leaves no value of the type."},
+        {ItemType_i1, {.enumeration = "1\n200"}, "1", "enumeration [200] is no value of the type."},
+        {ItemType_i4, {.minInclusive = "ten"}, "1", "minInclusive [ten] is no value of the type."},
+        {ItemType_i4, {.maxInclusive = "1.5"}, "1", "maxInclusive [1.5] is no value of the type."},
+        {ItemType_r4, {.maxExclusive = "1,5"}, "1", "maxExclusive [1,5] is no value of the type."},
+        {ItemType_decimal,
+         {.minExclusive = "1E999999999"},
+         "1",
+         "minExclusive [1E999999999] is no value of the type."},
+        {ItemType_r8, {.enumeration = "1\n"}, "1", "enumeration [] is no value of the type."},
+        {ItemType_boolean, {.enumeration = "yes"}, "1", "enumeration [yes] is no value of the type."},
+        {ItemType_char, {.enumeration = "ab"}, "a", "enumeration [ab] is no value of the type."},
+        {ItemType_hexBinary, {.enumeration = "0"}, "00", "enumeration [0] is no value of the type."},
+        {ItemType_base64Binary, {.enumeration = "?"}, "TQ==", "enumeration [?] is no value of the type."},
+        {ItemType_date,
+         {.minInclusive = "2001-05"},
+         "2001-05-01",
+         "minInclusive [2001-05] is no value of the type."},
+        {ItemType_month, {.maxInclusive = "5"}, "--05", "maxInclusive [5] is no value of the type."},
+        {ItemType_time,
+         {.enumeration = "25:00:00"},
+         "01:00:00",
+         "enumeration [25:00:00] is no value of the type."},
+        {ItemType_duration, {.maxInclusive = "1Y"}, "P1Y", "maxInclusive [1Y] is no value of the type."},
+    };
+    for (const auto& row : rows) {
+        const CPrimitiveRestrictions restrictions = Make(row.facets);
+        for (int i = 0; i < 2; ++i) {
+            try {
+                restrictions.Check("Size", row.type, row.value);
+                ADD_FAILURE() << row.expected;
+            } catch (const CKvInvalidParamException& e) {
+                EXPECT_EQ(e.GetMessage(), std::string("Invalid Facet of Size: ") + row.expected);
+            }
         }
     }
+    const CPrimitiveRestrictions badRule(nullptr, 1, -1, nullptr, nullptr, nullptr, nullptr, -1, -1, -1,
+                                         static_cast<CWhitespaceUtils::WhitespaceRule>(9), "a");
+    EXPECT_EQ(ErrorOf([&] { badRule.Check("Size", ItemType_string, "a"); }), "Unknown WhitespaceRule");
+    // Values of another kind than the one that facets were first used for.
+    const CPrimitiveRestrictions shared = Make({.maxInclusive = "1.5"});
+    EXPECT_EQ(Verdict(shared, ItemType_decimal, "1"), "");
+    EXPECT_THROW(shared.Check("Size", ItemType_i4, 1), CKvInvalidParamException);
+    EXPECT_EQ(Verdict(shared, ItemType_r8, 1), "");
+    EXPECT_NE(Verdict(shared, ItemType_r8, 1.6), "");
+    EXPECT_EQ(Verdict(shared, ItemType_string, 1), "");
+    EXPECT_EQ(Verdict(shared, ItemType_string, "2"), "");
+    EXPECT_EQ(ErrorOf([] { Make({.length = 1}).Check("a", ItemType_i4, "x"); }),
+              "The value [x] can not be converted to a i4");
 }
 
 TEST(PrimitiveRestrictions, CopiesAreSharedByThreads) {

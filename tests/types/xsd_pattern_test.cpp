@@ -1,29 +1,22 @@
 // Regular expressions of pattern facets.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include "kvxml/runtime/exceptions.h"
 #include "kvxml/types/primitive_restrictions.h"
+#include "tests/support/error_of.h"
 
 namespace KvXmlLib16 {
 namespace {
 
-CPrimitiveRestrictions WithPattern(const char* pattern) {
-    return {pattern,
-            -1,
-            -1,
-            nullptr,
-            nullptr,
-            nullptr,
-            nullptr,
-            -1,
-            -1,
-            -1,
-            CWhitespaceUtils::WhitespaceRule_Preserve,
-            nullptr};
+using namespace std::string_literals;
+
+CPrimitiveRestrictions WithPattern(const std::string& pattern) {
+    return {pattern.c_str(), -1, -1, nullptr, nullptr, nullptr, nullptr, -1, -1, -1, {}, nullptr};
 }
 
 bool Matches(const CPrimitiveRestrictions& restrictions, const std::string& text) {
@@ -41,93 +34,170 @@ TEST(XsdPattern, Matching) {
         std::vector<std::string> good;
         std::vector<std::string> bad;
     } rows[] = {
-        {"a|bc|", {"a", "bc", ""}, {"abc", "b"}},
+        // Branches, anchors, quantifiers.
+        {"a|bc|", {"a", "bc", ""}, {"abc", "b", "aa"}},
         {"(a|b)*c?", {"", "abab", "bac"}, {"cc", "abcd"}},
-        {"a{2}b{1,}c{0,2}", {"aab", "aabbcc"}, {"ab", "aac", "aabccc"}},
+        {"()(a|)", {"", "a"}, {"aa"}},
+        {"a{2}b{1,}c{0,2}d{0}", {"aab", "aabbcc"}, {"ab", "aac", "aabccc", "aabd"}},
+        {"(ab){2,3}", {"abab", "ababab"}, {"ab", "abababab", "aba"}},
+        {"\u00E4{2}|\U0001F600+", {"\u00E4\u00E4", "\U0001F600\U0001F600"}, {"\u00E4", "\u00C3\u00A4"}},
         {"^a$", {"^a$"}, {"a"}},
-        {"a.c",
-         {"abc",
-          "a\xE2\x82\xAC"
-          "c",
-          "a\tc"},
-         {"a\nc", "a\rc", "ac"}},
-        {"a b#c", {"a b#c"}, {"abc"}},
-        {"\\d+", {"0129", "\xD9\xA3"}, {"", "a", "1 "}},
-        {"\\D", {"x", "-"}, {"5", "\xD9\xA3"}},
-        {"\\w+", {"a1\xC3\xA4", "+"}, {"a b", "a-b", "_"}},
-        {"\\W", {"-", " ", "_"}, {"a", "+"}},
-        {"\\s\\S",
-         {" a", "\nx", "\r\xC2\xA0"},
-         {"\xC2\xA0"
-          "a",
-          "  "}},
-        {"\\i\\c*", {"_a-b.c:1", ":", "\xC3\xA9t\xC3\xA9"}, {"-a", "1a", "a b", ""}},
-        {"\\I\\C", {"1 ", "- "}, {"a ", "1a"}},
+        {"a b#c/'\"&<>~", {"a b#c/'\"&<>~"}, {"abc"}},
+        {"x?", {"", "x"}, {"x\0"s, "\xFF", "x\n", "\xC3", "\xED\xA0\x80"}},
+        {"a.c", {"abc", "a\U0001F600c", "a\tc", "a\u0085c", "a\u2028c", "a\0c"s}, {"a\nc", "a\rc", "ac"}},
+        // Escapes.
+        {"\\.\\*\\?\\+\\(\\)\\{\\}\\[\\]\\|\\n\\r\\t\\\\\\-\\^", {".*?+(){}[]|\n\r\t\\-^"}, {""}},
+        {"\\d+", {"0129", "\u0663", "\U0001D7D8"}, {"", "a", "1 ", "\u00B2", "\u2167"}},
+        {"\\D", {"x", "-", "\u00B2"}, {"5", "\u0663"}},
+        {"\\w+", {"a1\u00E4", "+", "\u20AC", "\u0301", "\u4E00"}, {"a b", "a-b", "_", "\u00A0", "\u200B"}},
+        {"\\W", {"-", " ", "_", "\u3000", "\uE000", "\u0378"}, {"a", "+", "\u0663"}},
+        {"\\s\\S", {" a", "\nx", "\r\u00A0", "\t\v"}, {"\u00A0\u0061", "  ", "\va"}},
+        {"\\i\\c*", {"_a-b.c:1", ":", "\u00E9t\u00E9", "a\u00B7\u0301"}, {"-a", "1a", "a b", "", "\u00D7"}},
+        {"\\I\\C", {"1 ", "- ", "\u00D7/"}, {"a ", "1a"}},
+        {"\\p{Lu}\\P{Lu}", {"Aa", "\u00C41"}, {"AA", "aa"}},
+        {"\\p{L}\\p{N}\\p{Sc}\\p{Zs}\\p{Pd}\\p{Mn}", {"x5\u20AC -\u0301"}, {"55\u20AC -\u0301"}},
+        {"\\p{C}+", {"\x01\u200B\uE000\u0378"}, {"a"}},
+        {"\\p{IsGreek}+\\p{IsBasicLatin}", {"\u03B1\u03B2z"}, {"az"}},
+        {"\\p{IsLatin-1Supplement}\\p{IsCJKUnifiedIdeographs}", {"\u00E4\u4E2D"}, {"a\u4E2D"}},
+        {"\\p{IsPrivateUse}\\P{IsPrivateUse}", {"\uE000a", "\U000F0000a", "\U0010FFFDa"}, {"ab"}},
+        {"\\p{IsGothic}\\p{IsMusicalSymbols}", {"\U00010330\U0001D11E"}, {"aa"}},
+        {"\\P{IsBasicLatin}[\\p{IsCyrillic}x]", {"\u00E4x", "\u00E4\u0430"}, {"ax", "\u00E4\u0061"}},
+        // Classes.
         {"[a-z-[aeiou]]+", {"xyz"}, {"xaz", "", "X"}},
         {"[\\w-[\\d-[5]]]+", {"ab5"}, {"ab4"}},
         {"[^a-c-[x-z]]", {"d"}, {"a", "x"}},
+        {"[\\p{L}-[\\p{Lu}-[A-C-[B]]]]+", {"aAC\u00E4"}, {"B", "D", "\u00C4"}},
+        {"([a-z-[b]]{2}-?)+", {"ac-de", "acde"}, {"ab", "a"}},
         {"[-a]+[b-]", {"-a-", "ab"}, {"b", "-"}},
+        {"[a--[b]]+", {"a-"}, {"b"}},
         {"[\\-\\]\\^\\\\]+", {"-]^\\"}, {"a"}},
-        {"[^\\d]", {"a"}, {"1"}},
-        {"[+\\-]?[0-9]+(\\.[0-9]+)?", {"-12.5", "7"}, {"12.", "--1"}},
-        {"[$^.*{}()?|+]+", {"$^.*{}()?|+"}, {"a"}},
-        {"\\.\\*\\?\\+\\(\\)\\{\\}\\[\\]\\|\\n\\r\\t", {".*?+(){}[]|\n\r\t"}, {""}},
-        {"\\p{Lu}\\P{Lu}",
-         {"Aa",
-          "\xC3\x84"
-          "1"},
-         {"AA", "aa"}},
-        {"\\p{IsGreek}+\\p{IsBasicLatin}", {"\xCE\xB1\xCE\xB2z"}, {"az"}},
-        {"\\P{IsBasicLatin}[\\p{IsCyrillic}x]",
-         {"\xC3\xA4x", "\xC3\xA4\xD0\xB0"},
-         {"ax",
-          "\xC3\xA4"
-          "a"}},
-        {"[\xC3\xA4-\xC3\xB6]", {"\xC3\xA5"}, {"a", "\xC3\xBC"}},
-        {"x?", {"", "x"}, {std::string("x\0", 2), "\xFF", "x\n"}},
+        {"[a^][^^]", {"^a"}, {"^^", "b^"}},
+        {"[^\\d]", {"a", "\n"}, {"1", ""}},
+        {"[\\S][^\\s][\\D\\d]", {"ab\n"}, {" bc"}},
+        {"[$.*{}()?|+]+", {"$.*{}()?|+"}, {"a", "\\"}},
+        {"[\u00E4-\u00F6\U0001F600-\U0001F64F]+", {"\u00E5\U0001F601"}, {"a", "\u00FC"}},
+        {"[\t-\\r &-\\+]+", {"\t\n\v\r (+"}, {"%", ","}},
+        {"[+\\-]?[0-9]+(\\.[0-9]+)?([eE][+\\-]?[0-9]+)?", {"-12.5", "7", "1e-5"}, {"12.", "--1", "1e"}},
+        {"[a-zA-Z]{1,8}(-[a-zA-Z0-9]{1,8})*", {"en", "de-CH-1996"}, {"", "en-", "abcdefghi"}},
+        // Counts beyond what one repetition of the engine can hold.
+        {".{0,4294967296}", {std::string(70000, 'x')}, {"\n"}},
+        {"a{65536}", {std::string(65536, 'a')}, {std::string(65535, 'a'), std::string(65537, 'a')}},
+        {"(a{70000,140000}b)*",
+         {std::string(70000, 'a') + "b", std::string(140000, 'a') + "b"},
+         {std::string(69999, 'a') + "b", std::string(140001, 'a') + "b"}},
+        {"a{70000,}", {std::string(70001, 'a')}, {std::string(69999, 'a')}},
+        {"(a{1000}){1000}", {std::string(1000000, 'a')}, {std::string(999999, 'a')}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.pattern);
         const CPrimitiveRestrictions restrictions = WithPattern(row.pattern);
         for (const std::string& text : row.good)
-            EXPECT_TRUE(Matches(restrictions, text)) << text;
+            EXPECT_TRUE(Matches(restrictions, text)) << text.substr(0, 100);
         for (const std::string& text : row.bad)
-            EXPECT_FALSE(Matches(restrictions, text)) << text;
+            EXPECT_FALSE(Matches(restrictions, text)) << text.substr(0, 100);
     }
 }
 
 TEST(XsdPattern, RefusedPatterns) {
-    for (const char* pattern : {"*a",     "a**", "a+?",   "a++",     "(?i)a",    "(a)\\1",
-                                "a|*",    "(",   ")",     "(a",      "[a",       "[]",
-                                "[^]",    "]",   "[z-a]", "[a-\\d]", "[a[b]]",   "[a-[b]c]",
-                                "[-[a]]", "a{",  "a{,2}", "a{x}",    "a{2,1}",   "a{99999}",
-                                "\\",     "\\b", "\\A",   "\\u0041", "\\p{Foo}", "\\p{IsNowhere}",
-                                "\\pL",   "[a-", "\xC3",  "[\xC3(]"}) {
-        try {
-            WithPattern(pattern).Check("a", ItemType_string, "a");
-            ADD_FAILURE() << pattern;
-        } catch (const CKvException& e) {
-            EXPECT_EQ(
-                e.GetMessage().find(std::string("Invalid Regular Expression: ") + pattern + " Error: '"), 0U)
-                << e.GetMessage();
-        }
-    }
-    EXPECT_THROW(WithPattern(std::string(10000, '(').c_str()).Check("a", ItemType_string, "a"), CKvException);
+    std::vector<std::string> patterns = {"*a",
+                                         "a**",
+                                         "a+?",
+                                         "a++",
+                                         "a{2}{3}",
+                                         "(?i)a",
+                                         "(?=a)",
+                                         "(a)\\1",
+                                         "a|*",
+                                         "(",
+                                         ")",
+                                         "(a",
+                                         "[a",
+                                         "[]",
+                                         "[^]",
+                                         "]",
+                                         "[z-a]",
+                                         "[a[b]",
+                                         "[a-\\d]",
+                                         "[a[b]]",
+                                         "[a-[b]c]",
+                                         "[-[a]]",
+                                         "a{",
+                                         "a{,2}",
+                                         "a{x}",
+                                         "a{2,1}",
+                                         "a{10000001}",
+                                         "\\",
+                                         "\\b",
+                                         "\\A",
+                                         "\\u0041",
+                                         "\\x41",
+                                         "\\p{Foo}",
+                                         "\\p",
+                                         "\\p{IsNowhere}",
+                                         "\\p{Cs}",
+                                         "\\p{L",
+                                         "\\pL",
+                                         "[a-",
+                                         "[\\",
+                                         "\xC3",
+                                         "[\xC3(]",
+                                         "[\xC0\x80]",
+                                         "[\xED\xA0\x80]",
+                                         "\\Qa\\E",
+                                         "(*UTF)a",
+                                         "a{99999999999999999999}",
+                                         std::string(10000, '('),
+                                         std::string(10000, '(') + std::string(10000, ')'),
+                                         "((((a?){1000}){1000}){1000}){1000}",
+                                         "(([a-c-[b]]{60000}){60000}){60000}"};
     std::string nested;
     for (int i = 0; i < 10000; ++i)
         nested += "[a-";
-    EXPECT_THROW(WithPattern(nested.c_str()).Check("a", ItemType_string, "a"), CKvException);
+    patterns.push_back(nested);
+    for (const std::string& pattern : patterns) {
+        const CPrimitiveRestrictions restrictions = WithPattern(pattern);
+        for (int i = 0; i < 2; ++i) {
+            const std::string message = ErrorOf([&] { restrictions.Check("Size", ItemType_string, "a"); });
+            EXPECT_EQ(message.find("Invalid Regular Expression: " + pattern + " Error: '"), 0U) << message;
+            EXPECT_NE(message.find("Invalid Facet of Size: pattern."), std::string::npos) << message;
+        }
+    }
 }
 
 TEST(XsdPattern, RunawayMatchesEnd) {
+    const std::string text(1000000, 'a');
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_FALSE(Matches(WithPattern("(a*)*b"), std::string(200, 'a')));
-    EXPECT_FALSE(Matches(WithPattern("((a|a)+)+x"), std::string(60, 'a')));
-    EXPECT_TRUE(Matches(WithPattern("(ab|c)*"), std::string(1000000, 'c')));
-    EXPECT_TRUE(Matches(WithPattern("([a-z-[b]]|\\d)*"), std::string(1000000, 'c')));
-    EXPECT_FALSE(Matches(WithPattern("[a-z]*[a-z0-9]*[!?]"), std::string(1000000, 'a')));
-    EXPECT_FALSE(Matches(WithPattern("([a-z]+[a-z0-9]*)*[!?]"), std::string(1000000, 'a')));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    for (const char* pattern : {"(a*)*b", "(a+)+b", "(a|a)*b", "((a|a)+)+x", "(a|aa)+b", "((((a*)*)*)*)*b",
+                                "(.*a){10}b", "(.*a){20}b", "[a-z]*[a-z0-9]*[!?]", "([a-z]+[a-z0-9]*)*[!?]",
+                                "([a-z-[b]]+[a-z-[c]]*)*x", "((.?){300})*x", "(([a-z-[b-[c]]]?){200})*x",
+                                "((a{1,100}){1,100}){1,6}x", "a{0,100000}b", "(\\p{L}|\\w|\\i|.)*!"}) {
+        EXPECT_FALSE(Matches(WithPattern(pattern), text)) << pattern;
+        EXPECT_FALSE(Matches(WithPattern(pattern), text.substr(0, 200))) << pattern;
+    }
+    // Long texts that do match are found to.
+    for (const char* pattern : {"(a|b)*", "([a-z]+ ?)+", "(a+)+", "([a-z-[b]]|\\d)*", "(a|b)*a(a|b){10}"})
+        EXPECT_TRUE(Matches(WithPattern(pattern), text)) << pattern;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
+    const std::string message =
+        ErrorOf([&] { WithPattern("((.?){300})*x").Check("Size", ItemType_string, text); });
+    EXPECT_NE(message.find("[((.?){300})*x] [the match takes too many steps]."), std::string::npos);
+}
+
+TEST(XsdPattern, ThreadsShareACompiledPattern) {
+    std::atomic<int> refused{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&refused] {
+            for (int i = 0; i < 50; ++i) {
+                const CPrimitiveRestrictions own = WithPattern("([a-c]+)+b" + std::to_string(i));
+                refused += Matches(own, "aab" + std::to_string(i)) ? 0 : 1;
+                refused += Matches(own, std::string(300, 'a')) ? 0 : 1;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(refused, 4 * 50);
 }
 
 }  // namespace

@@ -24,9 +24,18 @@ namespace {
 constexpr std::size_t kBacktrackingWork = std::size_t{1} << 28;
 constexpr std::uint32_t kBacktrackingSteps = 2000000;
 constexpr std::uint32_t kHeapLimit = 64 * 1024;  // KiB
-// Possibilities side by side. Each may be compared with each other at every character.
+// Possibilities side by side. Each may be compared with each other at every character, so that a long text
+// leaves room for fewer.
 constexpr std::size_t kMaxStates = 1000;
-constexpr std::size_t kWorkspaceSize = 20 + kMaxStates * 6;
+constexpr std::size_t kMinStates = 16;
+constexpr std::size_t kComparisons = std::size_t{1} << 33;
+
+std::size_t WorkspaceSize(std::size_t textLength) {
+    std::size_t states = kMaxStates;
+    while (states > kMinStates && states * states > kComparisons / (textLength + 1))
+        states -= states / 4;
+    return 20 + states * 6;
+}
 
 // What matching needs besides the pattern; one per thread.
 struct Scratch {
@@ -45,6 +54,12 @@ struct Scratch {
     }
 };
 
+pcre2_code* Compile(const std::string& translated, int& error) {
+    PCRE2_SIZE offset = 0;
+    return pcre2_compile(reinterpret_cast<PCRE2_SPTR>(translated.data()), translated.size(),
+                         PCRE2_UTF | PCRE2_ANCHORED | PCRE2_NO_AUTO_CAPTURE, &error, &offset, nullptr);
+}
+
 bool IsLimit(int result) noexcept {
     return result == PCRE2_ERROR_MATCHLIMIT || result == PCRE2_ERROR_DEPTHLIMIT ||
            result == PCRE2_ERROR_HEAPLIMIT || result == PCRE2_ERROR_JIT_STACKLIMIT ||
@@ -53,18 +68,14 @@ bool IsLimit(int result) noexcept {
 
 }  // namespace
 
-CXsdRegex::CXsdRegex(std::string_view pattern) {
-    const std::string translated = TranslateXsdPattern(pattern);
+CXsdRegex::CXsdRegex(std::string_view pattern) : m_pattern(pattern) {
     int error = 0;
-    PCRE2_SIZE offset = 0;
-    pcre2_code* const code =
-        pcre2_compile(reinterpret_cast<PCRE2_SPTR>(translated.data()), translated.size(),
-                      PCRE2_UTF | PCRE2_ANCHORED | PCRE2_NO_AUTO_CAPTURE, &error, &offset, nullptr);
+    pcre2_code* const code = Compile(TranslateXsdPattern(pattern, false), error);
     if (code == nullptr) {
         PCRE2_UCHAR text[256];
         pcre2_get_error_message(error, text, sizeof text);
-        throw CKvException(FormatString("Invalid Regular Expression: %s Error: '%s'",
-                                        std::string(pattern).c_str(), reinterpret_cast<const char*>(text)));
+        throw CKvException(FormatString("Invalid Regular Expression: %s Error: '%s'", m_pattern.c_str(),
+                                        reinterpret_cast<const char*>(text)));
     }
     pcre2_jit_compile(code, PCRE2_JIT_COMPLETE);  // without it the interpreter does the work
     m_code = code;
@@ -72,6 +83,15 @@ CXsdRegex::CXsdRegex(std::string_view pattern) {
 
 CXsdRegex::~CXsdRegex() {
     pcre2_code_free(static_cast<pcre2_code*>(m_code));
+    pcre2_code_free(static_cast<pcre2_code*>(m_sideBySideCode));
+}
+
+const void* CXsdRegex::SideBySideCode() const {
+    std::call_once(m_sideBySideOnce, [this] {
+        int error = 0;
+        m_sideBySideCode = Compile(TranslateXsdPattern(m_pattern, true), error);
+    });
+    return m_sideBySideCode != nullptr ? m_sideBySideCode : m_code;
 }
 
 std::shared_ptr<const CXsdRegex> CXsdRegex::Get(const std::string& pattern) {
@@ -103,11 +123,13 @@ CXsdRegex::Result CXsdRegex::Match(std::string_view text) const {
                           static_cast<std::uint32_t>(std::min<std::size_t>(steps, kBacktrackingSteps)));
     int result = pcre2_match(code, subject, text.size(), 0, 0, scratch.data, scratch.context);
     if (IsLimit(result)) {
-        scratch.workspace.resize(kWorkspaceSize);
+        const std::size_t workspace = WorkspaceSize(text.size());
+        scratch.workspace.resize(workspace);
         // Here the limit counts look-aheads, which a subtraction from a class makes at every character.
         pcre2_set_match_limit(scratch.context, UINT32_MAX);
-        result = pcre2_dfa_match(code, subject, text.size(), 0, PCRE2_NO_UTF_CHECK | PCRE2_DFA_SHORTEST,
-                                 scratch.data, scratch.context, scratch.workspace.data(), kWorkspaceSize);
+        result = pcre2_dfa_match(static_cast<const pcre2_code*>(SideBySideCode()), subject, text.size(), 0,
+                                 PCRE2_NO_UTF_CHECK | PCRE2_DFA_SHORTEST, scratch.data, scratch.context,
+                                 scratch.workspace.data(), workspace);
     }
     if (result >= 0) return Result::Match;
     if (result == PCRE2_ERROR_NOMEMORY) throw std::bad_alloc();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -27,10 +28,16 @@ public:
     Result Match(std::string_view text) const;
 
 private:
+    const void* SideBySideCode() const;
+
+    std::string m_pattern;
     void* m_code;
+    mutable std::once_flag m_sideBySideOnce;
+    mutable void* m_sideBySideCode = nullptr;  // made by the first text that needs it; may stay null
 };
 
-/// The same pattern in the language of PCRE2. CKvException as above.
-std::string TranslateXsdPattern(std::string_view pattern);
+/// The same pattern in the language of PCRE2. CKvException as above. `forSideBySide`: for matching without
+/// backtracking, in which "a+" would count its repetitions and each count be a possibility of its own.
+std::string TranslateXsdPattern(std::string_view pattern, bool forSideBySide);
 
 }  // namespace KvXmlLib16::internal

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/format_string.h"
@@ -17,6 +18,10 @@ namespace {
 
 constexpr char32_t kLastCodePoint = 0x10FFFF;
 constexpr int kMaxClassNesting = 50;
+// Longest repetition that PCRE2 takes, and the longest that is put together from such.
+constexpr std::uint32_t kMaxRepeat = 65535;
+constexpr std::uint32_t kMaxCount = 10000000;
+constexpr std::size_t kMaxTranslation = std::size_t{1} << 20;
 
 struct Range {
     char32_t first;
@@ -86,22 +91,26 @@ bool IsAsciiPunctuation(char c) {
 
 class Translator {
 public:
-    explicit Translator(std::string_view pattern) : m_pattern(pattern) {}
+    Translator(std::string_view pattern, bool forSideBySide)
+        : m_pattern(pattern), m_forSideBySide(forSideBySide) {}
 
     std::string Run() {
         m_out = "\\A(?:";
-        int open = 0;
-        bool atom = false;  // something that a quantifier may follow
+        std::vector<std::size_t> open;  // where the groups begin
+        std::size_t begin = 0;          // of what a quantifier would repeat
+        bool atom = false;              // something that a quantifier may follow
         while (!AtEnd()) {
             const char c = Peek();
             switch (c) {
                 case '(':
-                    ++open;
+                    open.push_back(m_out.size());
                     Skip("(?:");
                     atom = false;
                     break;
                 case ')':
-                    if (open-- == 0) Fail("unmatched ')'");
+                    if (open.empty()) Fail("unmatched ')'");
+                    begin = open.back();
+                    open.pop_back();
                     Skip(")");
                     atom = true;
                     break;
@@ -114,15 +123,16 @@ public:
                 case '+':
                 case '{':
                     if (!atom) Fail("quantifier without anything to repeat");
-                    Quantifier();
+                    Quantifier(begin);
                     atom = false;
                     break;
                 default:
+                    begin = m_out.size();
                     Atom();
                     atom = true;
             }
         }
-        if (open != 0) Fail("missing ')'");
+        if (!open.empty()) Fail("missing ')'");
         m_out += ")\\z";
         return std::move(m_out);
     }
@@ -142,26 +152,76 @@ private:
                                         std::string(m_pattern).c_str(), error, static_cast<int>(m_position)));
     }
 
-    void Number() {
+    // Digits; what is beyond kMaxCount stays just beyond it.
+    std::uint32_t Number() {
         const std::size_t begin = m_position;
-        while (!AtEnd() && Peek() >= '0' && Peek() <= '9')
-            Skip(m_pattern.substr(m_position, 1));
+        std::uint32_t number = 0;
+        for (; !AtEnd() && Peek() >= '0' && Peek() <= '9'; ++m_position)
+            number = std::min(number * 10 + static_cast<std::uint32_t>(Peek() - '0'), kMaxCount + 1);
         if (m_position == begin) Fail("digit expected in quantifier");
+        return number;
     }
 
-    void Quantifier() {
+    // Repeats what has been written since `begin`.
+    void Quantifier(std::size_t begin) {
+        if (Peek() == '+' && m_forSideBySide) {
+            ++m_position;
+            Repeat(begin, 1, kMaxCount + 1);
+            return;
+        }
         if (Peek() != '{') {
             Skip(m_pattern.substr(m_position, 1));
             return;
         }
-        Skip("{");
-        Number();
+        ++m_position;
+        const std::uint32_t least = Number();
+        std::uint32_t most = least;
         if (NextIs(0, ',')) {
-            Skip(",");
-            if (!NextIs(0, '}')) Number();
+            ++m_position;
+            most = NextIs(0, '}') ? kMaxCount + 1 : Number();
         }
         if (!NextIs(0, '}')) Fail("'}' expected in quantifier");
-        Skip("}");
+        if (least > most) Fail("numbers out of order in quantifier");
+        if (least > kMaxCount) Fail("number too big in quantifier");
+        ++m_position;
+        Repeat(begin, least, most);
+    }
+
+    void Repeat(std::size_t begin, std::uint32_t least, std::uint32_t most) {
+        const bool isBounded = most <= kMaxCount;
+        const auto count = [](std::uint32_t number) { return std::to_string(number); };
+        const bool isPlus = least > 0 && !isBounded && m_forSideBySide;
+        if (least <= kMaxRepeat && (most <= kMaxRepeat || !isBounded) && !isPlus) {
+            m_out += '{' + count(least) + ',' + (isBounded ? count(most) : std::string()) + '}';
+            return;
+        }
+        const std::string atom = m_out.substr(begin);
+        m_out.resize(begin);
+        m_out += "(?:";
+        const auto add = [&](std::string& out, const char* from, std::uint32_t number) {
+            out += atom + from + count(number) + '}';
+            if (out.size() > kMaxTranslation) Fail("regular expression is too large");
+        };
+        for (std::uint32_t left = least; left > 0; left -= std::min(left, kMaxRepeat))
+            add(m_out, "{", std::min(left, kMaxRepeat));
+        if (!isBounded) {
+            m_out += atom + '*';
+        } else if (most > least) {
+            // At most n times, such that there is one way to match: kMaxRepeat times and then at most the
+            // rest, or fewer times than that.
+            std::uint32_t left = most - least;
+            std::string optional;
+            add(optional, "{0,", left % kMaxRepeat);
+            for (left /= kMaxRepeat; left > 0; --left) {
+                std::string full = "(?:";
+                add(full, "{", kMaxRepeat);
+                full += optional + '|';
+                add(full, "{0,", kMaxRepeat - 1);
+                optional = full + ')';
+            }
+            m_out += optional;
+        }
+        m_out += ')';
     }
 
     void Atom() {
@@ -182,11 +242,14 @@ private:
         } else {
             // "^" and "$" are ordinary characters here.
             if (IsAsciiPunctuation(c)) m_out += '\\';
-            Skip(m_pattern.substr(m_position, 1));
+            const std::size_t begin = m_position;
+            CodePoint();
+            m_out += m_pattern.substr(begin, m_position - begin);
         }
     }
 
-    // Reads an escape. A single character is returned in `single`; a set is appended to `members`.
+    // Reads an escape. A single character is returned in `single`; a set is appended to `members`. Many
+    // schemas escape punctuation that has no meaning ("\\/", "\\_"); it stands for itself.
     bool Escape(std::string& members, char32_t& single) {
         ++m_position;
         if (AtEnd()) Fail("'\\' at the end");
@@ -250,6 +313,8 @@ private:
             members += complement ? "\\P{" : "\\p{";
             members += name;
             members += '}';
+        } else if (name == "IsPrivateUse") {  // three blocks of one name
+            members += complement ? "\\P{Co}" : "\\p{Co}";
         } else if (name.substr(0, 2) == "Is" && FindUnicodeBlock(name.substr(2), block.first, block.last)) {
             if (!complement) {
                 AppendRange(members, block.first, block.last);
@@ -274,6 +339,11 @@ private:
             const auto next = static_cast<unsigned char>(m_pattern[m_position + i]);
             if ((next & 0xC0) != 0x80) Fail("ill-formed UTF-8");
             codePoint = codePoint << 6 | (next & 0x3F);
+        }
+        constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+        if (codePoint < kLeast[length] || codePoint > kLastCodePoint ||
+            (codePoint >= 0xD800 && codePoint <= 0xDFFF)) {
+            Fail("ill-formed UTF-8");
         }
         m_position += length;
         return codePoint;
@@ -307,8 +377,9 @@ private:
             } else if (!Escape(members, first)) {
                 continue;
             }
-            // A hyphen makes a range unless it ends the class or begins a subtraction.
-            if (NextIs(0, '-') && !NextIs(1, ']') && !NextIs(1, '[') && m_position + 1 < m_pattern.size()) {
+            // A hyphen makes a range unless it ends the class, begins a subtraction or stands before one.
+            const bool isLast = NextIs(1, ']') || NextIs(1, '[') || (NextIs(1, '-') && NextIs(2, '['));
+            if (NextIs(0, '-') && !isLast && m_position + 1 < m_pattern.size()) {
                 ++m_position;
                 char32_t last = 0;
                 std::string set;
@@ -331,14 +402,15 @@ private:
     }
 
     std::string_view m_pattern;
+    bool m_forSideBySide;
     std::size_t m_position = 0;
     std::string m_out;
 };
 
 }  // namespace
 
-std::string TranslateXsdPattern(std::string_view pattern) {
-    return Translator(pattern).Run();
+std::string TranslateXsdPattern(std::string_view pattern, bool forSideBySide) {
+    return Translator(pattern, forSideBySide).Run();
 }
 
 }  // namespace KvXmlLib16::internal
