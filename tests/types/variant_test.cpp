@@ -189,6 +189,49 @@ TEST(VariantTest, AFailedParseKeepsTheValue) {
     EXPECT_EQ(value.ToString(""), "12");
 }
 
+TEST(VariantTest, HostileTextIsRefusedByEveryKind) {
+    using namespace std::string_literals;
+    const std::string texts[] = {
+        "1\0"s,
+        "\0"s + "1",
+        "\x80",
+        "\xFF\xFE",
+        "\u0661",
+        "\uFF11",
+        "1,5",
+        "1E9999999999x",
+        "P1E999Y",
+        "%s%n",
+        "1\u00A0",
+        std::string(1000001, '-'),
+        std::string(1000000, '1') + "x",
+        std::string(1000000, ' ') + "x",
+    };
+    for (const Kind& kind : Kinds()) {
+        SCOPED_TRACE(kind.name);
+        KvVariant value;
+        EXPECT_EQ(ErrorOf([&] {
+                      value.FromString(kind.text, kind.type,
+                                       static_cast<CWhitespaceUtils::WhitespaceRule>(4));
+                  }),
+                  "Unknown WhitespaceRule");
+        // Every text is a string, and bad base64 is empty.
+        if (kind.type == ItemType_string || kind.type == ItemType_base64Binary) continue;
+        for (const std::string& text : texts) {
+            const bool isOneByte = CWhitespaceUtils::Collapse(text).size() == 1;
+            if (kind.type == ItemType_char && isOneByte) continue;
+            if (kind.type == ItemType_integer && text.front() == '-') continue;  // signs alone are 0
+            EXPECT_THROW(value.FromString(text, kind.type, kCollapse), CKvException) << text.substr(0, 20);
+        }
+        EXPECT_FALSE(value.IsValid());
+    }
+    KvVariant value;
+    value.FromString("1E999999999", ItemType_r8, kNone);
+    EXPECT_EQ(value.GetR8(), std::numeric_limits<double>::infinity());
+    EXPECT_THROW(value.FromString("1E999999999", ItemType_decimal, kNone), CKvException);
+    EXPECT_THROW(value.FromString("1E999999999", ItemType_i8, kNone), CKvException);
+}
+
 TEST(VariantTest, Formats) {
     KvVariant value;
     value.SetR8(2.5);
