@@ -332,7 +332,7 @@ void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std
         type == ItemType_char ? type : ItemType_string, name, [&](TypedFacets<std::string>& made) {
             CheckLengths(*m_facets, name);
             FillEnumeration(made, *m_facets, name, [&](const std::string& text) {
-                const std::string allowed = CWhitespaceUtils::ApplyRule(m_facets->rule, text);
+                std::string allowed = CWhitespaceUtils::ApplyRule(m_facets->rule, text);
                 if (made.type == ItemType_char) CConversions::charFromString(allowed, kNone);
                 return allowed;
             });

@@ -128,19 +128,6 @@ TEST(VariantTest, EveryKind) {
     }
 }
 
-TEST(VariantTest, Limits) {
-    KvVariant value;
-    value.SetI1(std::numeric_limits<std::int8_t>::min());
-    EXPECT_EQ(value.GetI1(), std::numeric_limits<std::int8_t>::min());
-    value.SetUI8(std::numeric_limits<std::uint64_t>::max());
-    EXPECT_EQ(value.GetUI8(), std::numeric_limits<std::uint64_t>::max());
-    value.SetR8(std::numeric_limits<double>::denorm_min());
-    const KvVariant copy(value);
-    EXPECT_EQ(copy.GetR8(), std::numeric_limits<double>::denorm_min());
-    value.SetBoolean(false);
-    EXPECT_EQ(value.ToString(""), "false");
-    EXPECT_EQ(value.GetBoolean(), false);
-}
 
 TEST(VariantTest, NoValue) {
     KvVariant value;
