@@ -128,7 +128,6 @@ TEST(VariantTest, EveryKind) {
     }
 }
 
-
 TEST(VariantTest, NoValue) {
     KvVariant value;
     EXPECT_FALSE(value.IsValid());
