@@ -36,14 +36,12 @@ struct Facets;
 /// The first check of a kind reads the facets that apply to it. When they make no sense, this and every later
 /// check of the kind throws, whatever the value; construction never does:
 /// - CKvException "Invalid Regular Expression: %s Error: '%s'" for a bad pattern, with the member's name in
-/// the
-///   inner exception; "Unknown WhitespaceRule" for a bad rule;
-/// - CKvInvalidParamException "Invalid Facet of <name>: ..." for a bound or enumeration value that is no
-/// value
-///   of the kind, for facets that contradict each other as XML Schema has it (minLength above maxLength, an
-///   inclusive bound at the exclusive one of the other side, fractionDigits above totalDigits, ...), and for
-///   bounds beyond all that an integer kind holds. Bounds of integer kinds may lie outside of the kind's own
-///   range otherwise; both bounds of one side may be set, and the stricter holds.
+///   the inner exception; "Unknown WhitespaceRule" for a bad rule;
+/// - CKvInvalidParamException "Invalid Facet of <name>: ..." for a bound or enumeration value that
+///   is no value of the kind, for facets that contradict each other as XML Schema has it (minLength above
+///   maxLength, an inclusive bound at the exclusive one of the other side, fractionDigits above totalDigits,
+///   ...), and for bounds beyond all that an integer kind holds. Bounds of integer kinds may lie outside of
+///   the kind's own range otherwise; both bounds of one side may be set, and the stricter holds.
 class KVXML_EXPORT CPrimitiveRestrictions {
 public:
     /// Marks a length or digit count that is not set. Texts are not set when null or empty.
