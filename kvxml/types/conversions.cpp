@@ -2,9 +2,7 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 #include <system_error>
 #include <type_traits>
@@ -156,70 +154,6 @@ double ParseReal(std::string_view text, WhitespaceRule rule, const char* kind) {
     return ParseAnyReal(text, rule, kind);
 }
 
-// Widths and precisions beyond this are no formats but mistakes.
-constexpr int kMaxFormatNumber = 1000;
-
-bool SkipFormatNumber(std::string_view format, std::size_t& i) {
-    int number = 0;
-    for (; i < format.size() && format[i] >= '0' && format[i] <= '9'; ++i) {
-        number = number * 10 + (format[i] - '0');
-        if (number > kMaxFormatNumber) return false;
-    }
-    return true;
-}
-
-// True when printf can take the format with one double as its only argument.
-bool IsRealFormat(std::string_view format) {
-    int conversions = 0;
-    for (std::size_t i = 0; i < format.size(); ++i) {
-        if (format[i] == '\0') return false;
-        if (format[i] != '%') continue;
-        ++i;
-        if (i < format.size() && format[i] == '%') continue;
-        while (i < format.size() && format[i] != '\0' && std::strchr("-+ #0", format[i]) != nullptr)
-            ++i;
-        if (!SkipFormatNumber(format, i)) return false;
-        if (i < format.size() && format[i] == '.') {
-            ++i;
-            if (!SkipFormatNumber(format, i)) return false;
-        }
-        if (i < format.size() && format[i] == 'l') ++i;
-        if (i >= format.size() || format[i] == '\0' || std::strchr("eEfFgGaA", format[i]) == nullptr)
-            return false;
-        ++conversions;
-    }
-    return conversions <= 1;
-}
-
-void AppendFormatted(std::string& out, double value, std::string_view format) {
-    if (!IsRealFormat(format)) {
-        throw CKvInvalidParamException(
-            FormatString("The format [%s] must have at most one conversion, of a floating point value",
-                         std::string(format).c_str()));
-    }
-    const std::string terminated(format);
-    const internal::CScopedCLocale locale;
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-#endif
-    char buffer[64];
-    const int length = std::snprintf(buffer, sizeof buffer, terminated.c_str(), value);
-    if (length < 0) return;
-    const auto size = static_cast<std::size_t>(length);
-    if (size < sizeof buffer) {
-        out.append(buffer, size);
-        return;
-    }
-    const std::size_t start = out.size();
-    out.resize(start + size + 1);
-    std::snprintf(out.data() + start, size + 1, terminated.c_str(), value);
-    out.resize(start + size);
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
-}
-
 void AppendReal(std::string& out, double value, int digits, std::string_view format) {
     if (std::isnan(value)) {
         out += "NaN";
@@ -230,7 +164,7 @@ void AppendReal(std::string& out, double value, int digits, std::string_view for
         return;
     }
     if (!format.empty()) {
-        AppendFormatted(out, value, format);
+        internal::AppendFormattedReal(out, value, format);
         return;
     }
     // Whole numbers of no more digits than asked for are common and need no floating point formatting.

@@ -5,8 +5,12 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 
+#include "kvxml/platform/internal/c_locale.h"
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/format_string.h"
 #include "kvxml/types/internal/big_number.h"
 #include "kvxml/types/internal/digits.h"
 
@@ -45,6 +49,41 @@ void WriteEightDigits(char* out, std::uint32_t value) noexcept {
     WriteTwoDigits(WriteTwoDigits(out + 4, low / 100), low % 100);
 }
 
+// Widths and precisions beyond this are no formats but mistakes.
+constexpr int kMaxFormatNumber = 1000;
+
+bool SkipFormatNumber(std::string_view format, std::size_t& i) {
+    int number = 0;
+    for (; i < format.size() && format[i] >= '0' && format[i] <= '9'; ++i) {
+        number = number * 10 + (format[i] - '0');
+        if (number > kMaxFormatNumber) return false;
+    }
+    return true;
+}
+
+// True when printf can take the format with one double as its only argument.
+bool IsRealFormat(std::string_view format) {
+    int conversions = 0;
+    for (std::size_t i = 0; i < format.size(); ++i) {
+        if (format[i] == '\0') return false;
+        if (format[i] != '%') continue;
+        ++i;
+        if (i < format.size() && format[i] == '%') continue;
+        while (i < format.size() && format[i] != '\0' && std::strchr("-+ #0", format[i]) != nullptr)
+            ++i;
+        if (!SkipFormatNumber(format, i)) return false;
+        if (i < format.size() && format[i] == '.') {
+            ++i;
+            if (!SkipFormatNumber(format, i)) return false;
+        }
+        if (i < format.size() && format[i] == 'l') ++i;
+        if (i >= format.size() || format[i] == '\0' || std::strchr("eEfFgGaA", format[i]) == nullptr)
+            return false;
+        ++conversions;
+    }
+    return conversions <= 1;
+}
+
 }  // namespace
 
 char* WriteReal(char* out, double value, int digits) noexcept {
@@ -78,8 +117,7 @@ char* WriteReal(char* out, double value, int digits) noexcept {
     while (end > wholeEnd && end[-1] == '0')
         --end;
     if (exponent < 0) {
-        std::memcpy(out, "0.000", 5);
-        out += 1 - exponent;
+        out += std::string_view("0.000").copy(out, static_cast<std::size_t>(1 - exponent));
     } else {
         std::memcpy(out, first, static_cast<std::size_t>(wholeEnd - first));
         out += wholeEnd - first;
@@ -88,6 +126,35 @@ char* WriteReal(char* out, double value, int digits) noexcept {
     }
     std::memcpy(out, wholeEnd, static_cast<std::size_t>(end - wholeEnd));
     return out + (end - wholeEnd);
+}
+
+void AppendFormattedReal(std::string& out, double value, std::string_view format) {
+    if (!IsRealFormat(format)) {
+        throw CKvInvalidParamException(
+            FormatString("The format [%s] must have at most one conversion, of a floating point value",
+                         std::string(format).c_str()));
+    }
+    const std::string terminated(format);
+    const CScopedCLocale locale;
+#if defined(__GNUC__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+#endif
+    char buffer[64];
+    const int length = std::snprintf(buffer, sizeof buffer, terminated.c_str(), value);
+    if (length < 0) return;
+    const auto size = static_cast<std::size_t>(length);
+    if (size < sizeof buffer) {
+        out.append(buffer, size);
+        return;
+    }
+    const std::size_t start = out.size();
+    out.resize(start + size + 1);
+    std::snprintf(out.data() + start, size + 1, terminated.c_str(), value);
+    out.resize(start + size);
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
 }
 
 }  // namespace KvXmlLib16::internal
