@@ -8,7 +8,7 @@
 namespace KvXmlLib16 {
 namespace {
 
-constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr std::string_view kAlphabet = internal::kBase64Alphabet;
 
 // The two characters of each 12-bit value.
 constexpr auto kPairs = [] {

@@ -2,9 +2,7 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 #include <system_error>
 #include <type_traits>
@@ -12,6 +10,9 @@
 #include "kvxml/platform/internal/c_locale.h"
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/format_string.h"
+#include "kvxml/types/base64.h"
+#include "kvxml/types/internal/digits.h"
+#include "kvxml/types/internal/real_text.h"
 
 namespace KvXmlLib16 {
 
@@ -36,9 +37,13 @@ constexpr bool IsCSpace(char c) noexcept {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
+constexpr bool IsRule(WhitespaceRule rule) noexcept {
+    return static_cast<std::uint32_t>(rule) <= CWhitespaceUtils::WhitespaceRule_Collapse;
+}
+
 // Reads as strtol and strtoul do in base 10, except that the whole text must be used.
 template <class T>
-T ParseInteger(std::string_view text, WhitespaceRule rule, const char* kind) {
+[[gnu::noinline]] T ParseAnyInteger(std::string_view text, WhitespaceRule rule, const char* kind) {
     using Unsigned = std::make_unsigned_t<T>;
     std::string scratch;
     text = CWhitespaceUtils::ApplyRuleView(rule, text, scratch);
@@ -60,6 +65,21 @@ T ParseInteger(std::string_view text, WhitespaceRule rule, const char* kind) {
     if (!inRange) ThrowTooLarge(text, kind);
     if (result.ptr != end) ThrowNotConvertible(text, kind);
     return static_cast<T>(negative ? Unsigned{0} - magnitude : magnitude);
+}
+
+// A sign and digits that cannot overflow are all that most texts hold, and no rule changes them.
+template <class T>
+T ParseInteger(std::string_view text, WhitespaceRule rule, const char* kind) {
+    constexpr std::size_t kSafeDigits = std::numeric_limits<std::make_signed_t<T>>::digits10;
+    static_assert(kSafeDigits <= internal::kMaxReadDigits);
+    const bool negative = !text.empty() && text.front() == '-';
+    const std::size_t count = text.size() - (negative ? 1 : 0);
+    std::uint64_t magnitude = 0;
+    if (count - 1 < kSafeDigits && IsRule(rule) &&
+        internal::ReadDigits(text.data() + (negative ? 1 : 0), count, magnitude)) {
+        return static_cast<T>(negative ? 0 - magnitude : magnitude);
+    }
+    return ParseAnyInteger<T>(text, rule, kind);
 }
 
 // The narrow kinds are read as 32 bits, with the messages of those, and then checked against their own range.
@@ -108,11 +128,11 @@ bool ParseDouble(std::string_view text, double& value) {
     return ParseWithStrtod(text, value);
 }
 
-double ParseReal(std::string_view text, WhitespaceRule rule, const char* kind) {
+[[gnu::noinline]] double ParseAnyReal(std::string_view text, WhitespaceRule rule, const char* kind) {
     std::string scratch;
     text = CWhitespaceUtils::ApplyRuleView(rule, text, scratch);
     if (text.empty()) ThrowNotConvertible(text, kind);
-    if (static_cast<unsigned char>(text.back() - '0') > 9) {
+    if (internal::DigitValue(text.back()) > 9) {
         if (text == "NaN" || text == "1.#QNAN" || text == "-NAN")
             return std::numeric_limits<double>::quiet_NaN();
         if (text == "-INF") return -std::numeric_limits<double>::infinity();
@@ -123,68 +143,15 @@ double ParseReal(std::string_view text, WhitespaceRule rule, const char* kind) {
     return value;
 }
 
-// Widths and precisions beyond this are no formats but mistakes.
-constexpr int kMaxFormatNumber = 1000;
-
-bool SkipFormatNumber(std::string_view format, std::size_t& i) {
-    int number = 0;
-    for (; i < format.size() && format[i] >= '0' && format[i] <= '9'; ++i) {
-        number = number * 10 + (format[i] - '0');
-        if (number > kMaxFormatNumber) return false;
+// Text that is a number from end to end has nothing that a rule would change, and is no word.
+double ParseReal(std::string_view text, WhitespaceRule rule, const char* kind) {
+    if (!text.empty() && internal::DigitValue(text.back()) <= 9 && IsRule(rule)) {
+        double value = 0;
+        const char* const end = text.data() + text.size();
+        const auto result = std::from_chars(text.data(), end, value);
+        if (result.ec == std::errc() && result.ptr == end) return value;
     }
-    return true;
-}
-
-// True when printf can take the format with one double as its only argument.
-bool IsRealFormat(std::string_view format) {
-    int conversions = 0;
-    for (std::size_t i = 0; i < format.size(); ++i) {
-        if (format[i] == '\0') return false;
-        if (format[i] != '%') continue;
-        ++i;
-        if (i < format.size() && format[i] == '%') continue;
-        while (i < format.size() && format[i] != '\0' && std::strchr("-+ #0", format[i]) != nullptr)
-            ++i;
-        if (!SkipFormatNumber(format, i)) return false;
-        if (i < format.size() && format[i] == '.') {
-            ++i;
-            if (!SkipFormatNumber(format, i)) return false;
-        }
-        if (i < format.size() && format[i] == 'l') ++i;
-        if (i >= format.size() || format[i] == '\0' || std::strchr("eEfFgGaA", format[i]) == nullptr)
-            return false;
-        ++conversions;
-    }
-    return conversions <= 1;
-}
-
-void AppendFormatted(std::string& out, double value, std::string_view format) {
-    if (!IsRealFormat(format)) {
-        throw CKvInvalidParamException(
-            FormatString("The format [%s] must have at most one conversion, of a floating point value",
-                         std::string(format).c_str()));
-    }
-    const std::string terminated(format);
-    const internal::CScopedCLocale locale;
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-#endif
-    char buffer[64];
-    const int length = std::snprintf(buffer, sizeof buffer, terminated.c_str(), value);
-    if (length < 0) return;
-    const auto size = static_cast<std::size_t>(length);
-    if (size < sizeof buffer) {
-        out.append(buffer, size);
-        return;
-    }
-    const std::size_t start = out.size();
-    out.resize(start + size + 1);
-    std::snprintf(out.data() + start, size + 1, terminated.c_str(), value);
-    out.resize(start + size);
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
+    return ParseAnyReal(text, rule, kind);
 }
 
 void AppendReal(std::string& out, double value, int digits, std::string_view format) {
@@ -197,19 +164,17 @@ void AppendReal(std::string& out, double value, int digits, std::string_view for
         return;
     }
     if (!format.empty()) {
-        AppendFormatted(out, value, format);
+        internal::AppendFormattedReal(out, value, format);
         return;
     }
-    char buffer[48];
     // Whole numbers of no more digits than asked for are common and need no floating point formatting.
     if (std::fabs(value) < (digits > 7 ? 1e15 : 1e7) && value == std::trunc(value) &&
         !(value == 0 && std::signbit(value))) {
         AppendNumber(out, static_cast<std::int64_t>(value));
         return;
     }
-    const auto result =
-        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, digits);
-    out.append(buffer, result.ptr);
+    char buffer[internal::kMaxRealLength];
+    out.append(buffer, internal::WriteReal(buffer, value, digits));
 }
 
 // --- the rest ---------------------------------------------------------------------------------------------
@@ -365,7 +330,7 @@ double CConversions::r8FromString(std::string_view text, WhitespaceRule rule) {
 // --- text and boolean -------------------------------------------------------------------------------------
 
 void CConversions::AppendBoolean(std::string& out, bool value) {
-    out += value ? "true" : "false";
+    out += value ? std::string_view("true") : std::string_view("false");
 }
 void CConversions::AppendChar(std::string& out, char value) {
     if (value != '\0') out += value;
@@ -385,6 +350,10 @@ std::string CConversions::stringToString(std::string_view value) {
 }
 
 bool CConversions::booleanFromString(std::string_view text, WhitespaceRule rule) {
+    if (IsRule(rule)) {
+        if (text == "true") return true;
+        if (text == "false") return false;
+    }
     std::string scratch;
     const std::string_view value = CWhitespaceUtils::ApplyRuleView(rule, text, scratch);
     if (EqualsIgnoringCase(value, "true")) return true;
@@ -478,9 +447,11 @@ CDateTime CConversions::monthDayFromString(std::string_view text, WhitespaceRule
 }
 
 CDateTime CConversions::datetimeFromString(std::string_view text, WhitespaceRule rule) {
-    std::string scratch;
     CDateTime value;
-    value.ParseXSDDateTime(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    if (!IsRule(rule) || !value.ParsePlainDateTime(text)) {
+        std::string scratch;
+        value.ParseXSDDateTime(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    }
     return value;
 }
 
@@ -548,7 +519,9 @@ void CConversions::AppendHexBinary(std::string& out, const CBinaryData& value) {
     out += value.GetAsHexString();
 }
 void CConversions::AppendBase64Binary(std::string& out, const CBinaryData& value) {
-    out += value.GetAsBase64();
+    const std::size_t length = out.size();
+    out.resize(length + CBase64::EncodedLength(value.GetLength()));
+    CBase64(value.GetData(), value.GetLength()).Encode(out.data() + length);
 }
 
 std::string CConversions::hexBinaryToString(const CBinaryData& value) {
@@ -566,9 +539,12 @@ CBinaryData CConversions::hexBinaryFromString(std::string_view text, WhitespaceR
 }
 
 CBinaryData CConversions::base64BinaryFromString(std::string_view text, WhitespaceRule rule) {
+    // The decoder passes over blanks itself, and these rules change nothing else.
+    const bool leaveToDecoder =
+        rule == CWhitespaceUtils::WhitespaceRule_Replace || rule == CWhitespaceUtils::WhitespaceRule_Collapse;
     std::string scratch;
     CBinaryData value;
-    value.SetAsBase64(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    value.SetAsBase64(leaveToDecoder ? text : CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
     return value;
 }
 

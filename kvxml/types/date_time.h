@@ -240,6 +240,8 @@ public:
     CDateTimeSpan operator-(const CDateTime& other) const;
 
 private:
+    friend class CConversions;
+
     static constexpr std::uint8_t kTypeMask = 0x0f;
     static constexpr std::uint8_t kUtcFlag = 0x10;
     static constexpr std::uint8_t kZoneFlag = 0x20;
@@ -291,6 +293,8 @@ private:
     void Validate() const;
     void RequireField(unsigned fields, const char* name) const;
 
+    /// Reads CCYY-MM-DDThh:mm:ss with or without "Z" and with every number in its range.
+    bool ParsePlainDateTime(std::string_view text) noexcept;
     void SetXSDDate(std::string_view text);
     void SetXSDTime(std::string_view text);
     void SetZone(std::string_view text);

@@ -28,6 +28,42 @@ constexpr char kNotSet[] = "Error: Date Not Set";
     Refuse("Invalid XSD Date [%s] expected CCYY-MM-DD[Z|[+|-]hh:mm]", text);
 }
 
+/// Eight characters of a fixed form, in which "0" stands for any digit, as a number.
+struct PairPattern {
+    consteval explicit PairPattern(const char* form) {
+        for (int i = 7; i >= 0; --i) {
+            const bool isDigit = form[i] == '0';
+            text = text << 8 | static_cast<unsigned char>(form[i]);
+            fixed = fixed << 8 | (isDigit ? 0xf0 : 0xff);
+            digits = digits << 8 | (isDigit ? 0xf0 : 0);
+        }
+    }
+    std::uint64_t text = 0;
+    std::uint64_t fixed = 0;
+    std::uint64_t digits = 0;
+};
+
+constexpr PairPattern kYearAndMonth("0000-00-");
+constexpr PairPattern kDayAndTime("00T00:00");
+constexpr PairPattern kTimeOfDay("00:00:00");
+
+/// The numbers of two digits in such a text, all at once.
+class PairsOfDigits {
+public:
+    PairsOfDigits(const char* text, const PairPattern& pattern) noexcept {
+        const std::uint64_t values = LoadEightBytes(text) ^ pattern.text;
+        m_isValid = ((values & pattern.fixed) | ((values + 0x0606060606060606) & pattern.digits)) == 0;
+        m_pairs = values * 10 + (values >> 8);
+    }
+    bool IsValid() const noexcept { return m_isValid; }
+    /// The number that begins at character `place`.
+    unsigned At(int place) const noexcept { return static_cast<unsigned>(m_pairs >> (8 * place)) & 0xff; }
+
+private:
+    std::uint64_t m_pairs;
+    bool m_isValid;
+};
+
 /// CCYY-MM-DD at `p`.
 bool ReadDate(const char* p, int& year, int& month, int& day) noexcept {
     return p[4] == '-' && p[7] == '-' && ReadFourDigits(p, year) && ReadTwoDigits(p + 5, month) &&
@@ -43,7 +79,37 @@ void CDateTime::ParseXSDDateTime(const char* text) {
     ParseXSDDateTime(std::string_view(text));
 }
 
+// Changes nothing when it fails.
+bool CDateTime::ParsePlainDateTime(std::string_view text) noexcept {
+    const bool isUtc = text.size() == 20 && text[19] == 'Z';
+    if (text.size() != 19 && !isUtc) return false;
+    const PairsOfDigits date(text.data(), kYearAndMonth);
+    const PairsOfDigits dayAndTime(text.data() + 8, kDayAndTime);
+    const PairsOfDigits time(text.data() + 11, kTimeOfDay);
+    if (!date.IsValid() || !dayAndTime.IsValid() || !time.IsValid()) return false;
+    const unsigned year = date.At(0) * 100 + date.At(2);
+    const unsigned month = date.At(5);
+    const unsigned day = dayAndTime.At(0);
+    Fields fields;
+    fields.year = static_cast<std::int16_t>(year);
+    fields.month = static_cast<std::uint8_t>(month);
+    fields.day = static_cast<std::uint8_t>(day);
+    fields.hour = static_cast<std::uint8_t>(time.At(0));
+    fields.minute = static_cast<std::uint8_t>(time.At(3));
+    fields.second = static_cast<std::uint8_t>(time.At(6));
+    fields.kind = static_cast<std::uint8_t>(dt_dateTime | (isUtc ? kUtcFlag : 0));
+    if (year == 0 || month < 1 || month > 12 || day < 1 || fields.hour > 23 || fields.minute > 59 ||
+        fields.second > 59 ||
+        (day > 28 && day > static_cast<unsigned>(DaysInMonth(static_cast<std::int32_t>(year),
+                                                             static_cast<std::int32_t>(month))))) {
+        return false;
+    }
+    m_fields = fields;
+    return true;
+}
+
 void CDateTime::ParseXSDDateTime(std::string_view text) {
+    if (ParsePlainDateTime(text)) return;
     Fields date;
     int year = 0;
     int month = 0;

@@ -60,6 +60,13 @@ private:
             return (word - kOnes * 0x21) & ~word & kHighs;
         };
         if (text.size() < sizeof(std::uint64_t)) {
+            if (text.size() >= sizeof(std::uint32_t)) {
+                char both[sizeof(std::uint64_t)];
+                std::memcpy(both, text.data(), sizeof(std::uint32_t));
+                std::memcpy(both + sizeof(std::uint32_t), text.data() + text.size() - sizeof(std::uint32_t),
+                            sizeof(std::uint32_t));
+                return suspicious(both) == 0;
+            }
             for (const char c : text) {
                 if (static_cast<unsigned char>(c) < 0x21) return false;
             }

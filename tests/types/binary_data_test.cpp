@@ -175,6 +175,19 @@ TEST(BinaryData, Base64Reading) {
         }
     }
 
+    // Every character means in a long text what it means in a short one, which is read another way.
+    for (int c = 0; c < 256; ++c) {
+        for (std::size_t place = 0; place < 4; ++place) {
+            const std::string group = std::string("TWFu").replace(place, 1, 1, static_cast<char>(c));
+            CBinaryData alone;
+            alone.SetAsBase64(group);
+            CBinaryData data;
+            data.SetAsBase64(group + std::string(80, 'A'));
+            ASSERT_EQ(TextOf(data).substr(0, alone.GetLength()), TextOf(alone)) << c;
+            ASSERT_EQ(data.GetLength() == 0, alone.GetLength() == 0) << c;
+        }
+    }
+
     const struct {
         std::string_view text;
         std::string_view bytes;

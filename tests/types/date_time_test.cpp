@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/types/date_time_span.h"
@@ -154,6 +155,36 @@ TEST(DateTime, RefusedTexts) {
     EXPECT_EQ(MessageOf([&] { value.ParseXSDDate("bad"); }),
               "Invalid XSD Date [bad] expected CCYY-MM-DD[Z|[+|-]hh:mm]");
     EXPECT_EQ(value.ToString(), "Error: Date Not Set");  // nothing of the value before is left
+}
+
+// The commonest form has a reader of its own; with a fraction the same text goes the long way.
+TEST(DateTime, PlainTextsAreReadAsThoseWithFraction) {
+    const auto read = [](const std::string& text) {
+        CDateTime value;
+        std::string message;
+        try {
+            value.ParseXSDDateTime(text);
+        } catch (const CKvException& e) {
+            message = e.GetMessage();
+        }
+        // What a failed parse leaves counts, too.
+        return std::pair(value.ToString(), message);
+    };
+    for (const std::string zone : {"", "Z"}) {
+        for (const std::string start :
+             {"2001-05-03T01:02:03", "2000-02-29T23:59:59", "1900-02-28T00:00:00"}) {
+            for (std::size_t place = 0; place < start.size(); ++place) {
+                for (const char c : std::string("0123456789/:?-T \0\xB1", 19)) {
+                    std::string text = start;
+                    text[place] = c;
+                    auto expected = read(text + ".0" + zone);
+                    const std::size_t fraction = expected.second.find(".0" + zone + "]");
+                    if (fraction != std::string::npos) expected.second.erase(fraction, 2);
+                    EXPECT_EQ(read(text + zone), expected) << text;
+                }
+            }
+        }
+    }
 }
 
 TEST(DateTime, ToStringFormats) {

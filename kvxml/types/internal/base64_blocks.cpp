@@ -4,6 +4,9 @@
 
 #include <tmmintrin.h>
 
+#include <array>
+#include <cstdint>
+
 namespace KvXmlLib16::internal {
 namespace {
 
@@ -17,12 +20,6 @@ bool HasByteShuffle() noexcept {
 
 __attribute__((target("ssse3"))) __m128i Load(const unsigned char* p) noexcept {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-}
-
-/// All ones in the bytes between `first` and `last`; the bytes of `c` are below 128.
-__attribute__((target("ssse3"))) __m128i InRange(__m128i c, char first, char last) noexcept {
-    return _mm_and_si128(_mm_cmpgt_epi8(c, _mm_set1_epi8(static_cast<char>(first - 1))),
-                         _mm_cmplt_epi8(c, _mm_set1_epi8(static_cast<char>(last + 1))));
 }
 
 /// 12 bytes to 16 numbers of six bits.
@@ -59,27 +56,36 @@ __attribute__((target("ssse3"))) std::size_t EncodeBlocks(const unsigned char* s
     return used;
 }
 
+/// By the low half of a character: a bit for each high half with which it belongs to the alphabet.
+constexpr auto kKnownHighs = [] {
+    std::array<std::uint8_t, 16> highs{};
+    for (const char c : kBase64Alphabet) {
+        highs[static_cast<std::size_t>(c) & 15] |= static_cast<std::uint8_t>(1 << (c >> 4));
+    }
+    return highs;
+}();
+
 __attribute__((target("ssse3"))) std::size_t DecodeBlocks(const unsigned char* text, std::size_t length,
                                                           unsigned char* out) noexcept {
+    constexpr char kUpper = -'A';
+    constexpr char kLower = 26 - 'a';
+    const __m128i distances = _mm_setr_epi8(0, 63 - '/', 62 - '+', 52 - '0', kUpper, kUpper, kLower, kLower,
+                                            0, 0, 0, 0, 0, 0, 0, 0);
+    const __m128i bitOfHigh =
+        _mm_setr_epi8(1, 2, 4, 8, 16, 32, 64, static_cast<char>(128), 0, 0, 0, 0, 0, 0, 0, 0);
+    const __m128i knownHighs = Load(kKnownHighs.data());
     std::size_t used = 0;
     for (; length - used >= kCharacters + 8; used += kCharacters, out += kBytes) {
         const __m128i c = _mm_and_si128(Load(text + used), _mm_set1_epi8(0x7f));
-        const __m128i upper = InRange(c, 'A', 'Z');
-        const __m128i lower = InRange(c, 'a', 'z');
-        const __m128i digit = InRange(c, '0', '9');
-        const __m128i plus = _mm_cmpeq_epi8(c, _mm_set1_epi8('+'));
-        const __m128i slash = _mm_cmpeq_epi8(c, _mm_set1_epi8('/'));
+        // The table of low halves has a bit for each high half with which they make a known character.
+        const __m128i high = _mm_and_si128(_mm_srli_epi32(c, 4), _mm_set1_epi8(0x0f));
         const __m128i known =
-            _mm_or_si128(_mm_or_si128(_mm_or_si128(upper, lower), _mm_or_si128(plus, slash)), digit);
-        if (_mm_movemask_epi8(known) != 0xffff) break;
+            _mm_and_si128(_mm_shuffle_epi8(knownHighs, c), _mm_shuffle_epi8(bitOfHigh, high));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi8(known, _mm_setzero_si128())) != 0) break;
 
-        const __m128i letters = _mm_or_si128(_mm_and_si128(upper, _mm_set1_epi8(-'A')),
-                                             _mm_and_si128(lower, _mm_set1_epi8(26 - 'a')));
-        const __m128i signs = _mm_or_si128(_mm_and_si128(plus, _mm_set1_epi8(62 - '+')),
-                                           _mm_and_si128(slash, _mm_set1_epi8(63 - '/')));
-        const __m128i distances =
-            _mm_or_si128(_mm_or_si128(letters, signs), _mm_and_si128(digit, _mm_set1_epi8(52 - '0')));
-        const __m128i values = _mm_add_epi8(c, distances);
+        // The slash shares its high half with the plus sign and has the unused place below that.
+        const __m128i range = _mm_add_epi8(high, _mm_cmpeq_epi8(c, _mm_set1_epi8('/')));
+        const __m128i values = _mm_add_epi8(c, _mm_shuffle_epi8(distances, range));
         // Six and six bits to twelve, twelve and twelve to 24, then the three bytes of each lane in order.
         const __m128i twelves = _mm_maddubs_epi16(values, _mm_set1_epi32(0x01400140));
         const __m128i lanes = _mm_madd_epi16(twelves, _mm_set1_epi32(0x00011000));

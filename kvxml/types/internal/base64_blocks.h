@@ -2,8 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 namespace KvXmlLib16::internal {
+
+inline constexpr std::string_view kBase64Alphabet =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 /// Encodes as many whole blocks of 12 bytes as may be read 16 bytes wide. Returns the number of bytes used, 0
 /// where the processor cannot do it; 4/3 of that many characters are written.

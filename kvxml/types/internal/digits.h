@@ -1,7 +1,10 @@
-/// Reading and writing of short decimal fields of fixed width.
+/// Reading and writing of short runs of decimal digits.
 #pragma once
 
 #include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace KvXmlLib16::internal {
@@ -24,6 +27,83 @@ inline bool ReadFourDigits(const char* text, int& value) noexcept {
     int low = 0;
     const bool valid = ReadTwoDigits(text, high) && ReadTwoDigits(text + 2, low);
     value = high * 100 + low;
+    return valid;
+}
+
+/// Eight bytes of text as a number, the first byte lowest.
+inline std::uint64_t LoadEightBytes(const char* text) noexcept {
+    std::uint64_t word = 0;
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(&word, text, sizeof word);
+    } else {
+        for (int i = 7; i >= 0; --i)
+            word = word << 8 | static_cast<unsigned char>(text[i]);
+    }
+    return word;
+}
+
+/// Reads the eight digits in `word`; false when one of them is none.
+inline bool ReadEightDigits(std::uint64_t word, std::uint64_t& value) noexcept {
+    constexpr std::uint64_t kHighHalves = 0xf0f0f0f0f0f0f0f0;
+    constexpr std::uint64_t kZeros = 0x3030303030303030;
+    // '0' to '?' share their high half; adding six takes ':' to '?' out of it.
+    const bool valid = (((word ^ kZeros) | ((word + 0x0606060606060606) ^ kZeros)) & kHighHalves) == 0;
+    word -= kZeros;
+    word = (word * 10 + (word >> 8)) & 0x00ff00ff00ff00ff;
+    word = (word * 100 + (word >> 16)) & 0x0000ffff0000ffff;
+    value = (word * 10000 + (word >> 32)) & 0xffffffff;
+    return valid;
+}
+
+/// Reads one to eight digits; false when one of them is none. Reads nothing behind them.
+inline bool ReadUpToEightDigits(const char* text, std::size_t count, std::uint64_t& value) noexcept {
+    if (count == 8) return ReadEightDigits(LoadEightBytes(text), value);
+    if constexpr (std::endian::native != std::endian::little) {
+        value = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            if (DigitValue(text[i]) > 9) return false;
+            value = value * 10 + DigitValue(text[i]);
+        }
+        return true;
+    }
+    // Loads that overlap, since what they share is the same.
+    std::uint64_t word = 0;
+    if (count >= 4) {
+        std::uint32_t first = 0;
+        std::uint32_t last = 0;
+        std::memcpy(&first, text, sizeof first);
+        std::memcpy(&last, text + count - 4, sizeof last);
+        word = first | std::uint64_t{last} << (8 * (count - 4));
+    } else {
+        const auto byte = [text](std::size_t i) {
+            return std::uint64_t{static_cast<unsigned char>(text[i])} << (8 * i);
+        };
+        word = byte(0) | byte(count / 2) | byte(count - 1);
+    }
+    // Filled up with zeros in front.
+    return ReadEightDigits(word << (64 - 8 * count) | std::uint64_t{0x3030303030303030} >> (8 * count),
+                           value);
+}
+
+/// Most digits that ReadDigits takes.
+inline constexpr std::size_t kMaxReadDigits = 18;
+
+/// Reads 1 to kMaxReadDigits digits; false when one of them is none.
+inline bool ReadDigits(const char* text, std::size_t count, std::uint64_t& value) noexcept {
+    constexpr std::uint64_t kEightDigits = 100000000;
+    if (count <= 8) return ReadUpToEightDigits(text, count, value);
+    std::uint64_t last = 0;
+    bool valid = ReadEightDigits(LoadEightBytes(text + count - 8), last);
+    std::uint64_t front = 0;
+    if (count <= 16) {
+        valid = ReadUpToEightDigits(text, count - 8, front) && valid;
+    } else {
+        std::uint64_t middle = 0;
+        valid = ReadEightDigits(LoadEightBytes(text + count - 16), middle) && valid;
+        valid = ReadUpToEightDigits(text, count - 16, front) && valid;
+        front = front * kEightDigits + middle;
+    }
+    value = front * kEightDigits + last;
     return valid;
 }
 

@@ -1,0 +1,20 @@
+/// Writing of floating point numbers.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace KvXmlLib16::internal {
+
+/// Room that WriteReal needs.
+inline constexpr int kMaxRealLength = 48;
+
+/// Writes a finite `value` as printf does with "%.*g" in the "C" locale and round-to-nearest, for 7 or 16
+/// `digits`; returns the end.
+char* WriteReal(char* out, double value, int digits) noexcept;
+
+/// Appends what printf makes of `format` and `value` in the "C" locale. CKvInvalidParamException for a format
+/// that is not text with at most one conversion of a double.
+void AppendFormattedReal(std::string& out, double value, std::string_view format);
+
+}  // namespace KvXmlLib16::internal
