@@ -147,4 +147,31 @@ private:
     int (*m_enumFromString)(const char*);
 };
 
+/// An attribute wildcard: takes every attribute that no record before it takes and whose namespace it admits.
+/// The property is a `CAttributeCol`, which the class makes when it is asked to assign an invalid value.
+class KVXML_EXPORT CAttributeInfoAny : public CAttributeInfo {
+public:
+    /// `restriction` is the wildcard's namespace list; "##targetNamespace" and "##other" are judged against
+    /// `targetNamespace`.
+    CAttributeInfoAny(const char* name, const char* ns, int propertyIndex, bool optional,
+                      const char* restriction, const char* targetNamespace, const char* defaultValue);
+    CAttributeInfoAny(const CAttributeInfoAny&);
+    CAttributeInfoAny& operator=(const CAttributeInfoAny&);
+    ~CAttributeInfoAny() override;
+
+    /// Writes the attributes of the collection. CKvInvalidStateException when two have one name.
+    void AttributeToXml(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                        CXmlWriter* writer) override;
+    bool AttributeFromXml(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                          CXmlAttribute* attribute) override;
+    /// A wildcard requires nothing.
+    void Validate(const CSerializationContext& context, bool found) override;
+    void ReadMatched(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                     CXmlAttribute* attribute) override;
+
+private:
+    std::string m_restriction;
+    std::string m_targetNamespace;
+};
+
 }  // namespace KvXmlLib16Data

@@ -6,11 +6,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 #include <memory>
 #include <vector>
 
 #include "kvxml/export.h"
+#include "kvxml/metadata/kv_iterator.h"
 #include "kvxml/metadata/xml_collection_base.h"
 #include "kvxml/runtime/smart_ptr.h"
 
@@ -24,12 +24,7 @@ namespace KvXmlLib16 {
 /// Adding null throws CKvInvalidParamException. A copy shares the items and has the same listeners.
 class KVXML_EXPORT CXmlCollection : public CXmlCollectionBase {
 public:
-    /// One item and its neighbours; owned by the collection.
-    struct CNode {
-        CSmartPtr<CXmlObjectBase> item;
-        CNode* next = nullptr;
-        CNode* previous = nullptr;
-    };
+    using CNode = internal::CCollectionNode;
 
     ~CXmlCollection() override;
 
@@ -61,6 +56,8 @@ protected:
     CNode* GetNodeForItem(const CXmlObjectBase* item) const;
 
     CNode* Head() const noexcept { return m_head; }
+    /// Where the last node is kept, for iterators.
+    CNode* const* TailPlace() const noexcept { return &m_tail; }
 
     /// Gives `item` the element name of the collection, under which it will be written.
     void SetItemElementName(CXmlObjectBase* item) const;
@@ -98,41 +95,16 @@ private:
 template <class T>
 class CXmlTypedCollection : public CXmlCollection {
 public:
-    /// Goes through the items in order; an iterator stays valid until its item is removed.
-    class iterator {
-    public:
-        using iterator_category = std::forward_iterator_tag;
-        using value_type = T*;
-        using difference_type = std::ptrdiff_t;
-        using pointer = T* const*;
-        using reference = T*;
-
-        iterator() noexcept = default;
-        explicit iterator(CNode* node) noexcept : m_node(node) {}
-        T* operator*() const noexcept { return static_cast<T*>(m_node->item.Get()); }
-        T* operator->() const noexcept { return **this; }
-        iterator& operator++() noexcept {
-            m_node = m_node->next;
-            return *this;
-        }
-        iterator operator++(int) noexcept {
-            iterator before = *this;
-            ++*this;
-            return before;
-        }
-        friend bool operator==(iterator a, iterator b) noexcept { return a.m_node == b.m_node; }
-        friend bool operator!=(iterator a, iterator b) noexcept { return a.m_node != b.m_node; }
-
-    private:
-        CNode* m_node = nullptr;
-    };
+    using iterator = CKvIterator<T>;
+    using const_iterator = iterator;
+    using value_type = T*;
 
     /// `maxOccurs` -1: unbounded.
     CXmlTypedCollection(const char* elementName, const char* ns, int minOccurs, int maxOccurs)
         : CXmlCollection(elementName, ns, minOccurs, maxOccurs) {}
 
-    iterator begin() const noexcept { return iterator(Head()); }
-    iterator end() const noexcept { return iterator(); }
+    iterator begin() const noexcept { return iterator(Head(), TailPlace()); }
+    iterator end() const noexcept { return iterator(nullptr, TailPlace()); }
 
     /// The item at `index`; CKvInvalidParamException for a bad index.
     CSmartPtr<T> Item(int index) const { return static_cast<T*>(GetNodeAtIndex(index)->item.Get()); }

@@ -92,6 +92,26 @@ std::string_view CXmlElement::GetTextView() const {
     return GetText();
 }
 
+bool CXmlElement::IsTextBlank() const noexcept {
+    const auto isBlank = [](std::string_view text) {
+        return text.find_first_not_of(" \t\n\r") == std::string_view::npos;
+    };
+    switch (m_textKind) {
+        case TextKind_None:
+        case TextKind_SharedRuns:
+            return true;
+        case TextKind_Characters:
+            return isBlank(std::string_view(m_text.characters, m_textLength));
+        case TextKind_Runs:
+            for (const internal::CXmlTextRun* run = m_text.runs; run != nullptr; run = run->previous) {
+                if (!isBlank(std::string_view(run->characters, run->length))) return false;
+            }
+            return true;
+        default:
+            return isBlank(m_text.box->text);
+    }
+}
+
 const std::string& CXmlElement::GetAttribute(std::string_view localName,
                                              std::string_view namespaceUri) const {
     for (const CXmlAttribute* attribute : GetAttributes()) {

@@ -55,6 +55,9 @@ public:
     /// between the string is made nevertheless. For an ancestor in the element filter the view is good
     /// until the filter returns.
     std::string_view GetTextView() const;
+    /// Whether the text is empty or consists of blanks, tabs and line ends only, as between the children of
+    /// formatted documents. Makes no string.
+    bool IsTextBlank() const noexcept;
     /// Value of the first attribute with this name and namespace; empty when there is none.
     const std::string& GetAttribute(std::string_view localName, std::string_view namespaceUri) const;
     /// Path from the document element, with the position among siblings of the same name where there are

@@ -24,6 +24,11 @@ struct CXmlName {
     mutable std::uint32_t cacheValue = 0;
     /// The local name as objects keep it; empty until one asks.
     mutable CSharedName shared;
+    /// Likewise the namespace and the prefix that the document had for it when the name was first asked for
+    /// them; see `ResolveName`.
+    mutable CSharedName sharedUri;
+    mutable CSharedName sharedPrefix;
+    mutable bool isResolved = false;
 };
 
 }  // namespace KvXmlLib16::internal
