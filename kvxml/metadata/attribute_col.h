@@ -15,6 +15,7 @@
 namespace KvXmlLib16 {
 
 class CXmlAttribute;
+class CXmlElement;
 
 namespace internal {
 class CTreeOutput;
@@ -108,8 +109,10 @@ public:
 
     /// For the library: appends a copy of a document's attribute; errors as Add.
     void AddFrom(const CXmlAttribute& attribute);
-    /// For the library: writes the attributes but those that `except` has too, which may be null.
-    void Write(internal::CTreeOutput& output, const CAttributeCol* except) const;
+    /// For the library: writes the attributes but those that `except` or `exceptElement` has too; either may
+    /// be null.
+    void Write(internal::CTreeOutput& output, const CAttributeCol* except,
+               const CXmlElement* exceptElement) const;
 
 protected:
     /// Writes the attributes into the open start tag. CKvInvalidStateException when two of them have one name

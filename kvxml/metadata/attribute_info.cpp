@@ -1,5 +1,6 @@
 #include "kvxml/metadata/attribute_info.h"
 
+#include "kvxml/metadata/attribute_col.h"
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/format_string.h"
 #include "kvxml/runtime/serialization_context.h"
@@ -11,6 +12,7 @@
 
 namespace KvXmlLib16Data {
 
+using KvXmlLib16::CAttributeCol;
 using KvXmlLib16::CKvException;
 using KvXmlLib16::CKvInvalidParamException;
 using KvXmlLib16::CKvValidationException;
@@ -207,5 +209,68 @@ void CAttributeInfoEnum::ReadMatched(const CSerializationContext&, CXmlGenerated
 void CAttributeInfoEnum::Validate(const CSerializationContext&, bool found) {
     RequireFound(found);
 }
+
+// --- CAttributeInfoAny -------------------------------------------------------------------------------------
+
+namespace {
+
+/// The collection in the property, if there is one.
+CAttributeCol* AttributesOf(const KvVariant& value) {
+    return dynamic_cast<CAttributeCol*>(value.PeekXmlCollection());
+}
+
+}  // namespace
+
+CAttributeInfoAny::CAttributeInfoAny(const char* name, const char* ns, int propertyIndex, bool optional,
+                                     const char* restriction, const char* targetNamespace,
+                                     const char* defaultValue)
+    : CAttributeInfo(name, ns, propertyIndex, optional, defaultValue),
+      m_restriction(restriction == nullptr ? "" : restriction),
+      m_targetNamespace(targetNamespace == nullptr ? "" : targetNamespace) {}
+
+CAttributeInfoAny::CAttributeInfoAny(const CAttributeInfoAny&) = default;
+CAttributeInfoAny& CAttributeInfoAny::operator=(const CAttributeInfoAny&) = default;
+CAttributeInfoAny::~CAttributeInfoAny() = default;
+
+void CAttributeInfoAny::AttributeToXml(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                                       CXmlWriter* writer) {
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    const CAttributeCol* const attributes = AttributesOf(value);
+    if (attributes == nullptr || attributes->GetCount() == 0) return;
+    ToXml_Int(attributes, writer, false, owner->GetTargetNamespace().c_str(), context);
+}
+
+bool CAttributeInfoAny::AttributeFromXml(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                                         CXmlAttribute* attribute) {
+    if (attribute == nullptr || !KvXmlLib16::internal::IsNamespaceValid(attribute->GetNamespaceURI(),
+                                                                        m_restriction, m_targetNamespace)) {
+        return false;
+    }
+    ReadMatched(context, owner, attribute);
+    return true;
+}
+
+void CAttributeInfoAny::ReadMatched(const CSerializationContext&, CXmlGeneratedClass* owner,
+                                    CXmlAttribute* attribute) {
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    if (AttributesOf(value) == nullptr) {
+        KvVariant unset;
+        InvokePropertySet(owner, unset, *attribute);
+        InvokePropertyGet(owner, value);
+    }
+    CAttributeCol* const attributes = AttributesOf(value);
+    if (attributes == nullptr) {
+        ThrowSetFailed(*attribute, CKvException("The property holds no collection of attributes."));
+    }
+    try {
+        attributes->AddFrom(*attribute);
+    } catch (const CKvException& e) {
+        ThrowSetFailed(*attribute, e);
+    }
+}
+
+void CAttributeInfoAny::Validate(const CSerializationContext&, bool) {}
 
 }  // namespace KvXmlLib16Data

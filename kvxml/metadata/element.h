@@ -113,15 +113,24 @@ protected:
 
 private:
     friend class CElementCol;
-    struct CReader;
-    struct CTreeWriter;
 
     void Clear();
+    /// Takes over name, attributes and text. Returns whether blanks in the element, and in what it contains,
+    /// count.
+    bool ReadStart(const CXmlElement& element, bool keepBlanks);
+    void ReadTree(const CXmlElement& element, bool keepBlanks);
+    void WriteStart(internal::CTreeOutput& output, std::string_view ns,
+                    const CSerializationContext* rootContext) const;
+    void WriteTree(internal::CTreeOutput& output, std::string_view ns,
+                   const CSerializationContext* rootContext) const;
+    /// The namespace in which the element is written where `outer` is that of its surroundings.
+    std::string_view NamespaceIn(std::string_view outer) const noexcept {
+        return m_hasNamespace ? m_namespace.View() : outer;
+    }
 
     internal::CSharedName m_namespace;
     internal::CSharedName m_prefix;
     bool m_hasNamespace = false;
-    bool m_keepsBlanks = false;
     std::string m_value;
     CSmartPtr<CAttributeCol> m_attributes;
     CSmartPtr<CElementCol> m_elements;

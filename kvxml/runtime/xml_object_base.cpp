@@ -4,6 +4,7 @@
 #include <new>
 #include <vector>
 
+#include "kvxml/metadata/element.h"
 #include "kvxml/metadata/parent_element_info.h"
 #include "kvxml/metadata/xml_collection_base.h"
 #include "kvxml/runtime/exceptions.h"
@@ -279,8 +280,12 @@ void CXmlObjectBase::FromXmlElement(const CXmlElement* element, const CSerializa
     FromXml_Int(source, source->GetFirstElement(), context, false);
 }
 
-void CXmlObjectBase::FromXmlElement(const CElement*, const CSerializationContext&) {
-    ThrowNotBuiltIn("untyped element");
+void CXmlObjectBase::FromXmlElement(const CElement* element, const CSerializationContext& context) {
+    if (element == nullptr) throw CKvInvalidParamException("The element to read from may not be NULL");
+    // Bytes in an encoding that they declare are read the same whatever the local code page is.
+    const CBinaryData data = element->ToXmlStream(true, false, XmlEncoding_UTF8, EOLType_LF, context);
+    const std::string xml(reinterpret_cast<const char*>(data.GetData()), data.GetLength());
+    FromXml(xml.c_str(), context);
 }
 
 void CXmlObjectBase::FromJsonFile(const char*, const CSerializationContext&) {

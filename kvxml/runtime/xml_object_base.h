@@ -127,7 +127,7 @@ public:
     virtual void FromJsonStream(
         const unsigned char* data, std::size_t length,
         const CSerializationContext& context = CSerializationContext::GetDefaultContext());
-    /// Not built in yet: throws CKvException.
+    /// Reads what the untyped element writes, as a document of its own: names are checked.
     virtual void FromXmlElement(const CElement* element, const CSerializationContext& context =
                                                              CSerializationContext::GetDefaultContext());
     /// Reads from an element of a tree that the caller keeps; the element's own name is not checked.

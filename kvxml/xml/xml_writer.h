@@ -19,6 +19,10 @@
 
 namespace KvXmlLib16 {
 
+namespace internal {
+class CTreeOutput;
+}
+
 /// Forward-only writer of one document: strictly nested elements, attributes before content. Keeps the
 /// namespaces in scope for every open element; what is declared inside an element ends with it.
 class KVXML_EXPORT CXmlWriter {
@@ -183,6 +187,8 @@ protected:
     static bool IsXmlNamespace(std::string_view uri) noexcept;
 
 private:
+    friend class internal::CTreeOutput;
+
     void SetArrayMode(ArrayMode mode) noexcept {
         if (m_current != nullptr) m_current->arrayMode = mode;
     }

@@ -29,6 +29,7 @@ struct CXmlName {
     mutable CSharedName sharedUri;
     mutable CSharedName sharedPrefix;
     mutable bool isResolved = false;
+    mutable bool isSpaceAttribute = false;  ///< xml:space; known when resolved
 };
 
 }  // namespace KvXmlLib16::internal

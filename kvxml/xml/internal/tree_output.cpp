@@ -1,0 +1,270 @@
+#include "kvxml/xml/internal/tree_output.h"
+
+#include <cstdint>
+
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/format_string.h"
+#include "kvxml/types/internal/ascii.h"
+#include "kvxml/xml/internal/xml_name_check.h"
+#include "kvxml/xml/namespace_alias_map.h"
+
+namespace KvXmlLib16::internal {
+
+namespace {
+
+// Scopes with more prefixes than that are not made larger.
+constexpr std::size_t kMaxPrefixes = CPrefixList::kMaxCount + 1;
+
+constexpr std::string_view kXmlNamespace = "http://www.w3.org/XML/1998/namespace";
+constexpr std::string_view kXmlnsNamespace = "http://www.w3.org/2000/xmlns/";
+
+/// Whether the writer's own declarations, which write namespaces as they are, can declare it.
+bool IsPlain(std::string_view uri) noexcept {
+    for (const char c : uri) {
+        if (static_cast<unsigned char>(c) < ' ' || c == '&' || c == '<' || c == '"') return false;
+    }
+    return true;
+}
+
+/// Names that begin like "xml" are for the standards.
+bool IsReserved(std::string_view prefix) noexcept {
+    return prefix.size() >= 3 && EqualsIgnoreAsciiCase(prefix.substr(0, 3), "xml");
+}
+
+void RefuseReserved(std::string_view uri) {
+    if (uri == kXmlNamespace || uri == kXmlnsNamespace) {
+        throw CKvInvalidStateException(
+            FormatString("The namespace [%s] can not be declared.", std::string(uri).c_str()));
+    }
+}
+
+}  // namespace
+
+CTreeOutput::CTreeOutput(CXmlWriter& writer, const CSerializationContext& context)
+    : m_writer(writer),
+      m_text(dynamic_cast<CXmlTextWriter*>(&writer)),
+      m_context(context),
+      m_allowColon(context.GetSchemaType() == SchemaType_NoNamespaces) {}
+
+CTreeOutput::~CTreeOutput() {
+    if (m_unformattedDepth != 0) m_text->SetFormatted(true);
+}
+
+const CTreeOutput::Scope& CTreeOutput::CurrentScope() const noexcept {
+    return m_writer.m_current != nullptr ? *m_writer.m_current->scope : m_writer.m_documentScope;
+}
+
+// --- names -------------------------------------------------------------------------------------------------
+
+void CTreeOutput::CheckName(const Name& name) {
+    const auto key = reinterpret_cast<std::uintptr_t>(name.key);
+    const void*& checked = m_checked[(key >> 4 ^ key >> 10) % m_checked.size()];
+    if (checked == name.key) return;
+    CheckNameSlowly(name);
+    checked = name.key;
+}
+
+void CTreeOutput::CheckNameSlowly(const Name& name) {
+    if (!IsXmlName(name.local, m_allowColon)) {
+        throw CKvInvalidStateException(
+            FormatString("[%s] is not a valid XML name.", std::string(name.local).c_str()));
+    }
+}
+
+bool CTreeOutput::IsUsable(std::string_view prefix) const {
+    return !prefix.empty() && !IsReserved(prefix) && !CurrentScope().IsPrefixUsed(prefix) &&
+           IsXmlName(prefix, false);
+}
+
+/// Declares the prefix in the open start tag, for this element and what is in it.
+void CTreeOutput::Declare(std::string_view prefix, std::string_view uri) {
+    std::string name = "xmlns";
+    if (!prefix.empty()) name.append(1, ':').append(prefix);
+    m_writer.WriteAttribute(name, {}, uri, ItemType_string);
+}
+
+// --- document ----------------------------------------------------------------------------------------------
+
+void CTreeOutput::BeginDocument(std::string_view rootUri, std::string_view rootPrefix,
+                                const CPrefixList* prefixes) {
+    for (const std::string& instruction : m_context.GetProcessingInstructions())
+        m_writer.WriteRaw(instruction);
+    for (const auto& [uri, alias] : m_context.GetNamespaceAliases())
+        m_writer.AddNamespaceAlias(alias, uri);
+    const Scope& scope = m_writer.m_documentScope;
+    const std::string& wanted = m_context.GetDefaultNamespaceURIRef();
+    std::string_view defaultNamespace = wanted.empty() ? std::string_view(scope.defaultNamespace) : wanted;
+    if (rootUri.empty()) {
+        defaultNamespace = {};  // it would take the document element in
+    } else if (defaultNamespace.empty()) {
+        defaultNamespace = rootPrefix.empty() && scope.Find(rootUri) == nullptr ? rootUri
+                           : prefixes != nullptr                                ? prefixes->DefaultNamespace()
+                                                                                : std::string_view();
+        if (!IsPlain(defaultNamespace)) defaultNamespace = {};
+    }
+    m_writer.SetDefaultNamespace(std::string(defaultNamespace));
+    const auto offer = [&](std::string_view prefix, std::string_view uri) {
+        if (!uri.empty() && IsPlain(uri) && uri != kXmlNamespace && uri != kXmlnsNamespace &&
+            scope.Find(uri) == nullptr && IsUsable(prefix)) {
+            m_writer.AddNamespaceAlias(prefix, uri);
+        }
+    };
+    if (prefixes != nullptr) {
+        for (const CPrefixList::Item& item : prefixes->Items())
+            offer(item.prefix.View(), item.uri.View());
+    }
+    if (rootUri != defaultNamespace) offer(rootPrefix, rootUri);
+    m_rest = prefixes;
+}
+
+/// Second prefixes of namespaces, and namespaces that need escaping.
+void CTreeOutput::DeclareRest() {
+    for (const CPrefixList::Item& item : m_rest->Items()) {
+        if (!m_ownQualifiers.empty()) break;
+        const std::string_view uri = item.uri.View();
+        if (uri.empty() || uri == kXmlNamespace || uri == kXmlnsNamespace || !IsUsable(item.prefix.View()))
+            continue;
+        Declare(item.prefix.View(), uri);
+        if (CurrentScope().Find(uri) == nullptr) m_writer.AddNamespaceAlias(item.prefix.View(), uri);
+    }
+    m_rest = nullptr;
+}
+
+// --- elements ----------------------------------------------------------------------------------------------
+
+void CTreeOutput::StartElement(const Name& name) {
+    if (m_writer.GetDepth() >= static_cast<std::int64_t>(m_context.GetMaxElementDepth())) {
+        throw CKvException(FormatString("The elements are nested deeper than the limit of %u.",
+                                        m_context.GetMaxElementDepth()));
+    }
+    CheckName(name);
+    if (m_text != nullptr) {
+        const Scope& scope = CurrentScope();
+        if (name.uri != scope.defaultNamespace && (name.uri.empty() || scope.Find(name.uri) == nullptr)) {
+            StartDeclaring(name);
+            return;
+        }
+    }
+    m_writer.WriteStartElement(name.local, name.uri);
+}
+
+void CTreeOutput::StartDeclaring(const Name& name) {
+    const std::size_t prefixes = CurrentScope().aliases.size();
+    if (prefixes < kMaxPrefixes && !name.uri.empty() && !name.prefix.empty()) {
+        RefuseReserved(name.uri);
+        if (IsUsable(name.prefix)) {
+            m_name.assign(name.prefix).append(1, ':').append(name.local);
+            m_writer.WriteStartElement(m_name, {});
+            Declare(name.prefix, name.uri);
+            m_writer.AddNamespaceAlias(name.prefix, name.uri);
+            return;
+        }
+        if (IsPlain(name.uri)) {
+            m_writer.WriteStartElement(name.local, name.uri);  // with a prefix that the writer invents
+            return;
+        }
+    }
+    RefuseReserved(name.uri);
+    // The document element has its default namespace declared by the writer already.
+    if (m_writer.m_current == nullptr && !CurrentScope().defaultNamespace.empty()) {
+        if (!name.uri.empty() && IsPlain(name.uri)) {
+            m_writer.WriteStartElement(name.local, name.uri);
+            return;
+        }
+        m_writer.SetDefaultNamespace({});
+    }
+    m_writer.WriteStartElement(name.local, {});
+    Declare({}, name.uri);
+    m_writer.SetDefaultNamespace(name.uri);
+}
+
+void CTreeOutput::Text(std::string_view text, bool hasChildren) {
+    if (text.empty()) return;
+    if (hasChildren && m_text != nullptr && m_text->GetFormatted()) {
+        m_unformattedDepth = m_writer.GetDepth();
+        m_text->SetFormatted(false);
+    }
+    m_writer.WriteText(text, ItemType_string, false);
+}
+
+void CTreeOutput::EndElement() {
+    if (m_unformattedDepth != 0 && m_unformattedDepth == m_writer.GetDepth()) {
+        m_unformattedDepth = 0;
+        m_text->SetFormatted(true);
+        m_writer.m_current->childCount = 0;  // the end tag stays on the line of the text
+    }
+    m_writer.WriteEndElement();
+}
+
+// --- attributes --------------------------------------------------------------------------------------------
+
+/// The prefix and colon for a namespace that is not empty; declares it where needed.
+std::string_view CTreeOutput::Qualifier(std::string_view uri, std::string_view prefix) {
+    const Scope& scope = CurrentScope();
+    if (const Scope::Alias* const alias = scope.Find(uri)) return alias->qualifier;
+    RefuseReserved(uri);
+    if (scope.aliases.size() >= kMaxPrefixes) {
+        const auto found = m_ownQualifiers.find(uri);
+        if (found != m_ownQualifiers.end()) return found->second;
+        std::string own;
+        for (std::size_t n = m_ownQualifiers.size(); own.empty() || scope.IsPrefixUsed(own); ++n)
+            own = "NS" + std::to_string(n);
+        Declare(own, uri);
+        own += ':';
+        return m_ownQualifiers.emplace(uri, std::move(own)).first->second;
+    }
+    if (IsUsable(prefix)) {
+        Declare(prefix, uri);
+        m_writer.AddNamespaceAlias(prefix, uri);
+    } else {
+        Declare(m_writer.InventPrefix(uri).Prefix(), uri);
+    }
+    return CurrentScope().Find(uri)->qualifier;
+}
+
+void CTreeOutput::WriteAttribute(const Name& name, std::string_view value) {
+    CheckName(name);
+    if (name.uri.empty()) {
+        if (name.local == "xmlns" && !m_allowColon) {
+            throw CKvInvalidStateException(FormatString("[%s] is not a valid XML name.", "xmlns"));
+        }
+    } else if (m_text != nullptr && CurrentScope().Find(name.uri) == nullptr) {
+        m_name.assign(Qualifier(name.uri, name.prefix)).append(name.local);
+        m_writer.WriteAttribute(m_name, {}, value, ItemType_string);
+        return;
+    }
+    m_writer.WriteAttribute(name.local, name.uri, value, ItemType_string);
+}
+
+void CTreeOutput::WriteTypeAttribute(const Name& name, std::string_view value,
+                                     std::string_view typeNamespace) {
+    constexpr std::string_view kBlanks = " \t\n\r";
+    const std::size_t start = value.find_first_not_of(kBlanks);
+    const std::size_t end = value.find_last_not_of(kBlanks);
+    const std::string_view trimmed =
+        start == std::string_view::npos ? std::string_view() : value.substr(start, end - start + 1);
+    const std::size_t colon = trimmed.find(':');
+    const bool hasPrefix = colon != std::string_view::npos;
+    const std::string_view prefix = hasPrefix ? trimmed.substr(0, colon) : std::string_view();
+    const std::string_view type = hasPrefix ? trimmed.substr(colon + 1) : trimmed;
+    if (m_text == nullptr) {
+        m_writer.WriteTypeAttribute(typeNamespace, type, ItemType_string);
+        return;
+    }
+    if (typeNamespace.empty() || (!hasPrefix && typeNamespace == CurrentScope().defaultNamespace)) {
+        WriteAttribute(name, value);
+        return;
+    }
+    const std::string_view qualifier = Qualifier(typeNamespace, prefix);
+    if (hasPrefix && qualifier.substr(0, qualifier.size() - 1) == prefix)
+        WriteAttribute(name, value);
+    else
+        WriteAttribute(name, std::string(qualifier).append(type));
+}
+
+void CTreeOutput::EndAttributes() {
+    if (m_rest != nullptr && m_text != nullptr) DeclareRest();
+    if (!m_ownQualifiers.empty()) m_ownQualifiers.clear();
+}
+
+}  // namespace KvXmlLib16::internal

@@ -1,0 +1,75 @@
+/// How untyped content is written: what parsed elements and untyped objects share.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "kvxml/runtime/serialization_context.h"
+#include "kvxml/xml/internal/prefix_list.h"
+#include "kvxml/xml/xml_text_writer.h"
+
+namespace KvXmlLib16::internal {
+
+/// Writes elements and attributes whose names come from elsewhere: checks the names, and in XML text declares
+/// the namespaces that are not in scope with the prefixes that their documents used.
+///
+/// Per element: StartElement, the attributes, EndAttributes, Text, the children, EndElement. The namespaces
+/// that are in force without being the writer's own are bounded, so that no document makes scopes that take
+/// long to copy.
+class CTreeOutput {
+public:
+    struct Name {
+        const void* key;  ///< stays the same as long as the text that it stands for does
+        std::string_view local;
+        std::string_view uri;
+        std::string_view
+            prefix;  ///< to be used for `uri` if it must be declared; empty for a default namespace
+    };
+
+    CTreeOutput(CXmlWriter& writer, const CSerializationContext& context);
+    CTreeOutput(const CTreeOutput&) = delete;
+    CTreeOutput& operator=(const CTreeOutput&) = delete;
+    ~CTreeOutput();
+
+    CXmlWriter& Writer() noexcept { return m_writer; }
+
+    /// What the context wants before the document element, and the prefixes of the document that it comes
+    /// from, which may be null.
+    void BeginDocument(std::string_view rootUri, std::string_view rootPrefix, const CPrefixList* prefixes);
+    void StartElement(const Name& name);
+    void WriteAttribute(const Name& name, std::string_view value);
+    /// Writes xsi:type with a value, prefix and all, that names a type of this namespace.
+    void WriteTypeAttribute(const Name& name, std::string_view value, std::string_view typeNamespace);
+    void EndAttributes();
+    /// Text that children follow takes formatting away from them, for it would become part of the text.
+    void Text(std::string_view text, bool hasChildren);
+    void EndElement();
+
+private:
+    using Scope = CXmlWriter::NamespaceScope;
+
+    const Scope& CurrentScope() const noexcept;
+    void CheckName(const Name& name);
+    void CheckNameSlowly(const Name& name);
+    void StartDeclaring(const Name& name);
+    void Declare(std::string_view prefix, std::string_view uri);
+    void DeclareRest();
+    bool IsUsable(std::string_view prefix) const;
+    std::string_view Qualifier(std::string_view uri, std::string_view prefix);
+
+    CXmlWriter& m_writer;
+    CXmlTextWriter* const m_text;  // the writer, if it writes XML text
+    const CSerializationContext& m_context;
+    const bool m_allowColon;
+    const CPrefixList* m_rest = nullptr;      // to be declared by the document element as far as it is not
+    std::int32_t m_unformattedDepth = 0;      // of the element that took formatting away; 0: none
+    std::array<const void*, 64> m_checked{};  // names that are in order, by their keys
+    std::string m_name;
+    std::map<std::string, std::string, std::less<>> m_ownQualifiers;  // of one element, beyond the bound
+};
+
+}  // namespace KvXmlLib16::internal
