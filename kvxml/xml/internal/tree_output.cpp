@@ -31,8 +31,13 @@ bool IsReserved(std::string_view prefix) noexcept {
     return prefix.size() >= 3 && EqualsIgnoreAsciiCase(prefix.substr(0, 3), "xml");
 }
 
+/// Whether no declaration may bind the namespace.
+bool IsReservedNamespace(std::string_view uri) noexcept {
+    return uri == kXmlNamespace || uri == kXmlnsNamespace;
+}
+
 void RefuseReserved(std::string_view uri) {
-    if (uri == kXmlNamespace || uri == kXmlnsNamespace) {
+    if (IsReservedNamespace(uri)) {
         throw CKvInvalidStateException(
             FormatString("The namespace [%s] can not be declared.", std::string(uri).c_str()));
     }
@@ -100,12 +105,12 @@ void CTreeOutput::BeginDocument(std::string_view rootUri, std::string_view rootP
         defaultNamespace = rootPrefix.empty() && scope.Find(rootUri) == nullptr ? rootUri
                            : prefixes != nullptr                                ? prefixes->DefaultNamespace()
                                                                                 : std::string_view();
-        if (!IsPlain(defaultNamespace)) defaultNamespace = {};
+        if (!IsPlain(defaultNamespace) || IsReservedNamespace(defaultNamespace)) defaultNamespace = {};
     }
     m_writer.SetDefaultNamespace(std::string(defaultNamespace));
     const auto offer = [&](std::string_view prefix, std::string_view uri) {
-        if (!uri.empty() && IsPlain(uri) && uri != kXmlNamespace && uri != kXmlnsNamespace &&
-            scope.Find(uri) == nullptr && IsUsable(prefix)) {
+        if (!uri.empty() && IsPlain(uri) && !IsReservedNamespace(uri) && scope.Find(uri) == nullptr &&
+            IsUsable(prefix)) {
             m_writer.AddNamespaceAlias(prefix, uri);
         }
     };
@@ -122,8 +127,7 @@ void CTreeOutput::DeclareRest() {
     for (const CPrefixList::Item& item : m_rest->Items()) {
         if (!m_ownQualifiers.empty()) break;
         const std::string_view uri = item.uri.View();
-        if (uri.empty() || uri == kXmlNamespace || uri == kXmlnsNamespace || !IsUsable(item.prefix.View()))
-            continue;
+        if (uri.empty() || IsReservedNamespace(uri) || !IsUsable(item.prefix.View())) continue;
         Declare(item.prefix.View(), uri);
         if (CurrentScope().Find(uri) == nullptr) m_writer.AddNamespaceAlias(item.prefix.View(), uri);
     }
