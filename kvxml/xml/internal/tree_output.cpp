@@ -94,8 +94,11 @@ void CTreeOutput::BeginDocument(std::string_view rootUri, std::string_view rootP
                                 const CPrefixList* prefixes) {
     for (const std::string& instruction : m_context.GetProcessingInstructions())
         m_writer.WriteRaw(instruction);
-    for (const auto& [uri, alias] : m_context.GetNamespaceAliases())
-        m_writer.AddNamespaceAlias(alias, uri);
+    // What was read without namespaces has its declarations among its attributes.
+    if (!m_allowColon) {
+        for (const auto& [uri, alias] : m_context.GetNamespaceAliases())
+            m_writer.AddNamespaceAlias(alias, uri);
+    }
     const Scope& scope = m_writer.m_documentScope;
     const std::string& wanted = m_context.GetDefaultNamespaceURIRef();
     std::string_view defaultNamespace = wanted.empty() ? std::string_view(scope.defaultNamespace) : wanted;
