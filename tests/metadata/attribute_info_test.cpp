@@ -181,5 +181,63 @@ TEST(AttributeInfoTest, PropertiesThatRefuse) {
         "Failed to process the element.\nPath: /Refusing\nThe Property [L] is mandatory, it may not be NULL");
 }
 
+// --- wildcards
+// -----------------------------------------------------------------------------------------------
+
+class Attributes final : public Property {
+public:
+    explicit Attributes(Class& owner) : Property(owner) {}
+    void Access(bool read, KvVariant& value) override {
+        if (!read && !value.IsValid()) collection = new CAttributeCol("##other", kNamespace);
+        if (read && collection != nullptr) value.SetXmlCollection(collection.Get());
+    }
+    void Reset() override { collection = nullptr; }
+
+    CSmartPtr<CAttributeCol> collection;
+};
+
+/// An attribute, and any others that are not of the class's namespace.
+class Wild final : public Bound<Wild> {
+public:
+    Wild() { SetElementName("Wild"); }
+    static void MakeTables(Tables& t) {
+        t.info = new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "Wild",
+                                        kNamespace, true, false, -1, ItemType_Unknown, "", false);
+        t.attributes = {new CAttributeInfoPrimitive("id", "", 0, true, ItemType_string, "",
+                                                    CWhitespaceUtils::WhitespaceRule_None, {}, nullptr),
+                        new CAttributeInfoAny("any", "", 1, true, "##other", kNamespace, nullptr)};
+    }
+    Value id{*this};
+    Attributes any{*this};
+};
+
+TEST(AttributeInfoTest, Wildcards) {
+    CXmlDocument document;
+    document.LoadXml(
+        "<r xmlns='urn:fixture' xmlns:f='urn:fixture' xmlns:p='urn:p'>"
+        "<Wild p:x='1' id='2' p:id='3' y='&lt;'/><Wild id='4' p:x='5'/><Wild/><Wild f:x=''/></r>");
+    CSerializationContext context;
+    context.SetDefaultNamespaceURI(kNamespace);
+    const auto wild = Make<Wild>();  // one object, and names that were seen before
+    const char* expected[] = {
+        "<Wild xmlns=\"urn:fixture\" id=\"2\" xmlns:p=\"urn:p\" p:x=\"1\" p:id=\"3\" y=\"&lt;\"/>",
+        "<Wild xmlns=\"urn:fixture\" id=\"4\" xmlns:p=\"urn:p\" p:x=\"5\"/>",
+        "<Wild xmlns=\"urn:fixture\"/>"};
+    const CXmlElement* element = document.GetDocumentElement()->GetFirstElement();
+    for (const char* xml : expected) {
+        wild->FromXmlElement(element);
+        EXPECT_EQ(wild->ToXml(false, false, EOLType_LF, context), xml);
+        element = element->GetNextSiblingElement();
+    }
+    EXPECT_EQ(ErrorOf([&] { wild->FromXmlElement(element); }),
+              "Unexpected Attribute found.\nPath: /r/Wild[4]/@x");
+    const auto again = Make<Wild>();
+    again->any.collection = new CAttributeCol();
+    again->any.collection->Add("x", "", "1");
+    again->any.collection->Add("x", "", "2");
+    EXPECT_NE(ErrorOf([&] { again->ToXml(); }).find("The attribute [x] occurs more than once."),
+              std::string::npos);
+}
+
 }  // namespace
 }  // namespace fixture
