@@ -96,8 +96,7 @@ TEST(ElementTest, RoundTrips) {
     }
 }
 
-// --- namespaces
-// ----------------------------------------------------------------------------------------------
+// --- namespaces -------------------------------------------------------------------------------------------
 
 TEST(ElementTest, NamespacesThatWereNeverSet) {
     CElement root("a");
@@ -201,8 +200,51 @@ TEST(ElementTest, Restrictions) {
     EXPECT_TRUE(typed.Accepts(ignoring, *document.GetDocumentElement()->GetFirstElement()));
 }
 
-// --- names and attributes
-// ------------------------------------------------------------------------------------
+/// A format that declares no namespaces by attributes.
+class Recorder : public CXmlWriter {
+public:
+    std::string text;
+
+    void WriteComment(std::string_view) override {}
+    void WriteRaw(std::string_view) override {}
+    void WriteRawAfterSpace(std::string_view) override {}
+    void WriteStartElement(std::string_view name, std::string_view ns) override {
+        PushContext();
+        Add("(", name, ns, "");
+    }
+    void WriteText(std::string_view value, ItemType, bool) override { Add("'", value, "", ""); }
+    void WriteEndElement() override {
+        PopContext();
+        text += ')';
+    }
+    void WriteAttribute(std::string_view name, std::string_view ns, std::string_view value,
+                        ItemType) override {
+        Add("@", name, ns, value);
+    }
+    void WriteTypeAttribute(std::string_view ns, std::string_view name, ItemType) override {
+        Add("#", name, ns, "");
+    }
+    void WriteNilAttribute() override {}
+
+private:
+    void Add(const char* mark, std::string_view name, std::string_view ns, std::string_view value) {
+        text.append(mark).append(name);
+        if (!ns.empty()) text.append("{").append(ns).append("}");
+        if (!value.empty()) text.append("=").append(value);
+    }
+};
+
+TEST(ElementTest, OtherFormats) {
+    CXmlDocument document;
+    document.LoadXml(
+        "<a xmlns='urn:1' xmlns:p='urn:2' p:x='1'><b xmlns='' "
+        "xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:type='p:T'>t<c xmlns='urn:3'/></b></a>");
+    Recorder recorder;
+    WriteXmlTree(*document.GetDocumentElement(), recorder);
+    EXPECT_EQ(recorder.text, "(a{urn:1}@x{urn:2}=1(b#T{urn:2}'t(c{urn:3})))");
+}
+
+// --- names and attributes ---------------------------------------------------------------------------------
 
 TEST(ElementTest, NamesThatXmlRefuses) {
     for (const char* name : {"", "1", "-a", "a b", "a<", "a\xC3\x97", "\xCC\x80", "a\xFF", "a\x01"}) {
@@ -263,8 +305,7 @@ TEST(ElementTest, AttributesAndTheirIterators) {
     EXPECT_EQ(std::prev(CKvIterator<CAttribute>(found))->GetValue(), "3");
 }
 
-// --- life
-// ----------------------------------------------------------------------------------------------------
+// --- life -------------------------------------------------------------------------------------------------
 
 class Listener : public CElement {
 public:
@@ -321,8 +362,7 @@ TEST(ElementTest, OtherObjects) {
     EXPECT_EQ(copy.ToXml(), back.ToXml());
 }
 
-// --- sizes
-// ---------------------------------------------------------------------------------------------------
+// --- sizes ------------------------------------------------------------------------------------------------
 
 TEST(ElementTest, DeepDocuments) {
     constexpr int kDepth = 100000;
