@@ -71,6 +71,7 @@ CElementInfo& CElementInfo::operator=(const CElementInfo& other) {
                               std::memory_order_relaxed);
     m_hasPseudoElement = other.m_hasPseudoElement;
     m_writesValue = other.m_writesValue;
+    m_claimsByName = other.m_claimsByName;
     m_readsMatched = other.m_readsMatched;
     return *this;
 }
@@ -87,6 +88,15 @@ void CElementInfo::PseudoChildAttributeToXml(const CSerializationContext&, const
 bool CElementInfo::IsThisElement(const CSerializationContext& context, const CXmlElement* element) const {
     return element != nullptr &&
            KvXmlLib16::internal::DoesElementNameMatch(context, *element, m_name, m_namespace);
+}
+
+bool CElementInfo::IsListed(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                            const CXmlElement& element) {
+    return owner->IsElementInList(context, &element);
+}
+
+bool CElementInfo::LetsChoiceBeEmpty(const CXmlGeneratedClass*) const {
+    return false;
 }
 
 std::string CElementInfo::GetAnyDefaultNamespace(const char* restriction, const char* ns,
@@ -334,6 +344,28 @@ CXmlElement* CElementInfo::FromXml_Int(CXmlObjectBase* object, CXmlElement* elem
 void CElementInfo::AttributesToXml_Int(const CXmlObjectBase* object, CXmlWriter* writer,
                                        const CSerializationContext& context) {
     CXmlObjectBase::AttributesToXml_Int(object, writer, context);
+}
+
+void CElementInfo::ToXml_Int(const CXmlObjectBase* object, CXmlWriter* writer, const char* namespaceUri,
+                             const CSerializationContext& context, bool suppressChoiceError) {
+    CXmlObjectBase::ToXml_Int(object, writer, false, namespaceUri, context, suppressChoiceError);
+}
+
+void CElementInfo::WriteMemberAttributes(const CSerializationContext& context,
+                                         const CXmlGeneratedClass* owner, CXmlWriter* writer) const {
+    KvVariant value;
+    InvokePropertyGet(owner, value);
+    const CXmlObjectBase* object = value.PeekXmlObject();
+    if (object == nullptr) object = value.PeekXmlCollection();
+    if (object != nullptr) AttributesToXml_Int(object, writer, context);
+}
+
+bool CElementInfo::IsIncomplete(const CXmlObjectBase* object) noexcept {
+    return object->IsIncomplete();
+}
+
+bool CElementInfo::HasReadAttributes(const CXmlObjectBase* object) noexcept {
+    return object->HasReadAttributes();
 }
 
 }  // namespace KvXmlLib16Data

@@ -95,6 +95,9 @@ protected:
     virtual void ReadMatched(const CSerializationContext& context, CXmlGeneratedClass* owner,
                              CXmlElement** cursor) const;
 
+    /// A choice that has this member may have none at all.
+    virtual bool LetsChoiceBeEmpty(const CXmlGeneratedClass* owner) const;
+
     void InvokePropertyGet(const CXmlGeneratedClass* owner, KvVariant& value) const;
     void ReadProperty(const CXmlGeneratedClass* owner, KvVariant& value) const {
         InvokePropertyGet(owner, value);
@@ -126,6 +129,17 @@ protected:
                                     const CSerializationContext& context, bool suppressChoiceError);
     static void AttributesToXml_Int(const CXmlObjectBase* object, CXmlWriter* writer,
                                     const CSerializationContext& context);
+    static void ToXml_Int(const CXmlObjectBase* object, CXmlWriter* writer, const char* namespaceUri,
+                          const CSerializationContext& context, bool suppressChoiceError);
+    /// Writes the attributes of the object or collection that the property holds.
+    void WriteMemberAttributes(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                               CXmlWriter* writer) const;
+    /// The last read of an object without a tag of its own did not find what is mandatory in it.
+    static bool IsIncomplete(const CXmlObjectBase* object) noexcept;
+    static bool HasReadAttributes(const CXmlObjectBase* object) noexcept;
+    /// A record of the owner's class claims the element by its name.
+    static bool IsListed(const CSerializationContext& context, const CXmlGeneratedClass* owner,
+                         const CXmlElement& element);
 
     /// Reads the property, a collection, and has the class make it when it has not yet. Null when the class
     /// makes none.
@@ -147,6 +161,8 @@ protected:
     void SetHasPseudoElement() noexcept { m_hasPseudoElement = true; }
     /// ElementToXml does what WriteValue does with the property, but for a member that is missing.
     void SetWritesValue() noexcept { m_writesValue = true; }
+    /// The record takes no elements but those that IsThisElement accepts.
+    void SetClaimsByName() noexcept { m_claimsByName = true; }
     /// ElementFromXml does what ReadMatched does with an element that is the record's.
     void SetReadsMatched() noexcept { m_readsMatched = true; }
 
@@ -181,6 +197,7 @@ private:
     mutable std::atomic<bool> m_skippedWhenAbsent{false};
     bool m_hasPseudoElement = false;
     bool m_writesValue = false;
+    bool m_claimsByName = false;
     bool m_readsMatched = false;
 };
 

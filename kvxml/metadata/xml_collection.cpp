@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "kvxml/metadata/internal/substitution.h"
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/xml/xml_element.h"
 
@@ -190,15 +191,25 @@ void CXmlCollection::Clear() {
 // --- reading and writing -----------------------------------------------------------------------------------
 
 void CXmlCollection::SetItemElementName(CXmlObjectBase* item) const {
+    if (m_isSubstitutable && !GetElementNameView(*item).empty()) return;
     CXmlCollectionBase::SetElementName(item, GetElementNameView());
 }
 
 void CXmlCollection::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext& context,
                                bool) const {
+    const char* const ns = GetItemNamespace().c_str();
     for (const CNode* node = m_head; node != nullptr; node = node->next) {
-        CXmlObjectBase::ToXml_Int(node->item.Get(), writer, false, GetItemNamespace().c_str(), context,
-                                  false);
+        if (m_isSubstitutable) {
+            internal::CSubstitution::Write(*node->item.Get(), GetElementNameView(), ns, writer, context);
+        } else {
+            CXmlObjectBase::ToXml_Int(node->item.Get(), writer, false, ns, context, false);
+        }
     }
+}
+
+void CXmlCollection::AttributesToXml_Int(CXmlWriter* writer, const CSerializationContext& context) const {
+    for (const CNode* node = m_head; node != nullptr; node = node->next)
+        CXmlObjectBase::AttributesToXml_Int(node->item.Get(), writer, context);
 }
 
 CXmlElement* CXmlCollection::ReadItems(CXmlElement* cursor, const CSerializationContext& context,
@@ -214,6 +225,34 @@ CXmlElement* CXmlCollection::ReadItems(CXmlElement* cursor, const CSerialization
         CXmlObjectBase::FromXml_Int(item.Get(), cursor, cursor->GetFirstElement(), context, false);
         Insert(nullptr, std::move(item));
         cursor = cursor->GetNextSiblingElement();
+    }
+    return cursor;
+}
+
+CXmlElement* CXmlCollection::ReadTaglessItems(CXmlElement* parent, CXmlElement* cursor,
+                                              const CSerializationContext& context, CreateItem create) {
+    while (cursor != nullptr) {
+        auto item = CSmartPtr<CXmlObjectBase>::Adopt(PrepareNew(create()));
+        CXmlElement* const after = CXmlObjectBase::FromXml_Int(item.Get(), parent, cursor, context, true);
+        if (after == cursor || IsIncomplete(*item)) break;
+        Insert(nullptr, std::move(item));
+        cursor = after;
+    }
+    return cursor;
+}
+
+CXmlElement* CXmlCollection::ReadSubstitutes(CXmlElement* cursor, const CSerializationContext& context,
+                                             CreateSubstitute create) {
+    for (; cursor != nullptr; cursor = cursor->GetNextSiblingElement()) {
+        const bool isNamed =
+            internal::DoesElementNameMatch(context, *cursor, GetElementNameView(), GetItemNamespace());
+        CSmartPtr<CXmlObjectBase> item = internal::CSubstitution::Make(create, *cursor, isNamed);
+        if (item == nullptr) {
+            if (isNamed) internal::CSubstitution::ThrowNone(GetElementNameView(), *cursor);
+            break;
+        }
+        CXmlObjectBase::FromXml_Int(item.Get(), cursor, cursor->GetFirstElement(), context, false);
+        Insert(nullptr, std::move(item));
     }
     return cursor;
 }

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 #include "kvxml/export.h"
@@ -38,7 +39,10 @@ protected:
     CXmlCollection(const CXmlCollection& other);
     CXmlCollection& operator=(const CXmlCollection& other);
 
-    /// Writes the items one after the other as elements of the collection's namespace.
+    /// Writes the attributes of every item, for items that have no tag of their own.
+    void AttributesToXml_Int(CXmlWriter* writer, const CSerializationContext& context) const override;
+    /// Writes the items one after the other as elements of the collection's namespace; an item whose class
+    /// depends on its element and that goes by another name than the collection's, in its own.
     void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
                    const CSerializationContext& context, bool suppressChoiceError) const override;
 
@@ -62,11 +66,25 @@ protected:
     /// Gives `item` the element name of the collection, under which it will be written.
     void SetItemElementName(CXmlObjectBase* item) const;
 
-    /// Makes an empty item, for ReadItems.
+    /// Makes an empty item.
     using CreateItem = CXmlObjectBase* (*)();
+    /// Makes the item for an element by its name or xsi:type; null when it is none of the collection's.
+    using CreateSubstitute = CSmartPtr<CXmlObjectBase> (*)(CXmlElement* element);
+
     /// Reads the run of elements at `cursor` that have the collection's name and namespace into new items;
     /// returns the first other element.
     CXmlElement* ReadItems(CXmlElement* cursor, const CSerializationContext& context, CreateItem create);
+    /// Reads items that have no tag of their own from the children of `parent`, as long as they find
+    /// something.
+    CXmlElement* ReadTaglessItems(CXmlElement* parent, CXmlElement* cursor,
+                                  const CSerializationContext& context, CreateItem create);
+    /// Reads the run of elements at `cursor` for which `create` makes an item. CKvValidationException "Failed
+    /// to find a suitable substitution element for [%s]." when it makes none for one of the collection's
+    /// name.
+    CXmlElement* ReadSubstitutes(CXmlElement* cursor, const CSerializationContext& context,
+                                 CreateSubstitute create);
+    /// The items' classes depend on their elements.
+    void SetIsSubstitutable() noexcept { m_isSubstitutable = true; }
 
 private:
     void Insert(CNode* before, CSmartPtr<CXmlObjectBase> added);
@@ -82,6 +100,7 @@ private:
     // The node found last by index, so that a loop over indexes does not start over each time.
     mutable CNode* m_lastNode = nullptr;
     mutable std::int32_t m_lastIndex = 0;
+    bool m_isSubstitutable = false;
     std::uint32_t m_removals = 0;  // counts up, so that changes made by listeners are noticed
     // Nodes come from blocks that grow with the collection and are reused through a free list.
     std::vector<std::unique_ptr<CNode[]>> m_blocks;
@@ -90,8 +109,9 @@ private:
     CNode* m_free = nullptr;
 };
 
-/// Typed collection of a generated class `T`, which needs a public default constructor. Items that are added
-/// take the element name of the collection.
+/// Typed collection of a generated class `T`, which needs a public default constructor unless the items are
+/// made by a factory. Items that are added take the element name of the collection; with a factory, only
+/// those that have none yet.
 template <class T>
 class CXmlTypedCollection : public CXmlCollection {
 public:
@@ -99,9 +119,17 @@ public:
     using const_iterator = iterator;
     using value_type = T*;
 
-    /// `maxOccurs` -1: unbounded.
-    CXmlTypedCollection(const char* elementName, const char* ns, int minOccurs, int maxOccurs)
-        : CXmlCollection(elementName, ns, minOccurs, maxOccurs) {}
+    /// `maxOccurs` -1: unbounded. `itemsHaveTags`: false when the items' class stands for content without a
+    /// tag of its own.
+    CXmlTypedCollection(const char* elementName, const char* ns, int minOccurs, int maxOccurs,
+                        bool itemsHaveTags = true)
+        : CXmlCollection(elementName, ns, minOccurs, maxOccurs), m_itemsHaveTags(itemsHaveTags) {}
+    /// For items whose class depends on the element: `T` is their base, and the factory makes nothing else.
+    CXmlTypedCollection(const char* elementName, const char* ns, int minOccurs, int maxOccurs,
+                        CreateSubstitute factory)
+        : CXmlCollection(elementName, ns, minOccurs, maxOccurs), m_factory(factory) {
+        SetIsSubstitutable();
+    }
 
     iterator begin() const noexcept { return iterator(Head(), TailPlace()); }
     iterator end() const noexcept { return iterator(nullptr, TailPlace()); }
@@ -122,9 +150,16 @@ public:
     }
 
 protected:
-    CXmlElement* FromXml_Int(CXmlElement*, CXmlElement* cursor, const CSerializationContext& context,
+    CXmlElement* FromXml_Int(CXmlElement* parent, CXmlElement* cursor, const CSerializationContext& context,
                              bool) override {
-        return ReadItems(cursor, context, [] { return static_cast<CXmlObjectBase*>(new T()); });
+        if constexpr (!std::is_abstract_v<T> && std::is_default_constructible_v<T>) {
+            const CreateItem create = [] { return static_cast<CXmlObjectBase*>(new T()); };
+            if (m_factory == nullptr) {
+                return m_itemsHaveTags ? ReadItems(cursor, context, create)
+                                       : ReadTaglessItems(parent, cursor, context, create);
+            }
+        }
+        return ReadSubstitutes(cursor, context, m_factory);
     }
 
 private:
@@ -132,6 +167,9 @@ private:
         if (item != nullptr && !GetElementNameView().empty()) SetItemElementName(item.Get());
         return item.Get();
     }
+
+    bool m_itemsHaveTags = true;
+    CreateSubstitute m_factory = nullptr;
 };
 
 }  // namespace KvXmlLib16

@@ -26,7 +26,7 @@ CKVCriticalSection CXmlGeneratedClass::m_csInit;
 
 namespace {
 
-/// One flag per attribute record; in place for all but extreme classes.
+/// One flag per record; in place for all but extreme classes.
 class SeenFlags {
 public:
     explicit SeenFlags(int count) {
@@ -172,9 +172,12 @@ void CXmlGeneratedClass::ReadContent(CXmlElement* element, CXmlElement*& cursor,
             cursor = ProcessElementSeqFromXml(context, element, cursor, record.GetElementType());
             break;
         case XmlElementGroupType_Choice:
+            cursor = ProcessElementChoiceFromXml(context, element, cursor, record.GetElementType(),
+                                                 suppressChoiceError);
+            break;
         case XmlElementGroupType_All:
-            (void)suppressChoiceError;
-            throw CKvException("Choice and all groups are not built in yet.");
+            cursor = ProcessElementAllFromXml(context, element, cursor, record.GetElementType());
+            break;
         default:
             throw CKvException("Unknown Group Type");
     }
@@ -228,11 +231,13 @@ void CXmlGeneratedClass::ProcessAttributesFromXml(const CSerializationContext& c
         if (index >= 0) {
             records[index]->ReadMatched(context, this, attribute);
             seen.Set(index);
+            SetHasReadAttributes();
             continue;
         }
         if (attribute->IsNamespaceAttribute()) continue;
         if (attribute->IsNilAttribute()) {
-            ReadNilAttribute(*element, *attribute);
+            // That of an object without a tag is its owner's.
+            if (record.GetElementType() == XmlElementType_Element) ReadNilAttribute(*element, *attribute);
             continue;
         }
         for (index = 0; index < count; ++index) {
@@ -240,6 +245,7 @@ void CXmlGeneratedClass::ProcessAttributesFromXml(const CSerializationContext& c
         }
         if (index < count) {
             seen.Set(index);
+            SetHasReadAttributes();
             name.cacheKey = key;
             name.cacheValue = static_cast<std::uint32_t>(index);
         } else if (failIfAttributeUnknown && !context.GetIgnoreUnknownAttributes()) {
@@ -271,6 +277,120 @@ int CXmlGeneratedClass::FindElementRecord(const CSerializationContext& context, 
     return find(from);
 }
 
+/// Offers elements to the records of a choice or an all-group. Records that go by the name are only asked for
+/// elements of their name.
+class CXmlGeneratedClass::RecordOfferer {
+public:
+    RecordOfferer(CXmlGeneratedClass& owner, const CSerializationContext& context, CXmlElement* parent,
+                  XmlElementType type)
+        : m_owner(owner),
+          m_context(context),
+          m_parent(parent),
+          m_type(type),
+          m_records(owner.GetClassElementInfo()),
+          m_count(owner.GetClassElementInfoCount()),
+          m_ns(owner.GetClassInfo()->GetElementNamespace().c_str()),
+          m_key(CacheKey(owner.GetClassInfo()->m_id, NameUse::Element, context.GetIgnoreNamespaces())) {}
+
+    int Count() const noexcept { return m_count; }
+    CElementInfo& Record(int index) const noexcept { return *m_records[index]; }
+
+    /// Whether the record read what is at the cursor, which then is behind it.
+    bool Offer(int index, CXmlElement** cursor) {
+        CElementInfo& record = *m_records[index];
+        if (record.m_claimsByName) {
+            if (*cursor == nullptr) return false;
+            if (*cursor != m_claimed) {
+                m_claimed = *cursor;
+                m_claimant = FindElementRecord(m_context, *m_claimed, 0, m_records, m_count, m_key);
+            }
+            // A later record may have the same name.
+            if (m_claimant > index || (m_claimant < index && !record.IsThisElement(m_context, *cursor)))
+                return false;
+        }
+        return record.ElementFromXml(m_context, &m_owner, m_parent, cursor, m_ns, m_type);
+    }
+
+private:
+    CXmlGeneratedClass& m_owner;
+    const CSerializationContext& m_context;
+    CXmlElement* m_parent;
+    XmlElementType m_type;
+    CElementInfo** m_records;
+    int m_count;
+    const char* m_ns;
+    std::uint64_t m_key;
+    const CXmlElement* m_claimed = nullptr;  // the element that `m_claimant` was found for
+    int m_claimant = 0;
+};
+
+bool CXmlGeneratedClass::DoesElementContainOptionalElements() const {
+    CElementInfo** records = GetClassElementInfo();
+    const int count = GetClassElementInfoCount();
+    for (int i = 0; i < count; ++i) {
+        if (records[i]->LetsChoiceBeEmpty(this)) return true;
+    }
+    return false;
+}
+
+CXmlElement* CXmlGeneratedClass::ProcessElementChoiceFromXml(const CSerializationContext& context,
+                                                             CXmlElement* parent, CXmlElement* cursor,
+                                                             XmlElementType type, bool suppressChoiceError) {
+    CXmlElement* const first = cursor;
+    const bool ignoreUnknown = context.GetIgnoreUnknownElements();
+    RecordOfferer offerer(*this, context, parent, type);
+    bool chosen = false;
+    for (;;) {
+        for (int i = 0; i < offerer.Count() && !chosen; ++i)
+            chosen = offerer.Offer(i, &cursor);
+        if (chosen || cursor == nullptr || !ignoreUnknown || type != XmlElementType_Element) break;
+        cursor = cursor->GetNextSiblingElement();
+        if (cursor == nullptr) break;
+    }
+    if (type != XmlElementType_Element) {
+        if (chosen || suppressChoiceError) return cursor;
+        if (!DoesElementContainOptionalElements() && !context.GetIgnoreMissingChoice()) SetIncomplete();
+        return type == XmlElementType_PseudoElement && ignoreUnknown ? first : cursor;
+    }
+    if (!chosen && !suppressChoiceError && !context.GetIgnoreMissingChoice() &&
+        !DoesElementContainOptionalElements()) {
+        throw CKvValidationException(
+            FormatString("No child elements within the element [%s] were populated. The element represents a "
+                         "choice, so one and only one element should be populated. The element contained no "
+                         "sutable child elements",
+                         parent->GetLocalName().c_str()),
+            parent->GetXPath());
+    }
+    if (cursor != nullptr && !ignoreUnknown) ThrowElementRemains(*parent, *cursor);
+    return cursor;
+}
+
+CXmlElement* CXmlGeneratedClass::ProcessElementAllFromXml(const CSerializationContext& context,
+                                                          CXmlElement* parent, CXmlElement* cursor,
+                                                          XmlElementType type) {
+    CXmlElement* const first = cursor;
+    RecordOfferer offerer(*this, context, parent, type);
+    const int count = offerer.Count();
+    SeenFlags found(count);
+    // Each pass offers what is at the cursor to the members not found yet, until one brings nothing.
+    for (const CXmlElement* before = nullptr; cursor != nullptr && cursor != before;) {
+        before = cursor;
+        for (int i = 0; i < count; ++i) {
+            if (!found.Test(i) && offerer.Offer(i, &cursor)) found.Set(i);
+        }
+    }
+    for (int i = 0; i < count; ++i) {
+        if (!offerer.Record(i).Validate(context, this, found.Test(i), type == XmlElementType_Element)) {
+            SetIncomplete();
+            return first;
+        }
+    }
+    if (type == XmlElementType_Element && cursor != nullptr && !context.GetIgnoreUnknownElements()) {
+        ThrowElementRemains(*parent, *cursor);
+    }
+    return cursor;
+}
+
 CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationContext& context,
                                                           CXmlElement* parent, CXmlElement* cursor,
                                                           XmlElementType type) {
@@ -299,7 +419,10 @@ CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationCo
                 }
             }
             while (!record.ElementFromXml(context, this, parent, &cursor, ns, type)) {
-                if (!context.GetIgnoreUnknownElements() || cursor == nullptr) return first;
+                if (!context.GetIgnoreUnknownElements() || cursor == nullptr) {
+                    SetIncomplete();
+                    return first;
+                }
                 cursor = cursor->GetNextSiblingElement();
             }
         }
@@ -368,9 +491,11 @@ void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const cha
                 ProcessElementSeqToXml(context, GetClassElementInfo(), writer);
                 break;
             case XmlElementGroupType_Choice:
+                ProcessElementChoiceToXml(context, GetClassElementInfo(), writer, suppressChoiceError);
+                break;
             case XmlElementGroupType_All:
-                (void)suppressChoiceError;
-                throw CKvException("Choice and all groups are not built in yet.");
+                ProcessElementAllToXml(context, GetClassElementInfo(), writer);
+                break;
             default:
                 throw CKvException("Unknown XML Group Type");
         }
@@ -422,19 +547,37 @@ void CXmlGeneratedClass::ProcessAttributesToXml(const CSerializationContext& con
     known.store(anyPseudo ? 1 : 0, std::memory_order_relaxed);
 }
 
+void CXmlGeneratedClass::ProcessElementChoiceToXml(const CSerializationContext& context,
+                                                   CElementInfo** elementInfo, CXmlWriter* writer,
+                                                   bool suppressChoiceError) const {
+    const std::uint64_t used = GetUsedProperties();
+    if (elementInfo != nullptr) {
+        for (CElementInfo** record = elementInfo; *record != nullptr; ++record) {
+            if (IsUsed(used, **record) && (*record)->ElementToXml(context, this, writer)) return;
+        }
+    }
+    if (suppressChoiceError || context.GetIgnoreMissingChoice() || DoesElementContainOptionalElements())
+        return;
+    throw CKvValidationException(
+        "This element is a choice, and as such must have at one (and only one) valid item, currently there "
+        "are none set",
+        std::string());
+}
+
+bool CXmlGeneratedClass::IsUsed(std::uint64_t used, const CElementInfo& record) noexcept {
+    const auto index = static_cast<unsigned>(record.m_propertyIndex);
+    return index >= 64 || (used >> index & 1) != 0 || !record.IsSkippedWhenAbsent();
+}
+
 void CXmlGeneratedClass::ProcessElementSeqToXml(const CSerializationContext& context,
                                                 CElementInfo** elementInfo, CXmlWriter* writer) const {
     if (elementInfo == nullptr) return;
     const std::uint64_t used = GetUsedProperties();
-    const auto isUnused = [used](const CElementInfo& record) {
-        const auto index = static_cast<unsigned>(record.m_propertyIndex);
-        return index < 64 && (used >> index & 1) == 0 && record.IsSkippedWhenAbsent();
-    };
     KvVariant value;
     for (CElementInfo** at = elementInfo; *at != nullptr; ++at) {
         CElementInfo& record = **at;
         if (record.m_writesValue) {
-            if (isUnused(record)) continue;
+            if (!IsUsed(used, record)) continue;
             value.Clear();
             try {
                 ReadProperty(record.m_propertyIndex, value);

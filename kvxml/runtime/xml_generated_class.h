@@ -85,10 +85,26 @@ protected:
                                   bool failIfAttributeUnknown);
     CXmlElement* ProcessElementSeqFromXml(const CSerializationContext& context, CXmlElement* parent,
                                           CXmlElement* cursor, XmlElementType type);
+    CXmlElement* ProcessElementChoiceFromXml(const CSerializationContext& context, CXmlElement* parent,
+                                             CXmlElement* cursor, XmlElementType type,
+                                             bool suppressChoiceError);
+    CXmlElement* ProcessElementAllFromXml(const CSerializationContext& context, CXmlElement* parent,
+                                          CXmlElement* cursor, XmlElementType type);
+    /// A choice of this class may have no member at all: one of its members is optional, or a collection
+    /// that may be empty.
+    bool DoesElementContainOptionalElements() const;
     void ProcessAttributesToXml(const CSerializationContext& context, CElementInfo** elementInfo,
                                 CAttributeInfo** attributeInfo, CXmlWriter* writer) const;
     void ProcessElementSeqToXml(const CSerializationContext& context, CElementInfo** elementInfo,
                                 CXmlWriter* writer) const;
+    /// Writes the first member that is there.
+    void ProcessElementChoiceToXml(const CSerializationContext& context, CElementInfo** elementInfo,
+                                   CXmlWriter* writer, bool suppressChoiceError) const;
+    /// An all-group is written in schema order, like a sequence.
+    void ProcessElementAllToXml(const CSerializationContext& context, CElementInfo** elementInfo,
+                                CXmlWriter* writer) const {
+        ProcessElementSeqToXml(context, elementInfo, writer);
+    }
 
     /// Held by generated code while it builds the metadata tables of a class.
     static CKVCriticalSection m_csInit;
@@ -97,6 +113,9 @@ private:
     friend class KvXmlLib16Data::CAttributeInfo;
     friend class KvXmlLib16Data::CElementInfo;
     friend class internal::CEntryPoints;
+    friend class internal::CSubstitution;
+
+    class RecordOfferer;
 
     bool IsNillableClass(const CParentElementInfo& record) const;
     /// The object's element name, or while it has none, that of its class.
@@ -107,6 +126,8 @@ private:
     void WriteContent(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
                       const CSerializationContext& context, bool suppressChoiceError) const;
     void ReadNilAttribute(const CXmlElement& element, const CXmlAttribute& attribute);
+    /// False when the record has nothing to write: `used` as GetUsedProperties returns it.
+    static bool IsUsed(std::uint64_t used, const CElementInfo& record) noexcept;
     /// Index, from `from` on, of the first record that claims the element; `count` when none does.
     static int FindElementRecord(const CSerializationContext& context, const CXmlElement& element, int from,
                                  CElementInfo** records, int count, std::uint64_t key);

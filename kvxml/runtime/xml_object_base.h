@@ -35,6 +35,10 @@ class CXmlCollectionBase;
 class CXmlElement;
 class CXmlWriter;
 
+namespace internal {
+class CSubstitution;
+}
+
 /// Reference-counted base of generated classes, collections and untyped content.
 ///
 /// The count starts at 0; the first `CSmartPtr` raises it to 1, and the `Release` that brings it back to 0
@@ -190,16 +194,28 @@ protected:
     /// Takes the first reference, as AddRef would, and lets the read that follows go without Init.
     static CXmlObjectBase* PrepareNew(CXmlObjectBase* object) noexcept {
         object->m_references.store(1, std::memory_order_relaxed);
-        object->m_isNew = true;
+        object->m_readState = kIsNew;
         return object;
     }
-    /// Whether PrepareNew was called and nothing was read since.
-    bool TakeIsNew() noexcept { return std::exchange(m_isNew, false); }
+    /// Begins a read: whether PrepareNew was called and nothing was read since.
+    bool TakeIsNew() noexcept { return (std::exchange(m_readState, std::uint8_t{0}) & kIsNew) != 0; }
+
+    // What the last read found out, for the reader of the member that holds the object.
+
+    /// Content without a tag of its own lacks something mandatory; nothing of it counts as read.
+    bool IsIncomplete() const noexcept { return (m_readState & kIsIncomplete) != 0; }
+    void SetIncomplete() noexcept { m_readState |= kIsIncomplete; }
+    bool HasReadAttributes() const noexcept { return (m_readState & kHasReadAttributes) != 0; }
+    void SetHasReadAttributes() noexcept { m_readState |= kHasReadAttributes; }
 
     // Reach the protected operations of another object; used by collections and the metadata records.
     static void SetElementName(CXmlObjectBase* object, std::string_view name) {
         object->SetElementName(name);
     }
+    static std::string_view GetElementNameView(const CXmlObjectBase& object) noexcept {
+        return object.GetElementNameView();
+    }
+    static bool IsIncomplete(const CXmlObjectBase& object) noexcept { return object.IsIncomplete(); }
     static void ToXml_Int(const CXmlObjectBase* object, CXmlWriter* writer, bool isRoot,
                           const char* namespaceUri, const CSerializationContext& context,
                           bool suppressChoiceError) {
@@ -256,12 +272,14 @@ protected:
 private:
     friend class KvXmlLib16Data::CAttributeInfo;
     friend class KvXmlLib16Data::CElementInfo;
+    friend class internal::CSubstitution;
 
     void DeleteThis() const noexcept;
 
     internal::CSharedName m_elementName;
     mutable std::atomic<std::int32_t> m_references{0};
-    bool m_isNew = false;
+    enum : std::uint8_t { kIsNew = 1, kIsIncomplete = 2, kHasReadAttributes = 4 };
+    std::uint8_t m_readState = 0;
 };
 
 namespace internal {
