@@ -3,9 +3,7 @@
 #include <mutex>
 
 #include "examples/gpx/class_factory.h"
-#include "kvxml/types/whitespace_utils.h"
-#include "kvxml/xml/xml_attribute.h"
-#include "kvxml/xml/xml_element.h"
+#include "kvxml/metadata/element_info_family.h"
 
 namespace Gpx {
 
@@ -16,7 +14,7 @@ std::atomic<bool> CExtensionsType::m_hasMetaData{false};
 CParentElementInfo* CExtensionsType::m_classInfo = nullptr;
 CElementInfo** CExtensionsType::m_elementInfo = nullptr;
 CAttributeInfo** CExtensionsType::m_attributeInfo = nullptr;
-CElementInfo* CExtensionsType::m_elementRecords[1] = {};
+CElementInfo* CExtensionsType::m_elementRecords[2] = {};
 CAttributeInfo* CExtensionsType::m_attributeRecords[1] = {};
 
 CExtensionsType::CExtensionsType(const char* elementName) {
@@ -35,24 +33,32 @@ std::string CExtensionsType::GetNamespace() const {
 }
 
 void CExtensionsType::Init() {
-    m_hasDroppedContent = false;
+    m_any.Reset();
 }
 
-CXmlElement* CExtensionsType::FromXml_Int(CXmlElement* element, CXmlElement* cursor,
-                                          const CSerializationContext&, bool) {
-    Init();
-    SetElementName(element->GetLocalName());
-    m_hasDroppedContent = cursor != nullptr;
-    for (const char c : element->GetTextView()) {
-        m_hasDroppedContent = m_hasDroppedContent || !CWhitespaceUtils::IsWhiteSpace(c);
-    }
-    for (const auto* attribute : element->GetAttributes()) {
-        m_hasDroppedContent = m_hasDroppedContent || !attribute->IsNamespaceAttribute();
-    }
-    return nullptr;
+CSmartPtr<CElementCol> CExtensionsType::GetAny() {
+    if (m_any == nullptr) m_any = new CElementCol("", "", 0, -1, "##other", kNamespace);
+    return m_any;
 }
 
-void CExtensionsType::AccessProperty(int, bool, KvVariant&) {}
+void CExtensionsType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
+    switch (propertyIndex) {
+        case Property_any:
+            if (read) {
+                if (m_any != nullptr) value.SetXmlCollection(m_any.Get());
+            } else {
+                GetAny();
+            }
+            break;
+        default:
+            break;
+    }
+}
+
+std::uint64_t CExtensionsType::GetUsedProperties() const {
+    const auto bit = [](Property property, bool isUsed) { return std::uint64_t{isUsed} << property; };
+    return bit(Property_any, m_any != nullptr);
+}
 
 CParentElementInfo* CExtensionsType::GetClassInfo() const {
     if (!m_hasMetaData.load(std::memory_order_acquire)) BuildMetaData();
@@ -72,11 +78,17 @@ CAttributeInfo** CExtensionsType::GetClassAttributeInfo() const {
 void CExtensionsType::BuildMetaData() {
     const std::lock_guard<CKVCriticalSection> lock(m_csInit);
     if (m_hasMetaData.load(std::memory_order_relaxed)) return;
-    m_classInfo =
-        new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "extensionsType",
-                               kNamespace, false, false, -1, ItemType_Unknown, nullptr, false);
-    m_attributeInfo = m_attributeRecords;
-    m_elementInfo = m_elementRecords;
+    try {
+        m_classInfo =
+            new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "extensionsType",
+                                   kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_attributeInfo = m_attributeRecords;
+        m_elementInfo = m_elementRecords;
+        m_elementRecords[0] = new CElementInfoSeqUntpdCol("", "", Property_any);
+    } catch (...) {
+        CleanMetaData(m_classInfo, m_elementInfo, m_attributeInfo);
+        throw;
+    }
     m_hasMetaData.store(true, std::memory_order_release);
 }
 

@@ -1,14 +1,14 @@
-/// GPX 1.1 type extensionsType: content of other schemas.
-///
-/// Untyped content is not kept: whatever the element holds is accepted and skipped when it is read, and an
-/// empty element is written back. `HasDroppedContent` tells whether anything was lost.
+/// GPX 1.1 type extensionsType: elements of other schemas, kept as they are.
 ///
 /// Every class of this folder follows the one pattern of generated code: see docs/generated-code.md.
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 
+#include "kvxml/metadata/element.h"
+#include "kvxml/runtime/smart_ptr.h"
 #include "kvxml/runtime/xml_generated_class.h"
 
 namespace Gpx {
@@ -27,30 +27,33 @@ public:
     /// Frees the metadata tables; no object of the class may be in use by another thread.
     static void FreeMetaData();
 
-    /// The element that was read had attributes, child elements or text, which were not kept.
-    bool HasDroppedContent() const { return m_hasDroppedContent; }
+    // any element of another namespace than GPX's: any number
+    KvXmlLib16::CSmartPtr<KvXmlLib16::CElementCol> GetAny();
+    bool IsValidAny() const { return m_any != nullptr && m_any->GetCount() > 0; }
 
 protected:
-    KvXmlLib16::CXmlElement* FromXml_Int(KvXmlLib16::CXmlElement* element, KvXmlLib16::CXmlElement* cursor,
-                                         const KvXmlLib16::CSerializationContext& context,
-                                         bool suppressChoiceError) override;
     void AccessProperty(int propertyIndex, bool read, KvXmlLib16::KvVariant& value) override;
     KvXmlLib16::CParentElementInfo* GetClassInfo() const override;
     KvXmlLib16::CElementInfo** GetClassElementInfo() const override;
     KvXmlLib16::CAttributeInfo** GetClassAttributeInfo() const override;
     void Init() override;
+    std::uint64_t GetUsedProperties() const override;
 
 private:
+    enum Property {
+        Property_any,
+    };
+
     static void BuildMetaData();
 
     static std::atomic<bool> m_hasMetaData;
     static KvXmlLib16::CParentElementInfo* m_classInfo;
     static KvXmlLib16::CElementInfo** m_elementInfo;
     static KvXmlLib16::CAttributeInfo** m_attributeInfo;
-    static KvXmlLib16::CElementInfo* m_elementRecords[1];
+    static KvXmlLib16::CElementInfo* m_elementRecords[2];
     static KvXmlLib16::CAttributeInfo* m_attributeRecords[1];
 
-    bool m_hasDroppedContent = false;
+    KvXmlLib16::CSmartPtr<KvXmlLib16::CElementCol> m_any;
 };
 
 }  // namespace Gpx

@@ -42,7 +42,6 @@ struct Summary {
     std::int64_t tracks = 0;
     std::int64_t segments = 0;
     std::int64_t trackPoints = 0;
-    std::int64_t droppedExtensions = 0;
     std::optional<CDecimal> minLat, minLon, maxLat, maxLon;
     std::optional<CDateTime> first, last;
     double kilometres = 0;
@@ -70,12 +69,6 @@ double Kilometres(const Gpx::CWptType& from, const Gpx::CWptType& to) {
     return 2 * kEarthRadius * std::asin(std::fmin(1, std::sqrt(haversine)));
 }
 
-template <class T>
-void CountExtensions(const T& object, Summary& summary) {
-    const auto extensions = object.GetExtensions();
-    if (extensions != nullptr && extensions->HasDroppedContent()) ++summary.droppedExtensions;
-}
-
 void AddPoint(const Gpx::CWptType& point, Summary& summary) {
     const CDecimal lat = point.GetLat();
     const CDecimal lon = point.GetLon();
@@ -87,7 +80,6 @@ void AddPoint(const Gpx::CWptType& point, Summary& summary) {
         KeepLeast(summary.first, point.GetTime());
         KeepGreatest(summary.last, point.GetTime());
     }
-    CountExtensions(point, summary);
 }
 
 void AddSegment(Gpx::CTrksegType& segment, Summary& summary) {
@@ -98,13 +90,10 @@ void AddSegment(Gpx::CTrksegType& segment, Summary& summary) {
         previous = point;
         ++summary.trackPoints;
     }
-    CountExtensions(segment, summary);
 }
 
 Summary Summarize(Gpx::CGpxType& gpx) {
     Summary summary;
-    CountExtensions(gpx, summary);
-    if (gpx.IsValidMetadata()) CountExtensions(*gpx.GetMetadata(), summary);
     for (const Gpx::CWptType* point : *gpx.GetWpt()) {
         AddPoint(*point, summary);
         ++summary.waypoints;
@@ -114,7 +103,6 @@ Summary Summarize(Gpx::CGpxType& gpx) {
             AddPoint(*point, summary);
             ++summary.routePoints;
         }
-        CountExtensions(*route, summary);
         ++summary.routes;
     }
     for (Gpx::CTrkType* track : *gpx.GetTrk()) {
@@ -122,7 +110,6 @@ Summary Summarize(Gpx::CGpxType& gpx) {
             AddSegment(*segment, summary);
             ++summary.segments;
         }
-        CountExtensions(*track, summary);
         ++summary.tracks;
     }
     return summary;
@@ -233,10 +220,6 @@ int Run(const Options& options) {
         std::cerr << "gpx-tool: cannot write to standard output\n";
         return 1;
     }
-    if (summary.droppedExtensions > 0) {
-        std::cerr << "gpx-tool: " << options.input << ": note: the content of " << summary.droppedExtensions
-                  << " <extensions> was dropped\n";
-    }
     return 0;
 }
 
@@ -246,7 +229,6 @@ int main(int argc, char** argv) {
     Options options;
     CLI::App app(
         "Reads a GPX 1.1 document, prints a summary and writes it back on request.\n"
-        "Content of <extensions> is accepted but not kept: it is written back as an empty element.\n"
         "With --lenient, what follows an unknown element is lost unless it repeats the last member.",
         "gpx-tool");
     app.add_option("INPUT", options.input, "GPX file, plain or compressed with gzip or zlib")->required();
