@@ -1,0 +1,197 @@
+#include "tools/kvxml/encoded_stream.h"
+
+#include <iconv.h>
+#include <strings.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+
+#include "tools/kvxml/progress.h"
+
+namespace tool {
+
+using namespace KvXmlLib16;
+
+namespace {
+
+const iconv_t kNoConverter = reinterpret_cast<iconv_t>(-1);
+constexpr std::size_t kPassLength = std::size_t{1} << 18;
+
+bool IsNamed(const std::string& encoding, const char* name) {
+    return strcasecmp(encoding.c_str(), name) == 0;
+}
+
+bool IsEncodingName(const std::string& name) {
+    const auto fits = [](char c) {
+        return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '.' || c == '_' || c == '-';
+    };
+    return !name.empty() && std::isalpha(static_cast<unsigned char>(name[0])) != 0 &&
+           std::all_of(name.begin(), name.end(), fits);
+}
+
+iconv_t Open(const std::string& encoding) {
+    return iconv_open(IsNamed(encoding, "UTF-16") ? "UTF-16LE" : encoding.c_str(), "UTF-8");
+}
+
+/// Converts until the text ends or something stops it; returns the error number, or 0.
+int ConvertSome(iconv_t converter, const char*& at, const char* end, std::string& out) {
+    constexpr std::size_t kRoom = 4096;
+    char* in = const_cast<char*>(at);
+    std::size_t length = static_cast<std::size_t>(end - at);
+    int error = 0;
+    do {
+        const std::size_t used = out.size();
+        const std::size_t room = length * 2 + kRoom;
+        out.resize(used + room);
+        char* to = out.data() + used;
+        std::size_t left = room;
+        const std::size_t result = iconv(converter, &in, &length, &to, &left);
+        error = result == static_cast<std::size_t>(-1) ? errno : 0;
+        out.resize(out.size() - left);
+        if (error == 0 && result > 0) throw CFailure("characters that the encoding does not have");
+    } while (error == E2BIG);
+    at = in;
+    return error;
+}
+
+std::size_t CharacterLength(const char* character) {
+    const auto lead = static_cast<unsigned char>(*character);
+    return lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+}
+
+unsigned CodePoint(std::string_view character) {
+    unsigned code = static_cast<unsigned char>(character[0]);
+    if (character.size() > 1) code &= 0x7FU >> character.size();
+    for (const char c : character.substr(1))
+        code = code << 6 | (static_cast<unsigned char>(c) & 0x3FU);
+    return code;
+}
+
+}  // namespace
+
+// --- encoder -----------------------------------------------------------------------------------------------
+
+bool CEncoder::Knows(const std::string& encoding) {
+    if (!IsEncodingName(encoding)) return false;
+    const iconv_t converter = Open(encoding);
+    if (converter == kNoConverter) return false;
+    std::string ascii;
+    for (char c = ' '; c < '~'; ++c) {
+        if (c != '\\' && c != '~') ascii += c;  // where some have their own characters
+    }
+    std::string converted;
+    const char* at = ascii.data();
+    const int error = ConvertSome(converter, at, at + ascii.size(), converted);
+    iconv_close(converter);
+    return error == 0 && (converted == ascii || IsNamed(encoding, "UTF-16"));
+}
+
+CEncoder::CEncoder(const std::string& encoding) : m_encoding(encoding), m_converter(Open(encoding)) {
+    if (m_converter == kNoConverter) throw CFailure("unknown encoding " + encoding);
+}
+
+CEncoder::~CEncoder() {
+    iconv_close(m_converter);
+}
+
+void CEncoder::Convert(std::string_view utf8, std::string& out) {
+    m_text += utf8;
+    m_at = m_followed = m_text.data();
+    const char* const end = m_at + m_text.size();
+    for (;;) {
+        const int error = ConvertSome(m_converter, m_at, end, out);
+        if (error != EILSEQ) break;  // all is done, or the rest of a character is missing
+        const std::size_t length = std::min(CharacterLength(m_at), static_cast<std::size_t>(end - m_at));
+        Follow(m_at);
+        Refer({m_at, length}, out);
+        m_at += length;
+    }
+    Follow(m_at);
+    m_text.erase(0, static_cast<std::size_t>(m_at - m_text.data()));
+}
+
+void CEncoder::Finish(std::string& out) {
+    char reset[64];
+    char* to = reset;
+    std::size_t left = sizeof(reset);
+    iconv(m_converter, nullptr, nullptr, &to, &left);
+    out.append(reset, sizeof(reset) - left);
+}
+
+void CEncoder::Refer(std::string_view character, std::string& out) {
+    char reference[16];
+    if (m_inTag && m_quote == '\0') {
+        std::snprintf(reference, sizeof(reference), "U+%04X", CodePoint(character));
+        throw CFailure("a name contains " + std::string(reference) + ", which " + m_encoding +
+                       " does not have");
+    }
+    const int length = std::snprintf(reference, sizeof(reference), "&#x%X;", CodePoint(character));
+    const char* at = reference;
+    ConvertSome(m_converter, at, reference + length, out);
+}
+
+/// Keeps track of tags and attribute values, up to `end`.
+void CEncoder::Follow(const char* end) {
+    for (; m_followed != end; ++m_followed) {
+        const char c = *m_followed;
+        if (!m_inTag) {
+            m_inTag = c == '<';
+        } else if (m_quote != '\0') {
+            if (c == m_quote) m_quote = '\0';
+        } else if (c == '"' || c == '\'') {
+            m_quote = c;
+        } else if (c == '>') {
+            m_inTag = false;
+        }
+    }
+}
+
+// --- stream ------------------------------------------------------------------------------------------------
+
+CEncodedStream::CEncodedStream(COutput& output, const std::string& encoding)
+    : CTextStream(IsNamed(encoding, "UTF-8")    ? XmlEncoding_UTF8
+                  : IsNamed(encoding, "UTF-16") ? XmlEncoding_UTF16
+                                                : XmlEncoding_None),
+      m_output(output),
+      m_declaredName(encoding) {
+    if (GetEncoding() != XmlEncoding_None)
+        for (char& c : m_declaredName)
+            c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    if (GetEncoding() != XmlEncoding_UTF8) m_encoder = std::make_unique<CEncoder>(encoding);
+}
+
+void CEncodedStream::Begin() {
+    CTextStream::Begin();
+    m_text.reserve(kPassLength + 2 * kFlushLength);
+    if (GetEncoding() == XmlEncoding_UTF16) m_output.Write("\xFF\xFE");
+}
+
+void CEncodedStream::Flush() {
+    const std::size_t used = m_text.size();
+    m_text.resize(used + GetBufferedLength());
+    GetBuffer().CopyTo(m_text.data() + used);
+    GetBuffer().Reset();
+    if (m_text.size() >= kPassLength) Pass(false);
+}
+
+void CEncodedStream::End() {
+    Flush();
+    Pass(true);
+}
+
+void CEncodedStream::Pass(bool isLast) {
+    Progress().Advance(m_text.size());
+    if (m_encoder == nullptr) {
+        m_output.Write(m_text);
+    } else {
+        m_bytes.clear();
+        m_encoder->Convert(m_text, m_bytes);
+        if (isLast) m_encoder->Finish(m_bytes);
+        m_output.Write(m_bytes);
+    }
+    m_text.clear();
+}
+
+}  // namespace tool

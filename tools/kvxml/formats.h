@@ -1,0 +1,39 @@
+/// The formats that documents are converted from and to.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "kvxml/runtime/serialization_context.h"
+#include "kvxml/xml/xml_document.h"
+#include "tools/kvxml/output.h"
+
+namespace tool {
+
+/// How output is laid out.
+struct Layout {
+    std::string encoding = "utf-8";
+    bool compact = false;
+    int indent = -1;  // blanks per level; -1: as the library does
+};
+
+/// A format, with the functions that slot it in. `-` as input is standard input.
+struct Format {
+    const char* option;  // what --from and --to call it
+    const char* title;   // what messages call it
+    std::string_view suffixes[2];
+    /// Null while reading the format is not built in.
+    void (*read)(const std::string& input, KvXmlLib16::CXmlDocument& document);
+    /// Null while writing the format is not built in.
+    void (*write)(const KvXmlLib16::CXmlElement& root, COutput& output, const Layout& layout,
+                  const KvXmlLib16::CSerializationContext& context);
+};
+
+/// The format with this option name, or null.
+const Format* FindFormat(std::string_view option);
+/// The format that the file's name tells, with or without ".gz" behind it; XML when it tells none.
+const Format& FormatOf(std::string_view fileName);
+/// Whether the name ends in ".gz".
+bool IsGzipName(std::string_view fileName);
+
+}  // namespace tool
