@@ -7,6 +7,7 @@
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
+#include <random>
 
 #include "tools/kvxml/progress.h"
 
@@ -173,6 +174,7 @@ void CEncodedStream::Flush() {
     m_text.resize(used + GetBufferedLength());
     GetBuffer().CopyTo(m_text.data() + used);
     GetBuffer().Reset();
+    if (!m_tabMark.empty()) ResolveMarks(used - std::min(used, m_tabMark.size()));
     if (m_text.size() >= kPassLength) Pass(false);
 }
 
@@ -181,8 +183,34 @@ void CEncodedStream::End() {
     Pass(true);
 }
 
+std::string_view CEncodedStream::GetTabMark() {
+    constexpr char kRareCharacter = '\x7F';
+    constexpr int kWords = 4;
+    if (m_tabMark.empty()) {
+        std::random_device random;
+        m_tabMark = kRareCharacter;
+        for (int i = 0; i < kWords; ++i)
+            m_tabMark += std::to_string(random());
+    }
+    return m_tabMark;
+}
+
+void CEncodedStream::ResolveMarks(std::size_t from) {
+    while ((from = m_text.find(m_tabMark, from)) != std::string::npos)
+        m_text.replace(from, m_tabMark.size(), "&#x9;");
+}
+
 void CEncodedStream::Pass(bool isLast) {
     Progress().Advance(m_text.size());
+    // What may be the beginning of a mark waits for the rest.
+    std::size_t kept = 0;
+    if (!m_tabMark.empty() && !isLast) {
+        const std::size_t start = m_text.rfind(m_tabMark.front());
+        if (start != std::string::npos && m_text.size() - start < m_tabMark.size())
+            kept = m_text.size() - start;
+    }
+    const std::string rest = m_text.substr(m_text.size() - kept);
+    m_text.resize(m_text.size() - kept);
     if (m_encoder == nullptr) {
         m_output.Write(m_text);
     } else {
@@ -191,7 +219,7 @@ void CEncodedStream::Pass(bool isLast) {
         if (isLast) m_encoder->Finish(m_bytes);
         m_output.Write(m_bytes);
     }
-    m_text.clear();
+    m_text = rest;
 }
 
 }  // namespace tool

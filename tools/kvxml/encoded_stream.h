@@ -52,16 +52,22 @@ public:
     /// The encoding as the document's declaration names it.
     const std::string& GetDeclaredName() const noexcept { return m_declaredName; }
 
+    /// Stands for a tab that must be written as a reference; no document can foresee it. Valid as long as the
+    /// stream.
+    std::string_view GetTabMark();
+
     void Begin() override;
     void End() override;
     void Flush() override;
 
 private:
     void Pass(bool isLast);
+    void ResolveMarks(std::size_t from);
 
     COutput& m_output;
     std::string m_declaredName;
     std::unique_ptr<CEncoder> m_encoder;  // null for UTF-8
+    std::string m_tabMark;                // empty until it is asked for
     std::string m_text;
     std::string m_bytes;
 };

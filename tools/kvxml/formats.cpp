@@ -55,10 +55,35 @@ void ReadXml(const std::string& input, CXmlDocument& document) {
     }
 }
 
+/// Keeps tabs in attribute values, which readers would turn into blanks if they were written as they are.
+class CWriter : public CXmlTextWriter {
+public:
+    explicit CWriter(CEncodedStream& stream) : CXmlTextWriter(&stream), m_stream(stream) {}
+
+    void WriteAttribute(std::string_view localName, std::string_view namespaceUri, std::string_view value,
+                        ItemType type) override {
+        if (value.find('\t') == std::string_view::npos) {
+            CXmlTextWriter::WriteAttribute(localName, namespaceUri, value, type);
+            return;
+        }
+        std::string marked;
+        for (const char c : value) {
+            if (c == '\t')
+                marked += m_stream.GetTabMark();
+            else
+                marked += c;
+        }
+        CXmlTextWriter::WriteAttribute(localName, namespaceUri, marked, type);
+    }
+
+private:
+    CEncodedStream& m_stream;
+};
+
 void WriteXml(const CXmlElement& root, COutput& output, const Layout& layout,
               const CSerializationContext& context) {
     CEncodedStream stream(output, layout.encoding);
-    CXmlTextWriter writer(&stream);
+    CWriter writer(stream);
     writer.SetFormatted(!layout.compact);
     if (layout.indent >= 0) writer.SetIndentChars(std::string(static_cast<std::size_t>(layout.indent), ' '));
     writer.BeginOutput();
