@@ -1,0 +1,262 @@
+/// The kvxml command as its users meet it: a process with files, pipes, statuses and messages.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const char* const kDocument =
+    "<?xml version='1.0'?><!-- c --><r xmlns='urn:d' xmlns:p='urn:p'><a x='1'>t</a><p:b>&#xE9;</p:b></r>";
+
+struct Result {
+    int status;
+    std::string output;
+    std::string errors;
+};
+
+std::string Read(const fs::path& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+/// A folder of its own for each test, in which commands run; "$K" is the program.
+class KvxmlCommand : public testing::Test {
+protected:
+    void SetUp() override {
+        char folder[] = "/tmp/kvxml-test-XXXXXX";
+        ASSERT_NE(mkdtemp(folder), nullptr);
+        m_folder = folder;
+        fs::create_directory(Path("work"));
+        setenv("K", KVXML_TOOL, 1);
+        Save("in.xml", kDocument);
+    }
+    void TearDown() override { fs::remove_all(m_folder); }
+
+    fs::path Path(const std::string& name) const { return m_folder / name; }
+    fs::path File(const std::string& name) const { return m_folder / "work" / name; }
+    void Save(const std::string& name, const std::string& text) const {
+        std::ofstream(File(name), std::ios::binary) << text;
+    }
+
+    Result Run(const std::string& command, const std::string& input = "") const {
+        std::ofstream(Path("input"), std::ios::binary) << input;
+        const std::string folder = m_folder.string();
+        const std::string all = "cd " + folder + "/work && { " + command + "\n} <" + folder + "/input >" +
+                                folder + "/output 2>" + folder + "/errors";
+        const int status = std::system(all.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), Read(Path("output")),
+                Read(Path("errors"))};
+    }
+
+    std::set<std::string> Files() const {
+        std::set<std::string> names;
+        for (const auto& entry : fs::directory_iterator(m_folder / "work"))
+            names.insert(entry.path().filename().string());
+        return names;
+    }
+
+    fs::path m_folder;
+};
+
+TEST_F(KvxmlCommand, LaysOut) {
+    const struct {
+        const char* options;
+        const char* input;
+        const char* output;
+    } rows[] = {
+        {"", kDocument,
+         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<r xmlns=\"urn:d\" xmlns:p=\"urn:p\">\n\t<a "
+         "x=\"1\">t</a>\n"
+         "\t<p:b>\xC3\xA9</p:b>\n</r>\n"},
+        {"--indent 1", "<a><b><c/></b></a>",
+         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<a>\n <b>\n  <c/>\n </b>\n</a>\n"},
+        {"--indent 0", "<a><b/></a>", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<a>\n<b/>\n</a>\n"},
+        {"--compact", "<a>\n  <b/>\n</a>", "<?xml version=\"1.0\" encoding=\"UTF-8\"?><a><b/></a>"},
+        {"--compact", "<a x='&#9;&#10;'>x<b/>y</a>",
+         "<?xml version=\"1.0\" encoding=\"UTF-8\"?><a x=\"&#x9;&#xA;\">xy<b/></a>"},
+        {"--compact --encoding iso-8859-1", "<a x='\xE2\x82\xAC'>\xC3\xA9\xE2\x82\xAC</a>",
+         "<?xml version=\"1.0\" encoding=\"iso-8859-1\"?><a x=\"&#x20AC;\">\xE9&#x20AC;</a>"},
+        {"--compact --encoding us-ascii", "<a>\xF0\x9F\x98\x80&gt;</a>",
+         "<?xml version=\"1.0\" encoding=\"us-ascii\"?><a>&#x1F600;&gt;</a>"},
+        {"--compact --encoding Shift_JIS", "<\xE3\x81\x82/>",
+         "<?xml version=\"1.0\" encoding=\"Shift_JIS\"?><\x82\xA0/>"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.options) + " " + row.input);
+        const Result result = Run(std::string("$K convert - - ") + row.options, row.input);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.errors, "");  // no progress where no terminal is
+        EXPECT_EQ(result.output, row.output);
+    }
+    const std::string utf16 = Run("$K convert --compact --encoding utf-16 in.xml -").output;
+    EXPECT_EQ(utf16.substr(0, 6), std::string("\xFF\xFE<\0?\0", 6));
+    EXPECT_EQ(Run("$K convert --compact - -", utf16).output, Run("$K convert --compact in.xml -").output);
+}
+
+/// Characters of several bytes and marked tabs at every distance from where the text is passed on.
+TEST_F(KvxmlCommand, KeepsLongTexts) {
+    std::string document = "<a>";
+    for (int i = 0; i < 9000; ++i) {
+        document += "<b x=\"" + std::string(static_cast<std::size_t>(i % 7), 'q') + "&#x9;\">";
+        for (int n = i % 11; n >= 0; --n)
+            document += "\xF0\x9F\x98\x80\xE2\x82\xAC";
+        document += "</b>";
+    }
+    document += "</a>";
+    for (const char* encoding : {"utf-8", "utf-16", "gb18030"}) {
+        SCOPED_TRACE(encoding);
+        const Result result = Run(
+            std::string("$K convert - x --encoding ") + encoding + " && $K convert --compact x -", document);
+        EXPECT_EQ(result.status, 0) << result.errors;
+        EXPECT_TRUE(result.output == "<?xml version=\"1.0\" encoding=\"UTF-8\"?>" + document);
+    }
+}
+
+TEST_F(KvxmlCommand, Refuses) {
+    const struct {
+        const char* arguments;
+        const char* input;
+        int status;
+        const char* message;
+    } rows[] = {
+        {"convert - out.xml", "<a>\n<b></a>", 1, "kvxml: standard input: mismatched tag at line 2\n"},
+        {"convert - out.xml", "", 1, "kvxml: standard input: XML Stream is empty!\n"},
+        {"convert none.xml out.xml", "", 1, "kvxml: none.xml: No such file or directory\n"},
+        {"convert . out.xml", "", 1, "kvxml: .: Is a directory\n"},
+        {"convert in.xml .", "", 1, "kvxml: .: Is a directory\n"},
+        {"convert in.xml none/out.xml", "", 1,
+         "kvxml: none/out.xml: cannot create a file beside it: No such file or directory\n"},
+        {"convert in.xml out.json", "", 1, "kvxml: out.json: writing the JSON format is not built in yet\n"},
+        {"convert in.json.gz out.xml", "", 1,
+         "kvxml: in.json.gz: reading the JSON format is not built in yet\n"},
+        {"convert --from fi in.xml out.xml", "", 1,
+         "kvxml: in.xml: reading the Fast Infoset format is not built in yet\n"},
+        {"convert in.xml out.finf", "", 1,
+         "kvxml: out.finf: writing the Fast Infoset format is not built in yet\n"},
+        {"convert --encoding us-ascii - out.xml", "<\xC3\xA9/>", 1,
+         "kvxml: out.xml: a name contains U+00E9, which us-ascii does not have\n"},
+        {"convert in.xml /dev/full", "", 1, "kvxml: /dev/full: cannot write: No space left on device\n"},
+        {"convert in.xml - >/dev/full", "", 1,
+         "kvxml: standard output: cannot write: No space left on device\n"},
+        {"convert in.xml - >&-", "", 1, "kvxml: standard output: cannot write: Bad file descriptor\n"},
+        {"--version >/dev/full", "", 1, "kvxml: standard output: cannot write\n"},
+        {"", "", 2, "subcommand is required"},
+        {"convert in.xml", "", 2, "OUTPUT"},
+        {"convert in.xml ''", "", 2, "empty"},
+        {"convert in.xml out.xml --encoding utf-32", "", 2, "utf-32"},
+        {"convert in.xml out.xml --encoding 'utf-8//IGNORE'", "", 2, "utf-8//IGNORE"},
+        {"convert in.xml out.xml --compact --indent 2", "", 2, "--indent"},
+        {"convert in.xml out.xml --indent -1", "", 2, "--indent"},
+        {"convert in.xml out.xml --to yaml", "", 2, "--to"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.arguments);
+        const Result result = Run(std::string("$K ") + row.arguments, row.input);
+        EXPECT_EQ(result.status, row.status);
+        if (row.status == 1)
+            EXPECT_EQ(result.errors, row.message);
+        else
+            EXPECT_NE(result.errors.find(row.message), std::string::npos) << result.errors;
+        EXPECT_EQ(Files(), std::set<std::string>{"in.xml"});
+    }
+}
+
+TEST_F(KvxmlCommand, ReplacesFiles) {
+    const std::string expected = Run("$K convert in.xml -").output;
+    // The same file as input and output; permissions stay, so does a link to it.
+    Save("same.xml", kDocument);
+    chmod(File("same.xml").c_str(), 0640);
+    fs::create_symlink("same.xml", File("link.xml"));
+    EXPECT_EQ(Run("umask 0; $K convert link.xml link.xml").status, 0);
+    EXPECT_EQ(Read(File("same.xml")), expected);
+    EXPECT_EQ(fs::status(File("same.xml")).permissions(), fs::perms(0640));
+    EXPECT_TRUE(fs::is_symlink(File("link.xml")));
+    // A link to nothing yet, from another folder; a new file follows the umask.
+    fs::create_directory(File("sub"));
+    fs::create_symlink("../new.xml", File("sub/link.xml"));
+    EXPECT_EQ(Run("umask 027; $K convert in.xml sub/link.xml").status, 0);
+    EXPECT_EQ(Read(File("new.xml")), expected);
+    EXPECT_EQ(fs::status(File("new.xml")).permissions(), fs::perms(0640));
+    fs::create_symlink("loop.xml", File("loop.xml"));
+    EXPECT_EQ(Run("$K convert in.xml loop.xml").status, 1);
+    EXPECT_EQ(Files(),
+              (std::set<std::string>{"in.xml", "link.xml", "loop.xml", "new.xml", "same.xml", "sub"}));
+}
+
+TEST_F(KvxmlCommand, Compresses) {
+    const std::string expected = Run("$K convert in.xml -").output;
+    EXPECT_EQ(Run("$K convert in.xml out.xml.gz && gzip -dc out.xml.gz").output, expected);
+    EXPECT_EQ(Run("$K convert --gzip in.xml - | gzip -dc").output, expected);
+    EXPECT_EQ(Run("$K convert --gzip --encoding utf-16 in.xml out && $K convert out -").output, expected);
+}
+
+TEST_F(KvxmlCommand, WritesToWhatIsNoFile) {
+    const std::string expected = Run("$K convert in.xml -").output;
+    EXPECT_EQ(Run("$K convert in.xml /dev/null").status, 0);
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+    EXPECT_EQ(Run("mkfifo pipe; cat pipe & $K convert in.xml pipe && wait").output, expected);
+    EXPECT_EQ(
+        Run("{ echo first; $K convert /dev/stdin /dev/stdout <in.xml; echo last; } >out; cat out").output,
+        "first\n" + expected + "last\n");
+    // A document that is refused while it is written leaves nothing.
+    EXPECT_EQ(Run("$K convert --encoding us-ascii - -", "<a><b/><\xC3\xA9/></a>").output, "");
+    Save("long.xml", "<a>" + std::string(1000000, 'x') + "</a>");
+    EXPECT_EQ(Run("{ $K convert long.xml - 2>message; echo $? >status; } | true; cat status message").output,
+              "1\nkvxml: standard output: cannot write: Broken pipe\n");
+}
+
+TEST_F(KvxmlCommand, LeavesTheTargetAloneWhenItFails) {
+    Save("long.xml", "<a>" + std::string(3000000, 'x') + "</a>");
+    Save("target.xml", "before");
+    const Result limited = Run("ulimit -f 1000; $K convert long.xml target.xml");
+    EXPECT_EQ(limited.status, 1);
+    EXPECT_EQ(limited.errors, "kvxml: target.xml: cannot write: File too large\n");
+    EXPECT_EQ(Read(File("target.xml")), "before");
+
+    std::string large = "<a>";
+    for (int i = 0; i < 600000; ++i)
+        large += "<b>" + std::to_string(i * 7919L % 1000003) + "</b>";
+    Save("large.xml", large + "</a>");
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        // The shell that becomes the program is the one that is told to end once the temporary file is there.
+        const Result result =
+            Run("sh -c '( while ! ls .kvxml-*.tmp >/dev/null 2>&1; do :; done; kill -" +
+                std::to_string(signal) + " $$ ) & exec \"$K\" convert --gzip large.xml target.xml'");
+        EXPECT_EQ(result.status, 128 + signal);
+        EXPECT_EQ(Read(File("target.xml")), "before");
+        EXPECT_EQ(Files(), (std::set<std::string>{"in.xml", "large.xml", "long.xml", "target.xml"}));
+    }
+}
+
+TEST_F(KvxmlCommand, RespectsPermissions) {
+    // Everything is permitted to root, so root becomes somebody else.
+    const std::string as = geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
+    fs::permissions(m_folder, fs::perms(0755));
+    if (Run(as + "\"$K\" --version").status != 0) GTEST_SKIP() << "the program cannot be run without rights";
+    Save("secret.xml", kDocument);
+    Save("fixed.xml", "before");
+    chmod(File("secret.xml").c_str(), 0);
+    chmod(File("fixed.xml").c_str(), 0444);
+    fs::permissions(m_folder / "work", fs::perms(0555));
+    EXPECT_EQ(Run(as + "$K convert secret.xml -").errors, "kvxml: secret.xml: Permission denied\n");
+    EXPECT_EQ(Run(as + "$K convert in.xml fixed.xml").errors, "kvxml: fixed.xml: Permission denied\n");
+    EXPECT_EQ(Run(as + "$K convert in.xml new.xml").errors,
+              "kvxml: new.xml: cannot create a file beside it: Permission denied\n");
+    EXPECT_EQ(Read(File("fixed.xml")), "before");
+    fs::permissions(m_folder / "work", fs::perms(0755));
+}
+
+}  // namespace
