@@ -87,8 +87,8 @@ int Convert(const Options& options) {
     const tool::Format& to =
         options.to.empty() ? tool::FormatOf(options.output) : *tool::FindFormat(options.to);
     const CSerializationContext context;
-    // Left to the end of the process, which is faster.
-    auto* const document =
+    // Left to the end of the process, which is faster than to destroy it.
+    static CXmlDocument* const document =
         new CXmlDocument(tool::Progress().IsOnTerminal() ? CountElement : nullptr, context);
 
     const auto read = [&] {
