@@ -114,7 +114,7 @@ std::string CBigInteger::ToString() const {
 }
 
 std::int32_t CBigInteger::GetDigitCount() const noexcept {
-    if (m_isBig) return static_cast<std::int32_t>(m_big->DigitCount());
+    if (m_isBig) return internal::ToCount(m_big->DigitCount());
     std::int32_t digits = 1;
     for (std::int64_t value = m_value / 10; value != 0; value /= 10)
         ++digits;

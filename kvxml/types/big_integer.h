@@ -88,9 +88,9 @@ public:
     /// -1, 0 or 1.
     int GetSign() const noexcept;
 
-    // --- arithmetic: division truncates toward zero, the remainder has the sign of the dividend
-    // -------------
-    /// Zero divisors throw "ERROR: Overflow in operator/.", "... operator%.", "... operator /=." and
+    // --- arithmetic ---------------------------------------------------------------------------------------
+    /// Division truncates toward zero, the remainder has the sign of the dividend. Zero divisors throw
+    /// "ERROR: Overflow in operator/.", "... operator%.", "... operator /=." and
     /// "... operator%=.".
     friend CBigInteger operator+(const CBigInteger& a, const CBigInteger& b) { return Sum(a, b, false); }
     friend CBigInteger operator-(const CBigInteger& a, const CBigInteger& b) { return Sum(a, b, true); }
@@ -140,9 +140,8 @@ public:
 
     // --- the same with built-in numbers -------------------------------------------------------------------
     //
-    // Without these the conversions
-    // above would make such expressions ambiguous. Friends, so that they are considered for this class only
-    // and not for what converts to it.
+    // Without these the conversions above would make such expressions ambiguous. Friends, so that they are
+    // considered for this class only and not for what converts to it.
 #define KVXML_MIXED_OPERATOR(Result, op)                   \
     template <class T, internal::EnableIfNumber<T> = 0>    \
     friend Result operator op(const CBigInteger& a, T b) { \

@@ -223,6 +223,7 @@ void CDateTime::SetDateTime(const CDateTime& source, DTType target) {
     }
     m_fields = result;
     SetType(target);
+    Validate();
 }
 
 void CDateTime::SetDate(int year, int month, int day) {

@@ -109,7 +109,7 @@ public:
     // A parse that fails leaves what it read before the fault, never a mix with the value before.
 
     /// [-]CCYY-MM-DDThh:mm:ss[.f][zone], with at most nine fraction digits; zone is "Z" or "+hh:mm" or
-    /// "-hh:mm".
+    /// "-hh:mm". Null and text without "T" are refused first of all, and then the value stays as it was.
     void ParseXSDDateTime(const char* text);
     void ParseXSDDateTime(std::string_view text);
     /// Any of the forms without a time: date, gYearMonth, gYear, gMonthDay, gMonth, gDay.
@@ -136,8 +136,9 @@ public:
     void SetDateTime(int year, int month, int day, int hour, int minute, int second);
     void SetDateTime(int year, int month, int day, int hour, int minute, int second, int milli, int micro,
                      int nano);
-    /// Becomes a value of kind `target` with the fields of `source` that this kind has, and its zone. Throws
-    /// CKvInvalidValueException when `source` lacks one of them.
+    /// Becomes a value of kind `target`, whatever it was, with the fields of `source` that this kind has, and
+    /// its zone; then it is checked. CKvInvalidValueException, with the value as it was, when `source` lacks
+    /// one of the fields.
     void SetDateTime(const CDateTime& source, DTType target);
     void SetDate(int year, int month, int day);
     void SetTime(int hour, int minute, int second);
@@ -285,7 +286,8 @@ private:
     static void CheckConversion(DTType source, DTType target);
     void Clear() noexcept { m_fields = Fields(); }
     void SetType(DTType type) noexcept {
-        m_fields.kind = static_cast<std::uint8_t>((m_fields.kind & ~kTypeMask) | (type & kTypeMask));
+        const int bits = type >= dt_none && type <= dt_gMonthDay ? static_cast<int>(type) : kTypeMask;
+        m_fields.kind = static_cast<std::uint8_t>((m_fields.kind & ~kTypeMask) | bits);
     }
     void SetSeconds(std::int64_t secondsSince1970);
     void SetDateTime(DTType type, const Numbers& numbers);

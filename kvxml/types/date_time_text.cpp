@@ -118,6 +118,7 @@ void CDateTime::ParseXSDDateTime(std::string_view text) {
         date.year = static_cast<std::int16_t>(year);
         date.month = static_cast<std::uint8_t>(month);
         date.day = static_cast<std::uint8_t>(day);
+        date.kind = dt_date;  // what is left of the value when the time is refused
         m_fields = date;
         SetXSDTime(text.substr(11));
     } else {

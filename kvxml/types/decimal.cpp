@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 #include <system_error>
+#include <utility>
 
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/format_string.h"
@@ -57,9 +58,10 @@ constexpr std::uint64_t Magnitude(std::int64_t value) noexcept {
 }
 
 [[noreturn]] void ThrowInvalidChar(std::size_t position, std::string_view text) {
-    throw CKvInvalidValueException(
-        FormatString("The string representing a Decimal, contained an invalid char at position %d [%s].",
-                     static_cast<int>(position), std::string(text).c_str()));
+    // Put together by hand: zero bytes in the text are kept.
+    std::string message("The string representing a Decimal, contained an invalid char at position ");
+    message.append(std::to_string(position)).append(" [").append(text).append("].");
+    throw CKvInvalidValueException(std::move(message));
 }
 
 [[noreturn]] void ThrowTooLarge(std::string_view text) {
@@ -67,6 +69,10 @@ constexpr std::uint64_t Magnitude(std::int64_t value) noexcept {
     throw CKvInvalidValueException(FormatString("The string representing a Decimal, is too large [%s%s].",
                                                 std::string(text.substr(0, kShown)).c_str(),
                                                 text.size() > kShown ? "..." : ""));
+}
+
+[[noreturn]] void ThrowTooLargeForDouble() {
+    throw CKvOverFlowException("The Decimal value if to large to fit into a Double");
 }
 
 // Places the point into the digits that stand at `digits` (at most 19) and drops insignificant zeros.
@@ -373,7 +379,7 @@ std::int32_t CDecimal::GetFractionDigits() const noexcept {
 
 std::int32_t CDecimal::GetTotalDigits() const noexcept {
     const std::int32_t fraction = GetFractionDigits();
-    if (m_isBig) return std::max(static_cast<std::int32_t>(m_big->DigitCount()), fraction);
+    if (m_isBig) return std::max(internal::ToCount(m_big->DigitCount()), fraction);
     const std::uint64_t magnitude =
         Magnitude(m_value) / static_cast<std::uint64_t>(kPow10[m_scale - fraction]);
     std::int32_t digits = 1;
@@ -534,6 +540,10 @@ double CDecimal::ToDouble() const {
     char buffer[kMaxSmallLength];
     std::string_view view;
     if (m_isBig) {
+        // What is far out of range needs no text, which may be long.
+        const std::int64_t wholeDigits = static_cast<std::int64_t>(m_big->DigitCount()) - m_scale;
+        if (wholeDigits > std::numeric_limits<double>::max_exponent10 + 1) ThrowTooLargeForDouble();
+        if (wholeDigits < -400) return 0.0;
         AppendTo(text);
         view = text;
     } else {
@@ -543,9 +553,7 @@ double CDecimal::ToDouble() const {
     const auto result = std::from_chars(view.data(), view.data() + view.size(), value);
     if (result.ec == std::errc() && std::isfinite(value)) return value;
     // Out of range: either too large, or closer to zero than the smallest double.
-    if (m_isBig && static_cast<std::int64_t>(m_big->DigitCount()) > m_scale) {
-        throw CKvOverFlowException("The Decimal value if to large to fit into a Double");
-    }
+    if (m_isBig && static_cast<std::int64_t>(m_big->DigitCount()) > m_scale) ThrowTooLargeForDouble();
     return 0.0;
 }
 

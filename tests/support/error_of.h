@@ -7,12 +7,13 @@
 
 namespace KvXmlLib16 {
 
-/// The full message of what `action` throws; "(no error)" when it throws nothing.
-template <class Action>
+/// The full message of what `action` throws; "(no error)" when it throws nothing. What is not an `Exception`
+/// passes on.
+template <class Exception = CKvException, class Action>
 std::string ErrorOf(Action action) {
     try {
         action();
-    } catch (const CKvException& e) {
+    } catch (const Exception& e) {
         return e.GetFullMessage();
     }
     return "(no error)";

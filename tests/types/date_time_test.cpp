@@ -8,9 +8,10 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
-#include "kvxml/runtime/exceptions.h"
 #include "kvxml/types/date_time_span.h"
+#include "tests/support/error_of.h"
 
 using namespace KvXmlLib16;
 
@@ -20,15 +21,8 @@ static_assert(sizeof(CDateTime) == 24);
 static_assert(std::is_nothrow_move_constructible_v<CDateTime> &&
               std::is_nothrow_copy_assignable_v<CDateTime>);
 
-template <class Exception = CKvInvalidValueException, class Action>
-std::string MessageOf(Action action) {
-    try {
-        action();
-    } catch (const Exception& e) {
-        return e.GetMessage();
-    }
-    return "(nothing thrown)";
-}
+using Invalid = CKvInvalidValueException;
+using InvalidState = CKvInvalidStateException;
 
 CDateTime DateOf(std::string_view text) {
     CDateTime value;
@@ -61,44 +55,42 @@ TEST(DateTime, LexicalForms) {
         const char* written;  // null: as read
     } rows[] = {
         {"2007-10-14T10:09:57Z", CDateTime::dt_dateTime, nullptr},
-        {"2007-10-14T10:09:57", CDateTime::dt_dateTime, nullptr},
         {"-0044-03-15T23:59:59.000000001-23:59", CDateTime::dt_dateTime, nullptr},
-        {"2001-10-26T21:32:52.12679+02:00", CDateTime::dt_dateTime, "2001-10-26T21:32:52.126790+02:00"},
-        {"2001-10-26T21:32:52.5", CDateTime::dt_dateTime, "2001-10-26T21:32:52.500"},
-        {"2001-10-26T21:32:52.", CDateTime::dt_dateTime, "2001-10-26T21:32:52"},
+        {"2001-10-26T21:32:52.12679+14:00", CDateTime::dt_dateTime, "2001-10-26T21:32:52.126790+14:00"},
         {"2001-10-26T21:32:52 behind", CDateTime::dt_dateTime, "2001-10-26T21:32:52"},
         {"2004-02-29", CDateTime::dt_date, nullptr},
-        {"2000-02-29Z", CDateTime::dt_date, nullptr},
         {"-0004-02-29-05:30", CDateTime::dt_date, nullptr},
+        {"-0400-02-29", CDateTime::dt_date, nullptr},
         {"2004-02-29x05:30", CDateTime::dt_date, "2004-02-29"},
         {"9999-12", CDateTime::dt_gYearMonth, nullptr},
-        {"-0001-01Z", CDateTime::dt_gYearMonth, nullptr},
-        {"1999", CDateTime::dt_gYear, nullptr},
-        {"-1999+14:00", CDateTime::dt_gYear, nullptr},
-        {"--05", CDateTime::dt_gMonth, nullptr},
-        {"--12Z", CDateTime::dt_gMonth, nullptr},
+        {"-9999+23:59", CDateTime::dt_gYear, nullptr},
+        {"--01", CDateTime::dt_gMonth, nullptr},
         {"--05--", CDateTime::dt_gMonth, "--05"},
-        {"--05!?", CDateTime::dt_gMonth, "--05"},
+        {"--05!?-01:00", CDateTime::dt_gMonth, "--05-01:00"},
         {"---31", CDateTime::dt_gDay, nullptr},
-        {"---01-00:00", CDateTime::dt_gDay, "---01+00:00"},
+        {"---01-00:30", CDateTime::dt_gDay, "---01+00:30"},  // the sign is the hour's
         {"--02-29", CDateTime::dt_gMonthDay, nullptr},
         {"--12-31+02:00", CDateTime::dt_gMonthDay, nullptr},
         {"00:00:00", CDateTime::dt_time, nullptr},
-        {"21:32:52Z", CDateTime::dt_time, nullptr},
-        {"21:32:52+24:00", CDateTime::dt_time, "21:32:52+00:00"},
-        {"21:32:52.000001", CDateTime::dt_time, nullptr},
-        {"21:32:52.123456789Z", CDateTime::dt_time, nullptr},
-        {"12:00:00abc", CDateTime::dt_time, "12:00:00"},
+        {"23:59:59-24:59", CDateTime::dt_time, "23:59:59+00:59"},
+        {"12:00:00.abc", CDateTime::dt_time, "12:00:00"},
+        {"12:00:00,5+01:00", CDateTime::dt_time, "12:00:00"},
     };
     for (const auto& row : rows) {
         const CDateTime value = Of(row.text);
         EXPECT_EQ(value.GetType(), row.type) << row.text;
         EXPECT_EQ(value.ToString(), row.written == nullptr ? row.text : row.written);
     }
+    const std::string digits = "123456789";
+    for (std::size_t count = 0; count <= digits.size(); ++count) {
+        std::string written = count == 0 ? "" : "." + digits.substr(0, count);
+        if (count % 3 != 0) written.append(3 - count % 3, '0');
+        EXPECT_EQ(TimeOf("21:32:52." + digits.substr(0, count) + "Z").ToString(), "21:32:52" + written + "Z");
+    }
 }
 
 TEST(DateTime, RefusedTexts) {
-    using Parse = void (CDateTime::*)(const char*);
+    using Parse = void (CDateTime::*)(std::string_view);
     const Parse dateTime = &CDateTime::ParseXSDDateTime;
     const Parse date = &CDateTime::ParseXSDDate;
     const Parse time = &CDateTime::ParseXSDTime;
@@ -107,66 +99,84 @@ TEST(DateTime, RefusedTexts) {
         const char* text;
         const char* message;
     } rows[] = {
-        {dateTime, nullptr, "Invalid DateTime (Null String)"},
         {dateTime, "", "Invalid XSD DateTime []."},
-        {dateTime, "2001-10-26", "Invalid XSD DateTime [2001-10-26]."},
+        {dateTime, "2001-10-26t10:00:00", "Invalid XSD DateTime [2001-10-26t10:00:00]."},
         {dateTime, "2001-10T10:00:00",
          "Invalid XSD DateTime [2001-10T10:00:00] expected CCYY-MM-DDThh:mm:ss[.ff]"},
         {dateTime, "T10:00:00", "Invalid Date (Empty String)"},
         {dateTime, "2001-10-26T", "Invalid XSD Time (Empty String)"},
-        {dateTime, "2001-13-26T10:00:00", "Invalid Month [13] (1 <= month <= 12)"},
-        {dateTime, "2001-10-26T24:00:00", "Invalid XSD Time [24:00:00] expected hh:mm:ss[.ff]"},
-        {dateTime, "2O01-10-26T10:00:00", "Invalid XSD Date [2O01-10-26] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
-        {date, nullptr, "Invalid Date (Null String)"},
+        {dateTime, "2001-02-29T10:00:00", "Invalid Day [29] (1 <= day <= days in month"},
+        {dateTime, "2001-10-26T10:00:00T", "(no error)"},
         {date, "", "Invalid Date (Empty String)"},
         {date, "2001-10-26T10:00:00", "Invalid Date ('T' not allowed)"},
         {date, "2001-10-26+01:00Z", "Invalid Date (Bad Zone value)"},
-        {date, "2001-10-26+0:00", "Invalid XSD Date [2001-10-26+0:00] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
-        {date, "1:2", "Invalid XSD Date [1:2] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
-        {date, "Z", "Invalid XSD Date [Z] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
-        {date, "-", "Invalid XSD Date [-] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
-        {date, "--", "Invalid XSD Date [--] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
-        {date, "12345-01-01", "Invalid XSD Date [12345-01-01] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
-        {date, "+2001", "Invalid XSD Date [+2001] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
-        {date, "2001/10", "Invalid XSD Date [2001/10] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
-        {date, "2001-10-26+1x:00", "Invalid XSD Time Zone [+1x:00]."},
+        {date, "2001+01-0:", "Invalid XSD Time Zone [+01-0:]."},
+        {date, "2001-10-26-25:00", "Invalid TimeZone [-25:0]"},
         {date, "0000-01-01", "Invalid Year [0] (9999 <= year <= -9999 && year != 0)"},
-        {date, "2003-02-29", "Invalid Day [29] (1 <= day <= days in month"},
         {date, "1900-02-29", "Invalid Day [29] (1 <= day <= days in month"},
+        {date, "-0100-02-29", "Invalid Day [29] (1 <= day <= days in month"},
         {date, "2001-04-00", "Invalid Day [0] (1 <= day <= days in month"},
         {date, "--02-30", "Invalid Day [30] (1 <= day <= days in month)"},
-        {date, "---32", "Invalid Day [32] (1 <= day <= 31)"},
-        {date, "--13", "Invalid Month [13] (1 <= month <= 12)"},
-        {time, nullptr, "Invalid Time (Null String)"},
+        {date, "--04-31", "Invalid Day [31] (1 <= day <= days in month)"},
+        {date, "---00", "Invalid Day [0] (1 <= day <= 31)"},
+        {date, "2001-00", "Invalid Month [0] (1 <= month <= 12)"},
+        {date, "0000-13", "Invalid Month [13] (1 <= month <= 12)"},  // the month is checked first
         {time, "", "Invalid XSD Time (Empty String)"},
-        {time, "1:00:00", "Invalid XSD Time [1:00:00] expected hh:mm:ss[.ff]"},
-        {time, "10:60:00", "Invalid XSD Time [10:60:00] expected hh:mm:ss[.ff]"},
-        {time, "10:00:60", "Invalid XSD Time [10:00:60] expected hh:mm:ss[.ff]"},
         {time, "10:00:00.1234567890", "Invalid XSD Time [10:00:00.1234567890] Fraction part too long"},
-        {time, "10:00:00+01:000", "Invalid XSD Time Zone [+01:000]."},
-        {time, "10:00:00+25:00", "Invalid TimeZone [25:0]"},
+        {time, "10:00:00+1:00", "Invalid XSD Time Zone [+1:00]."},
         {time, "10:00:00-05:60", "Invalid TimeZone [-5:60]"},
     };
     for (const auto& row : rows) {
         CDateTime value;
-        EXPECT_EQ(MessageOf([&] { (value.*row.parse)(row.text); }), row.message);
+        EXPECT_EQ(ErrorOf<Invalid>([&] { (value.*row.parse)(row.text); }), row.message);
     }
-    CDateTime value(2001, 2, 3, 4, 5, 6);
-    EXPECT_EQ(MessageOf([&] { value.ParseXSDDate("bad"); }),
-              "Invalid XSD Date [bad] expected CCYY-MM-DD[Z|[+|-]hh:mm]");
-    EXPECT_EQ(value.ToString(), "Error: Date Not Set");  // nothing of the value before is left
+    using namespace std::string_literals;
+    const std::string mega(1 << 20, '-');
+    std::vector<std::string> dates = {"Z",          "-",           "--",          "---",    "1:2",
+                                      "+2001",      "2001/10",     "--1",         "---1",   "--12/31",
+                                      "2O01-10-26", "12345-01-01", "2001-10-26 ", "200\xff"};
+    dates.insert(dates.end(), {"2001-10-26+0:00", "2001-10-26\0"s, "\xd9\xa2\xd9\xa0", mega, mega + ":"});
+    for (const std::string& text : dates) {
+        EXPECT_TRUE(ErrorOf<Invalid>([&] { DateOf(text); }) ==
+                    "Invalid XSD Date [" + text + "] expected CCYY-MM-DD[Z|[+|-]hh:mm]")
+            << text.substr(0, 20);
+    }
+    const std::string times[] = {"1:00:00",  "10:00",    "10:60:00",   "10:00:60",
+                                 "24:00:00", "10-00-00", "10:00:0\0"s, "\xd9\xa1\xd9\xa0:00:00",
+                                 "-1:00:00", mega};
+    for (const std::string& text : times) {
+        EXPECT_TRUE(ErrorOf<Invalid>([&] { TimeOf(text); }) ==
+                    "Invalid XSD Time [" + text + "] expected hh:mm:ss[.ff]")
+            << text.substr(0, 20);
+    }
+}
+
+TEST(DateTime, WhatARefusedTextLeaves) {
+    const auto leaves = [](void (CDateTime::*parse)(const char*), const char* text) {
+        CDateTime value("2001-02-03T04:05:06Z");
+        const std::string message = ErrorOf<Invalid>([&] { (value.*parse)(text); });
+        return message.substr(0, message.find(" [")) + " / " + value.ToString();
+    };
+    EXPECT_EQ(leaves(&CDateTime::ParseXSDDateTime, nullptr),
+              "Invalid DateTime (Null String) / 2001-02-03T04:05:06Z");
+    EXPECT_EQ(leaves(&CDateTime::ParseXSDDateTime, "2001-10-26"),
+              "Invalid XSD DateTime / 2001-02-03T04:05:06Z");
+    EXPECT_EQ(leaves(&CDateTime::ParseXSDDateTime, "2001-10-26T1"), "Invalid XSD Time / 2001-10-26");
+    EXPECT_EQ(leaves(&CDateTime::ParseXSDDateTime, "-2001-10-26T1"), "Invalid XSD Time / -2001-10-26");
+    EXPECT_EQ(leaves(&CDateTime::ParseXSDDateTime, "1999-10Z"),
+              "Invalid XSD DateTime / 2001-02-03T04:05:06Z");
+    EXPECT_EQ(leaves(&CDateTime::ParseXSDDate, nullptr), "Invalid Date (Null String) / Error: Date Not Set");
+    EXPECT_EQ(leaves(&CDateTime::ParseXSDDate, "bad"), "Invalid XSD Date / Error: Date Not Set");
+    EXPECT_EQ(leaves(&CDateTime::ParseXSDDate, "1999-02-30"), "Invalid Day / 1999-02-30");
+    EXPECT_EQ(leaves(&CDateTime::ParseXSDTime, nullptr), "Invalid Time (Null String) / Error: Date Not Set");
+    EXPECT_EQ(leaves(&CDateTime::ParseXSDTime, "bad"), "Invalid XSD Time / Error: Date Not Set");
 }
 
 // The commonest form has a reader of its own; with a fraction the same text goes the long way.
 TEST(DateTime, PlainTextsAreReadAsThoseWithFraction) {
     const auto read = [](const std::string& text) {
         CDateTime value;
-        std::string message;
-        try {
-            value.ParseXSDDateTime(text);
-        } catch (const CKvException& e) {
-            message = e.GetMessage();
-        }
+        std::string message = ErrorOf<Invalid>([&] { value.ParseXSDDateTime(text); });
         // What a failed parse leaves counts, too.
         return std::pair(value.ToString(), message);
     };
@@ -189,7 +199,6 @@ TEST(DateTime, PlainTextsAreReadAsThoseWithFraction) {
 
 TEST(DateTime, ToStringFormats) {
     const CDateTime value(2001, 2, 3);
-    EXPECT_EQ(value.ToString("s"), "2001-02-03");
     EXPECT_EQ(value.ToString("G"), "");
     EXPECT_EQ(value.ToString(""), "");
     EXPECT_EQ(value.ToString(nullptr), "");
@@ -218,15 +227,12 @@ TEST(DateTime, KindSettersCheckTheirValues) {
         void (*set)(CDateTime&);
         const char* message;
     } rows[] = {
-        {[](CDateTime& v) { v.SetDate(10000, 1, 1); },
-         "Invalid Year [10000] (9999 <= year <= -9999 && year != 0)"},
         {[](CDateTime& v) { v.SetDate(70000, 1, 1); },
          "Invalid Year [70000] (9999 <= year <= -9999 && year != 0)"},
         {[](CDateTime& v) { v.SetGYear(0); }, "Invalid Year [0] (9999 <= year <= -9999 && year != 0)"},
         {[](CDateTime& v) { v.SetGMonth(261); }, "Invalid Month [261] (1 <= month <= 12)"},
         {[](CDateTime& v) { v.SetGYearMonth(2000, 0); }, "Invalid Month [0] (1 <= month <= 12)"},
         {[](CDateTime& v) { v.SetGDay(-1); }, "Invalid Day [-1] (1 <= day <= 31)"},
-        {[](CDateTime& v) { v.SetGMonthDay(4, 31); }, "Invalid Day [31] (1 <= day <= days in month)"},
         {[](CDateTime& v) { v.SetDate(2100, 2, 29); }, "Invalid Day [29] (1 <= day <= days in month"},
         {[](CDateTime& v) { v.SetTime(24, 0, 0); }, "Invalid Hour [24] (0 <= hour <= 23)"},
         {[](CDateTime& v) { v.SetTime(0, 60, 0); }, "Invalid Minute [60] (0 <= minute <= 59)"},
@@ -236,15 +242,14 @@ TEST(DateTime, KindSettersCheckTheirValues) {
         {[](CDateTime& v) { v.SetTime(0, 0, 0, 0, 0, 1000); },
          "Invalid Nano-Second [1000] (0 <= nano <= 999)"},
         {[](CDateTime& v) { v.SetTimeZone(24, 0); }, "Invalid TimeZone [24:0]"},
-        {[](CDateTime& v) { v.SetTimeZone(-23, 60); }, "Invalid TimeZone [-23:60]"},
     };
     for (const auto& row : rows) {
         CDateTime value;
-        EXPECT_EQ(MessageOf([&] { row.set(value); }), row.message);
+        EXPECT_EQ(ErrorOf<Invalid>([&] { row.set(value); }), row.message);
     }
 
     CDateTime value(2001, 2, 3, 4, 5, 6);
-    EXPECT_EQ(MessageOf<CKvInvalidStateException>([&] { value.SetTime(1, 2, 3); }),
+    EXPECT_EQ(ErrorOf<InvalidState>([&] { value.SetTime(1, 2, 3); }),
               "Failed to copy CDateTime. Invalid Date Type: time, expected: dateTime.");
     EXPECT_EQ(value.ToString(), "2001-02-03T04:05:06");
     value.SetUTC();
@@ -256,14 +261,9 @@ TEST(DateTime, KindSettersCheckTheirValues) {
 }
 
 TEST(DateTime, FieldsOfEachKind) {
-    const char* const kTexts[] = {"2001-02-03T04:05:06.007008009",
-                                  "2001-02-03",
-                                  "2001-02",
-                                  "2001",
-                                  "04:05:06.007008009",
-                                  "---03",
-                                  "--02",
-                                  "--02-03"};
+    const char* const dateTime = "2001-02-03T04:05:06.007008009";
+    const char* const time = "04:05:06.007008009";
+    const char* const texts[] = {dateTime, "2001-02-03", "2001-02", "2001", time, "---03", "--02", "--02-03"};
     const struct {
         const char* name;
         long (*get)(const CDateTime&);
@@ -271,24 +271,19 @@ TEST(DateTime, FieldsOfEachKind) {
         const char* kinds;             // one mark per text
         long value;
     } rows[] = {
-        {"Year", [](const CDateTime& v) -> long { return v.GetYear(); },
-         [](CDateTime& v, int n) { v.SetYear(n); }, "yyyynnnn", 2001},
-        {"Month", [](const CDateTime& v) -> long { return v.GetMonth(); },
-         [](CDateTime& v, int n) { v.SetMonth(n); }, "yyynnnyy", 2},
-        {"Day", [](const CDateTime& v) -> long { return v.GetDay(); },
-         [](CDateTime& v, int n) { v.SetDay(n); }, "yynnnyny", 3},
-        {"Hour", [](const CDateTime& v) -> long { return v.GetHour(); },
-         [](CDateTime& v, int n) { v.SetHour(n); }, "ynnnynnn", 4},
-        {"Minute", [](const CDateTime& v) -> long { return v.GetMinute(); },
-         [](CDateTime& v, int n) { v.SetMinute(n); }, "ynnnynnn", 5},
-        {"Second", [](const CDateTime& v) -> long { return v.GetSecond(); },
-         [](CDateTime& v, int n) { v.SetSecond(n); }, "ynnnynnn", 6},
-        {"MilliSecond", [](const CDateTime& v) -> long { return v.GetMilliSecond(); },
-         [](CDateTime& v, int n) { v.SetMilliSecond(n); }, "ynnnynnn", 7},
-        {"MicroSecond", [](const CDateTime& v) -> long { return v.GetMicroSecond(); },
-         [](CDateTime& v, int n) { v.SetMicroSecond(n); }, "ynnnynnn", 8},
-        {"NanoSecond", [](const CDateTime& v) -> long { return v.GetNanoSecond(); },
-         [](CDateTime& v, int n) { v.SetNanoSecond(n); }, "ynnnynnn", 9},
+#define ROW(Name, kinds, value)                                       \
+    {#Name, [](const CDateTime& v) -> long { return v.Get##Name(); }, \
+     [](CDateTime& v, int n) { v.Set##Name(n); }, kinds, value}
+        ROW(Year, "yyyynnnn", 2001),
+        ROW(Month, "yyynnnyy", 2),
+        ROW(Day, "yynnnyny", 3),
+        ROW(Hour, "ynnnynnn", 4),
+        ROW(Minute, "ynnnynnn", 5),
+        ROW(Second, "ynnnynnn", 6),
+        ROW(MilliSecond, "ynnnynnn", 7),
+        ROW(MicroSecond, "ynnnynnn", 8),
+        ROW(NanoSecond, "ynnnynnn", 9),
+#undef ROW
         {"RealSecond", [](const CDateTime& v) -> long { return v.GetRealSecond() == 6.007008009 ? 1 : 0; },
          nullptr, "ynnnynnn", 1},
         {"DayOfWeek", [](const CDateTime& v) -> long { return v.GetDayOfWeek(); }, nullptr, "yynnnnnn", 7},
@@ -296,8 +291,8 @@ TEST(DateTime, FieldsOfEachKind) {
     };
     for (const auto& row : rows) {
         for (std::size_t i = 0; i < 8; ++i) {
-            SCOPED_TRACE(std::string(row.name) + " of " + kTexts[i]);
-            CDateTime value = Of(kTexts[i]);
+            SCOPED_TRACE(std::string(row.name) + " of " + texts[i]);
+            CDateTime value = Of(texts[i]);
             const std::string message = std::string("Failed to Get") + row.name +
                                         ". Invalid Date Type: " + value.GetTypeAsString() + ".";
             if (row.kinds[i] == 'y') {
@@ -307,19 +302,18 @@ TEST(DateTime, FieldsOfEachKind) {
                     EXPECT_EQ(row.get(value), 77);
                 }
             } else {
-                EXPECT_EQ(MessageOf<CKvInvalidStateException>([&] { row.get(value); }), message);
+                EXPECT_EQ(ErrorOf<InvalidState>([&] { row.get(value); }), message);
                 if (row.set != nullptr) {
-                    EXPECT_EQ(MessageOf<CKvInvalidStateException>([&] { row.set(value, 77); }), message);
+                    EXPECT_EQ(ErrorOf<InvalidState>([&] { row.set(value, 77); }), message);
                 }
             }
         }
     }
-    EXPECT_EQ(MessageOf<CKvInvalidStateException>([] { CDateTime().GetYear(); }),
+    EXPECT_EQ(ErrorOf<InvalidState>([] { CDateTime().GetYear(); }),
               "Failed to GetYear. Invalid Date Type: yearZero.");
-    EXPECT_EQ(MessageOf<CKvInvalidStateException>([] { CDateTime("2001-01-01T00:00:00Z").GetZoneHour(); }),
+    EXPECT_EQ(ErrorOf<InvalidState>([] { CDateTime("2001-01-01T00:00:00Z").GetZoneHour(); }),
               "TimeZone is not been used");
-    EXPECT_EQ(MessageOf<CKvInvalidStateException>([] { CDateTime().GetZoneMinute(); }),
-              "TimeZone is not been used");
+    EXPECT_EQ(ErrorOf<InvalidState>([] { CDateTime().GetZoneMinute(); }), "TimeZone is not been used");
     const CDateTime zoned("2001-01-01T00:00:00-05:30");
     EXPECT_EQ(zoned.GetZoneHour(), -5);
     EXPECT_EQ(zoned.GetZoneMinute(), 30);
@@ -334,10 +328,17 @@ TEST(DateTime, ConversionBetweenKinds) {
     value = DateOf("2001-02-03");
     value.SetDateTime(value, CDateTime::dt_gMonthDay);
     EXPECT_EQ(value.ToString(), "--02-03");
-    EXPECT_EQ(MessageOf([&] { value.SetDateTime(DateOf("2001-02-03"), CDateTime::dt_dateTime); }),
+    EXPECT_EQ(ErrorOf<Invalid>([&] { value.SetDateTime(DateOf("2001-02-03"), CDateTime::dt_dateTime); }),
               "Attempting to set a CDateTime of type dateTime using an XmlDateTime of type date. The source "
               "CDateTime does not contian enough data to allow the conversion.");
     EXPECT_EQ(value.ToString(), "--02-03");
+    value.SetDay(30);
+    EXPECT_EQ(ErrorOf<Invalid>([&] { value.SetDateTime(value, CDateTime::dt_gMonthDay); }),
+              "Invalid Day [30] (1 <= day <= days in month)");
+    EXPECT_EQ(ErrorOf<Invalid>([&] { value.SetDateTime(value, CDateTime::dt_none); }), "Invalid Year Zero");
+    // A number that is no kind stays none, it does not become another one.
+    EXPECT_EQ(CDateTime(static_cast<CDateTime::DTType>(0x14)).GetTypeAsString(), "");
+    EXPECT_EQ(CDateTime(static_cast<CDateTime::DTType>(-1)).ToString(), "Error: Date Not Set");
 }
 
 TEST(DateTime, SecondsSince1970) {
@@ -345,8 +346,6 @@ TEST(DateTime, SecondsSince1970) {
         const char* text;
         std::int64_t seconds;
     } rows[] = {
-        {"1970-01-01T00:00:00", 0},
-        {"2007-10-14T10:09:57Z", 1192356597},
         {"2007-10-14T12:09:57+02:00", 1192356597},
         {"2038-01-19T03:14:08.999", 2147483648},
         {"1969-12-31T23:59:59", -1},
@@ -369,9 +368,9 @@ TEST(DateTime, SecondsSince1970) {
     EXPECT_EQ(value.ToString(), "2007-10-14T10:09:57");
     value = 0;
     EXPECT_EQ(value.ToString(), "1970-01-01T00:00:00");
-    EXPECT_EQ(MessageOf([&] { value = 253402300800; }),
+    EXPECT_EQ(ErrorOf<Invalid>([&] { value = 253402300800; }),
               "Invalid Year [10000] (9999 <= year <= -9999 && year != 0)");
-    EXPECT_EQ(MessageOf([&] { value = -62167219200; }),
+    EXPECT_EQ(ErrorOf<Invalid>([&] { value = -62167219200; }),
               "Invalid Year [0] (9999 <= year <= -9999 && year != 0)");
     for (const std::int64_t extreme :
          {std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()}) {
@@ -379,7 +378,7 @@ TEST(DateTime, SecondsSince1970) {
     }
     EXPECT_THROW(value = std::numeric_limits<std::uint64_t>::max(), CKvInvalidValueException);
     EXPECT_EQ(value.ToString(), "1970-01-01T00:00:00");
-    EXPECT_EQ(MessageOf([] { TimeOf("00:00:00").GetTime(); }),
+    EXPECT_EQ(ErrorOf<Invalid>([] { TimeOf("00:00:00").GetTime(); }),
               "Failed to GetTime, Date Status must be dateTime or date. Invalid Date Type: time.");
 }
 
@@ -388,7 +387,7 @@ TEST(DateTime, PlatformTimes) {
     EXPECT_EQ(time.wYear, 2007);
     EXPECT_EQ(time.wDayOfWeek, 0);  // a Sunday
     EXPECT_EQ(CDateTime(time).ToString(), "2007-10-14T10:09:57.123");
-    EXPECT_EQ(MessageOf([] { DateOf("2001-01-01").GetAsSystemTime(); }),
+    EXPECT_EQ(ErrorOf<Invalid>([] { DateOf("2001-01-01").GetAsSystemTime(); }),
               "Failed to GetAsSystemTime, Date Status must be dateTime. Invalid Date Type: date.");
 
     const auto fileTime = [](std::uint64_t ticks) {
@@ -398,9 +397,9 @@ TEST(DateTime, PlatformTimes) {
     value = fileTime(0);
     EXPECT_EQ(value.ToString(), "1601-01-01T00:00:00");
     EXPECT_EQ(CDateTime(fileTime(116444736000000000 + 12345678)).ToString(), "1970-01-01T00:00:01.234");
-    EXPECT_EQ(MessageOf([&] { value = fileTime(std::uint64_t{1} << 63); }),
+    EXPECT_EQ(ErrorOf<Invalid>([&] { value = fileTime(std::uint64_t{1} << 63); }),
               "Failed to convert FILETIME to SYSTEMTIME");
-    EXPECT_EQ(MessageOf([&] { value = fileTime((std::uint64_t{1} << 63) - 1); }),
+    EXPECT_EQ(ErrorOf<Invalid>([&] { value = fileTime((std::uint64_t{1} << 63) - 1); }),
               "Invalid Year [30828] (9999 <= year <= -9999 && year != 0)");
 
     const CDateTime now = CDateTime::GetTickCount();
@@ -416,8 +415,6 @@ TEST(DateTime, Normalized) {
     } rows[] = {
         {"2000-03-04T23:00:00+03:00", "2000-03-04T20:00:00Z"},
         {"2000-12-31T23:00:00.5-01:30", "2001-01-01T00:30:00.500Z"},
-        {"2000-03-04T23:00:00", "2000-03-04T23:00:00"},
-        {"2000-03-04T23:00:00Z", "2000-03-04T23:00:00Z"},
         {"00:30:00+01:00", "23:30:00Z"},
         {"2000-01-01+13:00", "1999-12-31Z"},
         {"--01-01+01:00", "--12-31Z"},
@@ -425,7 +422,7 @@ TEST(DateTime, Normalized) {
     };
     for (const auto& row : rows)
         EXPECT_EQ(Of(row.text).GetNormalized().ToString(), row.normalized);
-    EXPECT_EQ(MessageOf([] { CDateTime("9999-12-31T23:00:00-01:00").GetNormalized(); }),
+    EXPECT_EQ(ErrorOf<Invalid>([] { CDateTime("9999-12-31T23:00:00-01:00").GetNormalized(); }),
               "Invalid Year [10000] (9999 <= year <= -9999 && year != 0)");
 }
 
@@ -435,9 +432,7 @@ TEST(DateTime, Order) {
         char order;  // = < > ?
         const char* b;
     } rows[] = {
-        {"2000-01-15T00:00:00", '<', "2000-02-15T00:00:00"},
         {"2000-01-15T12:00:00", '<', "2000-01-16T12:00:00Z"},
-        {"2000-01-01T12:00:00", '?', "1999-12-31T23:00:00Z"},
         {"2000-01-16T12:00:00", '?', "2000-01-16T12:00:00Z"},
         {"2000-01-16T00:00:00", '?', "2000-01-16T12:00:00Z"},
         {"2000-01-16T12:00:00", '?', "2000-01-16T02:00:00+04:00"},  // exactly 14 hours
@@ -445,18 +440,11 @@ TEST(DateTime, Order) {
         {"2000-01-16T12:00:00Z", '<', "2000-01-17T02:00:00.000000001"},
         {"2000-01-16T12:00:00Z", '?', "2000-01-17T02:00:00"},
         {"2000-01-01T00:00:00+01:00", '=', "1999-12-31T23:00:00Z"},
-        {"2000-01-01T00:00:00.1", '<', "2000-01-01T00:00:00.100001"},
         {"-0001-12-31T00:00:00", '<', "0001-01-01T00:00:00"},
-        {"-0002-01-01", '<', "-0001-01-01"},
         {"9999-12-31T23:59:59-14:00", '>', "9999-12-31T23:59:59Z"},
         {"2000-01-01+13:00", '<', "2000-01-01Z"},
-        {"2000-01-01+01:00", '=', "2000-01-01+01:00"},
         {"00:30:00+01:00", '<', "00:00:00Z"},
         {"12:00:00", '?', "12:00:00Z"},
-        {"--02-29", '>', "--02-28"},
-        {"---31", '>', "---30"},
-        {"--11", '<', "--12"},
-        {"1999", '<', "2000"},
         {"1999", '<', "2000-01-01"},  // the year decides
         {"2000", '?', "2000-01-01"},  // the month is missing
         {"2000-01-01", '?', "2000-01-01T00:00:00"},
@@ -470,12 +458,11 @@ TEST(DateTime, Order) {
         const char mirrored = row.order == '<' ? '>' : row.order == '>' ? '<' : row.order;
         EXPECT_EQ("=<>?"[a.CompareTo(b)], row.order);
         EXPECT_EQ("=<>?"[b.CompareTo(a)], mirrored);
-        EXPECT_EQ(a == b, row.order == '=');
-        EXPECT_EQ(a != b, row.order != '=');
-        EXPECT_EQ(a < b, row.order == '<');
-        EXPECT_EQ(a <= b, row.order == '<' || row.order == '=');
-        EXPECT_EQ(a > b, row.order == '>');
-        EXPECT_EQ(a >= b, row.order == '>' || row.order == '=');
+        const bool less = row.order == '<';
+        const bool equal = row.order == '=';
+        const bool greater = row.order == '>';
+        EXPECT_TRUE((a == b) == equal && (a != b) != equal && (a < b) == less && (a > b) == greater);
+        EXPECT_TRUE((a <= b) == (less || equal) && (a >= b) == (greater || equal));
     }
     EXPECT_TRUE(CDateTime() == CDateTime());
     EXPECT_EQ(CDateTime().CompareTo(DateOf("2000-01-01")), CDateTime::DTCompare_Indeterminate);
@@ -491,8 +478,6 @@ TEST(DateTime, AddingDurations) {
         {"2000-01", "-P3M", "1999-10"},
         {"2000-01-12", "PT33H", "2000-01-13"},
         {"2000-01-31", "P1M", "2000-02-29"},
-        {"2001-01-31", "P1M", "2001-02-28"},
-        {"2000-03-30", "P1D", "2000-03-31"},
         {"2000-03-31", "-P1M", "2000-02-29"},
         {"2000-03-30T00:00:00", "P1M1D", "2000-05-01T00:00:00"},
         {"2000-02-29", "P1Y", "2001-02-28"},
@@ -501,26 +486,18 @@ TEST(DateTime, AddingDurations) {
         {"-0001-06-01", "P2Y", "0001-06-01"},  // through a year 0
         {"-0004-02-28", "P1D", "-0004-02-29"},
         {"23:30:00", "PT1H", "00:30:00"},
-        {"00:00:00", "-PT0.001S", "23:59:59.999"},
         {"--12-31", "P1D", "--01-01"},
         {"--02-28", "P1D", "--02-29"},
         {"---31", "P1D", "---01"},
-        {"1999", "P11M", "1999"},
         {"1999", "P12M", "2000"},
         {"2000-01-01T00:00:00", "PT2147483647M", "6083-01-23T02:07:00"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.start) + " + " + row.span);
         CDateTimeSpan span = SpanOf(row.span);
-        CDateTime value = Of(row.start);
-        EXPECT_EQ((value + span).ToString(), row.sum);
-        value += span;
-        EXPECT_EQ(value.ToString(), row.sum);
+        EXPECT_EQ((Of(row.start) + span).ToString(), row.sum);
         span.Negate();
         EXPECT_EQ((Of(row.start) - span).ToString(), row.sum);
-        value = Of(row.start);
-        value -= span;
-        EXPECT_EQ(value.ToString(), row.sum);
     }
     const struct {
         const char* start;
@@ -534,10 +511,10 @@ TEST(DateTime, AddingDurations) {
     };
     for (const auto& row : refused) {
         CDateTime value = Of(row.start);
-        EXPECT_EQ(MessageOf([&] { value += SpanOf(row.span); }), row.message);
+        EXPECT_EQ(ErrorOf<Invalid>([&] { value += SpanOf(row.span); }), row.message);
         EXPECT_EQ(value.ToString(), row.start);
     }
-    EXPECT_EQ(MessageOf([] { CDateTime() + CDateTimeSpan(1, 0, 0); }), "Invalid Year Zero");
+    EXPECT_EQ(ErrorOf<Invalid>([] { CDateTime() + CDateTimeSpan(1, 0, 0); }), "Invalid Year Zero");
 }
 
 TEST(DateTime, Differences) {
@@ -550,13 +527,11 @@ TEST(DateTime, Differences) {
         {"2000-02-28T23:00:00", "2000-03-01T00:00:00", "-P1DT1H"},
         {"2000-01-01T00:00:00.25", "1999-12-31T23:59:59.500000001", "PT0.749999999S"},
         {"2000-01-01T00:00:00+02:00", "2000-01-01T00:00:00Z", "-PT2H"},
-        {"2000-01-01T00:00:00Z", "2000-01-01T00:00:00", "P"},
         {"9999-12-31", "-9999-01-01", "P7304483D"},
-        {"10:00:00", "09:58:57", "PT1M3S"},
     };
     for (const auto& row : rows)
         EXPECT_EQ((Of(row.a) - Of(row.b)).ToString(), row.span) << row.a;
-    EXPECT_EQ(MessageOf([] { DateOf("2000-01-01") - CDateTime(); }), "Invalid Year Zero");
+    EXPECT_EQ(ErrorOf<Invalid>([] { DateOf("2000-01-01") - CDateTime(); }), "Invalid Year Zero");
 }
 
 }  // namespace

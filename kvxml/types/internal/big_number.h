@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -58,5 +59,11 @@ struct BigNumber {
     /// Largest integer whose square does not exceed `a`, which must not be negative.
     static BigNumber SquareRoot(const BigNumber& a);
 };
+
+/// A count of digits as the public interface gives it, cut to what 32 bits hold.
+inline std::int32_t ToCount(std::size_t count) noexcept {
+    constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+    return count < static_cast<std::size_t>(kMost) ? static_cast<std::int32_t>(count) : kMost;
+}
 
 }  // namespace KvXmlLib16::internal
