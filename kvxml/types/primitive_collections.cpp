@@ -83,6 +83,9 @@ void CPrimitiveCollection<T>::InsertItem(int index, T value, std::string_view le
 
 template <class T>
 void CPrimitiveCollection<T>::AppendRead(T value, std::string_view text) {
+    constexpr bool kIsDate = std::is_same_v<T, CDateTime>;  // whose kind is always checked
+    if (!kIsDate && GetRestrictions().IsEmpty() && !HasListeners())
+        return m_items.Insert(m_items.Size(), std::move(value));
     if (!GetRestrictions().HasPattern()) return InsertItem(GetCount(), std::move(value));
     std::string scratch;
     const WhitespaceRule rule = GetRestrictions().GetWhitespaceRule();
