@@ -2,15 +2,14 @@
 
 #include <string_view>
 
+#include "kvxml/metadata/internal/simple_element.h"
 #include "kvxml/metadata/xml_collection_base.h"
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/format_string.h"
 #include "kvxml/runtime/serialization_context.h"
 #include "kvxml/runtime/xml_generated_class.h"
-#include "kvxml/types/internal/ascii.h"
 #include "kvxml/types/internal/c_text.h"
 #include "kvxml/types/internal/variant_facets.h"
-#include "kvxml/xml/xml_attribute.h"
 #include "kvxml/xml/xml_element.h"
 #include "kvxml/xml/xml_writer.h"
 
@@ -20,7 +19,6 @@ using KvXmlLib16::CKvException;
 using KvXmlLib16::CKvInvalidParamException;
 using KvXmlLib16::CKvValidationException;
 using KvXmlLib16::FormatString;
-using KvXmlLib16::internal::EqualsIgnoreAsciiCase;
 using KvXmlLib16::internal::OrEmpty;
 
 CElementInfo::CElementInfo(const char* name, const char* ns, int propertyIndex)
@@ -130,8 +128,7 @@ void CElementInfo::InvokePropertyGet(const CXmlGeneratedClass* owner, KvVariant&
 }
 
 void CElementInfo::ThrowSetFailed(const CXmlElement& element, const CKvException& inner) const {
-    throw CKvValidationException(FormatString("Failed to set the property value [%s].", m_name.c_str()),
-                                 element.GetXPath(), inner);
+    KvXmlLib16::internal::ThrowSetFailed(m_name, element, inner);
 }
 
 void CElementInfo::InvokePropertySet(CXmlGeneratedClass* owner, KvVariant& value,
@@ -260,49 +257,12 @@ void CElementInfo::ReadMatched(const CSerializationContext&, CXmlGeneratedClass*
     throw CKvException("Not implemented, should never be called");
 }
 
-void CElementInfo::RefuseChildElements(const CSerializationContext& context,
-                                       const CXmlElement& element) const {
-    const CXmlElement* child = element.GetFirstElement();
-    if (child == nullptr || context.GetIgnoreUnknownElements()) return;
-    throw CKvValidationException(
-        FormatString("Failed read all the elements held within the element [%s]. The unexpected element [%s] "
-                     "remains un processed",
-                     element.GetLocalName().c_str(), child->GetLocalName().c_str()),
-        element.GetXPath());
-}
-
-bool CElementInfo::ReadSimpleElementAttributes(const CSerializationContext& context,
-                                               const CXmlElement& element) const {
-    bool nil = false;
-    for (const auto* attribute : element.GetAttributes()) {
-        if (attribute->IsNilAttribute()) {
-            const std::string& value = attribute->GetValue();
-            if (EqualsIgnoreAsciiCase(value, "false")) {
-                nil = false;
-            } else if (!m_nillable) {
-                throw CKvValidationException("Invalid use of 'nil' attribute in non-nillable element.",
-                                             element.GetXPath());
-            } else if (EqualsIgnoreAsciiCase(value, "true")) {
-                nil = true;
-            } else {
-                throw CKvValidationException(
-                    FormatString("Unexpected Value [%s] for 'nil' Attribute found.", value.c_str()),
-                    attribute->GetXPath());
-            }
-        } else if (!context.GetIgnoreUnknownAttributes()) {
-            throw CKvValidationException("Unexpected Attribute found.", attribute->GetXPath());
-        }
-    }
-    return nil;
-}
-
 template <class Convert>
 void CElementInfo::ReadSimpleElement(const CSerializationContext& context, CXmlGeneratedClass* owner,
                                      CXmlElement** cursor, Convert convert) const {
     CXmlElement& element = **cursor;
-    RefuseChildElements(context, element);
     KvVariant value;
-    if (!element.GetAttributes().empty() && ReadSimpleElementAttributes(context, element)) {
+    if (KvXmlLib16::internal::JudgeSimpleElement(context, element, m_nillable)) {
         value.SetNil();
     } else {
         try {

@@ -182,14 +182,10 @@ protected:
 private:
     friend class KvXmlLib16::CXmlGeneratedClass;
 
-    /// Simple elements hold text only; a child element is an error unless the context ignores unknown ones.
-    void RefuseChildElements(const CSerializationContext& context, const CXmlElement& element) const;
     /// Reads the simple element under the cursor into the property; `convert` makes the value from its text.
     template <class Convert>
     void ReadSimpleElement(const CSerializationContext& context, CXmlGeneratedClass* owner,
                            CXmlElement** cursor, Convert convert) const;
-    /// Judges the attributes of a simple element; returns whether it is nil.
-    bool ReadSimpleElementAttributes(const CSerializationContext& context, const CXmlElement& element) const;
     void WriteNilElement(CXmlWriter* writer) const;
     [[noreturn]] void ThrowGetFailed(const KvXmlLib16::CKvException& inner) const;
     [[noreturn]] void ThrowSetFailed(const CXmlElement& element, const KvXmlLib16::CKvException& inner) const;

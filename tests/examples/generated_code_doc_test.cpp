@@ -20,7 +20,8 @@ namespace Stations {
 using namespace KvXmlLib16;
 using namespace KvXmlLib16Data;
 
-/// <station id="7"><name>Harbour</name></station>, with an id from 1 to 999 and an optional name.
+/// <station id="7"><name>Harbour</name><level>12</level><level>-3</level></station>, with an id from 1 to
+/// 999, an optional name and any number of levels up to 500.
 class CStation : public CXmlGeneratedClass {
 public:
     CStation() {
@@ -41,6 +42,12 @@ public:
     void SetName(std::string value) { m_name.Set(std::move(value)); }
     bool IsValidName() const { return m_name.IsSet(); }
     void UnsetName() { m_name.Reset(); }
+
+    CSmartPtr<Ci4Col> GetLevel() {
+        if (m_level == nullptr)
+            m_level = new Ci4Col("level", kNamespace, 0, -1, nullptr, -1, -1, nullptr, "500");
+        return m_level;
+    }
 
     static void FreeMetaData() {
         const std::lock_guard<CKVCriticalSection> lock(m_csInit);
@@ -65,6 +72,13 @@ protected:
                     SetName(value.TakeString());
                 }
                 break;
+            case Property_level:
+                if (!read) {
+                    GetLevel();
+                } else if (m_level != nullptr) {
+                    value.SetXmlCollection(m_level.Get());
+                }
+                break;
             default:
                 break;
         }
@@ -84,10 +98,11 @@ protected:
     void Init() override {
         m_id = 0;
         m_name.Reset();
+        m_level = nullptr;
     }
 
 private:
-    enum Property { Property_id, Property_name };
+    enum Property { Property_id, Property_name, Property_level };
     static constexpr const char* kNamespace = "urn:example:stations";
 
     static void BuildMetaData() {
@@ -107,6 +122,7 @@ private:
             m_elementRecords[0] = new CElementInfoSeqPrimOpt(
                 "name", kNamespace, Property_name, false, ItemType_string, nullptr,
                 CWhitespaceUtils::WhitespaceRule_Preserve, CPrimitiveRestrictions(), nullptr);
+            m_elementRecords[1] = new CElementInfoSeqPrimCol("level", kNamespace, Property_level);
         } catch (...) {
             CleanMetaData(m_classInfo, m_elementInfo, m_attributeInfo);
             throw;
@@ -118,11 +134,12 @@ private:
     inline static CParentElementInfo* m_classInfo = nullptr;
     inline static CElementInfo** m_elementInfo = nullptr;
     inline static CAttributeInfo** m_attributeInfo = nullptr;
-    inline static CElementInfo* m_elementRecords[2] = {};  // one more than records: the null at the end
+    inline static CElementInfo* m_elementRecords[3] = {};  // one more than records: the null at the end
     inline static CAttributeInfo* m_attributeRecords[2] = {};
 
     std::int32_t m_id;
     COptionalValue<std::string> m_name;
+    CSmartPtr<Ci4Col> m_level;
 };
 
 }  // namespace Stations
@@ -153,9 +170,14 @@ TEST(GeneratedCodeDoc, ShowsTheClassAsItIsCompiledHere) {
 
 TEST(GeneratedCodeDoc, ReadsWritesAndChecks) {
     const CSmartPtr<CStation> station(new CStation());
-    station->FromXml("<station xmlns='urn:example:stations' id='7'><name>Harbour</name></station>");
+    station->FromXml(
+        "<station xmlns='urn:example:stations' id='7'><name>Harbour</name><level>12</level><level>-3</level>"
+        "</station>");
     EXPECT_EQ(station->GetId(), 7);
     EXPECT_EQ(station->GetName(), "Harbour");
+    EXPECT_EQ(std::vector<int>(station->GetLevel()->begin(), station->GetLevel()->end()),
+              (std::vector<int>{12, -3}));
+    EXPECT_THROW(station->GetLevel()->Add(501), CKvException);
     const std::string text = station->ToXml();
 
     const CSmartPtr<CStation> again(new CStation());
@@ -164,6 +186,7 @@ TEST(GeneratedCodeDoc, ReadsWritesAndChecks) {
 
     again->FromXml("<station xmlns='urn:example:stations' id='8'/>");
     EXPECT_FALSE(again->IsValidName()) << "left over from the document before";
+    EXPECT_EQ(again->GetLevel()->GetCount(), 0) << "left over from the document before";
     EXPECT_THROW(again->FromXml("<station xmlns='urn:example:stations' id='1000'/>"), CKvException);
     again->SetId(0);
     EXPECT_THROW(again->ToXml(), CKvException);
