@@ -263,11 +263,7 @@ protected:
 
 // --- names -------------------------------------------------------------------------------------------------
 
-#define KVXML_SINGLE_RECORDS(X)       \
-    X(Seq, Mnd)                       \
-    X(Seq, Opt)                 /* */ \
-        X(All, Mnd) X(All, Opt) /* */ \
-        X(Choice, Opt)
+#define KVXML_SINGLE_RECORDS(X) X(Seq, Mnd) X(Seq, Opt) X(All, Mnd) X(All, Opt) X(Choice, Opt)
 #define KVXML_COLLECTION_RECORDS(X) X(Seq) X(All) X(Choice)
 
 #define KVXML_NAME_SINGLE(group, cardinality)                                                     \
