@@ -180,7 +180,10 @@ void CElement::WriteStart(CTreeOutput& output, std::string_view ns,
     output.EndAttributes();
     if (rootContext != nullptr && !rootContext->GetInLineSchemaRef().empty())
         output.Writer().WriteRawAfterSpace(rootContext->GetInLineSchemaRef());
-    output.Text(m_value, m_elements != nullptr && m_elements->GetCount() > 0);
+    const bool hasChildren = m_elements != nullptr && m_elements->GetCount() > 0;
+    const bool keepBlanks =
+        hasChildren && GetAttribute("space", "http://www.w3.org/XML/1998/namespace") == "preserve";
+    output.Text(m_value, hasChildren, keepBlanks);
 }
 
 void CElement::WriteTree(CTreeOutput& output, std::string_view ns,

@@ -36,7 +36,8 @@ bool WriteElement(internal::CTreeOutput& output, const CXmlElement& element, boo
     if (rootContext != nullptr && !rootContext->GetInLineSchemaRef().empty())
         output.Writer().WriteRawAfterSpace(rootContext->GetInLineSchemaRef());
     const bool hasChildren = element.GetFirstElement() != nullptr;
-    if (!hasChildren || keepBlanks || !element.IsTextBlank()) output.Text(element.GetTextView(), hasChildren);
+    if (!hasChildren || keepBlanks || !element.IsTextBlank())
+        output.Text(element.GetTextView(), hasChildren, keepBlanks);
     return keepBlanks;
 }
 

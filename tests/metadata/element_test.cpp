@@ -51,6 +51,8 @@ const RoundTrip kRoundTrips[] = {
     {"texts and attributes", "<a x=\"1\" y=\"&lt;&quot;&#xA;&amp;\">t &amp; u</a>", ""},
     {"blanks are the only text", "<a> <b>  </b>\n</a>", "<a><b>  </b></a>"},
     {"text comes first", "<a>x<b/>y<c>z</c> </a>", "<a>xy <b/><c>z</c></a>"},
+    {"no blanks where they count", "<a xml:space=\"preserve\"><b><c/></b><d/></a>",
+     "<a xml:space=\"preserve\"><b><c/></b><d/></a>"},
     {"blanks preserved", "<a xml:space=\"preserve\"> <b> <c/></b><d xml:space=\"default\"> <e/></d></a>",
      "<a xml:space=\"preserve\"> <b> <c/></b><d xml:space=\"default\"><e/></d></a>"},
     {"prefixes", "<p:a xmlns:p=\"urn:1\" xmlns:q=\"urn:2\" q:x=\"1\"><q:b/><p:c p:y=\"2\"/></p:a>", ""},

@@ -185,13 +185,13 @@ void CTreeOutput::StartDeclaring(const Name& name) {
     m_writer.SetDefaultNamespace(name.uri);
 }
 
-void CTreeOutput::Text(std::string_view text, bool hasChildren) {
-    if (text.empty()) return;
+void CTreeOutput::Text(std::string_view text, bool hasChildren, bool keepBlanks) {
+    if (text.empty() && !keepBlanks) return;
     if (hasChildren && m_text != nullptr && m_text->GetFormatted()) {
         m_unformattedDepth = m_writer.GetDepth();
         m_text->SetFormatted(false);
     }
-    m_writer.WriteText(text, ItemType_string, false);
+    if (!text.empty()) m_writer.WriteText(text, ItemType_string, false);
 }
 
 void CTreeOutput::EndElement() {

@@ -45,8 +45,9 @@ public:
     /// Writes xsi:type with a value, prefix and all, that names a type of this namespace.
     void WriteTypeAttribute(const Name& name, std::string_view value, std::string_view typeNamespace);
     void EndAttributes();
-    /// Text that children follow takes formatting away from them, for it would become part of the text.
-    void Text(std::string_view text, bool hasChildren);
+    /// Text that children follow takes formatting away from them, for it would become part of the text; so
+    /// does `keepBlanks`.
+    void Text(std::string_view text, bool hasChildren, bool keepBlanks);
     void EndElement();
 
 private:
