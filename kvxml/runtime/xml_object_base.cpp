@@ -4,6 +4,7 @@
 #include <new>
 #include <vector>
 
+#include "kvxml/json/json_context.h"
 #include "kvxml/metadata/element.h"
 #include "kvxml/metadata/parent_element_info.h"
 #include "kvxml/metadata/xml_collection_base.h"
@@ -161,7 +162,50 @@ public:
         FromXml_Int(&object, root, root->GetFirstElement(), context, false);
     }
 
+    /// `build` makes the tree of a document from JSON input.
+    template <class Build>
+    static void ReadJson(CXmlObjectBase& object, const CSerializationContext& context, Build build) {
+        CXmlDocument document(context);
+        try {
+            build(document);
+        } catch (const CKvException& e) {
+            throw CKvException(FormatString("Error converting JSON to XML:\n%s", e.GetMessage().c_str()), e);
+        }
+        const CIgnoredNamespaces ignored(context);
+        Read(object, document, context);
+    }
+    static void BuildFile(CXmlDocument& document, const char* fileName) {
+        document.BuildFromJsonFile(fileName);
+    }
+    static void BuildStream(CXmlDocument& document, const unsigned char* data, std::size_t length) {
+        document.BuildFromJsonStream(data, length);
+    }
+    template <class Character>
+    static void Build(CXmlDocument& document, const Character* json) {
+        document.BuildFromJson(json);
+    }
+
 private:
+    /// Sets the context's flag as long as an object is read from JSON text that has no namespaces.
+    class CIgnoredNamespaces {
+    public:
+        explicit CIgnoredNamespaces(const CSerializationContext& context) {
+            if (context.GetJsonContext().GetSupportRoundtrip() == JsonRoundTrip_Full ||
+                context.GetIgnoreNamespaces())
+                return;
+            m_context = const_cast<CSerializationContext*>(&context);
+            m_context->SetIgnoreNamespaces(true);
+        }
+        CIgnoredNamespaces(const CIgnoredNamespaces&) = delete;
+        CIgnoredNamespaces& operator=(const CIgnoredNamespaces&) = delete;
+        ~CIgnoredNamespaces() {
+            if (m_context != nullptr) m_context->SetIgnoreNamespaces(false);
+        }
+
+    private:
+        CSerializationContext* m_context = nullptr;
+    };
+
     static void CheckDocumentElement(const CXmlGeneratedClass& object, const CXmlElement& root,
                                      const CSerializationContext& context) {
         const auto* record = object.GetClassInfo();
@@ -288,24 +332,31 @@ void CXmlObjectBase::FromXmlElement(const CElement* element, const CSerializatio
     FromXml(xml.c_str(), context);
 }
 
-void CXmlObjectBase::FromJsonFile(const char*, const CSerializationContext&) {
-    ThrowNotBuiltIn("JSON");
+void CXmlObjectBase::FromJsonFile(const char* fileName, const CSerializationContext& context) {
+    internal::CEntryPoints::ReadJson(*this, context, [fileName](CXmlDocument& document) {
+        internal::CEntryPoints::BuildFile(document, fileName);
+    });
 }
 
-void CXmlObjectBase::FromJson(const wchar_t*, const CSerializationContext&) {
-    ThrowNotBuiltIn("JSON");
+void CXmlObjectBase::FromJson(const wchar_t* json, const CSerializationContext& context) {
+    internal::CEntryPoints::ReadJson(
+        *this, context, [json](CXmlDocument& document) { internal::CEntryPoints::Build(document, json); });
 }
 
-void CXmlObjectBase::FromJson(const char*, const CSerializationContext&) {
-    ThrowNotBuiltIn("JSON");
+void CXmlObjectBase::FromJson(const char* json, const CSerializationContext& context) {
+    internal::CEntryPoints::ReadJson(
+        *this, context, [json](CXmlDocument& document) { internal::CEntryPoints::Build(document, json); });
 }
 
-void CXmlObjectBase::FromJsonStream(const CBinaryData&, const CSerializationContext&) {
-    ThrowNotBuiltIn("JSON");
+void CXmlObjectBase::FromJsonStream(const CBinaryData& data, const CSerializationContext& context) {
+    FromJsonStream(data.GetData(), data.GetLength(), context);
 }
 
-void CXmlObjectBase::FromJsonStream(const unsigned char*, std::size_t, const CSerializationContext&) {
-    ThrowNotBuiltIn("JSON");
+void CXmlObjectBase::FromJsonStream(const unsigned char* data, std::size_t length,
+                                    const CSerializationContext& context) {
+    internal::CEntryPoints::ReadJson(*this, context, [data, length](CXmlDocument& document) {
+        internal::CEntryPoints::BuildStream(document, data, length);
+    });
 }
 
 // --- events ----------------------------------------------------------------------------------------------

@@ -104,7 +104,9 @@ public:
     /// `AsyncFromXmlFile(true)`.
     virtual void FromXmlFile(const char* fileName, const CSerializationContext& context =
                                                        CSerializationContext::GetDefaultContext());
-    /// Not built in yet: throws CKvException.
+    /// Reads a JSON file, plain or compressed with gzip or zlib. Text that is no JSON, or no document, is a
+    /// CKvException "Error converting JSON to XML:\n%s" with the cause inside. Unless the JSON settings keep
+    /// namespaces, the context ignores them during the call; then no other thread may use it.
     virtual void FromJsonFile(const char* fileName, const CSerializationContext& context =
                                                         CSerializationContext::GetDefaultContext());
     virtual void FromXml(const wchar_t* xml,
@@ -112,10 +114,9 @@ public:
     /// Reads XML text; its declaration tells the encoding of the bytes.
     virtual void FromXml(const char* xml,
                          const CSerializationContext& context = CSerializationContext::GetDefaultContext());
-    /// Not built in yet: throws CKvException.
     virtual void FromJson(const wchar_t* json,
                           const CSerializationContext& context = CSerializationContext::GetDefaultContext());
-    /// Not built in yet: throws CKvException.
+    /// Reads JSON text in the local code page.
     virtual void FromJson(const char* json,
                           const CSerializationContext& context = CSerializationContext::GetDefaultContext());
     /// Reads XML bytes, plain or compressed with gzip or zlib.
@@ -124,10 +125,9 @@ public:
     virtual void FromXmlStream(
         const unsigned char* data, std::size_t length,
         const CSerializationContext& context = CSerializationContext::GetDefaultContext());
-    /// Not built in yet: throws CKvException.
+    /// Reads JSON bytes in UTF-8, or in UTF-16 with byte-order mark, plain or compressed.
     virtual void FromJsonStream(const CBinaryData& data, const CSerializationContext& context =
                                                              CSerializationContext::GetDefaultContext());
-    /// Not built in yet: throws CKvException.
     virtual void FromJsonStream(
         const unsigned char* data, std::size_t length,
         const CSerializationContext& context = CSerializationContext::GetDefaultContext());

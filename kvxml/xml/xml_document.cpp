@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kvxml/fastinfoset/internal/fast_infoset_reader.h"
+#include "kvxml/json/internal/json_conversion.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/platform/internal/file.h"
 #include "kvxml/runtime/exceptions.h"
@@ -85,9 +86,57 @@ std::string ParseOrConvert(internal::CExpatReader& reader, std::string_view text
     }
 }
 
-[[noreturn]] void ThrowNoJson() {
-    throw CKvException("The JSON format is not built in yet.");
+/// The whole file.
+std::vector<unsigned char> ReadWhole(const char* fileName) {
+    internal::CFile file;
+    OpenFile(file, fileName);
+    std::uint64_t size = 0;
+    if (const int error = file.GetSize(size))
+        ThrowFileError("Failed to get the size of the file [%s] Error [0x%08x]", fileName, error);
+    if (size == 0) return ReadToEnd(file, fileName);  // empty, or of a size not known beforehand
+    std::vector<unsigned char> data(static_cast<std::size_t>(size));
+    ReadAll(file, fileName, data.data(), data.size());
+    return data;
 }
+
+/// JSON input as UTF-8 text, and what holds it.
+class CJsonInput {
+public:
+    CJsonInput(const unsigned char* data, std::size_t length, std::size_t maxInflatedSize) {
+        if (data == nullptr || length == 0) throw CKvException("JSON Stream is empty!");
+        if (internal::Inflate(data, length, maxInflatedSize, m_inflated)) {
+            data = m_inflated.GetData();
+            length = m_inflated.GetLength();
+        }
+        m_text = std::string_view(reinterpret_cast<const char*>(data), length);
+        const std::string_view mark = m_text.substr(0, 2);
+        if (mark == "\xFF\xFE" || mark == "\xFE\xFF") {
+            if (!internal::EncodingToUtf8("UTF-16", m_text, m_utf8))
+                throw CKvException("The JSON text is not valid UTF-16.");
+            m_text = m_utf8;
+        }
+        if (m_text.substr(0, 3) == "\xEF\xBB\xBF") m_text.remove_prefix(3);
+    }
+    explicit CJsonInput(const char* json) : m_text(json == nullptr ? "" : json) {
+        if (m_text.empty()) ThrowEmpty();
+        if (!internal::IsLocalUtf8()) m_text = m_utf8 = internal::LocalToUtf8(m_text);
+    }
+    explicit CJsonInput(const wchar_t* json) {
+        if (json == nullptr || *json == L'\0') ThrowEmpty();
+        m_text = m_utf8 = internal::WideToUtf8(json);
+    }
+    CJsonInput(const CJsonInput&) = delete;
+    CJsonInput& operator=(const CJsonInput&) = delete;
+
+    std::string_view Text() const noexcept { return m_text; }
+
+private:
+    [[noreturn]] static void ThrowEmpty() { throw CKvException("JSON String is empty!"); }
+
+    CBinaryData m_inflated;
+    std::string m_utf8;
+    std::string_view m_text;
+};
 
 }  // namespace
 
@@ -307,27 +356,52 @@ void CXmlDocument::LoadInChunks(const char* fileName) {
 
 // --- JSON -------------------------------------------------------------------------------------------------
 
-CBinaryData CXmlDocument::LoadJsonFile(const char*) {
+CBinaryData CXmlDocument::LoadJsonFile(const char* fileName) {
     Cleanup();
-    ThrowNoJson();
+    const std::vector<unsigned char> data = ReadWhole(fileName == nullptr ? "" : fileName);
+    return LoadJsonStream(data.data(), data.size());
 }
 
 CBinaryData CXmlDocument::LoadJsonStream(const unsigned char* data, std::size_t length) {
     Cleanup();
-    if (data == nullptr || length == 0) throw CKvException("JSON Stream is empty!");
-    ThrowNoJson();
+    return internal::JsonToXml(CJsonInput(data, length, m_context->GetMaxInflatedSize()).Text(), *m_context);
 }
 
 CBinaryData CXmlDocument::LoadJson(const char* json) {
     Cleanup();
-    if (json == nullptr || *json == '\0') throw CKvException("JSON String is empty!");
-    ThrowNoJson();
+    return internal::JsonToXml(CJsonInput(json).Text(), *m_context);
 }
 
 CBinaryData CXmlDocument::LoadJson(const wchar_t* json) {
     Cleanup();
-    if (json == nullptr || *json == L'\0') throw CKvException("JSON String is empty!");
-    ThrowNoJson();
+    return internal::JsonToXml(CJsonInput(json).Text(), *m_context);
+}
+
+void CXmlDocument::BuildFromJsonFile(const char* fileName) {
+    const std::vector<unsigned char> data = ReadWhole(fileName == nullptr ? "" : fileName);
+    BuildFromJsonStream(data.data(), data.size());
+}
+
+void CXmlDocument::BuildFromJsonStream(const unsigned char* data, std::size_t length) {
+    BuildTree(CJsonInput(data, length, m_context->GetMaxInflatedSize()).Text());
+}
+
+void CXmlDocument::BuildFromJson(const char* json) {
+    BuildTree(CJsonInput(json).Text());
+}
+
+void CXmlDocument::BuildFromJson(const wchar_t* json) {
+    BuildTree(CJsonInput(json).Text());
+}
+
+void CXmlDocument::BuildTree(std::string_view json) {
+    for (const bool anyOrder : {false, true}) {
+        Cleanup();
+        internal::CXmlTreeBuilder builder(Tree(), m_filter, m_context->GetMaxElementDepth(),
+                                          !internal::IsLocalUtf8());
+        Tree().Arena().ExpectInput(json.size());
+        if (internal::JsonToTree(json, *m_context, builder, anyOrder)) return;
+    }
 }
 
 }  // namespace KvXmlLib16

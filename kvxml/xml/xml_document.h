@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "kvxml/export.h"
 #include "kvxml/runtime/serialization_context.h"
@@ -19,6 +20,7 @@ class CBinaryData;
 class CXmlElement;
 
 namespace internal {
+class CEntryPoints;
 class CFile;
 class CXmlTree;
 }  // namespace internal
@@ -67,8 +69,13 @@ public:
     /// The encoding that the text declares does not count.
     void LoadXml(const wchar_t* xml);
 
-    /// Convert JSON text into XML text, which is returned and not loaded; the elements that were loaded
-    /// before are dropped. No bytes: CKvException "JSON Stream is empty!" or "JSON String is empty!".
+    /// Convert JSON text into XML text in UTF-8, which is returned and not loaded; the elements that were
+    /// loaded before are dropped. The context's `GetJsonContext` tells how; docs/json.md has the rules.
+    ///
+    /// Files and bytes are UTF-8, or UTF-16 that begins with its byte-order mark, and may be compressed; text
+    /// is in the local code page. CKvException "JSON Stream is empty!" or "JSON String is empty!" when there
+    /// is nothing, CKvValidationException with line, position and path when it is no JSON, and with the path
+    /// ("$.orders.order[3]") when it fits no XML document.
     CBinaryData LoadJsonFile(const char* fileName);
     CBinaryData LoadJsonStream(const unsigned char* data, std::size_t length);
     CBinaryData LoadJson(const char* json);
@@ -90,10 +97,19 @@ protected:
     virtual void Cleanup();
 
 private:
+    friend class internal::CEntryPoints;
+
     /// What is known about the encoding of the text that is to be parsed.
     enum class Encoding { Declared, Utf8 };
 
     struct CReading;
+
+    // As LoadJson..., but the elements are loaded, without XML text in between.
+    void BuildFromJsonFile(const char* fileName);
+    void BuildFromJsonStream(const unsigned char* data, std::size_t length);
+    void BuildFromJson(const char* json);
+    void BuildFromJson(const wchar_t* json);
+    void BuildTree(std::string_view json);
 
     internal::CXmlTree& Tree();
     void Parse(const unsigned char* data, std::size_t length);

@@ -1,0 +1,89 @@
+#include "kvxml/json/internal/json_conversion.h"
+
+#include "kvxml/json/internal/json_sinks.h"
+#include "kvxml/json/internal/json_to_xml.h"
+#include "kvxml/json/internal/json_token_list.h"
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/format_string.h"
+#include "kvxml/runtime/serialization_context.h"
+#include "kvxml/xml/text_stream.h"
+#include "kvxml/xml/xml_text_writer.h"
+
+namespace KvXmlLib16::internal {
+
+namespace {
+
+/// Reads the text into a handler. A root element name makes it the value of a member of that name.
+template <class Handler>
+void Scan(std::string_view json, const CJsonContext& settings, Handler& handler) {
+    CJsonSyntax syntax;
+    syntax.allowComments = settings.GetAllowComments();
+    const std::string root = LocalToUtf8(settings.GetRootElementNameRef());
+    if (!root.empty()) {
+        handler.StartObject(0);
+        handler.Name({root, false, false});
+    }
+    CJsonScanner<Handler>(json, syntax, handler).Run();
+    if (!root.empty()) handler.EndObject();
+}
+
+template <class Sink>
+void Convert(std::string_view json, const CSerializationContext& context, Sink& sink, bool literal,
+             bool anyOrder) {
+    const CJsonContext& settings = context.GetJsonContext();
+    CJsonMapping mapping;
+    mapping.roundTrip = settings.GetSupportRoundtrip();
+    mapping.namespaces = context.GetSchemaType() != SchemaType_NoNamespaces;
+    mapping.allowLate = !anyOrder;
+    mapping.deliverLiteral = literal;
+    CJsonToXml<Sink> handler(mapping, sink);
+    if (anyOrder) {
+        CJsonTokenList tokens;
+        Scan(json, settings, tokens);
+        tokens.Replay(handler);
+    } else {
+        Scan(json, settings, handler);
+    }
+    handler.EndDocument();
+}
+
+}  // namespace
+
+CBinaryData JsonToXml(std::string_view json, const CSerializationContext& context) {
+    for (bool anyOrder = false;; anyOrder = true) {
+        CTextStream stream(XmlEncoding_UTF8);
+        CXmlTextWriter writer(&stream);
+        writer.BeginOutput();
+        CJsonWriterSink sink(writer, false);
+        try {
+            Convert(json, context, sink, true, anyOrder);
+        } catch (const CLateJsonAttribute&) {
+            continue;
+        }
+        writer.EndDocument();
+        // The writer passed the text on as it was, so it is UTF-8 whatever the local code page is.
+        CBinaryData xml;
+        stream.GetBuffer().ForEachBlock(
+            [&](std::string_view block) { xml.Append(block.data(), block.size()); });
+        return xml;
+    }
+}
+
+bool JsonToTree(std::string_view json, const CSerializationContext& context, CXmlTreeBuilder& builder,
+                bool anyOrder) {
+    CJsonTreeSink sink(builder, context.GetStripCDATA());
+    try {
+        Convert(json, context, sink, false, anyOrder);
+        return true;
+    } catch (const CLateJsonAttribute&) {
+        return false;
+    } catch (const CElementsTooDeep& e) {
+        builder.Abandon();
+        throw CKvException(FormatString("elements are nested deeper than the limit of %u", e.limit));
+    } catch (...) {
+        builder.Abandon();
+        throw;
+    }
+}
+
+}  // namespace KvXmlLib16::internal

@@ -1,0 +1,98 @@
+/// Where the elements of JSON text go: into a tree, or to a writer.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "kvxml/json/internal/json_names.h"
+#include "kvxml/platform/internal/code_page.h"
+#include "kvxml/xml/internal/xml_tree_builder.h"
+#include "kvxml/xml/xml_writer.h"
+
+namespace KvXmlLib16::internal {
+
+/// Builds a tree, the same as the XML text would give.
+class CJsonTreeSink {
+public:
+    static constexpr bool kMayRefuse = false;
+
+    CJsonTreeSink(CXmlTreeBuilder& builder, bool stripCData) : m_builder(builder), m_stripCData(stripCData) {}
+
+    void DeclarePrefix(std::string_view prefix, std::string_view uri) {
+        m_builder.DeclarePrefix(prefix, uri);
+    }
+    void StartElement(const CJsonNames::Name& name, const char* const* attributes) {
+        m_builder.StartElement(name.expanded.c_str(), attributes);
+    }
+    void Text(std::string_view text) {
+        if (m_stripCData && text.front() == '<') {
+            TextWithSections(text);
+        } else {
+            m_builder.AppendText(text.data(), text.size());
+        }
+    }
+    void EndElement() { m_builder.EndElement(); }
+
+private:
+    /// A text that begins with a CDATA section holds its sections without their marks.
+    void TextWithSections(std::string_view text) {
+        constexpr std::string_view kStart = "<![CDATA[";
+        constexpr std::string_view kEnd = "]]>";
+        const auto append = [this](std::string_view piece) {
+            if (!piece.empty()) m_builder.AppendText(piece.data(), piece.size());
+        };
+        if (text.substr(0, kStart.size()) == kStart) {
+            for (;;) {
+                const std::size_t start = text.find(kStart);
+                const std::size_t end =
+                    start == text.npos ? text.npos : text.find(kEnd, start + kStart.size());
+                if (end == text.npos) break;
+                append(text.substr(0, start));
+                append(text.substr(start + kStart.size(), end - start - kStart.size()));
+                text.remove_prefix(end + kEnd.size());
+            }
+        }
+        append(text);
+    }
+
+    CXmlTreeBuilder& m_builder;
+    const bool m_stripCData;
+};
+
+/// Writes the elements with the names that the JSON text gives them; declarations are attributes.
+class CJsonWriterSink {
+public:
+    static constexpr bool kMayRefuse = true;
+
+    /// `convert`: the writer takes text in the local code page, which is not UTF-8.
+    CJsonWriterSink(CXmlWriter& writer, bool convert) : m_writer(writer), m_convert(convert) {}
+
+    void DeclarePrefix(std::string_view, std::string_view) {}
+    void StartElement(const CJsonNames::Name& name, const char* const* attributes) {
+        if (m_convert) {
+            m_writer.WriteStartElement(Utf8ToLocal(name.literal), {});
+            for (; *attributes != nullptr; attributes += 2) {
+                m_writer.WriteAttribute(Utf8ToLocal(attributes[0]), {}, Utf8ToLocal(attributes[1]),
+                                        ItemType_string);
+            }
+            return;
+        }
+        m_writer.WriteStartElement(name.literal, {});
+        for (; *attributes != nullptr; attributes += 2)
+            m_writer.WriteAttribute(attributes[0], {}, attributes[1], ItemType_string);
+    }
+    void Text(std::string_view text) {
+        if (m_convert) {
+            m_writer.WriteText(Utf8ToLocal(text), ItemType_string, false);
+        } else {
+            m_writer.WriteText(text, ItemType_string, false);
+        }
+    }
+    void EndElement() { m_writer.WriteEndElement(); }
+
+private:
+    CXmlWriter& m_writer;
+    const bool m_convert;
+};
+
+}  // namespace KvXmlLib16::internal
