@@ -10,7 +10,7 @@ struct CJsonReaderToXmlHandler::CState {
     CState(CXmlWriter& writer, JsonRoundTrip roundTrip)
         : isLocalUtf8(internal::IsLocalUtf8()),
           sink(writer, !isLocalUtf8),
-          mapper({roundTrip, true, false, true}, sink) {}
+          mapper({roundTrip, true, false, true, true}, sink) {}
 
     std::string ToUtf8(const std::string& local) const {
         return isLocalUtf8 ? local : internal::LocalToUtf8(local);

@@ -27,6 +27,7 @@ public:
     void EndObject() { m_handler.OnEndObject(); }
     void StartArray(int depth) { m_handler.OnStartArray(depth); }
     void EndArray() { m_handler.OnEndArray(); }
+    void Item() {}
     std::string GetErrorPath() const {
         return m_pathProvider == nullptr ? std::string() : m_pathProvider->GetErrorPath();
     }

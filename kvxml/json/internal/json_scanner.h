@@ -5,6 +5,7 @@
 ///     void Name(const CJsonText&);  void String(const CJsonText&);
 ///     void Number(std::string_view);  void Boolean(bool);  void Null();
 ///     void StartObject(int depth);  void EndObject();  void StartArray(int depth);  void EndArray();
+///     void Item();  // before each item of an array
 ///     std::string GetErrorPath();
 #pragma once
 
@@ -135,6 +136,7 @@ private:
                         m_handler.EndArray();
                         return;
                     }
+                    m_handler.Item();
                     break;
                 case 'n':
                     ReadLiteral("ull", "Expected 'NULL' at line %d, position %d.",
@@ -183,6 +185,7 @@ private:
                 if (!Next()) FailInArray();
                 if (m_current == ',') {
                     if (!Next()) FailInArray();
+                    m_handler.Item();
                     return true;
                 }
                 if (m_current != ']') {

@@ -70,7 +70,7 @@ CJsonToXmlBase::Frame& CJsonToXmlBase::Push(Container container) {
 
 void CJsonToXmlBase::PushArray() {
     if (IsEmpty() || m_top->container == Container::Array) {
-        if (!IsEmpty()) ++m_top->items;
+        if (!IsEmpty() && m_mapping.countItems) Item();
         Throw("JSON Array has no Name.");
     }
     const std::string_view name = m_top->name;
@@ -97,7 +97,7 @@ void CJsonToXmlBase::Name(const CJsonText& name) {
 std::string_view CJsonToXmlBase::BeginItem() {
     if (IsEmpty()) Throw("JSON Value has no Name.");
     const bool isItem = m_top->container == Container::Array;
-    if (isItem) ++m_top->items;
+    if (isItem && m_mapping.countItems) Item();
     const bool isRoot = isItem ? m_depth == 2 : m_top->container == Container::Document;
     if (isRoot && m_roots++ != 0) Throw("JSON text has more than one root element.");
     return m_top->name;

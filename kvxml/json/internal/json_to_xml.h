@@ -27,6 +27,7 @@ struct CJsonMapping {
     bool namespaces = true;       ///< prefixes are looked up; else they are parts of the names
     bool allowLate = false;       ///< throw CLateJsonAttribute, not the error that such an attribute is
     bool deliverLiteral = false;  ///< give the sink names as they stand, and declarations as attributes
+    bool countItems = false;      ///< `Item` is not called
 };
 
 /// What does not depend on where the elements go: paths, names, attributes of the element that is about to
@@ -44,6 +45,7 @@ public:
     std::string GetErrorPath() const;
 
     void Name(const CJsonText& name);
+    void Item() noexcept { ++m_top->items; }
 
 protected:
     enum class Container : std::uint8_t { Document, Element, Array };

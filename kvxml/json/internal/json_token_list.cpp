@@ -5,20 +5,17 @@ namespace KvXmlLib16::internal {
 std::string CJsonTokenList::GetErrorPath() const {
     std::string path = "$";
     for (std::size_t level = 0; level < m_open.size(); ++level) {
-        const bool isInnermost = level + 1 == m_open.size();
-        const bool isObject = m_tokens[m_open[level]].kind == Kind::Object;
+        const Container& open = m_open[level];
+        if (m_tokens[open.token].kind == Kind::Array) {
+            path += '[' + std::to_string(open.items == 0 ? 0 : open.items - 1) + ']';
+            continue;
+        }
+        // The last member's name; its value may be open itself.
+        const std::size_t end = level + 1 < m_open.size() ? m_open[level + 1].token : m_tokens.size();
         std::string_view name;
-        std::size_t items = 0;
-        for (std::size_t at = m_open[level] + 1; at < m_tokens.size(); at = m_tokens[at].next) {
-            ++items;
-            if (isObject) name = m_tokens[at++].text;
-            if (at == m_tokens.size() || (!isInnermost && at == m_open[level + 1])) break;
-        }
-        if (!isObject) {
-            path += '[' + std::to_string(items == 0 ? 0 : items - 1) + ']';
-        } else if (!name.empty()) {
-            path.append(1, '.').append(name);
-        }
+        for (std::size_t at = open.token + 1; at < end; at = at < end ? m_tokens[at].next : end)
+            name = m_tokens[at++].text;
+        if (!name.empty()) path.append(1, '.').append(name);
     }
     return path;
 }

@@ -24,6 +24,7 @@ public:
     void EndObject() { Close(); }
     void StartArray(int) { Open(Kind::Array); }
     void EndArray() { Close(); }
+    void Item() { ++m_open.back().items; }
     /// The path where reading the text has come to, as CJsonToXml has it.
     std::string GetErrorPath() const;
 
@@ -43,6 +44,11 @@ private:
         bool isSpecial;
     };
 
+    struct Container {
+        std::size_t token;
+        std::size_t items;  // begun so far
+    };
+
     std::string_view Keep(const CJsonText& text) {
         return text.isStable ? text.text : m_texts.emplace_back(text.text);
     }
@@ -50,11 +56,11 @@ private:
         m_tokens.push_back({text, m_tokens.size() + 1, kind, isSpecial});
     }
     void Open(Kind kind) {
-        m_open.push_back(m_tokens.size());
+        m_open.push_back({m_tokens.size(), 0});
         Add(kind, {}, false);
     }
     void Close() {
-        m_tokens[m_open.back()].next = m_tokens.size();
+        m_tokens[m_open.back().token].next = m_tokens.size();
         m_open.pop_back();
     }
 
@@ -85,8 +91,10 @@ private:
                 return;
             case Kind::Array:
                 handler.StartArray(depth);
-                for (std::size_t item = at + 1; item < token.next; item = m_tokens[item].next)
+                for (std::size_t item = at + 1; item < token.next; item = m_tokens[item].next) {
+                    handler.Item();
                     ReplayValue(handler, item, depth + 1);
+                }
                 handler.EndArray();
                 return;
         }
@@ -102,7 +110,7 @@ private:
     }
 
     std::vector<Token> m_tokens;
-    std::vector<std::size_t> m_open;
+    std::vector<Container> m_open;
     std::deque<std::string> m_texts;  // those that are no parts of the input
 };
 
