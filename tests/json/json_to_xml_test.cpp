@@ -92,7 +92,6 @@ TEST(JsonToXml, Mapping) {
         {R"({"a":{"@x":1,"@y":true,"@z":null,"#text":"t"}})", "a@x=1@y=true@z='t'"},
         {R"({"a":{"#text":1.5,"@x":"late"}})", "a@x=late'1.5'"},
         {R"({"a":{"#text":"one","b":{},"#text":"two"}})", "a'onetwo'(b)"},
-        {R"({"a":{"b":{"@z":2,"c":"\u0041","@y":"\u0042"},"@x":[],"@w":3},"@v":5})", ""},
         {R"({"a":{"b":{"c":"\u0041","@y":"\u0042"},"@w":3,"d":[{"e":1,"@f":2},5]}})",
          "a@w=3(b@y=B(c'A') d@f=2(e'1') d'5')"},
         // values
@@ -111,7 +110,7 @@ TEST(JsonToXml, Mapping) {
          "a@{http://www.w3.org/XML/1998/namespace}lang=de(b({urn:1}c'1') b({urn:2}c'2'))"},
     };
     for (const MappingRow& row : rows)
-        if (!row.tree.empty()) Check(row, Context());
+        Check(row, Context());
 }
 
 TEST(JsonToXml, Settings) {
@@ -189,9 +188,9 @@ TEST(JsonToXml, Errors) {
         {"{\"a\":{\"b\":[1,2,{\"c\":[3,x",
          "Expected Value '{', '[', '\"', '0-9', '-', 'true', 'false' or 'null', found 'x' at line 1, "
          "position "
-         "25.\nPath: $.a.b[2].c[1]"},
+         "24.\nPath: $.a.b[2].c[1]"},
         {"{\"a\":{\"b\":1,\"@x\":2,\"d\":[{\"e\":1},{\"e\":",
-         "Unexpected End of File. Expected Object Value at line 1, position 38.\nPath: $.a.d[1].e"},
+         "Unexpected End of File. Expected Object Value at line 1, position 37.\nPath: $.a.d[1].e"},
     };
     const CSerializationContext context = Context();
     for (const Row& row : rows) {

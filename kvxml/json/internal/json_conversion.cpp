@@ -55,6 +55,7 @@ CBinaryData JsonToXml(std::string_view json, const CSerializationContext& contex
         CXmlTextWriter writer(&stream);
         writer.BeginOutput();
         CJsonWriterSink sink(writer, false);
+        sink.KeepTextsWhole(writer);
         try {
             Convert(json, context, sink, true, anyOrder);
         } catch (const CLateJsonAttribute&) {

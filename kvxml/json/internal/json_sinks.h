@@ -1,13 +1,14 @@
 /// Where the elements of JSON text go: into a tree, or to a writer.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "kvxml/json/internal/json_names.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/xml/internal/xml_tree_builder.h"
-#include "kvxml/xml/xml_writer.h"
+#include "kvxml/xml/xml_text_writer.h"
 
 namespace KvXmlLib16::internal {
 
@@ -67,8 +68,14 @@ public:
     /// `convert`: the writer takes text in the local code page, which is not UTF-8.
     CJsonWriterSink(CXmlWriter& writer, bool convert) : m_writer(writer), m_convert(convert) {}
 
+    /// Formatting, which is `writer`'s, adds no blanks behind the texts of elements that have children as
+    /// well.
+    void KeepTextsWhole(CXmlTextWriter& writer) { m_formatted = &writer; }
+
     void DeclarePrefix(std::string_view, std::string_view) {}
     void StartElement(const CJsonNames::Name& name, const char* const* attributes) {
+        if (m_formatted != nullptr && m_textDepth != 0 && m_textDepth == m_writer.GetDepth())
+            m_formatted->SetFormatted(false);
         if (m_convert) {
             m_writer.WriteStartElement(Utf8ToLocal(name.literal), {});
             for (; *attributes != nullptr; attributes += 2) {
@@ -82,17 +89,26 @@ public:
             m_writer.WriteAttribute(attributes[0], {}, attributes[1], ItemType_string);
     }
     void Text(std::string_view text) {
+        if (m_textDepth == 0) m_textDepth = m_writer.GetDepth();
         if (m_convert) {
             m_writer.WriteText(Utf8ToLocal(text), ItemType_string, false);
         } else {
             m_writer.WriteText(text, ItemType_string, false);
         }
     }
-    void EndElement() { m_writer.WriteEndElement(); }
+    void EndElement() {
+        const bool endsText = m_textDepth == m_writer.GetDepth();
+        m_writer.WriteEndElement();
+        if (!endsText) return;
+        m_textDepth = 0;
+        if (m_formatted != nullptr) m_formatted->SetFormatted(true);
+    }
 
 private:
     CXmlWriter& m_writer;
     const bool m_convert;
+    CXmlTextWriter* m_formatted = nullptr;
+    std::int32_t m_textDepth = 0;  // of the outermost open element with text
 };
 
 }  // namespace KvXmlLib16::internal

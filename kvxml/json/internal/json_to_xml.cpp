@@ -192,6 +192,13 @@ void CJsonToXmlBase::CheckDuplicates() {
 
 // --- values -----------------------------------------------------------------------------------------------
 
+void CJsonToXmlBase::HoldText(std::string_view text, bool isStable, bool isSpecial) {
+    if (!isStable) text = m_ownHeldText = text;
+    m_hasHeldText = true;
+    m_isHeldTextSpecial = isSpecial;
+    m_heldText = text;
+}
+
 std::string_view CJsonToXmlBase::Clean(std::string_view value, bool isAttribute) {
     if (!NeedsCleaning(value, isAttribute)) return value;
     m_clean.clear();
@@ -237,6 +244,7 @@ void CJsonToXmlBase::ThrowValue(std::string_view value, bool isAttribute, const 
 }
 
 void CJsonToXmlBase::ThrowName(std::string_view name, bool isAttribute) const {
+    if (m_mapping.allowLate && name.find(':') != name.npos) throw CLateJsonAttribute{};
     throw CKvValidationException(
         FormatString(isAttribute ? "Failed to convert name '%s' to Attribute name in XML."
                                  : "Failed to convert name '%s' to Element name in XML.",

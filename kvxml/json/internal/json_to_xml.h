@@ -19,7 +19,8 @@ class CKvException;
 
 namespace internal {
 
-/// Thrown when a member that names an attribute comes after a child element of its object.
+/// Thrown when a member that names an attribute comes after a child element of its object, and when a prefix
+/// is unknown that such an attribute may yet declare.
 struct CLateJsonAttribute {};
 
 struct CJsonMapping {
@@ -98,6 +99,9 @@ protected:
         m_pending.clear();
     }
 
+    /// Keeps text until its element starts.
+    void HoldText(std::string_view text, bool isStable, bool isSpecial);
+
     /// Leaves out carriage returns, and in attributes makes tabs blanks, as XML text would have it.
     /// Characters that XML does not have are errors. Good until the next call.
     std::string_view Clean(std::string_view value, bool isAttribute);
@@ -116,6 +120,7 @@ protected:
     std::vector<Attribute> m_attributes;
     // Text in front of the first child and attribute; like these it waits for the start of its element.
     bool m_hasHeldText = false;
+    bool m_isHeldTextSpecial = false;
     std::string_view m_heldText;
 
     void DeclarationOf(const Attribute& attribute, std::string_view& prefix, std::string_view& uri) const;
@@ -131,6 +136,7 @@ private:
     std::string m_pending;  // zero-terminated names and values of m_attributes
     std::vector<std::string_view> m_sorted;
     std::string m_clean;
+    std::string m_ownHeldText;
 };
 
 /// A handler of CJsonScanner. `Sink` is a class with
@@ -199,9 +205,8 @@ private:
         m_sink.EndElement();
     }
     void AddText(std::string_view text, bool isStable, bool isSpecial) {
-        if (!Top().isStarted && isStable && !isSpecial && !m_hasHeldText) {
-            m_hasHeldText = true;
-            m_heldText = text;
+        if (!Top().isStarted && !m_hasHeldText) {
+            HoldText(text, isStable, isSpecial);
             return;
         }
         StartPending();
@@ -234,7 +239,7 @@ private:
         if (!m_attributes.empty()) DropPending();
         if (m_hasHeldText) {
             m_hasHeldText = false;
-            Write(m_heldText, false);
+            Write(m_heldText, m_isHeldTextSpecial);
         }
     }
     void Declare(const Attribute& attribute) {
