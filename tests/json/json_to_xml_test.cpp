@@ -210,7 +210,7 @@ TEST(JsonToXml, LongNamesAndValuesAreShortenedInMessages) {
 TEST(JsonToXml, ManyMembersTakeLinearTime) {
     std::string attributes = "{\"a\":{";
     std::string late = "{\"a\":{\"b\":1";
-    for (int i = 0; i < 100000; ++i) {
+    for (int i = 0; i < 20000; ++i) {
         const std::string number = std::to_string(i);
         attributes += "\"@xmlns:p" + number + "\":\"urn:" + number + "\",\"@p" + number + ":x\":1,";
         late += ",\"@x" + number + "\":{}";

@@ -12,12 +12,9 @@
 #include "kvxml/json/internal/json_names.h"
 #include "kvxml/json/internal/json_scanner.h"
 #include "kvxml/json/json_context.h"
+#include "kvxml/runtime/exceptions.h"
 
-namespace KvXmlLib16 {
-
-class CKvException;
-
-namespace internal {
+namespace KvXmlLib16::internal {
 
 /// Thrown when a member that names an attribute comes after a child element of its object, and when a prefix
 /// is unknown that such an attribute may yet declare.
@@ -251,5 +248,4 @@ private:
     Sink& m_sink;
 };
 
-}  // namespace internal
-}  // namespace KvXmlLib16
+}  // namespace KvXmlLib16::internal
