@@ -169,7 +169,7 @@ public:
         try {
             build(document);
         } catch (const CKvException& e) {
-            throw CKvException(FormatString("Error converting JSON to XML:\n%s", e.GetMessage().c_str()), e);
+            throw CKvException("Error converting JSON to XML:\n" + e.GetMessage(), e);
         }
         const CIgnoredNamespaces ignored(context);
         Read(object, document, context);

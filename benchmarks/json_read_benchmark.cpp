@@ -1,0 +1,156 @@
+/// Reading of a JSON document (the generated GPX document as JSON text) beside peers that read the same text.
+///
+/// Every figure is CPU time of the thread. "x_floor" is the ratio to nlohmann::json::parse into its DOM,
+/// measured in turns. glibc is told to keep freed memory, so both sides run in the same heap state.
+/// KVXML_BENCHMARK_MB sets the size of the XML document (default 20), KVXML_BENCHMARK_JSON names a file to be
+/// read instead, then only into the tree.
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+#include <rapidjson/document.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "benchmarks/support/gpx_document.h"
+#include "benchmarks/support/paired_timing.h"
+#include "examples/gpx/gpx_type.h"
+#include "kvxml/kvxml.h"
+#include "kvxml/types/binary_data.h"
+
+namespace {
+
+using benchmarks::RunPaired;
+using benchmarks::TimeOf;
+using namespace KvXmlLib16;
+
+const char* JsonFile() {
+    return std::getenv("KVXML_BENCHMARK_JSON");
+}
+
+void AppendString(std::string& json, std::string_view text) {
+    json += nlohmann::json(std::string(text)).dump();
+}
+
+/// An element as JSON, its children of one name in one array.
+void Append(std::string& json, const CXmlElement& element) {
+    if (element.GetAttributes().empty() && element.GetFirstElement() == nullptr) {
+        AppendString(json, element.GetTextView());
+        return;
+    }
+    const std::size_t begin = json.size();
+    if (element.GetParentElm() == nullptr) json += ",\"@xmlns\":\"http://www.topografix.com/GPX/1/1\"";
+    for (const CXmlAttribute* attribute : element.GetAttributes()) {
+        if (attribute->IsNamespaceAttribute()) continue;
+        json += ",\"@" + attribute->GetLocalName() + "\":";
+        AppendString(json, attribute->GetValueView());
+    }
+    std::string open;
+    for (const CXmlElement* child = element.GetFirstElement(); child != nullptr;
+         child = child->GetNextSiblingElement()) {
+        json += ',';
+        if (child->GetLocalName() != open) {
+            if (!open.empty()) json.insert(json.size() - 1, "]");
+            open = child->GetLocalName();
+            json += '"' + open + "\":[";
+        }
+        Append(json, *child);
+    }
+    if (!open.empty()) json += ']';
+    if (json.size() == begin) json += ',';
+    json[begin] = '{';
+    json += '}';
+}
+
+const std::string& Json() {
+    static const std::string json = [] {
+        if (JsonFile() != nullptr) {
+            std::ifstream file(JsonFile(), std::ios::binary);
+            return std::string(std::istreambuf_iterator<char>(file), {});
+        }
+        const char* megabytes = std::getenv("KVXML_BENCHMARK_MB");
+        const std::size_t size = megabytes == nullptr ? 20 : std::strtoul(megabytes, nullptr, 10);
+        CXmlDocument document;
+        document.LoadXml(benchmarks::MakeGpxDocument(size * 1000 * 1000).c_str());
+        std::string text = "{\"gpx\":";
+        Append(text, *document.GetDocumentElement());
+        return text + '}';
+    }();
+    return json;
+}
+
+/// Has nothing to bind, so that the tree alone is measured.
+class CNothing final : public CXmlObjectBase {
+public:
+    CXmlObjectBase* GetBase() override { return this; }
+    std::string GetTargetNamespace() const override { return std::string(); }
+    std::string GetNamespace() const override { return std::string(); }
+
+protected:
+    void ToXml_Int(CXmlWriter*, bool, const char*, const CSerializationContext&, bool) const override {}
+    CXmlElement* FromXml_Int(CXmlElement*, CXmlElement* cursor, const CSerializationContext&, bool) override {
+        return cursor;
+    }
+};
+
+double Nlohmann() {
+    return TimeOf([] { benchmark::DoNotOptimize(nlohmann::json::parse(Json())); });
+}
+
+void ReadNlohmann(benchmark::State& state) {
+    RunPaired(state, Json().size(), Nlohmann, Nlohmann);
+}
+
+void ReadRapidJson(benchmark::State& state) {
+    RunPaired(state, Json().size(), Nlohmann, [] {
+        return TimeOf([] {
+            rapidjson::Document document;
+            document.Parse(Json().data(), Json().size());
+            benchmark::DoNotOptimize(document.IsObject());
+        });
+    });
+}
+
+void ReadTree(benchmark::State& state) {
+    RunPaired(state, Json().size(), Nlohmann, [] {
+        return TimeOf([] {
+            CNothing nothing;
+            nothing.FromJson(Json().c_str());
+        });
+    });
+}
+
+void ReadObjects(benchmark::State& state) {
+    RunPaired(state, Json().size(), Nlohmann, [] {
+        CSmartPtr<Gpx::CGpxType> gpx(new Gpx::CGpxType());
+        return TimeOf([&] { gpx->FromJson(Json().c_str()); });
+    });
+}
+
+void ReadXmlText(benchmark::State& state) {
+    RunPaired(state, Json().size(), Nlohmann, [] {
+        return TimeOf([] { benchmark::DoNotOptimize(CXmlDocument().LoadJson(Json().c_str()).GetLength()); });
+    });
+}
+
+void Register(const char* name, void (*function)(benchmark::State&)) {
+    benchmark::RegisterBenchmark(name, function)->UseManualTime()->Unit(benchmark::kMillisecond);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    mallopt(M_MMAP_THRESHOLD, 1 << 30);
+    mallopt(M_TRIM_THRESHOLD, 2147483647);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+    Register("Read/nlohmann DOM (floor)", ReadNlohmann);
+    Register("Read/FromJson, tree alone", ReadTree);
+    if (JsonFile() == nullptr) Register("Read/FromJson", ReadObjects);
+    Register("Read/LoadJson, XML text", ReadXmlText);
+    Register("Read/RapidJSON DOM (peer)", ReadRapidJson);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
