@@ -106,8 +106,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } else {
         convertedError = ErrorOf([&] { converted.FromXmlStream(xml, context); });
     }
-    if (error != convertedError && !(IsAboutDepth(error) && IsAboutDepth(convertedError)))
-        Fail("different errors", error, convertedError);
+    if (IsAboutDepth(error) || IsAboutDepth(convertedError)) return 0;  // found out later in XML text
+    if (error != convertedError) Fail("different errors", error, convertedError);
     if (error.empty() && direct.text != converted.text) Fail("different trees", direct.text, converted.text);
 
     // The handler refuses more, as it writes while it reads, but what it writes is the same.
