@@ -141,6 +141,7 @@ protected:
         std::int32_t depth = 0;
         std::int32_t arrayMode = kArrayNone;
         bool startTagOpen = false;
+        bool isArrayOpen = false;         // for formats with brackets: that of a collection is to be closed
         std::size_t qualifierLength = 0;  // of the prefix and colon that the name begins with
         std::size_t nameLength = 0;       // of the whole name, which the end tag repeats
         char shortName[kShortName] = {};  // the name, when it fits
