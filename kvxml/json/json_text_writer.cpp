@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/runtime/exceptions.h"
@@ -190,14 +191,19 @@ void CJsonTextWriter::CloseArray(CXmlWriterContext& context) {
     Buffer().Commit(out);
 }
 
-/// What comes before the name of an attribute, a declaration or a text.
-void CJsonTextWriter::BeginMember(CXmlWriterContext& context) {
+/// Writes what comes before the value of an attribute, a declaration or a text.
+void CJsonTextWriter::AppendMember(CXmlWriterContext& context, std::string_view mark,
+                                   std::string_view qualifier, std::string_view localName) {
     if (context.isArrayOpen) CloseArray(context);
     const std::size_t indentation = LineIndentation(m_level);
-    char* out = Buffer().Reserve(kFrame + indentation);
+    CStringBuffer& buffer = Buffer();
+    char* out = buffer.Reserve(kFrame + indentation + qualifier.size() + localName.size());
     *out++ = context.startTagOpen ? '{' : ',';
     context.startTagOpen = false;
-    Buffer().Commit(PutNewLine(out, indentation));
+    out = PutNewLine(out, indentation);
+    char* const end = PutName(out, mark, qualifier, localName);
+    buffer.Commit(end != nullptr ? end : out);
+    if (end == nullptr) AppendName(mark, qualifier, localName);
 }
 
 // --- elements --------------------------------------------------------------------------------------------
@@ -265,14 +271,12 @@ void CJsonTextWriter::WriteStartElement(std::string_view localName, std::string_
     if (separator != '\0') *out++ = separator;
     out = PutNewLine(out, memberIndentation);
     if (isNamed) {
-        if (m_escapeStrings) {
+        char* const end = PutName(out, {}, qualifier, localName);
+        if (end == nullptr) {
             buffer.Commit(out);
             AppendName({}, qualifier, localName);
-            out = buffer.Reserve(kFrame + indentation);
-        } else {
-            *out++ = '"';
-            out = Put(Put(Put(out, qualifier), localName), "\": ");
         }
+        out = end != nullptr ? end : buffer.Reserve(kFrame + indentation);
     }
     if (startsArray) {
         parent->arrayMode = kArrayOpen;
@@ -297,29 +301,26 @@ void CJsonTextWriter::WriteText(std::string_view text, ItemType type, bool) {
     // An empty text is a value of its own only where it can be written as one.
     if (text.empty() && (m_hasText || type == ItemType_Unknown || IsBare(type))) return;
     // What comes next decides on the form: the only text of an element is a plain value.
-    if (m_hasText) {
-        m_text.append(text);
-        if (type != m_textType) m_textType = ItemType_string;
-        return;
-    }
-    m_text.assign(text);
-    m_textType = type;
+    const std::size_t before = m_hasText ? m_textLength : 0;
+    m_textLength = before + text.size();
+    if (m_textLength > m_text.size())
+        m_text.resize(before == 0 ? std::max<std::size_t>(m_textLength, 64) : 2 * m_textLength);
+    CStringBuffer::CopyBytes(m_text.data() + before, text.data(), text.size());
+    m_textType = !m_hasText || type == m_textType ? type : ItemType_string;
     m_hasText = true;
 }
 
 void CJsonTextWriter::AppendHeldText(CXmlWriterContext& context) {
     m_hasText = false;
-    BeginMember(context);
-    Buffer().Append(m_roundTrip == JsonRoundTrip_None ? std::string_view("\"\": ")
-                                                      : std::string_view("\"#text\": "));
-    AppendValue(m_text, m_textType);
+    AppendMember(context, {}, {}, m_roundTrip == JsonRoundTrip_None ? "" : "#text");
+    AppendValue({m_text.data(), m_textLength}, m_textType);
 }
 
 void CJsonTextWriter::WriteEndElement() {
     CXmlWriterContext& context = RequireElement();
     if (context.startTagOpen) {
         if (m_hasText)
-            AppendValue(m_text, m_textType);
+            AppendValue({m_text.data(), m_textLength}, m_textType);
         else
             Buffer().Append("null");
         m_hasText = false;
@@ -344,9 +345,7 @@ void CJsonTextWriter::WriteAttribute(std::string_view localName, std::string_vie
     std::string_view qualifier;
     if (m_roundTrip == JsonRoundTrip_Full && !namespaceUri.empty())
         qualifier = QualifierOf(*context.scope, namespaceUri);
-    BeginMember(context);
-    AppendName(m_roundTrip == JsonRoundTrip_None ? std::string_view() : std::string_view("@"), qualifier,
-               localName);
+    AppendMember(context, {"@", m_roundTrip == JsonRoundTrip_None ? 0u : 1u}, qualifier, localName);
     AppendValue(value, type);
     FlushIfFull();
 }
@@ -375,28 +374,38 @@ void CJsonTextWriter::AppendDeclarations(CXmlWriterContext& context, std::string
 
 void CJsonTextWriter::AppendDeclaration(CXmlWriterContext& context, std::string_view prefix,
                                         std::string_view uri) {
-    BeginMember(context);
-    AppendName(prefix.empty() ? "@xmlns" : "@xmlns:", prefix, {});
+    AppendMember(context, prefix.empty() ? "@xmlns" : "@xmlns:", prefix, {});
     AppendString(uri);
 }
 
 // --- names and values ------------------------------------------------------------------------------------
 
-inline void CJsonTextWriter::AppendName(std::string_view mark, std::string_view qualifier,
-                                        std::string_view localName) {
-    CStringBuffer& buffer = Buffer();
-    if (m_escapeStrings) {
-        buffer.Append('"');
-        buffer.Append(mark);
-        AppendEscaped(qualifier);
-        AppendEscaped(localName);
-        buffer.Append("\": ");
-        return;
-    }
-    char* out = buffer.Reserve(kFrame + mark.size() + qualifier.size() + localName.size());
+/// Puts a name with its quotation marks and colon into room for kFrame characters more than it has; null
+/// when it needs a closer look, which `AppendName` takes.
+inline char* CJsonTextWriter::PutName(char* out, std::string_view mark, std::string_view qualifier,
+                                      std::string_view localName) const noexcept {
     *out++ = '"';
-    out = Put(Put(Put(out, mark), qualifier), localName);
-    buffer.Commit(Put(out, "\": "));
+    out = Put(out, mark);
+    if (m_escapeStrings) {
+        const std::size_t plain = CopyPlain<Escaped>(out, qualifier.data(), qualifier.size());
+        const std::size_t more = CopyPlain<Escaped>(out + plain, localName.data(), localName.size());
+        if (m_escapesAsAscii || plain + more != qualifier.size() + localName.size()) return nullptr;
+        out += plain + more;
+    } else {
+        out = Put(Put(out, qualifier), localName);
+    }
+    std::memcpy(out, "\": ", 3);
+    return out + 3;
+}
+
+void CJsonTextWriter::AppendName(std::string_view mark, std::string_view qualifier,
+                                 std::string_view localName) {
+    CStringBuffer& buffer = Buffer();
+    buffer.Append('"');
+    buffer.Append(mark);
+    AppendEscaped(qualifier);
+    AppendEscaped(localName);
+    buffer.Append("\": ");
 }
 
 inline void CJsonTextWriter::AppendValue(std::string_view text, ItemType type) {
@@ -406,16 +415,32 @@ inline void CJsonTextWriter::AppendValue(std::string_view text, ItemType type) {
         AppendString(text);
 }
 
-void CJsonTextWriter::AppendString(std::string_view text) {
-    Buffer().Append('"');
+inline void CJsonTextWriter::AppendString(std::string_view text) {
+    CStringBuffer& buffer = Buffer();
+    const std::size_t length = std::min(text.size(), kPieceLength);
+    char* out = buffer.Reserve(length + 2);
+    *out++ = '"';
+    std::size_t plain = 0;
+    if (!m_escapeStrings)
+        plain = CopyPlain<PassThrough>(out, text.data(), length);
+    else if (!m_escapesAsAscii)
+        plain = CopyPlain<Escaped>(out, text.data(), length);
+    out += plain;
+    if (plain == text.size()) {
+        *out++ = '"';
+        buffer.Commit(out);
+        return;
+    }
+    buffer.Commit(out);
+    text.remove_prefix(plain);
     if (m_escapeStrings)
         AppendEscaped(text);
     else
         AppendTransformed<PassThrough>(text);
-    Buffer().Append('"');
+    buffer.Append('"');
 }
 
-inline void CJsonTextWriter::AppendEscaped(std::string_view text) {
+void CJsonTextWriter::AppendEscaped(std::string_view text) {
     if (m_escapesAsAscii)
         AppendAsAscii(text);
     else
@@ -423,17 +448,7 @@ inline void CJsonTextWriter::AppendEscaped(std::string_view text) {
 }
 
 template <class Rules>
-inline void CJsonTextWriter::AppendTransformed(std::string_view text) {
-    CStringBuffer& buffer = Buffer();
-    const std::size_t length = std::min(text.size(), kPieceLength);
-    char* const out = buffer.Reserve(length);
-    const std::size_t plain = CopyPlain<Rules>(out, text.data(), length);
-    buffer.Commit(out + plain);
-    if (plain != text.size()) AppendTransformedInPieces<Rules>(text.substr(plain));
-}
-
-template <class Rules>
-void CJsonTextWriter::AppendTransformedInPieces(std::string_view text) {
+void CJsonTextWriter::AppendTransformed(std::string_view text) {
     CStringBuffer& buffer = Buffer();
     while (!text.empty()) {
         const std::size_t length = std::min(text.size(), kPieceLength);
@@ -460,7 +475,6 @@ void CJsonTextWriter::AppendTransformedInPieces(std::string_view text) {
 void CJsonTextWriter::AppendAsAscii(std::string_view text) {
     const std::string utf8 =
         internal::IsLocalUtf8() ? internal::RepairUtf8(text) : internal::LocalToUtf8(text);
-    char escapes[2 * kLongestEscape];
     std::size_t i = 0;
     while (i < utf8.size()) {
         std::size_t ascii = i;
@@ -473,14 +487,13 @@ void CJsonTextWriter::AppendAsAscii(std::string_view text) {
         unsigned code = lead < 0xE0 ? lead & 0x1Fu : lead < 0xF0 ? lead & 0x0Fu : lead & 0x07u;
         for (int rest = lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3; rest > 0; --rest)
             code = code << 6 | (static_cast<unsigned char>(utf8[i++]) & 0x3Fu);
-        char* out = escapes;
+        char* out = Buffer().Reserve(2 * kLongestEscape);
         if (code > 0xFFFF) {
             code -= 0x10000;
             out = PutUnit(out, 0xD800 | code >> 10);
             code = 0xDC00 | (code & 0x3FF);
         }
-        out = PutUnit(out, code);
-        Buffer().Append(std::string_view(escapes, static_cast<std::size_t>(out - escapes)));
+        Buffer().Commit(PutUnit(out, code));
     }
 }
 

@@ -84,7 +84,7 @@ public:
     void WriteNilAttribute() override;
 
 private:
-    /// The longest text that a value or member adds around its content, line ends and brackets included.
+    /// The most that is put around a name: marks, brackets and line ends.
     static constexpr std::size_t kFrame = 32;
 
     CStringBuffer& Buffer() noexcept { return m_stream->GetBuffer(); }
@@ -96,18 +96,19 @@ private:
     char* PutNewLine(char* out, std::size_t indentation) const noexcept;
     std::size_t LineIndentation(std::size_t level);
     void CloseArray(CXmlWriterContext& context);
-    void BeginMember(CXmlWriterContext& context);
+    void AppendMember(CXmlWriterContext& context, std::string_view mark, std::string_view qualifier,
+                      std::string_view localName);
     void AppendDeclarations(CXmlWriterContext& context, std::string_view invented);
     void AppendDeclaration(CXmlWriterContext& context, std::string_view prefix, std::string_view uri);
     void AppendHeldText(CXmlWriterContext& context);
+    char* PutName(char* out, std::string_view mark, std::string_view qualifier,
+                  std::string_view localName) const noexcept;
     void AppendName(std::string_view mark, std::string_view qualifier, std::string_view localName);
     void AppendValue(std::string_view text, ItemType type);
     void AppendString(std::string_view text);
     void AppendEscaped(std::string_view text);
     template <class Rules>
     void AppendTransformed(std::string_view text);
-    template <class Rules>
-    void AppendTransformedInPieces(std::string_view text);
     void AppendAsAscii(std::string_view text);
 
     CTextStream* m_stream;
@@ -117,10 +118,11 @@ private:
     bool m_escapeStrings = false;
     bool m_escapesAsAscii;     // escaped strings need more than the bytes of the text
     bool m_hasMember = false;  // the outermost object has one
-    bool m_hasText = false;    // m_text is the current element's, not written yet
+    bool m_hasText = false;    // m_text is the current element's and still to be written
     ItemType m_textType = ItemType_Unknown;
     std::size_t m_level = 0;  // of indentation, of what is written into the current element
-    std::string m_text;
+    std::string m_text;       // more room than the text has
+    std::size_t m_textLength = 0;
     internal::CLineLayout m_layout;
 };
 
