@@ -126,16 +126,24 @@ CJsonTextWriter::CJsonTextWriter(CTextStream* stream)
 
 CJsonTextWriter::~CJsonTextWriter() = default;
 
+// --- settings --------------------------------------------------------------------------------------------
+
+void CJsonTextWriter::SetEscapeStrings(bool escape) {
+    m_escapeStrings = escape;
+    SetIndentChars(GetIndentChars());
+}
+
+void CJsonTextWriter::SetIndentChars(std::string_view indentChars) {
+    std::string blanks(indentChars);
+    const auto isOther = [](char character) { return character != ' ' && character != '\t'; };
+    if (m_escapeStrings) blanks.erase(std::remove_if(blanks.begin(), blanks.end(), isOther), blanks.end());
+    m_layout.SetIndentChars(blanks);
+}
+
 // --- document --------------------------------------------------------------------------------------------
 
 void CJsonTextWriter::BeginOutput() {
     m_stream->Begin();
-    if (m_escapeStrings) {
-        std::string blanks = m_layout.GetIndentChars();
-        const auto isOther = [](char character) { return character != ' ' && character != '\t'; };
-        blanks.erase(std::remove_if(blanks.begin(), blanks.end(), isOther), blanks.end());
-        if (blanks.size() != m_layout.GetIndentChars().size()) m_layout.SetIndentChars(blanks);
-    }
     Buffer().Append('{');
     m_level = 1;
     m_hasMember = false;

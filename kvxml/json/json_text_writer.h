@@ -43,12 +43,12 @@ public:
     /// What of names and namespaces is kept; JsonRoundTrip_Full unless set.
     void SetSupportRoundtrip(JsonRoundTrip value) noexcept { m_roundTrip = value; }
     /// Whether strings are escaped as RFC 8259 has it; not unless set.
-    void SetEscapeStrings(bool escape) noexcept { m_escapeStrings = escape; }
+    void SetEscapeStrings(bool escape);
     /// Line ends; LF unless set. CKvException "Invalid EOL type." for anything that is no `EOLType`.
     void SetEOL(EOLType eol) { m_layout.SetEOL(eol); }
     /// Indentation of one level; a tab unless set. Where strings are escaped, characters other than blanks
     /// and tabs are left out of it.
-    void SetIndentChars(std::string_view indentChars) { m_layout.SetIndentChars(indentChars); }
+    void SetIndentChars(std::string_view indentChars);
     /// Each member and item on a line of its own (the default), or all on one line.
     void SetFormatted(bool formatted) noexcept { m_formatted = formatted; }
 
