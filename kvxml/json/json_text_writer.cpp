@@ -122,7 +122,9 @@ struct Escaped {
 CJsonTextWriter::CJsonTextWriter(CTextStream* stream)
     : m_stream(stream),
       m_needsFlush(stream->NeedsFlush()),
-      m_escapesAsAscii(!internal::IsLocalUtf8() || internal::IsAsciiOnly()) {}
+      m_escapesAsAscii(!internal::IsLocalUtf8() || internal::IsAsciiOnly()) {
+    SetDeclaresByAttribute(true);
+}
 
 CJsonTextWriter::~CJsonTextWriter() = default;
 

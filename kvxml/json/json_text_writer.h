@@ -41,7 +41,10 @@ public:
 
     // --- settings --------------------------------------------------------------------------------------
     /// What of names and namespaces is kept; JsonRoundTrip_Full unless set.
-    void SetSupportRoundtrip(JsonRoundTrip value) noexcept { m_roundTrip = value; }
+    void SetSupportRoundtrip(JsonRoundTrip value) noexcept {
+        m_roundTrip = value;
+        SetDeclaresByAttribute(value == JsonRoundTrip_Full);
+    }
     /// Whether strings are escaped as RFC 8259 has it; not unless set.
     void SetEscapeStrings(bool escape);
     /// Line ends; LF unless set. CKvException "Invalid EOL type." for anything that is no `EOLType`.

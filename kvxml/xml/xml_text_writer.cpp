@@ -97,7 +97,9 @@ CXmlTextWriter::CXmlTextWriter(CTextStream* stream, bool writeDefaultValues)
     : m_stream(stream),
       m_needsFlush(stream->NeedsFlush()),
       m_writeDefaultValues(writeDefaultValues),
-      m_isUtf8(internal::IsLocalUtf8()) {}
+      m_isUtf8(internal::IsLocalUtf8()) {
+    SetDeclaresByAttribute(true);
+}
 
 CXmlTextWriter::~CXmlTextWriter() = default;
 

@@ -184,6 +184,9 @@ protected:
     const NamespaceScope& GetDocumentScope() const noexcept { return m_documentScope; }
     /// Invents the first free prefix (AA, AB, ...) and registers it for `uri` in the current context.
     const NamespaceScope::Alias& InventPrefix(std::string_view uri);
+    /// Whether an attribute called "xmlns" or "xmlns:..." declares a namespace in this format; not unless
+    /// set.
+    void SetDeclaresByAttribute(bool value) noexcept { m_declaresByAttribute = value; }
     /// The namespace that is bound to "xml" and never declared.
     static bool IsXmlNamespace(std::string_view uri) noexcept;
 
@@ -201,6 +204,7 @@ private:
     CXmlWriterContext* m_first = nullptr;  // of the document element; owns the rest through `m_reusable`
     NamespaceScope m_documentScope;
     std::string m_scratch;
+    bool m_declaresByAttribute = false;
 };
 
 }  // namespace KvXmlLib16

@@ -13,6 +13,7 @@
 
 #include "examples/gpx/gpx_type.h"
 #include "kvxml/kvxml.h"
+#include "kvxml/metadata/element.h"
 #include "kvxml/types/internal/compression.h"
 #include "tests/support/error_of.h"
 #include "tests/support/fixture_classes.h"
@@ -426,6 +427,22 @@ TEST(JsonTextWriter, ObjectsComeBackFromAnotherParser) {
     EXPECT_EQ(points.size(), 3U);
     EXPECT_EQ(points.at(1).at("@lat"), -0.01);
     EXPECT_EQ(points.at(1).at("time"), "2024-02-29T08:10:00.500Z");
+}
+
+TEST(JsonTextWriter, UntypedContentDeclaresItsNamespaces) {
+    const char* const xml =
+        "<r xmlns='urn:r' xmlns:x='urn:x'><x:a k='1' x:l='2'/><x:a>t</x:a><b xmlns='' xmlns:y='urn:y' "
+        "y:m='3'/>"
+        "<y:c xmlns:y='urn:y'>text<y:d/></y:c><z:c xmlns:z='urn:z'/></r>";
+    const CSmartPtr<CElement> element(new CElement());
+    element->FromXml(xml);
+    EXPECT_EQ(
+        element->ToJson(false, EOLType_LF, Context(true, JsonRoundTrip_NoNamespaces)),
+        R"({"r": {"a": {"@k": "1","@l": "2"},"a": "t","b": {"@m": "3"},"c": {"#text": "text","d": null},)"
+        R"("c": null}})");
+    const CSmartPtr<CElement> read(new CElement());
+    read->FromXml(ToXml::Of(element->ToJson(true, EOLType_LF, Context())).c_str());
+    EXPECT_EQ(read->ToXml(false, false), element->ToXml(false, false, EOLType_LF, Context()));
 }
 
 TEST(JsonTextWriter, ObjectsInEveryMode) {
