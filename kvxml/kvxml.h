@@ -2,6 +2,8 @@
 #pragma once
 
 #include "kvxml/export.h"
+#include "kvxml/json/json_context.h"
+#include "kvxml/json/json_text_writer.h"
 #include "kvxml/metadata/attribute_col.h"
 #include "kvxml/metadata/attribute_info.h"
 #include "kvxml/metadata/element.h"

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kvxml/json/json_context.h"
+#include "kvxml/json/json_text_writer.h"
 #include "kvxml/metadata/element.h"
 #include "kvxml/metadata/parent_element_info.h"
 #include "kvxml/metadata/xml_collection_base.h"
@@ -31,6 +32,27 @@ namespace {
 
 [[noreturn]] void ThrowNotBuiltIn(const char* format) {
     throw CKvException(FormatString("The %s format is not built in yet.", format));
+}
+
+/// Whether text goes to the file while it is written, and not by way of a buffer.
+bool WritesToFileDirectly(CompressionType compression) {
+    return internal::IsAsyncToXmlFile() && compression == CompressionType_None;
+}
+
+/// Writes a whole document, compressed on request, with the byte-order mark of its encoding.
+void WriteFile(CBinaryData data, const char* fileName, XmlEncoding encoding, CompressionType compression) {
+    if (compression == CompressionType_None) {
+        CFileBinaryStream(data, fileName, encoding).Write();
+        return;
+    }
+    // The byte-order mark belongs to the text, so it is compressed with it.
+    if (internal::IsUtf16(encoding)) {
+        CBinaryData marked(internal::kUtf16Mark);
+        marked.Append(data);
+        data = marked;
+    }
+    internal::Compress(data, compression);
+    CFileBinaryStream(data, fileName, XmlEncoding_None).Write();
 }
 
 void RefuseZlibFile(CompressionType compression) {
@@ -142,12 +164,22 @@ public:
     static void Write(const CXmlObjectBase& object, CTextStream& stream, bool includeDocHeader,
                       bool formatted, EOLType eol, const CSerializationContext& context) {
         CXmlTextWriter writer(&stream);
-        writer.SetFormatted(formatted);
-        writer.SetIndentChars(context.GetIndentChars());
-        writer.SetEOL(eol);
+        SetLayout(writer, formatted, eol, context);
         writer.SetWriteDefaultValues(context.GetWriteDefaultElementValues());
         writer.BeginOutput();
         if (includeDocHeader) writer.WriteDeclaration();
+        ToXml_Int(&object, &writer, true, object.GetTargetNamespace().c_str(), context, false);
+        writer.EndDocument();
+    }
+
+    static void WriteJson(const CXmlObjectBase& object, CTextStream& stream, bool formatted, EOLType eol,
+                          const CSerializationContext& context) {
+        const CJsonContext& settings = context.GetJsonContext();
+        CJsonTextWriter writer(&stream);
+        SetLayout(writer, formatted, eol, context);
+        writer.SetSupportRoundtrip(settings.GetSupportRoundtrip());
+        writer.SetEscapeStrings(settings.GetEscapeStrings());
+        writer.BeginOutput();
         ToXml_Int(&object, &writer, true, object.GetTargetNamespace().c_str(), context, false);
         writer.EndDocument();
     }
@@ -206,6 +238,13 @@ private:
         CSerializationContext* m_context = nullptr;
     };
 
+    template <class Writer>
+    static void SetLayout(Writer& writer, bool formatted, EOLType eol, const CSerializationContext& context) {
+        writer.SetFormatted(formatted);
+        writer.SetIndentChars(context.GetIndentChars());
+        writer.SetEOL(eol);
+    }
+
     static void CheckDocumentElement(const CXmlGeneratedClass& object, const CXmlElement& root,
                                      const CSerializationContext& context) {
         const auto* record = object.GetClassInfo();
@@ -241,39 +280,40 @@ void CXmlObjectBase::ToXmlFile(const char* fileName, bool includeDocHeader, bool
                                XmlEncoding encoding, EOLType eol, const CSerializationContext& context,
                                CompressionType compression) const {
     RefuseZlibFile(compression);
-    if (internal::IsAsyncToXmlFile() && compression == CompressionType_None) {
+    if (WritesToFileDirectly(compression)) {
         CFileTextStream stream(fileName, encoding);
         internal::CEntryPoints::Write(*this, stream, includeDocHeader, formatted, eol, context);
         return;
     }
-    CBinaryData data = ToXmlStream(includeDocHeader, formatted, encoding, eol, context);
-    if (compression == CompressionType_None) {
-        CFileBinaryStream(data, fileName, encoding).Write();
+    WriteFile(ToXmlStream(includeDocHeader, formatted, encoding, eol, context), fileName, encoding,
+              compression);
+}
+
+std::string CXmlObjectBase::ToJson(bool formatted, EOLType eol, const CSerializationContext& context) const {
+    CTextStream stream(XmlEncoding_UTF8);
+    internal::CEntryPoints::WriteJson(*this, stream, formatted, eol, context);
+    return stream.TakeText();
+}
+
+CBinaryData CXmlObjectBase::ToJsonStream(bool formatted, XmlEncoding encoding, EOLType eol,
+                                         const CSerializationContext& context,
+                                         CompressionType compression) const {
+    CTextStream stream(encoding);
+    internal::CEntryPoints::WriteJson(*this, stream, formatted, eol, context);
+    CBinaryData data = stream.ToBinaryData();
+    internal::Compress(data, compression);
+    return data;
+}
+
+void CXmlObjectBase::ToJsonFile(const char* fileName, bool formatted, XmlEncoding encoding, EOLType eol,
+                                const CSerializationContext& context, CompressionType compression) const {
+    RefuseZlibFile(compression);
+    if (WritesToFileDirectly(compression)) {
+        CFileTextStream stream(fileName, encoding);
+        internal::CEntryPoints::WriteJson(*this, stream, formatted, eol, context);
         return;
     }
-    // The byte-order mark belongs to the text, so it is compressed with it.
-    if (internal::IsUtf16(encoding)) {
-        CBinaryData marked(internal::kUtf16Mark);
-        marked.Append(data);
-        data = marked;
-    }
-    internal::Compress(data, compression);
-    CFileBinaryStream(data, fileName, XmlEncoding_None).Write();
-}
-
-void CXmlObjectBase::ToJsonFile(const char*, bool, XmlEncoding, EOLType, const CSerializationContext&,
-                                CompressionType compression) const {
-    RefuseZlibFile(compression);
-    ThrowNotBuiltIn("JSON");
-}
-
-std::string CXmlObjectBase::ToJson(bool, EOLType, const CSerializationContext&) const {
-    ThrowNotBuiltIn("JSON");
-}
-
-CBinaryData CXmlObjectBase::ToJsonStream(bool, XmlEncoding, EOLType, const CSerializationContext&,
-                                         CompressionType) const {
-    ThrowNotBuiltIn("JSON");
+    WriteFile(ToJsonStream(formatted, encoding, eol, context), fileName, encoding, compression);
 }
 
 void CXmlObjectBase::ToFastInfosetFile(const char*, FInfoDecl, const CSerializationContext&,

@@ -69,7 +69,7 @@ public:
         const char* fileName, FInfoDecl decl = FInfoDecl_None,
         const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
         CompressionType compression = CompressionType_None) const;
-    /// Not built in yet: throws CKvException.
+    /// Writes the object as a JSON file, under the rules of ToXmlFile for compression and failures.
     virtual void ToJsonFile(const char* fileName, bool formatted = true,
                             XmlEncoding encoding = XmlEncoding_UTF8, EOLType eol = EOLType_LF,
                             const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
@@ -78,7 +78,7 @@ public:
     virtual std::string ToXml(
         bool includeDocHeader = true, bool formatted = true, EOLType eol = EOLType_LF,
         const CSerializationContext& context = CSerializationContext::GetDefaultContext()) const;
-    /// Not built in yet: throws CKvException.
+    /// The object as JSON text in the local code page; `context.GetJsonContext()` has the settings.
     virtual std::string ToJson(
         bool formatted = true, EOLType eol = EOLType_LF,
         const CSerializationContext& context = CSerializationContext::GetDefaultContext()) const;
@@ -93,7 +93,7 @@ public:
         FInfoDecl decl = FInfoDecl_None,
         const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
         CompressionType compression = CompressionType_None) const;
-    /// Not built in yet: throws CKvException.
+    /// The object as JSON bytes in `encoding`, without byte-order mark, compressed on request.
     virtual CBinaryData ToJsonStream(
         bool formatted = true, XmlEncoding encoding = XmlEncoding_UTF8, EOLType eol = EOLType_LF,
         const CSerializationContext& context = CSerializationContext::GetDefaultContext(),

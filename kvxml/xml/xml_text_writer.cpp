@@ -3,14 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstring>
-#include <utility>
 
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/format_string.h"
+#include "kvxml/xml/internal/plain_text.h"
 
 namespace KvXmlLib16 {
+
+using internal::CopyPlain;
+using internal::HasByte;
+using internal::Put;
 
 namespace {
 
@@ -57,96 +60,16 @@ ByteClass ClassOf(char character) noexcept {
     return kByteClasses[static_cast<unsigned char>(character)];
 }
 
-// --- looking at eight bytes at once ----------------------------------------------------------------------
-
-constexpr std::uint64_t kOnes = 0x0101010101010101u;
-constexpr std::uint64_t kHighs = 0x8080808080808080u;
-
-constexpr std::uint64_t HasZeroByte(std::uint64_t word) noexcept {
-    return (word - kOnes) & ~word & kHighs;
-}
-constexpr std::uint64_t HasByte(std::uint64_t word, std::uint8_t byte) noexcept {
-    return HasZeroByte(word ^ (kOnes * byte));
-}
-
-/// Non-zero when one of the eight bytes may need more than copying.
 template <bool kAttribute>
-constexpr std::uint64_t Suspicious(std::uint64_t word) noexcept {
-    const std::uint64_t control = (word - kOnes * 0x20) & ~word & kHighs;
-    const std::uint64_t angle = HasByte(word | (kOnes * 0x02), 0x3E);  // < and >
-    const std::uint64_t ampersand =
-        kAttribute ? HasByte(word | (kOnes * 0x04), 0x26) : HasByte(word, 0x26);  // & and, in attributes, "
-    return control | angle | ampersand | HasByte(word, 0xEF);
-}
-
-template <typename Word>
-Word Load(const char* from) noexcept {
-    Word word;
-    std::memcpy(&word, from, sizeof(word));
-    return word;
-}
-template <typename Word>
-void Store(char* to, Word word) noexcept {
-    std::memcpy(to, &word, sizeof(word));
-}
-
-/// As CopyPlain, for 8 bytes and more.
-template <bool kAttribute>
-std::size_t CopyPlainWords(char* target, const char* source, std::size_t length) noexcept {
-    std::size_t done = 0;
-    for (; done + 8 <= length; done += 8) {
-        const auto word = Load<std::uint64_t>(source + done);
-        if (Suspicious<kAttribute>(word) != 0) return done;
-        Store(target + done, word);
+struct Suspects {
+    static unsigned OfByte(char character) noexcept { return ClassOf(character); }
+    static constexpr std::uint64_t OfWord(std::uint64_t word) noexcept {
+        const std::uint64_t angle = HasByte(word | (internal::kOnes * 0x02), 0x3E);  // < and >
+        const std::uint64_t ampersand = kAttribute ? HasByte(word | (internal::kOnes * 0x04), 0x26)
+                                                   : HasByte(word, 0x26);  // & and, in attributes, "
+        return internal::HasControl(word) | angle | ampersand | HasByte(word, 0xEF);
     }
-    const auto last = Load<std::uint64_t>(source + length - 8);
-    if (Suspicious<kAttribute>(last) != 0) return done;
-    Store(target + length - 8, last);
-    return length;
-}
-
-/// Copies `length` bytes, or as many as are found to need nothing but copying at a glance; returns how many
-/// they were. `target` may be overwritten up to `length` in any case.
-template <bool kAttribute>
-inline std::size_t CopyPlain(char* target, const char* source, std::size_t length) noexcept {
-    if (length > 16) return CopyPlainWords<kAttribute>(target, source, length);
-    if (length >= 8) {
-        const auto first = Load<std::uint64_t>(source);
-        const auto last = Load<std::uint64_t>(source + length - 8);
-        if ((Suspicious<kAttribute>(first) | Suspicious<kAttribute>(last)) != 0) return 0;
-        Store(target, first);
-        Store(target + length - 8, last);
-    } else if (length >= 4) {
-        const auto first = Load<std::uint32_t>(source);
-        const auto last = Load<std::uint32_t>(source + length - 4);
-        if (Suspicious<kAttribute>(std::uint64_t{first} << 32 | last) != 0) return 0;
-        Store(target, first);
-        Store(target + length - 4, last);
-    } else if (length != 0) {
-        const char first = source[0];
-        const char middle = source[length / 2];
-        const char last = source[length - 1];
-        if ((ClassOf(first) | ClassOf(middle) | ClassOf(last)) != kPlain) return 0;
-        target[0] = first;
-        target[length / 2] = middle;
-        target[length - 1] = last;
-    }
-    return length;
-}
-
-// --- appending to reserved room --------------------------------------------------------------------------
-
-char* Put(char* out, std::string_view text) noexcept {
-    CStringBuffer::CopyBytes(out, text.data(), text.size());
-    return out + text.size();
-}
-
-/// Puts text that can be read, as the target can be overwritten, in widths of 16 bytes.
-char* PutWide(char* out, const char* text, std::size_t length) noexcept {
-    for (std::size_t done = 0; done < length; done += 16)
-        std::memcpy(out + done, text + done, 16);
-    return out + length;
-}
+};
 
 [[noreturn]] void ThrowForbidden(unsigned code) {
     throw CKvInvalidValueException(
@@ -174,25 +97,11 @@ CXmlTextWriter::CXmlTextWriter(CTextStream* stream, bool writeDefaultValues)
     : m_stream(stream),
       m_needsFlush(stream->NeedsFlush()),
       m_writeDefaultValues(writeDefaultValues),
-      m_isUtf8(internal::IsLocalUtf8()) {}
+      m_isUtf8(internal::IsLocalUtf8()) {
+    SetDeclaresByAttribute(true);
+}
 
 CXmlTextWriter::~CXmlTextWriter() = default;
-
-// --- settings --------------------------------------------------------------------------------------------
-
-void CXmlTextWriter::SetEOL(EOLType eol) {
-    if (eol != EOLType_CRLF && eol != EOLType_LF) throw CKvException("Invalid EOL type.");
-    m_eol = eol;
-    m_eolLength = eol == EOLType_CRLF ? 2 : 1;
-    m_eolText[0] = eol == EOLType_CRLF ? '\r' : '\n';
-    m_eolText[1] = '\n';
-}
-
-void CXmlTextWriter::SetIndentChars(std::string_view indentChars) {
-    m_indentChars = indentChars;
-    m_indentation.clear();
-    m_indentationLength = 0;
-}
 
 // --- document --------------------------------------------------------------------------------------------
 
@@ -213,7 +122,7 @@ void CXmlTextWriter::WriteDeclaration() {
     else if (m_stream->GetEncoding() == XmlEncoding_UTF16)
         buffer.Append(" encoding=\"UTF-16\"");
     buffer.Append("?>");
-    buffer.Append(LineEnd());
+    buffer.Append(m_layout.LineEnd());
     FlushIfFull();
 }
 
@@ -229,22 +138,22 @@ void CXmlTextWriter::WriteComment(std::string_view text) {
     }
     AppendEscaped<false>("<!--", text);
     Buffer().Append("-->");
-    Buffer().Append(LineEnd());
+    Buffer().Append(m_layout.LineEnd());
     FlushIfFull();
 }
 
 void CXmlTextWriter::WriteRaw(std::string_view text) {
     Buffer().Append(text);
-    Buffer().Append(LineEnd());
-    Buffer().Append(LineEnd());
+    Buffer().Append(m_layout.LineEnd());
+    Buffer().Append(m_layout.LineEnd());
     FlushIfFull();
 }
 
 void CXmlTextWriter::WriteRawAfterSpace(std::string_view text) {
     Buffer().Append(' ');
-    Buffer().Append(LineEnd());
+    Buffer().Append(m_layout.LineEnd());
     Buffer().Append(text);
-    Buffer().Append(LineEnd());
+    Buffer().Append(m_layout.LineEnd());
     FlushIfFull();
 }
 
@@ -272,12 +181,12 @@ void CXmlTextWriter::WriteStartElement(std::string_view localName, std::string_v
     const std::size_t indentation = m_formatted ? IndentationOf(*context) : 0;
     const std::size_t nameLength = qualifier.size() + localName.size();
     CStringBuffer& buffer = Buffer();
-    char* out = buffer.Reserve(1 + sizeof(m_eolText) + indentation + 1 + nameLength);
+    char* out = buffer.Reserve(1 + internal::CLineLayout::kLineEndLength + indentation + 1 + nameLength);
     if (closeParent) {
         *out++ = '>';
-        if (m_formatted) out = PutLineEnd(out);
+        if (m_formatted) out = m_layout.PutLineEnd(out);
     }
-    out = PutWide(out, m_indentation.data(), indentation);
+    out = m_layout.PutIndentation(out, indentation);
     *out++ = '<';
     char* const name = out;
     out = Put(Put(out, qualifier), localName);
@@ -316,13 +225,13 @@ void CXmlTextWriter::WriteEndElement() {
     CStringBuffer& buffer = Buffer();
     char* out;
     if (context->startTagOpen) {
-        out = buffer.Reserve(2 + sizeof(m_eolText));
+        out = buffer.Reserve(2 + internal::CLineLayout::kLineEndLength);
         *out++ = '/';
     } else {
         const std::size_t indentation = m_formatted && context->childCount > 0 ? IndentationOf(*context) : 0;
         const std::size_t nameLength = context->nameLength;
-        out = buffer.Reserve(indentation + 3 + nameLength + sizeof(m_eolText));
-        out = PutWide(out, m_indentation.data(), indentation);
+        out = buffer.Reserve(indentation + 3 + nameLength + internal::CLineLayout::kLineEndLength);
+        out = m_layout.PutIndentation(out, indentation);
         *out++ = '<';
         *out++ = '/';
         const char* const name =
@@ -332,7 +241,7 @@ void CXmlTextWriter::WriteEndElement() {
         out = Put(out, {name + qualifierLength, nameLength - qualifierLength});
     }
     *out++ = '>';
-    if (m_formatted) out = PutLineEnd(out);
+    if (m_formatted) out = m_layout.PutLineEnd(out);
     buffer.Commit(out);
     PopContext();
     FlushIfFull();
@@ -417,7 +326,7 @@ inline void CXmlTextWriter::AppendEscaped(std::string_view lead, std::string_vie
     CStringBuffer& buffer = Buffer();
     const std::size_t length = std::min(text.size(), kPieceLength);
     char* const out = Put(buffer.Reserve(lead.size() + length), lead);
-    const std::size_t plain = CopyPlain<kAttribute>(out, text.data(), length);
+    const std::size_t plain = CopyPlain<Suspects<kAttribute>>(out, text.data(), length);
     buffer.Commit(out + plain);
     if (plain != text.size()) AppendEscapedInPieces<kAttribute>(text.substr(plain));
 }
@@ -428,7 +337,7 @@ void CXmlTextWriter::AppendEscapedInPieces(std::string_view text) {
     while (!text.empty()) {
         const std::size_t length = std::min(text.size(), kPieceLength);
         char* out = buffer.Reserve(length);
-        const std::size_t plain = CopyPlain<kAttribute>(out, text.data(), length);
+        const std::size_t plain = CopyPlain<Suspects<kAttribute>>(out, text.data(), length);
         buffer.Commit(out + plain);
         text.remove_prefix(plain);
         if (plain == length) continue;
@@ -442,7 +351,7 @@ void CXmlTextWriter::AppendEscapedInPieces(std::string_view text) {
                     *out++ = character;
                     break;
                 case kLineFeed:
-                    out = kAttribute ? Put(out, "&#xA;") : PutLineEnd(out);
+                    out = kAttribute ? Put(out, "&#xA;") : m_layout.PutLineEnd(out);
                     break;
                 case kCarriageReturn:
                     break;
@@ -487,18 +396,6 @@ void CXmlTextWriter::AppendWithSections(std::string_view text) {
         text.remove_prefix(start + section.size());
     }
     AppendEscaped<false>({}, text);
-}
-
-void CXmlTextWriter::ExtendIndentation(std::size_t length) {
-    std::size_t wanted = std::max<std::size_t>(2 * length, 64);
-    std::string indentation;
-    indentation.reserve(wanted + m_indentChars.size() + CStringBuffer::kSlack);
-    while (indentation.size() < wanted)
-        indentation += m_indentChars;
-    wanted = indentation.size();
-    indentation.resize(wanted + CStringBuffer::kSlack);
-    m_indentation = std::move(indentation);
-    m_indentationLength = wanted;
 }
 
 void CXmlTextWriter::ThrowNoElement() {

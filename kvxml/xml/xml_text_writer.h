@@ -16,6 +16,7 @@
 #include "kvxml/export.h"
 #include "kvxml/types/item_type.h"
 #include "kvxml/xml/eol_type.h"
+#include "kvxml/xml/line_layout.h"
 #include "kvxml/xml/text_stream.h"
 #include "kvxml/xml/xml_writer.h"
 
@@ -35,16 +36,16 @@ public:
 
     // --- settings --------------------------------------------------------------------------------------
     /// Line ends; LF unless set. CKvException "Invalid EOL type." for anything that is no `EOLType`.
-    void SetEOL(EOLType eol);
+    void SetEOL(EOLType eol) { m_layout.SetEOL(eol); }
     /// Indentation of one level; a tab unless set.
-    void SetIndentChars(std::string_view indentChars);
+    void SetIndentChars(std::string_view indentChars) { m_layout.SetIndentChars(indentChars); }
     /// Each element on a line of its own, indented by its depth (the default), or all on one line.
     void SetFormatted(bool formatted) noexcept { m_formatted = formatted; }
     /// Whether texts that are default values are written; not unless set.
     void SetWriteDefaultValues(bool write) noexcept { m_writeDefaultValues = write; }
 
-    EOLType GetEOL() const noexcept { return m_eol; }
-    const std::string& GetIndentChars() const noexcept { return m_indentChars; }
+    EOLType GetEOL() const noexcept { return m_layout.GetEOL(); }
+    const std::string& GetIndentChars() const noexcept { return m_layout.GetIndentChars(); }
     bool GetFormatted() const noexcept { return m_formatted; }
     bool GetWriteDefaultValues() const noexcept { return m_writeDefaultValues; }
     CTextStream* GetStream() const noexcept { return m_stream; }
@@ -77,20 +78,10 @@ private:
     void FlushIfFull() {
         if (m_needsFlush && m_stream->GetBufferedLength() >= CTextStream::kFlushLength) m_stream->Flush();
     }
-    std::string_view LineEnd() const noexcept { return {m_eolText, m_eolLength}; }
-    /// Overwrites two characters, whatever the length of the line end is.
-    char* PutLineEnd(char* out) const noexcept {
-        out[0] = m_eolText[0];
-        out[1] = m_eolText[1];
-        return out + m_eolLength;
-    }
-    /// Length of the element's indentation; `m_indentation` holds at least that.
+    /// Length of the element's indentation.
     std::size_t IndentationOf(const CXmlWriterContext& context) {
-        const std::size_t length = static_cast<std::size_t>(context.depth) * m_indentChars.size();
-        if (length > m_indentationLength) ExtendIndentation(length);
-        return length;
+        return m_layout.PrepareIndentation(static_cast<std::size_t>(context.depth));
     }
-    void ExtendIndentation(std::size_t length);
     void RequireOpenStartTag() const;
     [[noreturn]] static void ThrowNoElement();
     void AppendNamespace(std::string_view prefix, std::string_view uri);
@@ -107,12 +98,7 @@ private:
     bool m_formatted = true;
     bool m_writeDefaultValues;
     bool m_isUtf8;
-    EOLType m_eol = EOLType_LF;
-    std::size_t m_eolLength = 1;
-    char m_eolText[2] = {'\n', '\n'};
-    std::string m_indentChars = "\t";
-    std::string m_indentation;  // m_indentChars repeated, and slack behind what is used of it
-    std::size_t m_indentationLength = 0;
+    internal::CLineLayout m_layout;
 };
 
 }  // namespace KvXmlLib16

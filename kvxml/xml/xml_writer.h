@@ -141,6 +141,7 @@ protected:
         std::int32_t depth = 0;
         std::int32_t arrayMode = kArrayNone;
         bool startTagOpen = false;
+        bool isArrayOpen = false;         // for formats with brackets: that of a collection is to be closed
         std::size_t qualifierLength = 0;  // of the prefix and colon that the name begins with
         std::size_t nameLength = 0;       // of the whole name, which the end tag repeats
         char shortName[kShortName] = {};  // the name, when it fits
@@ -183,6 +184,9 @@ protected:
     const NamespaceScope& GetDocumentScope() const noexcept { return m_documentScope; }
     /// Invents the first free prefix (AA, AB, ...) and registers it for `uri` in the current context.
     const NamespaceScope::Alias& InventPrefix(std::string_view uri);
+    /// Whether an attribute called "xmlns" or "xmlns:..." declares a namespace in this format; not unless
+    /// set.
+    void SetDeclaresByAttribute(bool value) noexcept { m_declaresByAttribute = value; }
     /// The namespace that is bound to "xml" and never declared.
     static bool IsXmlNamespace(std::string_view uri) noexcept;
 
@@ -200,6 +204,7 @@ private:
     CXmlWriterContext* m_first = nullptr;  // of the document element; owns the rest through `m_reusable`
     NamespaceScope m_documentScope;
     std::string m_scratch;
+    bool m_declaresByAttribute = false;
 };
 
 }  // namespace KvXmlLib16

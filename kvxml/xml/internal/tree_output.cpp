@@ -48,6 +48,7 @@ void RefuseReserved(std::string_view uri) {
 CTreeOutput::CTreeOutput(CXmlWriter& writer, const CSerializationContext& context)
     : m_writer(writer),
       m_text(dynamic_cast<CXmlTextWriter*>(&writer)),
+      m_declares(writer.m_declaresByAttribute),
       m_context(context),
       m_allowColon(context.GetSchemaType() == SchemaType_NoNamespaces) {}
 
@@ -145,7 +146,7 @@ void CTreeOutput::StartElement(const Name& name) {
                                         m_context.GetMaxElementDepth()));
     }
     CheckName(name);
-    if (m_text != nullptr) {
+    if (m_declares) {
         const Scope& scope = CurrentScope();
         if (name.uri != scope.defaultNamespace && (name.uri.empty() || scope.Find(name.uri) == nullptr)) {
             StartDeclaring(name);
@@ -166,7 +167,7 @@ void CTreeOutput::StartDeclaring(const Name& name) {
             m_writer.AddNamespaceAlias(name.prefix, name.uri);
             return;
         }
-        if (IsPlain(name.uri)) {
+        if (IsPlain(name.uri) && (m_text != nullptr || m_writer.m_current == nullptr)) {
             m_writer.WriteStartElement(name.local, name.uri);  // with a prefix that the writer invents
             return;
         }
@@ -235,7 +236,7 @@ void CTreeOutput::WriteAttribute(const Name& name, std::string_view value) {
         if (name.local == "xmlns" && !m_allowColon) {
             throw CKvInvalidStateException(FormatString("[%s] is not a valid XML name.", "xmlns"));
         }
-    } else if (m_text != nullptr && CurrentScope().Find(name.uri) == nullptr) {
+    } else if (m_declares && CurrentScope().Find(name.uri) == nullptr) {
         m_name.assign(Qualifier(name.uri, name.prefix)).append(name.local);
         m_writer.WriteAttribute(m_name, {}, value, ItemType_string);
         return;
@@ -254,7 +255,7 @@ void CTreeOutput::WriteTypeAttribute(const Name& name, std::string_view value,
     const bool hasPrefix = colon != std::string_view::npos;
     const std::string_view prefix = hasPrefix ? trimmed.substr(0, colon) : std::string_view();
     const std::string_view type = hasPrefix ? trimmed.substr(colon + 1) : trimmed;
-    if (m_text == nullptr) {
+    if (!m_declares) {
         m_writer.WriteTypeAttribute(typeNamespace, type, ItemType_string);
         return;
     }
@@ -270,7 +271,7 @@ void CTreeOutput::WriteTypeAttribute(const Name& name, std::string_view value,
 }
 
 void CTreeOutput::EndAttributes() {
-    if (m_rest != nullptr && m_text != nullptr) DeclareRest();
+    if (m_rest != nullptr && m_declares) DeclareRest();
     if (!m_ownQualifiers.empty()) m_ownQualifiers.clear();
 }
 

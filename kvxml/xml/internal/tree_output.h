@@ -14,8 +14,9 @@
 
 namespace KvXmlLib16::internal {
 
-/// Writes elements and attributes whose names come from elsewhere: checks the names, and in XML text declares
-/// the namespaces that are not in scope with the prefixes that their documents used.
+/// Writes elements and attributes whose names come from elsewhere: checks the names, and where an attribute
+/// can declare them, declares the namespaces that are not in scope with the prefixes that their documents
+/// used.
 ///
 /// Per element: StartElement, the attributes, EndAttributes, Text, the children, EndElement. The namespaces
 /// that are in force without being the writer's own are bounded, so that no document makes scopes that take
@@ -64,6 +65,7 @@ private:
 
     CXmlWriter& m_writer;
     CXmlTextWriter* const m_text;  // the writer, if it writes XML text
+    const bool m_declares;         // whether namespaces are declared by attributes
     const CSerializationContext& m_context;
     const bool m_allowColon;
     const CPrefixList* m_rest = nullptr;      // to be declared by the document element as far as it is not

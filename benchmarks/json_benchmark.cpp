@@ -1,0 +1,123 @@
+/// Writing of a generated GPX document as JSON, beside ToXml of the same objects and peers that write the
+/// same document from their own trees.
+///
+/// Every figure is CPU time of the thread. "x_floor" is the ratio to compact or formatted ToXml, measured in
+/// turns. glibc is told to keep freed memory, so both sides run in the same heap state. KVXML_BENCHMARK_MB
+/// sets the size of the XML (default 20).
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+#include <rapidjson/document.h>
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "benchmarks/support/gpx_document.h"
+#include "benchmarks/support/paired_timing.h"
+#include "examples/gpx/gpx_type.h"
+#include "kvxml/kvxml.h"
+
+namespace {
+
+using benchmarks::RunPaired;
+using benchmarks::TimeOf;
+using namespace KvXmlLib16;
+
+const CSmartPtr<Gpx::CGpxType>& Object() {
+    static const CSmartPtr<Gpx::CGpxType> object = [] {
+        const char* megabytes = std::getenv("KVXML_BENCHMARK_MB");
+        const std::size_t size = megabytes == nullptr ? 20 : std::strtoul(megabytes, nullptr, 10);
+        CSmartPtr<Gpx::CGpxType> gpx(new Gpx::CGpxType());
+        gpx->FromXml(benchmarks::MakeGpxDocument(size * 1000 * 1000).c_str());
+        return gpx;
+    }();
+    return object;
+}
+
+CSerializationContext Context(bool escaped) {
+    CSerializationContext context;
+    context.SetDefaultNamespaceURI("http://www.topografix.com/GPX/1/1");
+    context.GetJsonContext().SetEscapeStrings(escaped);
+    return context;
+}
+
+std::string Json(bool formatted, bool escaped = true) {
+    return Object()->ToJson(formatted, EOLType_LF, Context(escaped));
+}
+
+template <class Action>
+void RunBesideToXml(benchmark::State& state, bool formatted, std::size_t bytes, Action action) {
+    static const CSerializationContext context = Context(false);
+    const auto toXml = [formatted] {
+        return TimeOf([formatted] {
+            const std::string text = Object()->ToXml(true, formatted, EOLType_LF, context);
+            benchmark::DoNotOptimize(text.data());
+        });
+    };
+    RunPaired(state, bytes, toXml, [&] { return TimeOf(action); });
+}
+
+void WriteToJson(benchmark::State& state, bool formatted, bool escaped) {
+    const CSerializationContext context = Context(escaped);
+    RunBesideToXml(state, formatted, Json(formatted, escaped).size(), [&] {
+        const std::string text = Object()->ToJson(formatted, EOLType_LF, context);
+        benchmark::DoNotOptimize(text.data());
+    });
+}
+
+void WriteNlohmann(benchmark::State& state, bool formatted) {
+    static const nlohmann::json document = nlohmann::json::parse(Json(false));
+    const int indent = formatted ? 1 : -1;
+    RunBesideToXml(state, formatted, document.dump(indent, '\t').size(), [&] {
+        const std::string text = document.dump(indent, '\t');
+        benchmark::DoNotOptimize(text.data());
+    });
+}
+
+template <class Writer>
+void WriteRapidJson(benchmark::State& state, bool formatted) {
+    static rapidjson::Document document;
+    // Without the flag numbers are binary values, whose formatting is no part of what others do here.
+    if (document.IsNull()) document.Parse<rapidjson::kParseNumbersAsStringsFlag>(Json(false).c_str());
+    const auto write = [](rapidjson::StringBuffer& buffer) {
+        Writer writer(buffer);
+        document.Accept(writer);
+    };
+    rapidjson::StringBuffer sized;
+    write(sized);
+    RunBesideToXml(state, formatted, sized.GetSize(), [&] {
+        rapidjson::StringBuffer buffer;
+        write(buffer);
+        benchmark::DoNotOptimize(buffer.GetString());
+    });
+}
+
+#define KVXML_JSON_BENCHMARK(name, ...)                                              \
+    benchmark::RegisterBenchmark(name, [](benchmark::State& state) { __VA_ARGS__; }) \
+        ->UseManualTime()                                                            \
+        ->Unit(benchmark::kMillisecond)
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    mallopt(M_MMAP_THRESHOLD, 1 << 30);
+    mallopt(M_TRIM_THRESHOLD, 2147483647);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+    KVXML_JSON_BENCHMARK("Write/ToJson formatted", WriteToJson(state, true, false));
+    KVXML_JSON_BENCHMARK("Write/ToJson formatted escaped", WriteToJson(state, true, true));
+    KVXML_JSON_BENCHMARK("Write/nlohmann dump formatted (peer)", WriteNlohmann(state, true));
+    using Buffer = rapidjson::StringBuffer;
+    KVXML_JSON_BENCHMARK("Write/RapidJSON formatted (peer)",
+                         WriteRapidJson<rapidjson::PrettyWriter<Buffer>>(state, true));
+    KVXML_JSON_BENCHMARK("Write/ToJson compact", WriteToJson(state, false, false));
+    KVXML_JSON_BENCHMARK("Write/ToJson compact escaped", WriteToJson(state, false, true));
+    KVXML_JSON_BENCHMARK("Write/nlohmann dump compact (peer)", WriteNlohmann(state, false));
+    KVXML_JSON_BENCHMARK("Write/RapidJSON compact (peer)",
+                         WriteRapidJson<rapidjson::Writer<Buffer>>(state, false));
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -1,0 +1,510 @@
+#include "kvxml/json/json_text_writer.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#include "kvxml/platform/internal/code_page.h"
+#include "kvxml/runtime/exceptions.h"
+#include "kvxml/runtime/format_string.h"
+#include "kvxml/xml/internal/plain_text.h"
+
+namespace KvXmlLib16 {
+
+using internal::CopyPlain;
+using internal::HasByte;
+using internal::HasControl;
+using internal::Put;
+
+namespace {
+
+constexpr std::string_view kInstanceNamespace = "http://www.w3.org/2001/XMLSchema-instance";
+/// Strings are transformed in pieces of this length; each needs contiguous room.
+constexpr std::size_t kPieceLength = 1024;
+/// The longest replacement of one character.
+constexpr std::size_t kLongestEscape = 6;
+constexpr char kHexDigits[] = "0123456789ABCDEF";
+
+// --- kinds of values -------------------------------------------------------------------------------------
+
+constexpr bool IsBare(ItemType type) noexcept {
+    return (type >= ItemType_i1 && type <= ItemType_r8) ||
+           (type >= ItemType_boolean && type <= ItemType_integer);
+}
+
+constexpr bool IsDigit(char character) noexcept {
+    return character >= '0' && character <= '9';
+}
+
+/// Whether `text` is a number as RFC 8259 has it, "true" or "false".
+bool IsLiteral(std::string_view text) noexcept {
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    const auto digits = [&at, end] {
+        const char* const begin = at;
+        while (at != end && IsDigit(*at))
+            ++at;
+        return at != begin;
+    };
+    if (at != end && *at == '-') ++at;
+    if (at != end && *at == '0')
+        ++at;
+    else if (!digits())
+        return text == "true" || text == "false";
+    if (at != end && *at == '.') {
+        ++at;
+        if (!digits()) return false;
+    }
+    if (at != end && (*at == 'e' || *at == 'E')) {
+        ++at;
+        if (at != end && (*at == '+' || *at == '-')) ++at;
+        if (!digits()) return false;
+    }
+    return at == end;
+}
+
+// --- transformation of strings ---------------------------------------------------------------------------
+
+char* PutUnit(char* out, unsigned unit) noexcept {
+    out[0] = '\\';
+    out[1] = 'u';
+    for (int i = 5; i >= 2; --i, unit >>= 4)
+        out[i] = kHexDigits[unit & 0xF];
+    return out + 6;
+}
+
+/// Strings as they are, but for line ends and most control characters.
+struct PassThrough {
+    static unsigned OfByte(char character) noexcept { return static_cast<unsigned char>(character) < 0x20; }
+    static constexpr std::uint64_t OfWord(std::uint64_t word) noexcept { return HasControl(word); }
+    static char* Put(char* out, char character, const internal::CLineLayout& layout) noexcept {
+        switch (character) {
+            case '\n':
+                return layout.PutLineEnd(out);
+            case '\r':
+                return out;
+            case '\t':
+            case '\b':
+            case '\f':
+                *out = character;
+                return out + 1;
+            default:
+                return PutUnit(out, static_cast<unsigned char>(character));
+        }
+    }
+};
+
+/// Strings whose content RFC 8259 allows in quotation marks.
+struct Escaped {
+    static unsigned OfByte(char character) noexcept {
+        return static_cast<unsigned char>(character) < 0x20 || character == '"' || character == '\\';
+    }
+    static constexpr std::uint64_t OfWord(std::uint64_t word) noexcept {
+        return HasControl(word) | HasByte(word, '"') | HasByte(word, '\\');
+    }
+    static char* Put(char* out, char character, const internal::CLineLayout&) noexcept {
+        constexpr std::string_view kCharacters = "\"\\\b\f\n\r\t";
+        constexpr std::string_view kLetters = "\"\\bfnrt";
+        const std::size_t i = kCharacters.find(character);
+        if (i == kCharacters.npos) return PutUnit(out, static_cast<unsigned char>(character));
+        out[0] = '\\';
+        out[1] = kLetters[i];
+        return out + 2;
+    }
+};
+
+[[noreturn]] void ThrowUnknownNamespace(std::string_view uri) {
+    throw CKvException(FormatString("Unknown Namespace: %s.", std::string(uri).c_str()));
+}
+
+}  // namespace
+
+CJsonTextWriter::CJsonTextWriter(CTextStream* stream)
+    : m_stream(stream),
+      m_needsFlush(stream->NeedsFlush()),
+      m_escapesAsAscii(!internal::IsLocalUtf8() || internal::IsAsciiOnly()) {
+    SetDeclaresByAttribute(true);
+}
+
+CJsonTextWriter::~CJsonTextWriter() = default;
+
+// --- settings --------------------------------------------------------------------------------------------
+
+void CJsonTextWriter::SetEscapeStrings(bool escape) {
+    m_escapeStrings = escape;
+    SetIndentChars(GetIndentChars());
+}
+
+void CJsonTextWriter::SetIndentChars(std::string_view indentChars) {
+    std::string blanks(indentChars);
+    const auto isOther = [](char character) { return character != ' ' && character != '\t'; };
+    if (m_escapeStrings) blanks.erase(std::remove_if(blanks.begin(), blanks.end(), isOther), blanks.end());
+    m_layout.SetIndentChars(blanks);
+}
+
+// --- document --------------------------------------------------------------------------------------------
+
+void CJsonTextWriter::BeginOutput() {
+    m_stream->Begin();
+    Buffer().Append('{');
+    m_level = 1;
+    m_hasMember = false;
+    m_hasText = false;
+}
+
+void CJsonTextWriter::EndDocument() {
+    if (m_formatted && m_hasMember) Buffer().Append(m_layout.LineEnd());
+    Buffer().Append('}');
+    m_stream->End();
+    CXmlWriter::EndDocument();
+}
+
+void CJsonTextWriter::WriteComment(std::string_view text) {
+    if (m_escapeStrings) return;
+    std::string apart;
+    for (const char character : text) {
+        if (character == '/' && !apart.empty() && apart.back() == '*') apart += ' ';
+        apart += character;
+    }
+    Buffer().Append("/* ");
+    AppendTransformed<PassThrough>(apart);
+    Buffer().Append(" */");
+    Buffer().Append(m_layout.LineEnd());
+    FlushIfFull();
+}
+
+void CJsonTextWriter::WriteRaw(std::string_view) {}
+void CJsonTextWriter::WriteRawAfterSpace(std::string_view) {}
+
+// --- layout ----------------------------------------------------------------------------------------------
+
+CXmlWriter::CXmlWriterContext& CJsonTextWriter::RequireElement() const {
+    CXmlWriterContext* const context = GetCurrentContext();
+    if (context == nullptr) throw CKvInvalidStateException("No element is open.");
+    return *context;
+}
+
+/// Length of the indentation that `PutNewLine` is to put at `level`.
+inline std::size_t CJsonTextWriter::LineIndentation(std::size_t level) {
+    return m_formatted ? m_layout.PrepareIndentation(level) : 0;
+}
+
+inline char* CJsonTextWriter::PutNewLine(char* out, std::size_t indentation) const noexcept {
+    return m_formatted ? m_layout.PutIndentation(m_layout.PutLineEnd(out), indentation) : out;
+}
+
+void CJsonTextWriter::CloseArray(CXmlWriterContext& context) {
+    context.isArrayOpen = false;
+    const std::size_t indentation = LineIndentation(--m_level);
+    char* out = PutNewLine(Buffer().Reserve(kFrame + indentation), indentation);
+    *out++ = ']';
+    Buffer().Commit(out);
+}
+
+/// Writes what comes before the value of an attribute, a declaration or a text.
+void CJsonTextWriter::AppendMember(CXmlWriterContext& context, std::string_view mark,
+                                   std::string_view qualifier, std::string_view localName) {
+    if (context.isArrayOpen) CloseArray(context);
+    const std::size_t indentation = LineIndentation(m_level);
+    CStringBuffer& buffer = Buffer();
+    char* out = buffer.Reserve(kFrame + indentation + qualifier.size() + localName.size());
+    *out++ = context.startTagOpen ? '{' : ',';
+    context.startTagOpen = false;
+    out = PutNewLine(out, indentation);
+    char* const end = PutName(out, mark, qualifier, localName);
+    buffer.Commit(end != nullptr ? end : out);
+    if (end == nullptr) AppendName(mark, qualifier, localName);
+}
+
+// --- elements --------------------------------------------------------------------------------------------
+
+/// The prefix and colon that a namespace has in scope.
+inline std::string_view CJsonTextWriter::QualifierOf(const NamespaceScope& scope, std::string_view uri) {
+    const NamespaceScope::Alias* const alias = scope.Find(uri);
+    if (alias == nullptr) ThrowUnknownNamespace(uri);
+    return alias->qualifier;
+}
+
+void CJsonTextWriter::WriteStartElement(std::string_view localName, std::string_view namespaceUri) {
+    CXmlWriterContext* const parent = GetCurrentContext();
+    const bool hasNamespace = m_roundTrip == JsonRoundTrip_Full && !namespaceUri.empty();
+    std::string_view qualifier;
+    if (parent != nullptr) {
+        if (hasNamespace && namespaceUri != parent->scope->defaultNamespace)
+            qualifier = QualifierOf(*parent->scope, namespaceUri);
+        if (m_hasText) AppendHeldText(*parent);
+    }
+    CXmlWriterContext* const context = PushContext();
+    std::string_view invented;
+    if (parent == nullptr && hasNamespace && namespaceUri != context->scope->defaultNamespace) {
+        const NamespaceScope::Alias* alias = context->scope->Find(namespaceUri);
+        if (alias == nullptr) {
+            alias = &InventPrefix(namespaceUri);
+            invented = namespaceUri;
+        }
+        qualifier = alias->qualifier;
+    }
+    context->isArrayOpen = false;
+
+    // While the parent's array is open, the context still has the name of the item before.
+    const std::size_t nameLength = qualifier.size() + localName.size();
+    const auto isItem = [&] {
+        if (context->nameLength != nameLength) return false;
+        const std::string_view name(
+            nameLength <= CXmlWriterContext::kShortName ? context->shortName : context->longName.data(),
+            nameLength);
+        return name.substr(0, qualifier.size()) == qualifier && name.substr(qualifier.size()) == localName;
+    };
+    bool isNamed = true;
+    char separator = ',';
+    if (parent == nullptr) {
+        if (!m_hasMember) separator = '\0';
+        m_hasMember = true;
+    } else if (parent->isArrayOpen) {
+        if (isItem()) {
+            isNamed = false;
+        } else {
+            CloseArray(*parent);
+            // Another name within one collection goes on with another array.
+            if (parent->arrayMode == kArrayOpen) parent->arrayMode = kArrayStarting;
+        }
+    } else if (parent->startTagOpen) {
+        parent->startTagOpen = false;
+        separator = '{';
+    }
+
+    const bool startsArray = isNamed && parent != nullptr && parent->arrayMode == kArrayStarting;
+    const std::size_t indentation = LineIndentation(m_level + 1);
+    const std::size_t memberIndentation = LineIndentation(m_level);
+    CStringBuffer& buffer = Buffer();
+    char* out = buffer.Reserve(kFrame + nameLength + memberIndentation + indentation);
+    if (separator != '\0') *out++ = separator;
+    out = PutNewLine(out, memberIndentation);
+    if (isNamed) {
+        char* const end = PutName(out, {}, qualifier, localName);
+        if (end == nullptr) {
+            buffer.Commit(out);
+            AppendName({}, qualifier, localName);
+        }
+        out = end != nullptr ? end : buffer.Reserve(kFrame + indentation);
+    }
+    if (startsArray) {
+        parent->arrayMode = kArrayOpen;
+        parent->isArrayOpen = true;
+        context->nameLength = nameLength;
+        if (nameLength <= CXmlWriterContext::kShortName)
+            Put(Put(context->shortName, qualifier), localName);
+        else
+            context->longName.assign(qualifier).append(localName);
+        *out++ = '[';
+        out = PutNewLine(out, indentation);
+        ++m_level;
+    }
+    buffer.Commit(out);
+    ++m_level;
+    if (parent == nullptr && m_roundTrip == JsonRoundTrip_Full) AppendDeclarations(*context, invented);
+    FlushIfFull();
+}
+
+void CJsonTextWriter::WriteText(std::string_view text, ItemType type, bool) {
+    RequireElement();
+    // An empty text is a value of its own only where it can be written as one.
+    if (text.empty() && (m_hasText || type == ItemType_Unknown || IsBare(type))) return;
+    // What comes next decides on the form: the only text of an element is a plain value.
+    const std::size_t before = m_hasText ? m_textLength : 0;
+    m_textLength = before + text.size();
+    if (m_textLength > m_text.size())
+        m_text.resize(before == 0 ? std::max<std::size_t>(m_textLength, 64) : 2 * m_textLength);
+    CStringBuffer::CopyBytes(m_text.data() + before, text.data(), text.size());
+    m_textType = !m_hasText || type == m_textType ? type : ItemType_string;
+    m_hasText = true;
+}
+
+void CJsonTextWriter::AppendHeldText(CXmlWriterContext& context) {
+    m_hasText = false;
+    AppendMember(context, {}, {}, m_roundTrip == JsonRoundTrip_None ? "" : "#text");
+    AppendValue({m_text.data(), m_textLength}, m_textType);
+}
+
+void CJsonTextWriter::WriteEndElement() {
+    CXmlWriterContext& context = RequireElement();
+    if (context.startTagOpen) {
+        if (m_hasText)
+            AppendValue({m_text.data(), m_textLength}, m_textType);
+        else
+            Buffer().Append("null");
+        m_hasText = false;
+    } else {
+        if (m_hasText) AppendHeldText(context);
+        if (context.isArrayOpen) CloseArray(context);
+        const std::size_t indentation = LineIndentation(m_level - 1);
+        char* out = PutNewLine(Buffer().Reserve(kFrame + indentation), indentation);
+        *out++ = '}';
+        Buffer().Commit(out);
+    }
+    --m_level;
+    PopContext();
+    FlushIfFull();
+}
+
+// --- attributes ------------------------------------------------------------------------------------------
+
+void CJsonTextWriter::WriteAttribute(std::string_view localName, std::string_view namespaceUri,
+                                     std::string_view value, ItemType type) {
+    CXmlWriterContext& context = RequireElement();
+    std::string_view qualifier;
+    if (m_roundTrip == JsonRoundTrip_Full && !namespaceUri.empty())
+        qualifier = QualifierOf(*context.scope, namespaceUri);
+    AppendMember(context, {"@", m_roundTrip == JsonRoundTrip_None ? 0u : 1u}, qualifier, localName);
+    AppendValue(value, type);
+    FlushIfFull();
+}
+
+void CJsonTextWriter::WriteTypeAttribute(std::string_view typeNamespaceUri, std::string_view typeName,
+                                         ItemType type) {
+    if (m_roundTrip != JsonRoundTrip_Full) return;
+    const NamespaceScope& scope = *RequireElement().scope;
+    std::string value;
+    if (!typeNamespaceUri.empty() && typeNamespaceUri != scope.defaultNamespace)
+        value = QualifierOf(scope, typeNamespaceUri);
+    value += typeName;
+    WriteAttribute("type", kInstanceNamespace, value, type);
+}
+
+void CJsonTextWriter::WriteNilAttribute() {}
+
+void CJsonTextWriter::AppendDeclarations(CXmlWriterContext& context, std::string_view invented) {
+    const NamespaceScope& scope = *context.scope;
+    if (!scope.defaultNamespace.empty()) AppendDeclaration(context, {}, scope.defaultNamespace);
+    for (const NamespaceScope::Alias& alias : scope.aliases)
+        if (!IsXmlNamespace(alias.uri) && alias.uri != invented)
+            AppendDeclaration(context, alias.Prefix(), alias.uri);
+    if (!invented.empty()) AppendDeclaration(context, scope.Find(invented)->Prefix(), invented);
+}
+
+void CJsonTextWriter::AppendDeclaration(CXmlWriterContext& context, std::string_view prefix,
+                                        std::string_view uri) {
+    AppendMember(context, prefix.empty() ? "@xmlns" : "@xmlns:", prefix, {});
+    AppendString(uri);
+}
+
+// --- names and values ------------------------------------------------------------------------------------
+
+/// Puts a name with its quotation marks and colon into room for kFrame characters more than it has; null
+/// when it needs a closer look, which `AppendName` takes.
+inline char* CJsonTextWriter::PutName(char* out, std::string_view mark, std::string_view qualifier,
+                                      std::string_view localName) const noexcept {
+    *out++ = '"';
+    out = Put(out, mark);
+    if (m_escapeStrings) {
+        const std::size_t plain = CopyPlain<Escaped>(out, qualifier.data(), qualifier.size());
+        const std::size_t more = CopyPlain<Escaped>(out + plain, localName.data(), localName.size());
+        if (m_escapesAsAscii || plain + more != qualifier.size() + localName.size()) return nullptr;
+        out += plain + more;
+    } else {
+        out = Put(Put(out, qualifier), localName);
+    }
+    std::memcpy(out, "\": ", 3);
+    return out + 3;
+}
+
+void CJsonTextWriter::AppendName(std::string_view mark, std::string_view qualifier,
+                                 std::string_view localName) {
+    CStringBuffer& buffer = Buffer();
+    buffer.Append('"');
+    buffer.Append(mark);
+    AppendEscaped(qualifier);
+    AppendEscaped(localName);
+    buffer.Append("\": ");
+}
+
+inline void CJsonTextWriter::AppendValue(std::string_view text, ItemType type) {
+    if (IsBare(type) && (!m_escapeStrings || IsLiteral(text)))
+        Buffer().Append(text);
+    else
+        AppendString(text);
+}
+
+inline void CJsonTextWriter::AppendString(std::string_view text) {
+    CStringBuffer& buffer = Buffer();
+    const std::size_t length = std::min(text.size(), kPieceLength);
+    char* out = buffer.Reserve(length + 2);
+    *out++ = '"';
+    std::size_t plain = 0;
+    if (!m_escapeStrings)
+        plain = CopyPlain<PassThrough>(out, text.data(), length);
+    else if (!m_escapesAsAscii)
+        plain = CopyPlain<Escaped>(out, text.data(), length);
+    out += plain;
+    if (plain == text.size()) {
+        *out++ = '"';
+        buffer.Commit(out);
+        return;
+    }
+    buffer.Commit(out);
+    text.remove_prefix(plain);
+    if (m_escapeStrings)
+        AppendEscaped(text);
+    else
+        AppendTransformed<PassThrough>(text);
+    buffer.Append('"');
+}
+
+void CJsonTextWriter::AppendEscaped(std::string_view text) {
+    if (m_escapesAsAscii)
+        AppendAsAscii(text);
+    else
+        AppendTransformed<Escaped>(text);
+}
+
+template <class Rules>
+void CJsonTextWriter::AppendTransformed(std::string_view text) {
+    CStringBuffer& buffer = Buffer();
+    while (!text.empty()) {
+        const std::size_t length = std::min(text.size(), kPieceLength);
+        char* out = buffer.Reserve(length);
+        const std::size_t plain = CopyPlain<Rules>(out, text.data(), length);
+        buffer.Commit(out + plain);
+        text.remove_prefix(plain);
+        if (plain == length) continue;
+        // The next ones need a closer look.
+        const std::size_t suspicious = std::min<std::size_t>(text.size(), 8);
+        out = buffer.Reserve(suspicious * kLongestEscape);
+        for (const char character : text.substr(0, suspicious)) {
+            if (Rules::OfByte(character) == 0)
+                *out++ = character;
+            else
+                out = Rules::Put(out, character, m_layout);
+        }
+        buffer.Commit(out);
+        text.remove_prefix(suspicious);
+    }
+}
+
+/// Escapes all that is not ASCII, for text whose bytes may not stand in a document as they are.
+void CJsonTextWriter::AppendAsAscii(std::string_view text) {
+    const std::string utf8 =
+        internal::IsLocalUtf8() ? internal::RepairUtf8(text) : internal::LocalToUtf8(text);
+    std::size_t i = 0;
+    while (i < utf8.size()) {
+        std::size_t ascii = i;
+        while (ascii < utf8.size() && static_cast<unsigned char>(utf8[ascii]) < 0x80)
+            ++ascii;
+        AppendTransformed<Escaped>(std::string_view(utf8).substr(i, ascii - i));
+        if ((i = ascii) == utf8.size()) return;
+        // The text is well-formed, so the first byte tells the length of the character.
+        const auto lead = static_cast<unsigned char>(utf8[i++]);
+        unsigned code = lead < 0xE0 ? lead & 0x1Fu : lead < 0xF0 ? lead & 0x0Fu : lead & 0x07u;
+        for (int rest = lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3; rest > 0; --rest)
+            code = code << 6 | (static_cast<unsigned char>(utf8[i++]) & 0x3Fu);
+        char* out = Buffer().Reserve(2 * kLongestEscape);
+        if (code > 0xFFFF) {
+            code -= 0x10000;
+            out = PutUnit(out, 0xD800 | code >> 10);
+            code = 0xDC00 | (code & 0x3FF);
+        }
+        Buffer().Commit(PutUnit(out, code));
+    }
+}
+
+}  // namespace KvXmlLib16
