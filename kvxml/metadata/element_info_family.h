@@ -118,7 +118,9 @@ protected:
                  CXmlElement** cursor, XmlElementType type) const override;
 
 private:
-    KvXmlLib16::CSmartPtr<CXmlObjectBase> MemberObject(CXmlGeneratedClass* owner, bool& isNew) const;
+    /// The object to read into: what the property holds, or with `makeNew` or when it holds none, a new one.
+    KvXmlLib16::CSmartPtr<CXmlObjectBase> MemberObject(CXmlGeneratedClass* owner, bool makeNew,
+                                                       bool& isNew) const;
 
     XmlElementType m_memberType;
     ObjectFactory m_factory;

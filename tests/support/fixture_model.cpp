@@ -66,15 +66,14 @@ int Model::Index(const std::string& property) const {
 
 CParentElementInfo* Model::Info() const {
     if (m_info == nullptr) {
-        m_info = new CParentElementInfo(m_group, m_type, m_name, kNamespace,
-                                        m_type == XmlElementType_Element, m_isDerived, m_textProperty,
-                                        m_textType, m_textFormat, false);
+        m_info = new CParentElementInfo(m_group, m_type, m_name, kNamespace, m_type == XmlElementType_Element,
+                                        m_isDerived, m_textProperty, m_textType, m_textFormat, false);
     }
     return m_info;
 }
 
 Model& Model::Text(ItemType type, const char* format) {
-    m_textProperty = Add({"text", type});
+    m_textProperty = Add({"text", type, type == ItemType_string ? "" : nullptr});
     m_textType = type;
     m_textFormat = format;
     return *this;
@@ -154,8 +153,7 @@ Model& Model::UntpdCol(const char* name, int minOccurs, int maxOccurs, const cha
     info.makeCollection = [=]() -> CSmartPtr<CXmlCollectionBase> {
         return new CElementCol(tag, kNamespace, minOccurs, maxOccurs, restriction, kNamespace);
     };
-    return AddElement(
-        NewCol<CElementInfoUntpdCol>(m_group, tag, kNamespace, Add(std::move(info))));
+    return AddElement(NewCol<CElementInfoUntpdCol>(m_group, tag, kNamespace, Add(std::move(info))));
 }
 
 Model& Model::Col(const char* name, std::function<CElementInfo*(int)> makeRecord, MakeCollection make) {
