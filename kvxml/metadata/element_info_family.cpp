@@ -450,12 +450,14 @@ bool CElementInfoCol<group>::Validate(const CSerializationContext& context, cons
 template <RecordGroup group>
 CElementInfoPrimCol<group>::CElementInfoPrimCol(const char* name, const char* ns, int propertyIndex)
     : CElementInfoCol<group>(name, ns, propertyIndex) {
+    this->m_itemsHaveTags = true;
     this->SetClaimsByName();
 }
 
 template <RecordGroup group>
 CElementInfoEnumCol<group>::CElementInfoEnumCol(const char* name, const char* ns, int propertyIndex)
     : CElementInfoCol<group>(name, ns, propertyIndex) {
+    this->m_itemsHaveTags = true;
     this->SetClaimsByName();
 }
 
@@ -477,9 +479,7 @@ void CElementInfoObjectCol<group, isAbstract>::PseudoChildAttributeToXml(const C
 
 template <RecordGroup group>
 CElementInfoUntpdCol<group>::CElementInfoUntpdCol(const char* name, const char* ns, int propertyIndex)
-    : CElementInfoCol<group>(name, ns, propertyIndex) {
-    this->m_itemsHaveTags = false;
-}
+    : CElementInfoCol<group>(name, ns, propertyIndex) {}
 
 template <RecordGroup group>
 CXmlElement* CElementInfoUntpdCol<group>::ReadItems(const CSerializationContext& context,

@@ -208,7 +208,7 @@ protected:
                                    CXmlCollectionBase& collection) const;
 
     /// The items are elements of the record's name.
-    bool m_itemsHaveTags = true;
+    bool m_itemsHaveTags = false;
 
 private:
     void LearnBounds(const CXmlCollectionBase& collection) const;

@@ -11,6 +11,7 @@
 
 #include "kvxml/kvxml.h"
 #include "tests/support/error_of.h"
+#include "tests/support/fixture_all_kinds.h"
 #include "tests/support/fixture_classes.h"
 
 namespace fixture {
@@ -146,21 +147,6 @@ public:
                                    kNamespace, false, false, -1, ItemType_Unknown, "", false);
     }
 };
-
-/// Context with the ignore settings of the letters: unknown (a)ttributes, unknown (e)lements, (m)issing
-/// mandatory elements, (c)ounts, (n)amespaces; output without prefixes.
-CSerializationContext Ignoring(const std::string& letters) {
-    CSerializationContext context;
-    for (const char letter : letters) {
-        if (letter == 'a') context.SetIgnoreUnknownAttributes(true);
-        if (letter == 'e') context.SetIgnoreUnknownElements(true);
-        if (letter == 'm') context.SetIgnoreMissingMandatoryElements(true);
-        if (letter == 'c') context.SetIgnoreInvalidCollectionCounts(true);
-        if (letter == 'n') context.SetIgnoreNamespaces(true);
-    }
-    context.SetDefaultNamespaceURI(kNamespace);
-    return context;
-}
 
 /// What `T` writes after reading `xml`, or the full message of the failure.
 template <class T>
@@ -469,12 +455,15 @@ TEST(XmlGeneratedClassTest, RoundTrip) {
     Check(*read);
     EXPECT_EQ(read->ToXml(false), kKindsXml);
 
-    const auto scalars = Make<Scalars>();
-    Fill(*scalars);
-    const auto scalarsRead = Make<Scalars>();
-    scalarsRead->FromXml(scalars->ToXml().c_str());
-    Check(*scalarsRead);
-    EXPECT_EQ(scalarsRead->ToXml(), scalars->ToXml());
+    const auto all = Make<AllKinds>();
+    Fill(*all);
+    const auto allRead = Make<AllKinds>();
+    for (const bool isFormatted : {false, true, false}) {  // thrice into one object
+        const std::string xml = all->ToXml(true, isFormatted);
+        allRead->FromXml(xml.c_str());
+        Check(*allRead);
+        EXPECT_EQ(allRead->ToXml(true, isFormatted), xml);
+    }
 }
 
 TEST(XmlGeneratedClassTest, ReadingReplacesTheContent) {

@@ -60,12 +60,9 @@ CElementInfo* Cls(const char* name, int property, ClassId id,
     return new Record(name, kNamespace, property, memberType, Create, id);
 }
 
-struct ScalarText {
-    ItemType type;
-    const char* name;
-    const char* text;
-};
-constexpr ScalarText kScalars[] = {
+}  // namespace
+
+const std::vector<ScalarText> kScalars = {
     {ItemType_hexBinary, "HexBinary", "00FF7A"},
     {ItemType_base64Binary, "Base64Binary", "SGVsbG8="},
     {ItemType_i1, "I1", "-128"},
@@ -93,8 +90,6 @@ constexpr ScalarText kScalars[] = {
     {ItemType_decimal, "Decimal", "123456789012345678901234567890.125"},
     {ItemType_integer, "Integer", "-123456789012345678901234567890"},
 };
-
-}  // namespace
 
 // --- properties --------------------------------------------------------------------------------------------
 

@@ -292,6 +292,14 @@ public:
     static void MakeTables(Tables& tables);
 };
 
+/// A kind of primitive value, its name in element names, and a value of it.
+struct ScalarText {
+    ItemType type;
+    const char* name;
+    const char* text;
+};
+extern const std::vector<ScalarText> kScalars;
+
 /// One optional element of every primitive kind, each called after it.
 class Scalars final : public Bound<Scalars> {
 public:

@@ -36,10 +36,26 @@ using AbsClsColOf = CElementInfoObjectCol<group, true>;
 
 }  // namespace
 
+CSerializationContext Ignoring(const std::string& letters) {
+    CSerializationContext context;
+    for (const char letter : letters) {
+        if (letter == 'a') context.SetIgnoreUnknownAttributes(true);
+        if (letter == 'e') context.SetIgnoreUnknownElements(true);
+        if (letter == 'm') context.SetIgnoreMissingMandatoryElements(true);
+        if (letter == 'c') context.SetIgnoreInvalidCollectionCounts(true);
+        if (letter == 'h') context.SetIgnoreMissingChoice(true);
+        if (letter == 'n') context.SetIgnoreNamespaces(true);
+    }
+    context.SetDefaultNamespaceURI(kNamespace);
+    return context;
+}
+
 // --- models ------------------------------------------------------------------------------------------------
 
 Model& Model::New(const char* name, XmlElementGroupType group, XmlElementType type) {
-    return *new Model(name, group, type);  // never destroyed, as records refer to it
+    static auto& all = *new std::vector<Model*>();
+    all.push_back(new Model(name, group, type));
+    return *all.back();
 }
 
 Model& Model::Derived() {
@@ -57,6 +73,13 @@ Model& Model::AddElement(CElementInfo* record) {
     return *this;
 }
 
+bool Model::Has(const std::string& property) const {
+    for (const PropertyInfo& info : m_properties) {
+        if (info.name == property) return true;
+    }
+    return false;
+}
+
 int Model::Index(const std::string& property) const {
     for (std::size_t i = 0; i < m_properties.size(); ++i) {
         if (m_properties[i].name == property) return static_cast<int>(i);
@@ -66,8 +89,9 @@ int Model::Index(const std::string& property) const {
 
 CParentElementInfo* Model::Info() const {
     if (m_info == nullptr) {
-        m_info = new CParentElementInfo(m_group, m_type, m_name, kNamespace, m_type == XmlElementType_Element,
-                                        m_isDerived, m_textProperty, m_textType, m_textFormat, false);
+        m_info = new CParentElementInfo(m_group, m_type, m_name, kNamespace,
+                                        !m_hasTaglessMembers && m_type == XmlElementType_Element, m_isDerived,
+                                        m_textProperty, m_textType, m_textFormat, false);
     }
     return m_info;
 }
@@ -124,6 +148,7 @@ Model& Model::AddCls(PropertyInfo info, RecordCardinality cardinality, XmlElemen
                      ObjectFactory factory, bool required) {
     const char* name = info.name;
     info.isAlwaysThere = cardinality == kMnd;
+    m_hasTaglessMembers |= type != XmlElementType_Element;
     const int index = Add(std::move(info));
     return AddElement(NewSingle<CElementInfoCls>(m_group, cardinality, name, kNamespace, index, type, factory,
                                                  0, required));
@@ -141,6 +166,7 @@ Model& Model::Untpd(const char* name, RecordCardinality cardinality, const char*
 }
 
 Model& Model::AddObjectCol(PropertyInfo info, XmlElementType type, bool isAbstract) {
+    m_hasTaglessMembers |= type != XmlElementType_Element;
     const char* name = info.name;
     const int index = Add(std::move(info));
     return AddElement(isAbstract ? NewCol<AbsClsColOf>(m_group, name, kNamespace, index, type)
@@ -156,10 +182,28 @@ Model& Model::UntpdCol(const char* name, int minOccurs, int maxOccurs, const cha
     return AddElement(NewCol<CElementInfoUntpdCol>(m_group, tag, kNamespace, Add(std::move(info))));
 }
 
-Model& Model::Col(const char* name, std::function<CElementInfo*(int)> makeRecord, MakeCollection make) {
+Model& Model::PrimCol(const char* name, MakeCollection make) {
     PropertyInfo info{name};
     info.makeCollection = std::move(make);
-    return AddElement(makeRecord(Add(std::move(info))));
+    return AddElement(NewCol<CElementInfoPrimCol>(m_group, name, kNamespace, Add(std::move(info))));
+}
+
+Model& Model::AnyCol(const char* name, MakeCollection make) {
+    PropertyInfo info{name};
+    info.makeCollection = std::move(make);
+    return AddElement(NewCol<CElementInfoCol>(m_group, name, kNamespace, Add(std::move(info))));
+}
+
+Model& Model::EnumCol(const char* name, int minOccurs, int maxOccurs) {
+    PropertyInfo info{name};
+    info.makeCollection = [=]() -> CSmartPtr<CXmlCollectionBase> {
+        return new CXmlEnumCollection(name, kNamespace, minOccurs, maxOccurs, ColorToString, ColorFromString);
+    };
+    if (m_group == XmlElementGroupType_All) return AnyCol(name, info.makeCollection);
+    const int index = Add(std::move(info));
+    if (m_group == XmlElementGroupType_Choice)
+        return AddElement(new CElementInfoChoiceEnumCol(name, kNamespace, index));
+    return AddElement(new CElementInfoSeqEnumCol(name, kNamespace, index));
 }
 
 // --- objects -----------------------------------------------------------------------------------------------
@@ -224,6 +268,16 @@ CXmlCollectionBase& Object::Collection(const std::string& property) {
     return *value.PeekXmlCollection();
 }
 
+Object& Object::AddValues(const std::string& property, const std::vector<std::string>& texts) {
+    CElement run("run", kNamespace);
+    for (const std::string& text : texts)
+        run.AddElement(property.c_str(), kNamespace, text.c_str());
+    CXmlDocument document;
+    document.LoadXml(run.ToXml().c_str());
+    Collection(property).FromXmlElement(document.GetDocumentElement());
+    return *this;
+}
+
 ObjectList& Object::List(const std::string& property) {
     return dynamic_cast<ObjectList&>(Collection(property));
 }
@@ -250,6 +304,8 @@ std::string Object::Dump() const {
             text += dumpObject(value.PeekXmlObject());
         } else if (CXmlCollectionBase* collection = value.PeekXmlCollection()) {
             text += '[';
+            if (dynamic_cast<CXmlTypeCollection*>(collection) != nullptr)
+                text += collection->ToXml(false, false);
             for (int item = 0; item < collection->GetCount(); ++item) {
                 if (item > 0) text += ' ';
                 if (auto* objects = dynamic_cast<ObjectList*>(collection)) {

@@ -68,12 +68,19 @@ public:
     template <class T>
     Model& AbsClsCol(const char* name, int minOccurs, int maxOccurs, SubstitutionFactory factory);
     Model& UntpdCol(const char* name, int minOccurs, int maxOccurs, const char* restriction = "");
-    /// Any other collection, by the record `make` builds for an index.
-    Model& Col(const char* name, std::function<CElementInfo*(int index)> makeRecord, MakeCollection make);
+    /// Of primitive values: `C` is the class of the collection.
+    template <class C>
+    Model& PrimCol(const char* name, int minOccurs, int maxOccurs);
+    Model& PrimCol(const char* name, MakeCollection make);
+    /// In an all-group, by the record for any collection.
+    Model& EnumCol(const char* name, int minOccurs, int maxOccurs);
+    /// Of anything, by the record that knows nothing of its items.
+    Model& AnyCol(const char* name, MakeCollection make);
 
     const char* Name() const { return m_name; }
     XmlElementGroupType Group() const { return m_group; }
     XmlElementType Type() const { return m_type; }
+    bool Has(const std::string& property) const;
     int Index(const std::string& property) const;
 
 private:
@@ -101,6 +108,7 @@ private:
     XmlElementGroupType m_group;
     XmlElementType m_type;
     bool m_isDerived = false;
+    bool m_hasTaglessMembers = false;  // the attributes of which are not unknown
     int m_textProperty = -1;
     ItemType m_textType = ItemType_Unknown;
     const char* m_textFormat = "";
@@ -148,6 +156,8 @@ public:
         List(property).AddObject(item.Get());
         return *item;
     }
+    /// Appends values, by their texts, to a collection of primitive values.
+    Object& AddValues(const std::string& property, const std::vector<std::string>& texts);
     /// The collection that a property holds, made when there is none.
     CXmlCollectionBase& Collection(const std::string& property);
     ObjectList& List(const std::string& property);
@@ -211,6 +221,10 @@ public:
     void AddObject(Object* object) override { this->Add(CSmartPtr<T>(dynamic_cast<T*>(object))); }
 };
 
+/// Context with the ignore settings of the letters: unknown (a)ttributes, unknown (e)lements, (m)issing
+/// mandatory elements, (c)ounts, missing c(h)oices, (n)amespaces; output without prefixes.
+CSerializationContext Ignoring(const std::string& letters);
+
 template <class T>
 Model& Model::Cls(const char* name, RecordCardinality cardinality, bool required) {
     PropertyInfo info{name};
@@ -218,6 +232,13 @@ Model& Model::Cls(const char* name, RecordCardinality cardinality, bool required
     return AddCls(
         std::move(info), cardinality, T::TheModel().Type(),
         [](int, const char*) -> CSmartPtr<CXmlObjectBase> { return new T(); }, required);
+}
+
+template <class C>
+Model& Model::PrimCol(const char* name, int minOccurs, int maxOccurs) {
+    return PrimCol(name, [=]() -> CSmartPtr<CXmlCollectionBase> {
+        return new C(name, kNamespace, minOccurs, maxOccurs);
+    });
 }
 
 template <class T>
