@@ -34,7 +34,10 @@ const Model& TreeModel() {
     static Model* model = nullptr;
     if (model == nullptr) {
         model = &Model::New("Tree");  // is there before its members ask for it
-        model->Attribute("name", ItemType_string).Cls<Tree>("Next", kOpt).ClsCol<Tree>("Branch", 0, -1);
+        model->Attribute("name", ItemType_string)
+            .AnyAttribute("others", "##other")
+            .Cls<Tree>("Next", kOpt)
+            .ClsCol<Tree>("Branch", 0, -1);
     }
     return *model;
 }
@@ -218,8 +221,8 @@ const Filling kFillings[] = {
      }},
     {"AbsClsCol",
      [](Object& o, const char* n) {
-         o.Add<Square>(n).Set("Side", "4");
          o.Add<Circle>(n).Set("Radius", "5").SetName(n);
+         o.Add<Square>(n).Set("Side", "4");
          o.Add<Circle>(n).Set("Radius", "6");
      }},
     {"UntpdCol",
@@ -267,7 +270,6 @@ const Model& AllKindsModel() {
                                     .Attribute("id", ItemType_i4, false)
                                     .EnumAttribute("paint", false)
                                     .Attribute("size", ItemType_i4, true, "10")
-                                    .AnyAttribute("others", "##other")
                                     .Cls<Sequence>("Sequence", kMnd)
                                     .Cls<All>("All", kMnd)
                                     .ClsCol<Choice>("Choice", 1, -1)
@@ -283,9 +285,6 @@ const Model& AllKindsModel() {
 
 void Fill(AllKinds& object) {
     object.Set("id", "-7").Set("paint", "2").Set("size", "12");
-    auto& others = dynamic_cast<CAttributeCol&>(object.Collection("others"));
-    others.Add("lang", "urn:fixture:attributes", "a<\"b\"\n&c");
-    others.Add("code", "urn:o", "1");
     FillMembers(object.At("Sequence"));
     FillMembers(object.At("All"));
     for (const Filling& filling : kFillings) {
@@ -302,6 +301,9 @@ void Fill(AllKinds& object) {
     Object& nil = object.Add("Memo").Set("id", "2");
     dynamic_cast<Memo&>(nil).SetNil(true);
     Object& tree = object.Create("Tree").Set("name", "root");
+    auto& others = dynamic_cast<CAttributeCol&>(tree.Collection("others"));
+    others.Add("lang", "urn:fixture:attributes", "a<\"b\"\n&c");
+    others.Add("code", "urn:o", "1");
     tree.Create("Next").Set("name", "next").Add("Branch").Set("name", "leaf");
     tree.Add("Branch").Create("Next");
     tree.Add("Branch");

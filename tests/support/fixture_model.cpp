@@ -1,5 +1,7 @@
 #include "tests/support/fixture_model.h"
 
+#include "tests/support/xml_tree_dump.h"
+
 namespace fixture {
 
 namespace {
@@ -285,7 +287,10 @@ ObjectList& Object::List(const std::string& property) {
 std::string Object::Dump() const {
     const auto dumpObject = [](CXmlObjectBase* object) {
         const auto* own = dynamic_cast<const Object*>(object);
-        return own != nullptr ? own->Dump() : object->ToXml(false, false);
+        if (own != nullptr) return own->Dump();
+        CXmlDocument document;  // prefixes do not count
+        document.LoadXml(object->ToXml().c_str());
+        return testsupport::Dump(document);
     };
     std::string text = m_model.Type() == XmlElementType_Element ? Name() : m_model.Name();
     if (Name() != m_model.Name() && m_model.Type() == XmlElementType_Element)
@@ -296,16 +301,22 @@ std::string Object::Dump() const {
     for (std::size_t i = 0; i < m_values.size(); ++i) {
         const KvVariant& value = m_values[i];
         if (!value.IsValid()) continue;
+        CXmlCollectionBase* const collection = value.PeekXmlCollection();
+        if (collection != nullptr && collection->GetCount() == 0) continue;
         if (text.back() != '{') text += ' ';
         text += std::string(m_model.m_properties[i].name) + '=';
         if (value.IsNil()) {
             text += "nil";
         } else if (value.PeekXmlObject() != nullptr) {
             text += dumpObject(value.PeekXmlObject());
-        } else if (CXmlCollectionBase* collection = value.PeekXmlCollection()) {
+        } else if (collection != nullptr) {
             text += '[';
-            if (dynamic_cast<CXmlTypeCollection*>(collection) != nullptr)
-                text += collection->ToXml(false, false);
+            if (dynamic_cast<CXmlTypeCollection*>(collection) != nullptr) {
+                static const Model& listModel = Model::New("List").AnyCol("values", nullptr);
+                const CSmartPtr<Object> list(new Object(listModel));
+                (*list)["values"].SetXmlCollection(collection);
+                text += list->ToXml(false, false);
+            }
             for (int item = 0; item < collection->GetCount(); ++item) {
                 if (item > 0) text += ' ';
                 if (auto* objects = dynamic_cast<ObjectList*>(collection)) {

@@ -162,7 +162,8 @@ public:
     CXmlCollectionBase& Collection(const std::string& property);
     ObjectList& List(const std::string& property);
 
-    /// All that is set, deep: "Name{property=type:text property=nil property=Name{...} property=[...]}".
+    /// All that is set, but empty collections, deep: "Name{property=type:text property=nil property=Name{...}
+    /// property=[...]}".
     std::string Dump() const;
 
 protected:
