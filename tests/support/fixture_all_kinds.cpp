@@ -148,23 +148,6 @@ MakeNamed CollectionOf(ItemType type) {
     }
 }
 
-const Model& ValuesModel() {
-    static const Model& model = []() -> const Model& {
-        static std::vector<std::string> names;  // of the attributes and the collections
-        names.reserve(kScalars.size() * 2);
-        Model& values = Model::New("Values");
-        for (const ScalarText& scalar : kScalars) {
-            const char* name = names.emplace_back(std::string(scalar.name) + "List").c_str();
-            values.Attribute(names.emplace_back(std::string("a") + scalar.name).c_str(), scalar.type);
-            values.Prim(scalar.name, kOpt, scalar.type);
-            if (const MakeNamed make = CollectionOf(scalar.type))
-                values.PrimCol(name, [=] { return make(name); });
-        }
-        return values;
-    }();
-    return model;
-}
-
 // --- content -----------------------------------------------------------------------------------------------
 
 void FillUntyped(CElement& element) {
@@ -246,6 +229,23 @@ void FillMembers(Object& object) {
 
 }  // namespace
 
+const Model& ValuesModel() {
+    static const Model& model = []() -> const Model& {
+        static std::vector<std::string> names;  // of the attributes and the collections
+        names.reserve(kScalars.size() * 2);
+        Model& values = Model::New("Values");
+        for (const ScalarText& scalar : kScalars) {
+            const char* name = names.emplace_back(std::string(scalar.name) + "List").c_str();
+            values.Attribute(names.emplace_back(std::string("a") + scalar.name).c_str(), scalar.type);
+            values.Prim(scalar.name, kOpt, scalar.type);
+            if (const MakeNamed make = CollectionOf(scalar.type))
+                values.PrimCol(name, [=] { return make(name); });
+        }
+        return values;
+    }();
+    return model;
+}
+
 const Model& CircleModel() {
     static const Model& model = Model::New("Circle").Derived().Prim("Radius", kMnd, ItemType_r8);
     return model;
@@ -273,7 +273,7 @@ const Model& AllKindsModel() {
                                     .Cls<Sequence>("Sequence", kMnd)
                                     .Cls<All>("All", kMnd)
                                     .ClsCol<Choice>("Choice", 1, -1)
-                                    .Cls<Typed<ValuesModel>>("Values", kOpt)
+                                    .Cls<Values>("Values", kOpt)
                                     .ClsCol<Memo>("Memo", 0, -1)
                                     .Cls<Tree>("Tree", kOpt)
                                     .Cls<Typed<PairModel>>("Pair", kOpt)

@@ -20,6 +20,10 @@ void Fill(AllKinds& object);
 /// Expects what Fill set.
 void Check(const AllKinds& object);
 
+/// Every kind of value: as attribute ("aI4"), element ("I4", may be nil) and collection ("I4List").
+const Model& ValuesModel();
+using Values = Typed<ValuesModel>;
+
 // Classes that stand in for one another. The base is abstract; Circle and Square are derived.
 const Model& CircleModel();
 using Circle = Typed<CircleModel>;

@@ -202,19 +202,6 @@ void Empty::MakeTables(Tables& t) {
     t.info = Info("Empty", true);
 }
 
-Scalars::Scalars() {
-    SetElementName("Scalars");
-    for (std::size_t i = 0; i < std::size(kScalars); ++i)
-        m_values.push_back(std::make_unique<Value>(*this));
-    Init();
-}
-void Scalars::MakeTables(Tables& t) {
-    t.info = Info("Scalars", true);
-    for (const ScalarText& scalar : kScalars) {
-        t.elements.push_back(Prim<CElementInfoSeqPrimOpt>(scalar.name, scalar.type - 1, scalar.type, true));
-    }
-}
-
 Kinds::Kinds() {
     SetElementName("Kinds");
     Init();
@@ -327,19 +314,6 @@ void Check(Kinds& kinds) {
     ASSERT_EQ(a->nodes.Get().Item(0)->nodes.Count(), 1);
     EXPECT_EQ(a->nodes.Get().Item(0)->nodes.Get().Item(0)->name.Text(), "(none)");
     EXPECT_EQ(kinds.nodes.Get().Item(1)->name.Text(), "d");
-}
-
-void Fill(Scalars& scalars) {
-    for (const ScalarText& scalar : kScalars)
-        scalars.Of(scalar.type).Parse(scalar.text, scalar.type);
-}
-
-void Check(const Scalars& scalars) {
-    for (const ScalarText& scalar : kScalars) {
-        SCOPED_TRACE(scalar.name);
-        EXPECT_EQ(scalars.Of(scalar.type).variant.GetTypeAsEnum(), scalar.type);
-        EXPECT_EQ(scalars.Of(scalar.type).Text(), scalar.text);
-    }
 }
 
 const char* const kKindsXml =
