@@ -293,8 +293,10 @@ CSmartPtr<CElement> CElementCol::Find(std::string_view name, std::string_view ns
 void CElementCol::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext& context,
                             bool) const {
     CTreeOutput output(*writer, context);
+    // What was read with namespaces ignored is written so.
+    const bool anyNamespace = m_restriction.IsEmpty() && context.GetIgnoreNamespaces();
     for (const CElement* element : *this) {
-        if (element->HasNamespace() && !AcceptsNamespace(element->GetNamespaceView()))
+        if (!anyNamespace && element->HasNamespace() && !AcceptsNamespace(element->GetNamespaceView()))
             ThrowInvalidNamespace(element->GetNamespaceView());
         element->WriteTree(output, GetItemNamespace(), nullptr);
     }

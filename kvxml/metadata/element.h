@@ -166,6 +166,9 @@ public:
     /// The first element of that name and namespace, or null.
     CSmartPtr<CElement> Find(std::string_view name, std::string_view ns) const;
 
+    /// For the library: appends an element that was accepted, without asking the restriction.
+    void Append(CElement* element) { AppendItem(element); }
+
 protected:
     void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
                    const CSerializationContext& context, bool suppressChoiceError) const override;
@@ -177,8 +180,6 @@ private:
     friend class CElement;
 
     const CSmartPtr<CElement>& Checked(const CSmartPtr<CElement>& element) const;
-    /// Appends without asking the restriction.
-    void Append(CElement* element) { AppendItem(element); }
 
     internal::CSharedName m_restriction;
     internal::CSharedName m_targetNamespace;

@@ -202,12 +202,12 @@ bool CElementInfoCls<group, cardinality>::WriteValue(const CSerializationContext
 
 template <RecordGroup group, RecordCardinality cardinality>
 CSmartPtr<CXmlObjectBase> CElementInfoCls<group, cardinality>::MemberObject(CXmlGeneratedClass* owner,
-                                                                            bool& isNew) const {
+                                                                            bool makeNew, bool& isNew) const {
     KvVariant value;
     this->InvokePropertyGet(owner, value);
     CSmartPtr<CXmlObjectBase> object(value.PeekXmlObject());
-    isNew = object == nullptr;
-    if (isNew && m_factory != nullptr) object = m_factory(m_classId, this->m_name.c_str());
+    isNew = m_factory != nullptr && (makeNew || object == nullptr);
+    if (isNew) object = m_factory(m_classId, this->m_name.c_str());
     if (object == nullptr) this->ThrowMandatoryIsNull();
     return object;
 }
@@ -217,7 +217,7 @@ void CElementInfoCls<group, cardinality>::ReadMatched(const CSerializationContex
                                                       CXmlGeneratedClass* owner, CXmlElement** cursor) const {
     CXmlElement& element = **cursor;
     bool isNew = false;
-    const CSmartPtr<CXmlObjectBase> object = MemberObject(owner, isNew);
+    const CSmartPtr<CXmlObjectBase> object = MemberObject(owner, false, isNew);
     this->FromXml_Int(object.Get(), &element, element.GetFirstElement(), context, false);
     if (isNew) this->Assign(owner, object.Get(), element);
     *cursor = element.GetNextSiblingElement();
@@ -230,9 +230,10 @@ bool CElementInfoCls<group, cardinality>::TryRead(const CSerializationContext& c
     if (m_memberType == XmlElementType_Element) {
         return CElementInfoSingle<group, cardinality>::TryRead(context, owner, parent, cursor, type);
     }
-    // The member has no tag of its own: it reads what it can from the owner's children.
+    // The member has no tag of its own: it reads what it can from the owner's children. Where unknown
+    // elements are skipped it may be tried more than once, and trying must not cost what was read before.
     bool isNew = false;
-    const CSmartPtr<CXmlObjectBase> object = MemberObject(owner, isNew);
+    const CSmartPtr<CXmlObjectBase> object = MemberObject(owner, context.GetIgnoreUnknownElements(), isNew);
     CXmlElement* const before = *cursor;
     CXmlElement* const after =
         this->FromXml_Int(object.Get(), parent, before, context, cardinality == RecordCardinality::Opt);
@@ -421,7 +422,11 @@ bool CElementInfoCol<group>::ElementFromXml(const CSerializationContext& context
     *cursor = ReadItems(context, owner, parent, before, *collection);
     // Of a choice or an all-group another member may be meant, or this one's items come later.
     if (group != RecordGroup::Seq && *cursor == before) return false;
-    if (type != XmlElementType_Element) return collection->IsValidCount(context);
+    if (type != XmlElementType_Element) {
+        if (collection->IsValidCount(context)) return true;
+        if (group != RecordGroup::Seq) *cursor = before;  // what was not placed is not consumed
+        return false;
+    }
     collection->ValidateCount(context);
     return true;
 }
@@ -445,12 +450,14 @@ bool CElementInfoCol<group>::Validate(const CSerializationContext& context, cons
 template <RecordGroup group>
 CElementInfoPrimCol<group>::CElementInfoPrimCol(const char* name, const char* ns, int propertyIndex)
     : CElementInfoCol<group>(name, ns, propertyIndex) {
+    this->m_itemsHaveTags = true;
     this->SetClaimsByName();
 }
 
 template <RecordGroup group>
 CElementInfoEnumCol<group>::CElementInfoEnumCol(const char* name, const char* ns, int propertyIndex)
     : CElementInfoCol<group>(name, ns, propertyIndex) {
+    this->m_itemsHaveTags = true;
     this->SetClaimsByName();
 }
 
@@ -472,9 +479,7 @@ void CElementInfoObjectCol<group, isAbstract>::PseudoChildAttributeToXml(const C
 
 template <RecordGroup group>
 CElementInfoUntpdCol<group>::CElementInfoUntpdCol(const char* name, const char* ns, int propertyIndex)
-    : CElementInfoCol<group>(name, ns, propertyIndex) {
-    this->m_itemsHaveTags = false;
-}
+    : CElementInfoCol<group>(name, ns, propertyIndex) {}
 
 template <RecordGroup group>
 CXmlElement* CElementInfoUntpdCol<group>::ReadItems(const CSerializationContext& context,
@@ -489,7 +494,7 @@ CXmlElement* CElementInfoUntpdCol<group>::ReadItems(const CSerializationContext&
            (!this->m_name.empty() || !this->IsListed(context, owner, *cursor))) {
         const CSmartPtr<CElement> item(new CElement());
         this->FromXml_Int(item.Get(), cursor, cursor->GetFirstElement(), context, false);
-        untyped->Add(item);
+        untyped->Append(item.Get());
         cursor = cursor->GetNextSiblingElement();
     }
     return cursor;

@@ -118,7 +118,9 @@ protected:
                  CXmlElement** cursor, XmlElementType type) const override;
 
 private:
-    KvXmlLib16::CSmartPtr<CXmlObjectBase> MemberObject(CXmlGeneratedClass* owner, bool& isNew) const;
+    /// The object to read into: what the property holds, or with `makeNew` or when it holds none, a new one.
+    KvXmlLib16::CSmartPtr<CXmlObjectBase> MemberObject(CXmlGeneratedClass* owner, bool makeNew,
+                                                       bool& isNew) const;
 
     XmlElementType m_memberType;
     ObjectFactory m_factory;
@@ -206,7 +208,7 @@ protected:
                                    CXmlCollectionBase& collection) const;
 
     /// The items are elements of the record's name.
-    bool m_itemsHaveTags = true;
+    bool m_itemsHaveTags = false;
 
 private:
     void LearnBounds(const CXmlCollectionBase& collection) const;

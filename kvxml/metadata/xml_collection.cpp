@@ -208,8 +208,7 @@ void CXmlCollection::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSer
 }
 
 void CXmlCollection::AttributesToXml_Int(CXmlWriter* writer, const CSerializationContext& context) const {
-    for (const CNode* node = m_head; node != nullptr; node = node->next)
-        CXmlObjectBase::AttributesToXml_Int(node->item.Get(), writer, context);
+    if (m_head != nullptr) CXmlObjectBase::AttributesToXml_Int(m_head->item.Get(), writer, context);
 }
 
 CXmlElement* CXmlCollection::ReadItems(CXmlElement* cursor, const CSerializationContext& context,

@@ -39,7 +39,8 @@ protected:
     CXmlCollection(const CXmlCollection& other);
     CXmlCollection& operator=(const CXmlCollection& other);
 
-    /// Writes the attributes of every item, for items that have no tag of their own.
+    /// For items that have no tag of their own: writes the attributes of the first, for a start tag can have
+    /// each attribute but once. Items that were read have the same ones.
     void AttributesToXml_Int(CXmlWriter* writer, const CSerializationContext& context) const override;
     /// Writes the items one after the other as elements of the collection's namespace; an item whose class
     /// depends on its element and that goes by another name than the collection's, in its own.

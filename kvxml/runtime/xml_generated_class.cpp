@@ -401,7 +401,7 @@ CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationCo
     const char* ns = classRecord.GetElementNamespace().c_str();
     const std::uint64_t key = CacheKey(classRecord.m_id, NameUse::Element, context.GetIgnoreNamespaces());
     int start = 0;
-    for (;;) {
+    for (bool isAgain = false;; isAgain = true) {
         const CXmlElement* claimed = nullptr;  // the element that `claimant` was found for
         int claimant = count;
         for (int i = start; i < count; ++i) {
@@ -418,6 +418,9 @@ CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationCo
                     continue;
                 }
             }
+            const CXmlElement* const before = cursor;
+            KvVariant had;
+            if (isAgain && record.m_hasPseudoElement) ReadProperty(record.m_propertyIndex, had);
             while (!record.ElementFromXml(context, this, parent, &cursor, ns, type)) {
                 if (!context.GetIgnoreUnknownElements() || cursor == nullptr) {
                     SetIncomplete();
@@ -425,6 +428,9 @@ CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationCo
                 }
                 cursor = cursor->GetNextSiblingElement();
             }
+            // A member without a tag that found nothing more stays as it was.
+            if (cursor == before && had.PeekXmlObject() != nullptr)
+                AccessProperty(record.m_propertyIndex, false, had);
         }
         if (type != XmlElementType_Element || cursor == nullptr) return cursor;
         if (!context.GetIgnoreUnknownElements()) ThrowElementRemains(*parent, *cursor);

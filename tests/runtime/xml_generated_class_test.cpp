@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 #include <typeinfo>
@@ -11,6 +12,7 @@
 
 #include "kvxml/kvxml.h"
 #include "tests/support/error_of.h"
+#include "tests/support/fixture_all_kinds.h"
 #include "tests/support/fixture_classes.h"
 
 namespace fixture {
@@ -68,42 +70,6 @@ public:
     Value z{*this};
 };
 
-/// Without a tag of its own: one or two objects.
-class Run final : public Bound<Run> {
-public:
-    Run() { Init(); }
-    static void MakeTables(Tables& t) {
-        t.info = new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_PseudoElement, "Run",
-                                        kNamespace, false, false, -1, ItemType_Unknown, "", false);
-        t.elements = {new CElementInfoSeqClsCol("D", kNamespace, 0, XmlElementType_Element)};
-    }
-
-    Children<Empty> d{*this, "D", 1, 2};
-};
-
-/// A run that may be missing, then an optional value.
-class RunHolder final : public Bound<RunHolder> {
-public:
-    RunHolder() {
-        SetElementName("RunHolder");
-        Init();
-    }
-    static void MakeTables(Tables& t) {
-        t.info = new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "RunHolder",
-                                        kNamespace, false, false, -1, ItemType_Unknown, "", false);
-        t.elements = {
-            new CElementInfoSeqClsOpt(
-                "Run", kNamespace, 0, XmlElementType_PseudoElement,
-                [](int, const char*) -> CSmartPtr<CXmlObjectBase> { return new Run(); }, 0),
-            new CElementInfoSeqPrimOpt("Z", kNamespace, 1, false, ItemType_string, "",
-                                       CWhitespaceUtils::WhitespaceRule_None, {}, nullptr),
-        };
-    }
-
-    Child<Run> run{*this, "Run", false};
-    Value z{*this};
-};
-
 /// More attributes than fit into one machine word, all required.
 class ManyAttributes final : public Bound<ManyAttributes> {
 public:
@@ -146,21 +112,6 @@ public:
                                    kNamespace, false, false, -1, ItemType_Unknown, "", false);
     }
 };
-
-/// Context with the ignore settings of the letters: unknown (a)ttributes, unknown (e)lements, (m)issing
-/// mandatory elements, (c)ounts, (n)amespaces; output without prefixes.
-CSerializationContext Ignoring(const std::string& letters) {
-    CSerializationContext context;
-    for (const char letter : letters) {
-        if (letter == 'a') context.SetIgnoreUnknownAttributes(true);
-        if (letter == 'e') context.SetIgnoreUnknownElements(true);
-        if (letter == 'm') context.SetIgnoreMissingMandatoryElements(true);
-        if (letter == 'c') context.SetIgnoreInvalidCollectionCounts(true);
-        if (letter == 'n') context.SetIgnoreNamespaces(true);
-    }
-    context.SetDefaultNamespaceURI(kNamespace);
-    return context;
-}
 
 /// What `T` writes after reading `xml`, or the full message of the failure.
 template <class T>
@@ -266,80 +217,6 @@ TEST(XmlGeneratedClassTest, NilOfClasses) {
 
 // --- sequences ---------------------------------------------------------------------------------------------
 
-TEST(XmlGeneratedClassTest, SequenceUnderEveryIgnoreSetting) {
-    const std::string noA = "Failed to find the required child element [A].\nPath: /Quartet";
-    const std::string noC = "Failed to find the required child element [C].\nPath: /Quartet";
-    const std::string fewD =
-        "Failed to process the element.\nPath: /Quartet\n"
-        "The Minimum number of [D] elements allowed in this collection is 1";
-    const std::string manyD =
-        "Failed to process the element.\nPath: /Quartet\n"
-        "The Maximum number of [D] elements allowed in this collection is 2";
-    const auto remains = [](const std::string& name) {
-        return "Failed read all the elements held within the element [Quartet]. The unexpected element [" +
-               name + "] remains un processed\nPath: /Quartet";
-    };
-    const std::string a = "<A>1</A>";
-    const std::string b = "<B>2</B>";
-    const std::string c = "<C>3</C>";
-    const std::string d = "<D/>";
-    const std::string x = "<X><A>9</A></X>";
-    // What is read: the values of A, B and C and the number of D.
-    const std::vector<Row> rows = {
-        {"all", a + b + c + d + d, "", "1 2 3 2"},
-        {"without optional", a + c + d, "", "1 (none) 3 1"},
-        {"nothing", "", "", noA},
-        {"no A", b + c + d, "", noA},
-        {"no C", a + b + d, "", noC},
-        {"no C at the end", a, "", noC},
-        {"no D", a + c, "", fewD},
-        {"many D", a + c + d + d + d, "", manyD},
-        {"order", b + a + c + d, "", noA},
-        {"twice", a + a + c + d, "", noC},
-        {"optional twice", a + b + b + c + d, "", noC},
-        {"unknown first", x + a + c + d, "", noA},
-        {"unknown last", a + c + d + x, "", remains("X")},
-        {"known last", a + c + d + b, "", remains("B")},
-        {"item after unknown", a + c + d + x + d, "", remains("X")},
-        {"namespace", "<A xmlns='urn:o'>1</A>" + c + d, "", noA},
-        {"case", "<a>1</a>" + c + d, "", noA},
-        {"text between", "t" + a + "<!-- -->" + c + " " + d, "", "1 (none) 3 1"},
-
-        {"namespaces ignored", "<A xmlns='urn:o'>1</A><C xmlns=''>3</C>" + d, "n", "1 (none) 3 1"},
-        {"namespaces ignored, missing", "<B xmlns='urn:o'>1</B>", "n", noA},
-
-        {"missing ignored", c + d, "m", "(none) (none) 3 1"},
-        {"all missing ignored", d, "m", "(none) (none) (none) 1"},
-        {"missing ignored, count not", c, "m", fewD},
-        {"missing and count ignored", "", "mc", "(none) (none) (none) 0"},
-        {"missing ignored, unknown", a + x + c + d, "mc", remains("X")},
-        {"missing ignored, order", b + a + c + d, "mc", remains("A")},
-
-        {"count ignored, none", a + c, "c", "1 (none) 3 0"},
-        {"count ignored, many", a + c + d + d + d + d, "c", "1 (none) 3 4"},
-        {"count ignored, mandatory not", c + d, "c", noA},
-
-        {"unknown ignored first", x + x + a + c + d, "e", "1 (none) 3 1"},
-        {"unknown ignored before mandatory", a + b + x + c + d, "e", "1 2 3 1"},
-        {"an optional behind unknown is lost", a + x + b + c + d, "e", "1 (none) 3 1"},
-        {"unknown ignored last", a + c + d + x + x, "e", "1 (none) 3 1"},
-        {"the last member goes on behind unknown", a + c + d + x + d, "e", "1 (none) 3 2"},
-        {"and its count still holds", a + c + d + x + d + d, "e", manyD},
-        {"earlier members do not", a + c + d + x + b, "e", "1 (none) 3 1"},
-        {"a collection does not look behind unknown", a + c + x + d, "e", fewD},
-        {"unless its count is ignored", a + c + x + d, "ec", "1 (none) 3 1"},
-        {"a mandatory one does, to the end", a + x + b + d, "e", noC},
-        {"unknown only", x + x, "e", noA},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
-        const auto object = Make<Quartet>();
-        const std::string xml = "<Quartet xmlns='urn:fixture'>" + row.xml + "</Quartet>";
-        const std::string error = ErrorOf([&] { object->FromXml(xml.c_str(), Ignoring(row.ignore)); });
-        EXPECT_EQ(error == kNoError ? object->Text() : error, row.outcome);
-    }
-}
-
 TEST(XmlGeneratedClassTest, LastMemberAfterUnknownElements) {
     const auto note = [](const std::string& content) {
         return "<Note xmlns=\"urn:fixture\">" + content + "</Note>";
@@ -435,23 +312,6 @@ TEST(XmlGeneratedClassTest, MembersWithoutTag) {
         {"unknown before, ignored", wrapper("><X/>" + first + "<Z>z</Z></Wrapper>"), "e",
          wrapper(">" + first + "<Z>z</Z></Wrapper>")},
     });
-    const auto holder = [](const std::string& content) {
-        return content.empty() ? "<RunHolder xmlns=\"urn:fixture\"/>"
-                               : "<RunHolder xmlns=\"urn:fixture\">" + content + "</RunHolder>";
-    };
-    ExpectOutcomes<RunHolder>({
-        {"nothing", holder(""), "", holder("")},
-        {"a run", holder("<D/><D/><Z>z</Z>"), "", holder("<D/><D/><Z>z</Z>")},
-        {"no run", holder("<Z>z</Z>"), "", holder("<Z>z</Z>")},
-        // What can not be placed in the member is left to its owner.
-        {"too long", holder("<D/><D/><D/>"), "",
-         "Failed read all the elements held within the element [RunHolder]. The unexpected element [D] "
-         "remains "
-         "un processed\nPath: /RunHolder"},
-        {"too long, counts ignored", holder("<D/><D/><D/>"), "c", holder("<D/><D/><D/>")},
-        {"unknown before, ignored", holder("<X/><D/><Z>z</Z>"), "e", holder("<D/><Z>z</Z>")},
-        {"unknown only, ignored", holder("<X/><Y/>"), "e", holder("")},
-    });
     // An optional member of which nothing is there is not made.
     const auto kinds = Make<Kinds>();
     kinds->FromXml(kSmallKindsXml);
@@ -469,12 +329,15 @@ TEST(XmlGeneratedClassTest, RoundTrip) {
     Check(*read);
     EXPECT_EQ(read->ToXml(false), kKindsXml);
 
-    const auto scalars = Make<Scalars>();
-    Fill(*scalars);
-    const auto scalarsRead = Make<Scalars>();
-    scalarsRead->FromXml(scalars->ToXml().c_str());
-    Check(*scalarsRead);
-    EXPECT_EQ(scalarsRead->ToXml(), scalars->ToXml());
+    const auto all = Make<AllKinds>();
+    Fill(*all);
+    const auto allRead = Make<AllKinds>();
+    std::string xml = all->ToXml();
+    for (const bool isFormatted : {true, false, false}) {  // into one object
+        ASSERT_EQ(ErrorOf([&] { allRead->FromXml(xml.c_str()); }), kNoError);
+        Check(*allRead);
+        xml = allRead->ToXml(true, isFormatted);
+    }
 }
 
 TEST(XmlGeneratedClassTest, ReadingReplacesTheContent) {

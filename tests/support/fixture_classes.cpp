@@ -60,12 +60,9 @@ CElementInfo* Cls(const char* name, int property, ClassId id,
     return new Record(name, kNamespace, property, memberType, Create, id);
 }
 
-struct ScalarText {
-    ItemType type;
-    const char* name;
-    const char* text;
-};
-constexpr ScalarText kScalars[] = {
+}  // namespace
+
+const std::vector<ScalarText> kScalars = {
     {ItemType_hexBinary, "HexBinary", "00FF7A"},
     {ItemType_base64Binary, "Base64Binary", "SGVsbG8="},
     {ItemType_i1, "I1", "-128"},
@@ -93,8 +90,6 @@ constexpr ScalarText kScalars[] = {
     {ItemType_decimal, "Decimal", "123456789012345678901234567890.125"},
     {ItemType_integer, "Integer", "-123456789012345678901234567890"},
 };
-
-}  // namespace
 
 // --- properties --------------------------------------------------------------------------------------------
 
@@ -205,19 +200,6 @@ Empty::Empty() {
 }
 void Empty::MakeTables(Tables& t) {
     t.info = Info("Empty", true);
-}
-
-Scalars::Scalars() {
-    SetElementName("Scalars");
-    for (std::size_t i = 0; i < std::size(kScalars); ++i)
-        m_values.push_back(std::make_unique<Value>(*this));
-    Init();
-}
-void Scalars::MakeTables(Tables& t) {
-    t.info = Info("Scalars", true);
-    for (const ScalarText& scalar : kScalars) {
-        t.elements.push_back(Prim<CElementInfoSeqPrimOpt>(scalar.name, scalar.type - 1, scalar.type, true));
-    }
 }
 
 Kinds::Kinds() {
@@ -332,19 +314,6 @@ void Check(Kinds& kinds) {
     ASSERT_EQ(a->nodes.Get().Item(0)->nodes.Count(), 1);
     EXPECT_EQ(a->nodes.Get().Item(0)->nodes.Get().Item(0)->name.Text(), "(none)");
     EXPECT_EQ(kinds.nodes.Get().Item(1)->name.Text(), "d");
-}
-
-void Fill(Scalars& scalars) {
-    for (const ScalarText& scalar : kScalars)
-        scalars.Of(scalar.type).Parse(scalar.text, scalar.type);
-}
-
-void Check(const Scalars& scalars) {
-    for (const ScalarText& scalar : kScalars) {
-        SCOPED_TRACE(scalar.name);
-        EXPECT_EQ(scalars.Of(scalar.type).variant.GetTypeAsEnum(), scalar.type);
-        EXPECT_EQ(scalars.Of(scalar.type).Text(), scalar.text);
-    }
 }
 
 const char* const kKindsXml =

@@ -8,7 +8,6 @@
 #pragma once
 
 #include <atomic>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <type_traits>
@@ -292,19 +291,13 @@ public:
     static void MakeTables(Tables& tables);
 };
 
-/// One optional element of every primitive kind, each called after it.
-class Scalars final : public Bound<Scalars> {
-public:
-    Scalars();
-    static void MakeTables(Tables& tables);
-
-    /// Value of the kind, 1 to 26.
-    Value& Of(ItemType type) { return *m_values.at(static_cast<std::size_t>(type) - 1); }
-    const Value& Of(ItemType type) const { return *m_values.at(static_cast<std::size_t>(type) - 1); }
-
-private:
-    std::vector<std::unique_ptr<Value>> m_values;
+/// A kind of primitive value, its name in element names, and a value of it.
+struct ScalarText {
+    ItemType type;
+    const char* name;
+    const char* text;
 };
+extern const std::vector<ScalarText> kScalars;
 
 /// Every record of a sequence and both kinds of attributes.
 class Kinds final : public Bound<Kinds> {
@@ -338,8 +331,6 @@ public:
 void Fill(Kinds& kinds);
 /// Expects what Fill set.
 void Check(Kinds& kinds);
-void Fill(Scalars& scalars);
-void Check(const Scalars& scalars);
 
 /// The XML of a filled Kinds, without declaration, formatted with tabs.
 extern const char* const kKindsXml;
