@@ -6,22 +6,17 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 #include <cstdint>
-#include <exception>
-#include <filesystem>
 #include <iostream>
 #include <optional>
-#include <random>
 #include <string>
-#include <system_error>
-#include <utility>
 
 #include "examples/gpx/class_factory.h"
 #include "examples/gpx/gpx_type.h"
+#include "examples/support/document_tool.h"
 #include "kvxml/kvxml.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using namespace KvXmlLib16;
 
 struct Options {
@@ -149,78 +144,25 @@ CSerializationContext MakeContext(bool lenient) {
     return context;
 }
 
-/// Where the document is written until it is complete: beside `output`, so that it can be renamed. Devices
-/// and pipes are written directly.
-class CPendingFile {
-public:
-    explicit CPendingFile(const fs::path& output) : m_output(output), m_written(output) {
-        if (fs::exists(output) && !fs::is_regular_file(output)) return;
-        if (fs::is_symlink(output)) m_output = fs::canonical(output);
-        m_written = m_output;
-        m_written += FormatString(".%08x.tmp", std::random_device()());
-    }
-    CPendingFile(const CPendingFile&) = delete;
-    CPendingFile& operator=(const CPendingFile&) = delete;
-    ~CPendingFile() {
-        std::error_code ignored;
-        if (m_written != m_output) fs::remove(m_written, ignored);
-    }
-
-    std::string Name() const { return m_written.string(); }
-    void Commit() {
-        if (m_written == m_output) return;
-        fs::rename(m_written, m_output);
-        m_written = m_output;
-    }
-
-private:
-    fs::path m_output;
-    fs::path m_written;
-};
-
-void Write(const Gpx::CGpxType& gpx, const Options& options, const CSerializationContext& context) {
-    CPendingFile file(options.output);
+void Write(const Gpx::CGpxType& gpx, const std::string& fileName, const Options& options,
+           const CSerializationContext& context) {
     const XmlEncoding encoding = options.encoding == "utf-16" ? XmlEncoding_UTF16 : XmlEncoding_UTF8;
     const CompressionType compression = options.gzip ? CompressionType_GZip : CompressionType_None;
-    gpx.ToXmlFile(file.Name().c_str(), true, !options.compact, encoding, EOLType_LF, context, compression);
-    file.Commit();
-}
-
-/// Runs `action`; a failure is reported under the name of the file it is about.
-template <class Action>
-bool Succeeds(const std::string& fileName, Action action) {
-    std::string message;
-    try {
-        action();
-        return true;
-    } catch (const CKvException& e) {
-        message = e.GetFullMessage();
-    } catch (const std::exception& e) {
-        message = e.what();
-    }
-    std::cerr << "gpx-tool: " << fileName << ": " << message << '\n';
-    return false;
+    gpx.ToXmlFile(fileName.c_str(), true, !options.compact, encoding, EOLType_LF, context, compression);
 }
 
 int Run(const Options& options) {
     const CSerializationContext context = MakeContext(options.lenient);
     const CSmartPtr<Gpx::CGpxType> gpx(new Gpx::CGpxType());
     Summary summary;
-    if (!Succeeds(options.input, [&] {
-            gpx->FromXmlFile(options.input.c_str(), context);
-            summary = Summarize(*gpx);
-        })) {
-        return 1;
-    }
-    if (!options.output.empty() && !Succeeds(options.output, [&] { Write(*gpx, options, context); })) {
-        return 1;
-    }
-    Print(*gpx, summary);
-    if (!std::cout) {
-        std::cerr << "gpx-tool: cannot write to standard output\n";
-        return 1;
-    }
-    return 0;
+    examples::DocumentSteps steps;
+    steps.read = [&] {
+        gpx->FromXmlFile(options.input.c_str(), context);
+        summary = Summarize(*gpx);
+    };
+    steps.write = [&](const std::string& fileName) { Write(*gpx, fileName, options, context); };
+    steps.print = [&] { Print(*gpx, summary); };
+    return examples::RunDocumentTool("gpx-tool", options.input, options.output, steps);
 }
 
 }  // namespace
@@ -241,10 +183,6 @@ int main(int argc, char** argv) {
     app.add_flag("--compact", options.compact, "Write without line breaks and indentation")->needs(output);
     app.add_flag("--lenient", options.lenient,
                  "Ignore unknown elements and attributes, invalid counts, missing choices and namespaces");
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& e) {
-        return app.exit(e) == 0 ? 0 : 2;
-    }
+    if (const auto status = examples::ParseArguments(app, argc, argv)) return *status;
     return Run(options);
 }

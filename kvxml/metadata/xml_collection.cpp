@@ -11,8 +11,8 @@ namespace KvXmlLib16 {
 
 namespace {
 
-constexpr std::size_t kFirstBlock = 4;
-constexpr std::size_t kLargestBlock = 4096;
+constexpr std::uint32_t kFirstBlock = 8;
+constexpr std::uint32_t kLargestBlock = 4096;
 
 }  // namespace
 
@@ -35,7 +35,12 @@ CXmlCollection& CXmlCollection::operator=(const CXmlCollection& other) {
     return *this;
 }
 
-CXmlCollection::~CXmlCollection() = default;
+CXmlCollection::~CXmlCollection() {
+    for (CNode* node = m_head; node != nullptr; node = node->next)
+        node->item.Reset();
+    while (m_block != nullptr)
+        delete[] std::exchange(m_block, m_block->previous);
+}
 
 void CXmlCollection::CopyItems(const CXmlCollection& other) {
     for (const CNode* node = other.m_head; node != nullptr; node = node->next) {
@@ -57,12 +62,13 @@ CXmlCollection::CNode* CXmlCollection::NewNode() {
         return node;
     }
     if (m_blockUsed == m_blockSize) {
-        const std::size_t size = m_blockSize == 0 ? kFirstBlock : std::min(m_blockSize * 2, kLargestBlock);
-        m_blocks.push_back(std::make_unique<CNode[]>(size));
+        const std::uint32_t size = m_blockSize == 0 ? kFirstBlock : std::min(m_blockSize * 2, kLargestBlock);
+        auto* block = new CNode[size];
+        block->previous = std::exchange(m_block, block);
         m_blockSize = size;
-        m_blockUsed = 0;
+        m_blockUsed = 1;
     }
-    return &m_blocks.back()[m_blockUsed++];
+    return &m_block[m_blockUsed++];
 }
 
 void CXmlCollection::FreeNode(CNode* node) noexcept {
@@ -197,7 +203,7 @@ void CXmlCollection::SetItemElementName(CXmlObjectBase* item) const {
 
 void CXmlCollection::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext& context,
                                bool) const {
-    const char* const ns = GetItemNamespace().c_str();
+    const char* const ns = GetItemNamespace().data();
     for (const CNode* node = m_head; node != nullptr; node = node->next) {
         if (m_isSubstitutable) {
             internal::CSubstitution::Write(*node->item.Get(), GetElementNameView(), ns, writer, context);

@@ -6,9 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <type_traits>
-#include <vector>
 
 #include "kvxml/export.h"
 #include "kvxml/metadata/kv_iterator.h"
@@ -103,10 +101,11 @@ private:
     mutable std::int32_t m_lastIndex = 0;
     bool m_isSubstitutable = false;
     std::uint32_t m_removals = 0;  // counts up, so that changes made by listeners are noticed
-    // Nodes come from blocks that grow with the collection and are reused through a free list.
-    std::vector<std::unique_ptr<CNode[]>> m_blocks;
-    std::size_t m_blockUsed = 0;
-    std::size_t m_blockSize = 0;
+    // Nodes come from blocks that grow with the collection and are reused through a free list. A block begins
+    // with a node that is not used but to lead to the block before it.
+    CNode* m_block = nullptr;
+    std::uint32_t m_blockUsed = 0;
+    std::uint32_t m_blockSize = 0;
     CNode* m_free = nullptr;
 };
 

@@ -10,7 +10,7 @@ namespace KvXmlLib16 {
 CXmlCollectionBase::CXmlCollectionBase() = default;
 
 CXmlCollectionBase::CXmlCollectionBase(const char* elementName, const char* ns, int minOccurs, int maxOccurs)
-    : m_namespace(ns == nullptr ? "" : ns), m_minOccurs(minOccurs), m_maxOccurs(maxOccurs) {
+    : m_namespace(ns == nullptr ? std::string_view() : ns), m_minOccurs(minOccurs), m_maxOccurs(maxOccurs) {
     SetElementName(elementName);
 }
 

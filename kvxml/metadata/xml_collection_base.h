@@ -3,9 +3,11 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "kvxml/export.h"
+#include "kvxml/runtime/shared_name.h"
 #include "kvxml/runtime/xml_object_base.h"
 
 namespace KvXmlLib16 {
@@ -58,7 +60,8 @@ protected:
     void FireOnCollectionRemoveComplete(std::int32_t index);
     bool HasListeners() const noexcept { return !m_listeners.empty(); }
 
-    const std::string& GetItemNamespace() const noexcept { return m_namespace; }
+    /// Zero-terminated.
+    std::string_view GetItemNamespace() const noexcept { return m_namespace.View(); }
 
     /// CKvInvalidParamException unless 0 <= index < count.
     void CheckItemIndex(int index) const;
@@ -67,7 +70,7 @@ private:
     template <class Fire>
     void ForEachListener(Fire fire);
 
-    std::string m_namespace;
+    internal::CSharedName m_namespace;
     std::vector<IEventSink*> m_listeners;
     int m_minOccurs = 0;
     int m_maxOccurs = -1;

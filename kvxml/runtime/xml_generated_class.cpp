@@ -406,17 +406,19 @@ CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationCo
         int claimant = count;
         for (int i = start; i < count; ++i) {
             CElementInfo& record = *records[i];
-            if (record.m_skippedWhenAbsent.load(std::memory_order_relaxed)) {
-                if (cursor == nullptr) continue;
+            const bool isSkippable = record.m_skippedWhenAbsent.load(std::memory_order_relaxed);
+            if (cursor == nullptr) {
+                if (isSkippable) continue;
+            } else if (isSkippable || record.m_readsMatched) {
                 if (claimed != cursor || claimant < i) {
                     claimant = FindElementRecord(context, *cursor, i, records, count, key);
                     claimed = cursor;
                 }
-                if (claimant != i) continue;
-                if (record.m_readsMatched) {
+                if (claimant == i && record.m_readsMatched) {
                     record.ReadMatched(context, this, &cursor);
                     continue;
                 }
+                if (claimant != i && isSkippable) continue;
             }
             const CXmlElement* const before = cursor;
             KvVariant had;

@@ -406,12 +406,6 @@ TEST(JsonTextWriter, ObjectsComeBackFromAnotherParser) {
             const auto readKinds = fixture::Make<fixture::Kinds>();
             readKinds->FromXml(ToXml::Of(kinds->ToJson(formatted, eol, Context())).c_str());
             fixture::Check(*readKinds);
-
-            const auto scalars = fixture::Make<fixture::Scalars>();
-            fixture::Fill(*scalars);
-            const auto readScalars = fixture::Make<fixture::Scalars>();
-            readScalars->FromXml(ToXml::Of(scalars->ToJson(formatted, eol, Context())).c_str());
-            fixture::Check(*readScalars);
         }
     }
 

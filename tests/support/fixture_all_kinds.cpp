@@ -221,9 +221,14 @@ const Filling kFillings[] = {
      }},
 };
 
-void FillMembers(Object& object) {
+bool IsFilled(const Filling& filling, const Model& model, Nils nils) {
+    const bool isNil = std::string_view(filling.name).substr(0, 3) == "Nil";
+    return model.Has(filling.name) && (nils == Nils::Filled || !isNil);
+}
+
+void FillMembers(Object& object, Nils nils) {
     for (const Filling& filling : kFillings) {
-        if (object.GetModel().Has(filling.name)) filling.fill(object, filling.name);
+        if (IsFilled(filling, object.GetModel(), nils)) filling.fill(object, filling.name);
     }
 }
 
@@ -283,12 +288,12 @@ const Model& AllKindsModel() {
     return model;
 }
 
-void Fill(AllKinds& object) {
+void Fill(AllKinds& object, Nils nils) {
     object.Set("id", "-7").Set("paint", "2").Set("size", "12");
-    FillMembers(object.At("Sequence"));
-    FillMembers(object.At("All"));
+    FillMembers(object.At("Sequence"), nils);
+    FillMembers(object.At("All"), nils);
     for (const Filling& filling : kFillings) {
-        if (GroupModel<XmlElementGroupType_Choice>().Has(filling.name))
+        if (IsFilled(filling, GroupModel<XmlElementGroupType_Choice>(), nils))
             filling.fill(object.Add("Choice"), filling.name);
     }
     Object& values = object.Create("Values");
@@ -298,8 +303,7 @@ void Fill(AllKinds& object) {
         if (CollectionOf(scalar.type) != nullptr) values.AddValues(name + "List", {scalar.text, scalar.text});
     }
     object.Add("Memo").Set("id", "1").Set("Line", "one");
-    Object& nil = object.Add("Memo").Set("id", "2");
-    dynamic_cast<Memo&>(nil).SetNil(true);
+    if (nils == Nils::Filled) dynamic_cast<Memo&>(object.Add("Memo").Set("id", "2")).SetNil(true);
     Object& tree = object.Create("Tree").Set("name", "root");
     auto& others = dynamic_cast<CAttributeCol&>(tree.Collection("others"));
     others.Add("lang", "urn:fixture:attributes", "a<\"b\"\n&c");
@@ -316,9 +320,9 @@ void Fill(AllKinds& object) {
     rest.Add("Sequence", "urn:p", "");
 }
 
-void Check(const AllKinds& object) {
+void Check(const AllKinds& object, Nils nils) {
     const CSmartPtr<AllKinds> filled(new AllKinds());
-    Fill(*filled);
+    Fill(*filled, nils);
     // Of one line each, so that a difference is easy to see.
     const auto lines = [](std::string text) {
         for (std::size_t at = 0; (at = text.find(' ', at)) != std::string::npos;)

@@ -15,10 +15,12 @@ namespace fixture {
 const Model& AllKindsModel();
 using AllKinds = Typed<AllKindsModel>;
 
+/// Whether nil members are filled as such, or left unset for formats that cannot tell them.
+enum class Nils { Filled, Unset };
 /// Sets everything that can be set at once; of a choice, each member in an item of its own.
-void Fill(AllKinds& object);
+void Fill(AllKinds& object, Nils nils = Nils::Filled);
 /// Expects what Fill set.
-void Check(const AllKinds& object);
+void Check(const AllKinds& object, Nils nils = Nils::Filled);
 
 /// Every kind of value: as attribute ("aI4"), element ("I4", may be nil) and collection ("I4List").
 const Model& ValuesModel();

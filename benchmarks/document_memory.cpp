@@ -1,9 +1,9 @@
 /// Peak memory and CPU time of one read, each in a fresh process, as a multiple of the input; and cost per
-/// byte over a range of sizes.
+/// byte over a range of sizes. DOCUMENT is gpx or orders.
 ///
-///     gpx_memory [MEGABYTES]          peak memory at one size (default 20)
-///     gpx_memory --scaling [LARGEST]  milliseconds per MB of input, from 1 MB up to LARGEST (default 500);
-///                                     reading includes releasing the objects
+///     document_memory DOCUMENT [MEGABYTES]          peak memory at one size (default 20)
+///     document_memory DOCUMENT --scaling [LARGEST]  milliseconds per MB of input, from 1 MB up to LARGEST
+///                                                   (default 500); reading includes releasing the objects
 #include <expat.h>
 #include <malloc.h>
 #include <sys/resource.h>
@@ -17,13 +17,36 @@
 #include <string>
 
 #include "benchmarks/support/gpx_document.h"
+#include "benchmarks/support/orders_document.h"
 #include "benchmarks/support/paired_timing.h"
 #include "examples/gpx/gpx_type.h"
+#include "examples/orders/orders_type.h"
 #include "kvxml/kvxml.h"
 
 namespace {
 
 using namespace KvXmlLib16;
+
+/// A document that can be measured: its text in pieces, an object to read it into, its records.
+struct Document {
+    const char* name;
+    void (*write)(std::size_t bytes, std::uint32_t seed, const std::function<void(std::string_view)>& sink);
+    CSmartPtr<CXmlObjectBase> (*newObject)();
+    bool (*discardRecord)(CXmlElement* element);
+};
+
+constexpr std::uint32_t kSeed = 1;
+
+const Document kDocuments[] = {
+    {"gpx", benchmarks::WriteGpxDocument, [] { return CSmartPtr<CXmlObjectBase>(new Gpx::CGpxType()); },
+     [](CXmlElement* element) {
+         const std::string& name = element->GetLocalName();
+         return name == "trkpt" || name == "trkseg" || name == "trk" || name == "wpt";
+     }},
+    {"orders", benchmarks::WriteOrdersDocument,
+     [] { return CSmartPtr<CXmlObjectBase>(new Orders::COrdersType()); },
+     [](CXmlElement* element) { return element->GetLocalName() == "order"; }},
+};
 
 struct Result {
     double peakMegabytes = 0;
@@ -71,12 +94,12 @@ void ParseWithExpat(const std::string& text) {
     XML_ParserFree(parser);
 }
 
-std::string WriteDocumentFile(std::size_t bytes) {
+std::string WriteDocumentFile(const Document& document, std::size_t bytes) {
     const char* folder = std::getenv("TMPDIR");
     std::string name = std::string(folder == nullptr ? "/tmp" : folder) + "/kvxml_benchmark_XXXXXX";
     const int handle = mkstemp(name.data());
     if (handle < 0) std::abort();
-    benchmarks::WriteGpxDocument(bytes, 1, [&](std::string_view piece) {
+    document.write(bytes, kSeed, [&](std::string_view piece) {
         if (write(handle, piece.data(), piece.size()) != static_cast<ssize_t>(piece.size())) std::abort();
     });
     close(handle);
@@ -94,13 +117,8 @@ std::string ReadFile(const std::string& name) {
     return text;
 }
 
-bool DiscardRecord(CXmlElement* element) {
-    return element->GetLocalName() == "trkpt" || element->GetLocalName() == "trkseg" ||
-           element->GetLocalName() == "trk" || element->GetLocalName() == "wpt";
-}
-
-void MeasureMemory(std::size_t bytes) {
-    const std::string file = WriteDocumentFile(bytes);
+void MeasureMemory(const Document& measured, std::size_t bytes) {
+    const std::string file = WriteDocumentFile(measured, bytes);
     const double nothing = InChild([] {}).peakMegabytes;
     const double input = static_cast<double>(bytes) / 1e6;
     const auto report = [&](const char* what, const std::function<void()>& action) {
@@ -109,7 +127,8 @@ void MeasureMemory(std::size_t bytes) {
         std::printf("%-46s %8.1f MB  %5.2f x input  %7.1f ms\n", what, peak, peak / input,
                     result.seconds * 1000);
     };
-    std::printf("input: %.1f MB of GPX; process without work: %.1f MB (subtracted)\n", input, nothing);
+    std::printf("input: %.1f MB of %s; process without work: %.1f MB (subtracted)\n", input, measured.name,
+                nothing);
     report("expat alone, input included", [&] {
         const std::string text = ReadFile(file);
         ParseWithExpat(text);
@@ -121,40 +140,41 @@ void MeasureMemory(std::size_t bytes) {
     });
     report("FromXml from memory, input included", [&] {
         const std::string text = ReadFile(file);
-        CSmartPtr<Gpx::CGpxType> gpx(new Gpx::CGpxType());
-        gpx->FromXml(text.c_str());
+        const CSmartPtr<CXmlObjectBase> object = measured.newObject();
+        object->FromXml(text.c_str());
     });
     report("FromXmlFile", [&] {
-        CSmartPtr<Gpx::CGpxType> gpx(new Gpx::CGpxType());
-        gpx->FromXmlFile(file.c_str());
+        const CSmartPtr<CXmlObjectBase> object = measured.newObject();
+        object->FromXmlFile(file.c_str());
     });
     AsyncFromXmlFile(true);
     report("CXmlDocument, chunked, every record discarded", [&] {
-        CXmlDocument document(&DiscardRecord);
+        CXmlDocument document(measured.discardRecord);
         document.Load(file.c_str());
     });
     AsyncFromXmlFile(false);
     unlink(file.c_str());
 }
 
-void MeasureScaling(std::size_t largest) {
+void MeasureScaling(const Document& measured, std::size_t largest) {
     std::printf("%10s %14s %14s %14s %8s\n", "MB", "expat ms/MB", "FromXml ms/MB", "ToXml ms/MB", "x floor");
     for (std::size_t megabytes = 1; megabytes <= largest;
          megabytes *= megabytes == 1 || megabytes == 10 ? 10 : 5) {
-        const std::string text = benchmarks::MakeGpxDocument(megabytes * 1000000);
+        std::string text;
+        measured.write(megabytes * 1000000, kSeed, [&](std::string_view piece) { text += piece; });
         const double size = static_cast<double>(text.size()) / 1e6;
         const auto msPerMb = [&](const std::function<void()>& action) {
             return InChild(action, true).seconds * 1000 / size;
         };
         const double floor = msPerMb([&] { ParseWithExpat(text); });
         const double reading = msPerMb([&] {
-            CSmartPtr<Gpx::CGpxType> gpx(new Gpx::CGpxType());
-            gpx->FromXml(text.c_str());
+            const CSmartPtr<CXmlObjectBase> object = measured.newObject();
+            object->FromXml(text.c_str());
         });
         const double both = msPerMb([&] {
-            CSmartPtr<Gpx::CGpxType> gpx(new Gpx::CGpxType());
-            gpx->FromXml(text.c_str());
-            const std::string written = gpx->ToXml();
+            const CSmartPtr<CXmlObjectBase> object = measured.newObject();
+            object->FromXml(text.c_str());
+            const std::string written = object->ToXml();
             benchmark::DoNotOptimize(written.data());
         });
         std::printf("%10zu %14.3f %14.3f %14.3f %8.2f\n", megabytes, floor, reading, both - reading,
@@ -165,10 +185,18 @@ void MeasureScaling(std::size_t largest) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc > 1 && std::strcmp(argv[1], "--scaling") == 0) {
-        MeasureScaling(argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 500);
+    const Document* measured = nullptr;
+    for (const Document& document : kDocuments) {
+        if (argc > 1 && std::strcmp(argv[1], document.name) == 0) measured = &document;
+    }
+    if (measured == nullptr) {
+        std::fprintf(stderr, "usage: document_memory gpx|orders [MEGABYTES | --scaling [LARGEST]]\n");
+        return 2;
+    }
+    if (argc > 2 && std::strcmp(argv[2], "--scaling") == 0) {
+        MeasureScaling(*measured, argc > 3 ? std::strtoul(argv[3], nullptr, 10) : 500);
     } else {
-        MeasureMemory((argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 20) * 1000000);
+        MeasureMemory(*measured, (argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 20) * 1000000);
     }
     return 0;
 }
