@@ -320,6 +320,10 @@ void CElementInfo::WriteMemberAttributes(const CSerializationContext& context,
     if (object != nullptr) AttributesToXml_Int(object, writer, context);
 }
 
+void CElementInfo::MarkNew(CXmlObjectBase* object) noexcept {
+    CXmlObjectBase::MarkNew(object);
+}
+
 bool CElementInfo::IsIncomplete(const CXmlObjectBase* object) noexcept {
     return object->IsIncomplete();
 }

@@ -135,6 +135,8 @@ protected:
     void WriteMemberAttributes(const CSerializationContext& context, const CXmlGeneratedClass* owner,
                                CXmlWriter* writer) const;
     /// The last read of an object without a tag of its own did not find what is mandatory in it.
+    /// The object was constructed a moment ago: the read that follows goes without Init.
+    static void MarkNew(CXmlObjectBase* object) noexcept;
     static bool IsIncomplete(const CXmlObjectBase* object) noexcept;
     static bool HasReadAttributes(const CXmlObjectBase* object) noexcept;
     /// A record of the owner's class claims the element by its name.

@@ -209,6 +209,7 @@ CSmartPtr<CXmlObjectBase> CElementInfoCls<group, cardinality>::MemberObject(CXml
     isNew = m_factory != nullptr && (makeNew || object == nullptr);
     if (isNew) object = m_factory(m_classId, this->m_name.c_str());
     if (object == nullptr) this->ThrowMandatoryIsNull();
+    if (isNew) this->MarkNew(object.Get());
     return object;
 }
 

@@ -88,7 +88,8 @@ protected:
                      CXmlElement** cursor) const override;
 };
 
-/// Makes an object of a generated class: class identifier and element name. Never null for a known class.
+/// Makes an object of a generated class, as its constructor leaves it: class identifier and element name.
+/// Never null for a known class.
 using ObjectFactory = KvXmlLib16::CSmartPtr<CXmlObjectBase> (*)(int classId, const char* elementName);
 
 /// Member of a generated class. The object that the property holds is read into; when it holds none, one is

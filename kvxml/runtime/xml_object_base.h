@@ -194,10 +194,12 @@ protected:
     /// Takes the first reference, as AddRef would, and lets the read that follows go without Init.
     static CXmlObjectBase* PrepareNew(CXmlObjectBase* object) noexcept {
         object->m_references.store(1, std::memory_order_relaxed);
-        object->m_readState = kIsNew;
+        MarkNew(object);
         return object;
     }
-    /// Begins a read: whether PrepareNew was called and nothing was read since.
+    /// Lets the read that follows go without Init.
+    static void MarkNew(CXmlObjectBase* object) noexcept { object->m_readState = kIsNew; }
+    /// Begins a read: whether the object was marked new and nothing was read since.
     bool TakeIsNew() noexcept { return (std::exchange(m_readState, std::uint8_t{0}) & kIsNew) != 0; }
 
     // What the last read found out, for the reader of the member that holds the object.
