@@ -22,6 +22,7 @@ using namespace KvXmlLib16;
 struct Options {
     std::string input;
     std::string output;
+    std::string format = "xml";
     std::string encoding = "utf-8";
     bool gzip = false;
     bool compact = false;
@@ -136,6 +137,7 @@ void Print(const Gpx::CGpxType& gpx, const Summary& summary) {
 CSerializationContext MakeContext(bool lenient) {
     CSerializationContext context;
     context.SetDefaultNamespaceURI(Gpx::kNamespace);
+    context.GetJsonContext().SetEscapeStrings(true);
     context.SetIgnoreUnknownElements(lenient);
     context.SetIgnoreUnknownAttributes(lenient);
     context.SetIgnoreInvalidCollectionCounts(lenient);
@@ -148,7 +150,11 @@ void Write(const Gpx::CGpxType& gpx, const std::string& fileName, const Options&
            const CSerializationContext& context) {
     const XmlEncoding encoding = options.encoding == "utf-16" ? XmlEncoding_UTF16 : XmlEncoding_UTF8;
     const CompressionType compression = options.gzip ? CompressionType_GZip : CompressionType_None;
-    gpx.ToXmlFile(fileName.c_str(), true, !options.compact, encoding, EOLType_LF, context, compression);
+    if (options.format == "json") {
+        gpx.ToJsonFile(fileName.c_str(), !options.compact, encoding, EOLType_LF, context, compression);
+    } else {
+        gpx.ToXmlFile(fileName.c_str(), true, !options.compact, encoding, EOLType_LF, context, compression);
+    }
 }
 
 int Run(const Options& options) {
@@ -157,7 +163,7 @@ int Run(const Options& options) {
     Summary summary;
     examples::DocumentSteps steps;
     steps.read = [&] {
-        gpx->FromXmlFile(options.input.c_str(), context);
+        examples::ReadDocument(*gpx, options.input, context);
         summary = Summarize(*gpx);
     };
     steps.write = [&](const std::string& fileName) { Write(*gpx, fileName, options, context); };
@@ -173,8 +179,13 @@ int main(int argc, char** argv) {
         "Reads a GPX 1.1 document, prints a summary and writes it back on request.\n"
         "With --lenient, what follows an unknown element is lost unless it repeats the last member.",
         "gpx-tool");
-    app.add_option("INPUT", options.input, "GPX file, plain or compressed with gzip or zlib")->required();
+    app.add_option("INPUT", options.input, "GPX file, XML or JSON, plain or compressed with gzip or zlib")
+        ->required();
     auto* output = app.add_option("-o,--output", options.output, "Write the document to this file");
+    app.add_option("--to", options.format, "Format of the output")
+        ->check(CLI::IsMember({"xml", "json"}))
+        ->capture_default_str()
+        ->needs(output);
     app.add_flag("--gzip", options.gzip, "Compress the output")->needs(output);
     app.add_option("--encoding", options.encoding, "Encoding of the output")
         ->check(CLI::IsMember({"utf-8", "utf-16"}))

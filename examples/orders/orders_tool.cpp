@@ -89,16 +89,21 @@ void Print(const Summary& summary) {
 int Run(const Options& options) {
     CSerializationContext context;
     context.SetDefaultNamespaceURI(Orders::kNamespace);
+    context.GetJsonContext().SetEscapeStrings(true);
     const CSmartPtr<Orders::COrdersType> orders(new Orders::COrdersType());
     Summary summary;
     examples::DocumentSteps steps;
     steps.read = [&] {
-        orders->FromXmlFile(options.input.c_str(), context);
+        examples::ReadDocument(*orders, options.input, context);
         summary = Summarize(*orders);
     };
     steps.write = [&](const std::string& fileName) {
-        orders->ToXmlFile(fileName.c_str(), true, !options.compact, XmlEncoding_UTF8, EOLType_LF, context,
-                          CompressionType_None);
+        if (options.format == "json") {
+            orders->ToJsonFile(fileName.c_str(), !options.compact, XmlEncoding_UTF8, EOLType_LF, context);
+        } else {
+            orders->ToXmlFile(fileName.c_str(), true, !options.compact, XmlEncoding_UTF8, EOLType_LF,
+                              context);
+        }
     };
     steps.print = [&] { Print(summary); };
     return examples::RunDocumentTool("orders-tool", options.input, options.output, steps);
@@ -110,11 +115,11 @@ int main(int argc, char** argv) {
     Options options;
     CLI::App app("Reads a document of orders, prints a summary and writes it back on request.",
                  "orders-tool");
-    app.add_option("INPUT", options.input, "Orders as XML, plain or compressed with gzip or zlib")
+    app.add_option("INPUT", options.input, "Orders as XML or JSON, plain or compressed with gzip or zlib")
         ->required();
     auto* output = app.add_option("-o,--output", options.output, "Write the document to this file");
     app.add_option("--to", options.format, "Format of the output")
-        ->check(CLI::IsMember({"xml"}))
+        ->check(CLI::IsMember({"xml", "json"}))
         ->capture_default_str()
         ->needs(output);
     app.add_flag("--compact", options.compact, "Write without line breaks and indentation")->needs(output);

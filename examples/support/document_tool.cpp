@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <random>
 #include <system_error>
@@ -77,6 +78,19 @@ int RunDocumentTool(const std::string& program, const std::string& input, const 
         return 1;
     }
     return 0;
+}
+
+void ReadDocument(KvXmlLib16::CXmlObjectBase& object, const std::string& fileName,
+                  const KvXmlLib16::CSerializationContext& context) {
+    fs::path path(fileName);
+    if (path.extension() == ".gz") path = path.stem();
+    const bool isJson =
+        path.extension() == ".json" || std::ifstream(fileName, std::ios::binary).peek() == '{';
+    if (isJson) {
+        object.FromJsonFile(fileName.c_str(), context);
+    } else {
+        object.FromXmlFile(fileName.c_str(), context);
+    }
 }
 
 std::optional<int> ParseArguments(CLI::App& app, int argc, char** argv) {

@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "kvxml/runtime/xml_object_base.h"
+
 namespace examples {
 
 /// Steps of one run. Failures are `KvXmlLib16::CKvException` or `std::exception`.
@@ -22,6 +24,11 @@ struct DocumentSteps {
 /// when it is complete. Returns the program's exit status: 0, or 1 when a step failed.
 int RunDocumentTool(const std::string& program, const std::string& input, const std::string& output,
                     const DocumentSteps& steps);
+
+/// Reads the object from the file, which is JSON by its name (.json, .json.gz) or by its first byte, else
+/// XML.
+void ReadDocument(KvXmlLib16::CXmlObjectBase& object, const std::string& fileName,
+                  const KvXmlLib16::CSerializationContext& context);
 
 /// Exit status of a program whose arguments settle the matter (help, or wrong usage: 2); empty to go on.
 std::optional<int> ParseArguments(CLI::App& app, int argc, char** argv);

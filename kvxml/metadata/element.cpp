@@ -189,31 +189,48 @@ void CElement::WriteStart(CTreeOutput& output, std::string_view ns,
 void CElement::WriteTree(CTreeOutput& output, std::string_view ns,
                          const CSerializationContext* rootContext) const {
     struct Open {
+        const CElement* element;
         CElementCol::iterator next;
         CElementCol::iterator end;
         std::string_view ns;
+        bool inArray = false;
+
+        /// Whether the next child has the name of this one.
+        bool IsLikeNext(const CElement& child) const {
+            if (next == end) return false;
+            const CElement& other = **next;
+            return child.GetNameView() == other.GetNameView() &&
+                   child.NamespaceIn(ns) == other.NamespaceIn(ns);
+        }
     };
     std::vector<Open> open;
+    const auto end = [&](const CElement& element) {
+        output.EndElement();
+        if (output.HasArrays() && !open.empty())
+            output.BehindChild(open.back().IsLikeNext(element), open.back().inArray);
+    };
     const auto enter = [&](const CElement& element, std::string_view outer,
                            const CSerializationContext* root) {
         const std::string_view own = element.NamespaceIn(outer);
         element.WriteStart(output, own, root);
         if (element.m_elements != nullptr && element.m_elements->GetCount() > 0)
-            open.push_back({element.m_elements->begin(), element.m_elements->end(), own});
+            open.push_back({&element, element.m_elements->begin(), element.m_elements->end(), own});
         else
-            output.EndElement();
+            end(element);
     };
     enter(*this, ns, rootContext);
     while (!open.empty()) {
         Open& top = open.back();
         if (top.next == top.end) {
+            const CElement& done = *top.element;
             open.pop_back();
-            output.EndElement();
+            end(done);
             continue;
         }
-        const CElement* const child = *top.next;
+        const CElement& child = **top.next;
         ++top.next;
-        enter(*child, top.ns, nullptr);
+        if (output.HasArrays()) output.BeforeChild(top.IsLikeNext(child), top.inArray);
+        enter(child, top.ns, nullptr);
     }
 }
 

@@ -206,16 +206,6 @@ public:
         const CIgnoredNamespaces ignored(context);
         Read(object, document, context);
     }
-    static void BuildFile(CXmlDocument& document, const char* fileName) {
-        document.BuildFromJsonFile(fileName);
-    }
-    static void BuildStream(CXmlDocument& document, const unsigned char* data, std::size_t length) {
-        document.BuildFromJsonStream(data, length);
-    }
-    template <class Character>
-    static void Build(CXmlDocument& document, const Character* json) {
-        document.BuildFromJson(json);
-    }
 
 private:
     /// Sets the context's flag as long as an object is read from JSON text that has no namespaces.
@@ -373,19 +363,18 @@ void CXmlObjectBase::FromXmlElement(const CElement* element, const CSerializatio
 }
 
 void CXmlObjectBase::FromJsonFile(const char* fileName, const CSerializationContext& context) {
-    internal::CEntryPoints::ReadJson(*this, context, [fileName](CXmlDocument& document) {
-        internal::CEntryPoints::BuildFile(document, fileName);
-    });
+    internal::CEntryPoints::ReadJson(
+        *this, context, [fileName](CXmlDocument& document) { document.BuildFromJsonFile(fileName); });
 }
 
 void CXmlObjectBase::FromJson(const wchar_t* json, const CSerializationContext& context) {
-    internal::CEntryPoints::ReadJson(
-        *this, context, [json](CXmlDocument& document) { internal::CEntryPoints::Build(document, json); });
+    internal::CEntryPoints::ReadJson(*this, context,
+                                     [json](CXmlDocument& document) { document.BuildFromJson(json); });
 }
 
 void CXmlObjectBase::FromJson(const char* json, const CSerializationContext& context) {
-    internal::CEntryPoints::ReadJson(
-        *this, context, [json](CXmlDocument& document) { internal::CEntryPoints::Build(document, json); });
+    internal::CEntryPoints::ReadJson(*this, context,
+                                     [json](CXmlDocument& document) { document.BuildFromJson(json); });
 }
 
 void CXmlObjectBase::FromJsonStream(const CBinaryData& data, const CSerializationContext& context) {
@@ -395,7 +384,7 @@ void CXmlObjectBase::FromJsonStream(const CBinaryData& data, const CSerializatio
 void CXmlObjectBase::FromJsonStream(const unsigned char* data, std::size_t length,
                                     const CSerializationContext& context) {
     internal::CEntryPoints::ReadJson(*this, context, [data, length](CXmlDocument& document) {
-        internal::CEntryPoints::BuildStream(document, data, length);
+        document.BuildFromJsonStream(data, length);
     });
 }
 

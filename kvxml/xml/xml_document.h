@@ -20,7 +20,6 @@ class CBinaryData;
 class CXmlElement;
 
 namespace internal {
-class CEntryPoints;
 class CFile;
 class CXmlTree;
 }  // namespace internal
@@ -81,6 +80,12 @@ public:
     CBinaryData LoadJson(const char* json);
     CBinaryData LoadJson(const wchar_t* json);
 
+    /// As LoadJson..., but the elements are loaded, without XML text in between.
+    void BuildFromJsonFile(const char* fileName);
+    void BuildFromJsonStream(const unsigned char* data, std::size_t length);
+    void BuildFromJson(const char* json);
+    void BuildFromJson(const wchar_t* json);
+
     /// Null when nothing was loaded.
     CXmlElement* GetDocumentElement() noexcept;
     const CXmlElement* GetDocumentElement() const noexcept;
@@ -97,18 +102,11 @@ protected:
     virtual void Cleanup();
 
 private:
-    friend class internal::CEntryPoints;
-
     /// What is known about the encoding of the text that is to be parsed.
     enum class Encoding { Declared, Utf8 };
 
     struct CReading;
 
-    // As LoadJson..., but the elements are loaded, without XML text in between.
-    void BuildFromJsonFile(const char* fileName);
-    void BuildFromJsonStream(const unsigned char* data, std::size_t length);
-    void BuildFromJson(const char* json);
-    void BuildFromJson(const wchar_t* json);
     void BuildTree(std::string_view json);
 
     internal::CXmlTree& Tree();

@@ -15,6 +15,11 @@ internal::CTreeOutput::Name NameOf(const internal::CXmlName& name) {
     return {&name, name.local, name.uri, name.sharedPrefix.View()};
 }
 
+bool IsLikeNext(const CXmlElement& element) noexcept {
+    const CXmlElement* const next = element.GetNextSiblingElement();
+    return next != nullptr && next->GetName() == element.GetName();
+}
+
 /// Writes the element without its children. Returns whether blanks in it, and in what it contains, count.
 bool WriteElement(internal::CTreeOutput& output, const CXmlElement& element, bool keepBlanks,
                   const CSerializationContext* rootContext) {
@@ -51,22 +56,31 @@ void WriteXmlTree(const CXmlElement& element, CXmlWriter& writer, const CSeriali
         const internal::CTreeOutput::Name name = NameOf(*element.GetName());
         output.BeginDocument(name.uri, name.prefix, &prefixes);
     }
-    std::vector<bool> keepsBlanks{false};  // of the open elements, and before the first
+    struct Open {
+        bool keepsBlanks;
+        bool inArray = false;
+    };
+    std::vector<Open> open{{false}};  // what is around the first element, and the open elements
     const CXmlElement* at = &element;
     const CSerializationContext* rootContext = isRoot ? &context : nullptr;
+    const auto end = [&] {
+        output.EndElement();
+        if (at != &element) output.BehindChild(IsLikeNext(*at), open.back().inArray);
+    };
     for (;;) {
-        const bool keepBlanks = WriteElement(output, *at, keepsBlanks.back(), rootContext);
+        if (at != &element) output.BeforeChild(IsLikeNext(*at), open.back().inArray);
+        const bool keepBlanks = WriteElement(output, *at, open.back().keepsBlanks, rootContext);
         rootContext = nullptr;
         if (at->GetFirstElement() != nullptr) {
-            keepsBlanks.push_back(keepBlanks);
+            open.push_back({keepBlanks});
             at = at->GetFirstElement();
             continue;
         }
-        output.EndElement();
+        end();
         while (at != &element && at->GetNextSiblingElement() == nullptr) {
             at = at->GetParentElm();
-            keepsBlanks.pop_back();
-            output.EndElement();
+            open.pop_back();
+            end();
         }
         if (at == &element) return;
         at = at->GetNextSiblingElement();

@@ -124,6 +124,17 @@ TEST_F(KvxmlCommand, KeepsLongTexts) {
     }
 }
 
+TEST_F(KvxmlCommand, ConvertsToJsonAndBack) {
+    const std::string xml =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+        "<p:a xmlns:p=\"urn:p\" b=\"&quot;1\"><p:c>x\\</p:c><p:c/><d>2</d></p:a>";
+    const std::string json = R"({"p:a": {"@xmlns:p": "urn:p","@b": "\"1","p:c": ["x\\",null],"d": "2"}})";
+    EXPECT_EQ(Run("$K convert --to json --compact - -", xml).output, json);
+    EXPECT_EQ(Run("$K convert --from json --compact - -", json).output, xml);
+    EXPECT_EQ(Run("$K convert - o.json.gz --encoding utf-16 && $K convert o.json.gz --compact -", xml).output,
+              xml);
+}
+
 TEST_F(KvxmlCommand, Refuses) {
     const struct {
         const char* arguments;
@@ -138,9 +149,12 @@ TEST_F(KvxmlCommand, Refuses) {
         {"convert in.xml .", "", 1, "kvxml: .: Is a directory\n"},
         {"convert in.xml none/out.xml", "", 1,
          "kvxml: none/out.xml: cannot create a file beside it: No such file or directory\n"},
-        {"convert in.xml out.json", "", 1, "kvxml: out.json: writing the JSON format is not built in yet\n"},
-        {"convert in.json.gz out.xml", "", 1,
-         "kvxml: in.json.gz: reading the JSON format is not built in yet\n"},
+        {"convert --from json - out.xml", "{\"a\":[1,}", 1,
+         "kvxml: standard input: Expected Value '{', '[', '\"', '0-9', '-', 'true', 'false' or 'null', found "
+         "'}' "
+         "at line 1, position 9.; Path: $.a[1]\n"},
+        {"convert --encoding latin1 in.xml out.json", "", 1,
+         "kvxml: out.json: JSON can be written in utf-8 and utf-16 only\n"},
         {"convert --from fi in.xml out.xml", "", 1,
          "kvxml: in.xml: reading the Fast Infoset format is not built in yet\n"},
         {"convert in.xml out.finf", "", 1,

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <vector>
 
+#include "kvxml/json/json_text_writer.h"
 #include "kvxml/xml/xml_element.h"
 #include "kvxml/xml/xml_text_writer.h"
 #include "kvxml/xml/xml_tree_writer.h"
@@ -55,6 +56,12 @@ void ReadXml(const std::string& input, CXmlDocument& document) {
     }
 }
 
+template <class Writer>
+void SetLayout(Writer& writer, const Layout& layout) {
+    writer.SetFormatted(!layout.compact);
+    if (layout.indent >= 0) writer.SetIndentChars(std::string(static_cast<std::size_t>(layout.indent), ' '));
+}
+
 /// Keeps tabs in attribute values, which readers would turn into blanks if they were written as they are.
 class CWriter : public CXmlTextWriter {
 public:
@@ -84,11 +91,36 @@ void WriteXml(const CXmlElement& root, COutput& output, const Layout& layout,
               const CSerializationContext& context) {
     CEncodedStream stream(output, layout.encoding);
     CWriter writer(stream);
-    writer.SetFormatted(!layout.compact);
-    if (layout.indent >= 0) writer.SetIndentChars(std::string(static_cast<std::size_t>(layout.indent), ' '));
+    SetLayout(writer, layout);
     writer.BeginOutput();
     stream.Append(R"(<?xml version="1.0" encoding=")" + stream.GetDeclaredName() + R"("?>)");
     if (!layout.compact) stream.Append('\n');
+    WriteXmlTree(root, writer, context);
+    writer.EndDocument();
+}
+
+// --- JSON --------------------------------------------------------------------------------------------------
+
+void ReadJson(const std::string& input, CXmlDocument& document) {
+    if (input == "-") {
+        const std::vector<unsigned char> data = ReadStandardInput();
+        document.BuildFromJsonStream(data.data(), data.size());
+    } else {
+        CheckFile(input);
+        document.BuildFromJsonFile(input.c_str());
+    }
+}
+
+void WriteJson(const CXmlElement& root, COutput& output, const Layout& layout,
+               const CSerializationContext& context) {
+    CEncodedStream stream(output, layout.encoding);
+    // References to characters, as other encodings need them, are XML's.
+    if (stream.GetEncoding() == XmlEncoding_None)
+        throw CFailure("JSON can be written in utf-8 and utf-16 only");
+    CJsonTextWriter writer(&stream);
+    writer.SetEscapeStrings(true);
+    SetLayout(writer, layout);
+    writer.BeginOutput();
     WriteXmlTree(root, writer, context);
     writer.EndDocument();
 }
@@ -97,7 +129,7 @@ void WriteXml(const CXmlElement& root, COutput& output, const Layout& layout,
 
 constexpr Format kFormats[] = {
     {"xml", "XML", {".xml", ""}, ReadXml, WriteXml},
-    {"json", "JSON", {".json", ""}, nullptr, nullptr},
+    {"json", "JSON", {".json", ""}, ReadJson, WriteJson},
     {"fi", "Fast Infoset", {".fi", ".finf"}, nullptr, nullptr},
 };
 
