@@ -1,5 +1,5 @@
-/// Writing of a generated GPX document as JSON, beside ToXml of the same objects and peers that write the
-/// same document from their own trees.
+/// Writing of a generated document of orders as JSON, beside ToXml of the same objects and peers that write
+/// the same document from their own trees.
 ///
 /// Every figure is CPU time of the thread. "x_floor" is the ratio to compact or formatted ToXml, measured in
 /// turns. glibc is told to keep freed memory, so both sides run in the same heap state. KVXML_BENCHMARK_MB
@@ -15,9 +15,9 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "benchmarks/support/gpx_document.h"
+#include "benchmarks/support/orders_document.h"
 #include "benchmarks/support/paired_timing.h"
-#include "examples/gpx/gpx_type.h"
+#include "examples/orders/orders_type.h"
 #include "kvxml/kvxml.h"
 
 namespace {
@@ -26,20 +26,20 @@ using benchmarks::RunPaired;
 using benchmarks::TimeOf;
 using namespace KvXmlLib16;
 
-const CSmartPtr<Gpx::CGpxType>& Object() {
-    static const CSmartPtr<Gpx::CGpxType> object = [] {
+const CSmartPtr<Orders::COrdersType>& Object() {
+    static const CSmartPtr<Orders::COrdersType> object = [] {
         const char* megabytes = std::getenv("KVXML_BENCHMARK_MB");
         const std::size_t size = megabytes == nullptr ? 20 : std::strtoul(megabytes, nullptr, 10);
-        CSmartPtr<Gpx::CGpxType> gpx(new Gpx::CGpxType());
-        gpx->FromXml(benchmarks::MakeGpxDocument(size * 1000 * 1000).c_str());
-        return gpx;
+        CSmartPtr<Orders::COrdersType> orders(new Orders::COrdersType());
+        orders->FromXml(benchmarks::MakeOrdersDocument(size * 1000 * 1000).c_str());
+        return orders;
     }();
     return object;
 }
 
 CSerializationContext Context(bool escaped) {
     CSerializationContext context;
-    context.SetDefaultNamespaceURI("http://www.topografix.com/GPX/1/1");
+    context.SetDefaultNamespaceURI("urn:example:orders");
     context.GetJsonContext().SetEscapeStrings(escaped);
     return context;
 }
