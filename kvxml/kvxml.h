@@ -2,6 +2,10 @@
 #pragma once
 
 #include "kvxml/export.h"
+#include "kvxml/fastinfoset/fast_infoset_context.h"
+#include "kvxml/fastinfoset/fast_infoset_decl.h"
+#include "kvxml/fastinfoset/fast_infoset_vocabulary.h"
+#include "kvxml/fastinfoset/fast_infoset_writer.h"
 #include "kvxml/json/json_context.h"
 #include "kvxml/json/json_text_writer.h"
 #include "kvxml/metadata/attribute_col.h"

@@ -4,6 +4,7 @@
 #include <new>
 #include <vector>
 
+#include "kvxml/fastinfoset/fast_infoset_writer.h"
 #include "kvxml/json/json_context.h"
 #include "kvxml/json/json_text_writer.h"
 #include "kvxml/metadata/element.h"
@@ -29,10 +30,6 @@ namespace KvXmlLib16 {
 using internal::OrEmpty;
 
 namespace {
-
-[[noreturn]] void ThrowNotBuiltIn(const char* format) {
-    throw CKvException(FormatString("The %s format is not built in yet.", format));
-}
 
 /// Whether text goes to the file while it is written, and not by way of a buffer.
 bool WritesToFileDirectly(CompressionType compression) {
@@ -184,6 +181,15 @@ public:
         writer.EndDocument();
     }
 
+    static CBinaryData WriteFastInfoset(const CXmlObjectBase& object, FInfoDecl decl,
+                                        const CSerializationContext& context) {
+        CFastInfosetWriter writer(context.GetFIContext(), decl, context.GetWriteDefaultElementValues());
+        writer.BeginOutput();
+        ToXml_Int(&object, &writer, true, object.GetTargetNamespace().c_str(), context, false);
+        writer.EndDocument();
+        return writer.TakeDocument();
+    }
+
     static void Read(CXmlObjectBase& object, const CXmlDocument& document,
                      const CSerializationContext& context) {
         auto* root = const_cast<CXmlElement*>(document.GetDocumentElement());
@@ -306,15 +312,18 @@ void CXmlObjectBase::ToJsonFile(const char* fileName, bool formatted, XmlEncodin
     WriteFile(ToJsonStream(formatted, encoding, eol, context), fileName, encoding, compression);
 }
 
-void CXmlObjectBase::ToFastInfosetFile(const char*, FInfoDecl, const CSerializationContext&,
+void CXmlObjectBase::ToFastInfosetFile(const char* fileName, FInfoDecl decl,
+                                       const CSerializationContext& context,
                                        CompressionType compression) const {
     RefuseZlibFile(compression);
-    ThrowNotBuiltIn("Fast Infoset");
+    WriteFile(ToFastInfosetStream(decl, context), fileName, XmlEncoding_None, compression);
 }
 
-CBinaryData CXmlObjectBase::ToFastInfosetStream(FInfoDecl, const CSerializationContext&,
-                                                CompressionType) const {
-    ThrowNotBuiltIn("Fast Infoset");
+CBinaryData CXmlObjectBase::ToFastInfosetStream(FInfoDecl decl, const CSerializationContext& context,
+                                                CompressionType compression) const {
+    CBinaryData data = internal::CEntryPoints::WriteFastInfoset(*this, decl, context);
+    internal::Compress(data, compression);
+    return data;
 }
 
 // --- reading ---------------------------------------------------------------------------------------------
