@@ -152,6 +152,8 @@ void Write(const Gpx::CGpxType& gpx, const std::string& fileName, const Options&
     const CompressionType compression = options.gzip ? CompressionType_GZip : CompressionType_None;
     if (options.format == "json") {
         gpx.ToJsonFile(fileName.c_str(), !options.compact, encoding, EOLType_LF, context, compression);
+    } else if (options.format == "fi") {
+        gpx.ToFastInfosetFile(fileName.c_str(), FInfoDecl_None, context, compression);
     } else {
         gpx.ToXmlFile(fileName.c_str(), true, !options.compact, encoding, EOLType_LF, context, compression);
     }
@@ -183,7 +185,7 @@ int main(int argc, char** argv) {
         ->required();
     auto* output = app.add_option("-o,--output", options.output, "Write the document to this file");
     app.add_option("--to", options.format, "Format of the output")
-        ->check(CLI::IsMember({"xml", "json"}))
+        ->check(CLI::IsMember({"xml", "json", "fi"}))
         ->capture_default_str()
         ->needs(output);
     app.add_flag("--gzip", options.gzip, "Compress the output")->needs(output);

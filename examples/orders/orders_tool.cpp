@@ -100,6 +100,8 @@ int Run(const Options& options) {
     steps.write = [&](const std::string& fileName) {
         if (options.format == "json") {
             orders->ToJsonFile(fileName.c_str(), !options.compact, XmlEncoding_UTF8, EOLType_LF, context);
+        } else if (options.format == "fi") {
+            orders->ToFastInfosetFile(fileName.c_str(), FInfoDecl_None, context);
         } else {
             orders->ToXmlFile(fileName.c_str(), true, !options.compact, XmlEncoding_UTF8, EOLType_LF,
                               context);
@@ -119,7 +121,7 @@ int main(int argc, char** argv) {
         ->required();
     auto* output = app.add_option("-o,--output", options.output, "Write the document to this file");
     app.add_option("--to", options.format, "Format of the output")
-        ->check(CLI::IsMember({"xml", "json"}))
+        ->check(CLI::IsMember({"xml", "json", "fi"}))
         ->capture_default_str()
         ->needs(output);
     app.add_flag("--compact", options.compact, "Write without line breaks and indentation")->needs(output);

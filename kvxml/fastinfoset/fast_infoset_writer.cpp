@@ -562,7 +562,7 @@ void CFastInfosetWriter::WriteAttribute(std::string_view localName, std::string_
                                         std::string_view value, ItemType type) {
     RequireOpenStartTag();
     State& state = *m_state;
-    bool isDeferred = state.isPending;
+    bool isDeferred = state.isPending || !state.deferred.empty();  // the order stays
     if (namespaceUri.empty()) {
         constexpr std::string_view kXmlns = "xmlns";
         if (localName.substr(0, kXmlns.size()) == kXmlns) {

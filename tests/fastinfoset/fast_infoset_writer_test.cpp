@@ -5,14 +5,16 @@
 #include <cstdio>
 #include <fstream>
 #include <functional>
-#include <sstream>
+#include <iterator>
+#include <memory>
+#include <set>
 #include <string>
-#include <utility>
-#include <vector>
 
+#include "kvxml/fastinfoset/internal/octet_buffer.h"
 #include "kvxml/kvxml.h"
 #include "tests/support/error_of.h"
 #include "tests/support/fast_infoset_decoder.h"
+#include "tests/support/fixture_all_kinds.h"
 #include "tests/support/xml_tree_dump.h"
 
 namespace KvXmlLib16 {
@@ -58,7 +60,6 @@ std::string FromXml(const std::string& xml, const CSerializationContext& context
 }
 
 TEST(FastInfosetWriterTest, OctetsOfSmallDocuments) {
-    const std::string u9(9, 'u');
     const struct {
         const char* xml;
         std::string octets;  // behind the five of the start
@@ -93,6 +94,446 @@ TEST(FastInfosetWriterTest, OctetsOfSmallDocuments) {
         document.LoadXml(row.xml);
         EXPECT_EQ(DecodeFastInfoset(octets), Dump(document));
     }
+}
+
+std::string DumpOf(const std::string& xml) {
+    CXmlDocument document;
+    document.LoadXmlStream(reinterpret_cast<const unsigned char*>(xml.data()), xml.size());
+    return Dump(document);
+}
+
+/// What is behind the start and the element "a", up to its end.
+std::string InElement(const Actions& actions, const CFastInfosetContext& settings = CFastInfosetContext()) {
+    const std::string octets = Write(
+        [&](CFastInfosetWriter& writer) {
+            writer.WriteStartElement("a", "");
+            actions(writer);
+            writer.WriteEndElement();
+        },
+        settings);
+    return octets.substr(8);
+}
+
+// --- forms -----------------------------------------------------------------------------------------------
+
+TEST(FastInfosetWriterTest, FormsOfNumbersAndLengths) {
+    using namespace internal::form;
+    const struct {
+        unsigned char* (*put)(unsigned char*, unsigned, std::uint32_t);
+        unsigned lead;
+        std::uint32_t number;
+        const char* octets;
+    } kNumbers[] = {
+        {Number2, 0x80, 64, "BF"},           {Number2, 0x80, 65, "C0 00"},
+        {Number2, 0x80, 8256, "DF FF"},      {Number2, 0x80, 8257, "E0 00 00"},
+        {Number2, 0, 1048576, "6F DF BF"},   {Number3, 0x40, 32, "5F"},
+        {Number3, 0, 33, "20 00"},           {Number3, 0, 2080, "27 FF"},
+        {Number3, 0, 2081, "28 00 00"},      {Number3, 0, 526368, "2F FF FF"},
+        {Number3, 0, 526369, "30 00 00 00"}, {Number3, 0x40, 1048576, "70 07 F7 DF"},
+        {Number4, 0xA0, 16, "AF"},           {Number4, 0xA0, 17, "B0 00"},
+        {Number4, 0xA0, 1040, "B3 FF"},      {Number4, 0xA0, 1041, "B4 00 00"},
+        {Number4, 0xA0, 263184, "B7 FF FF"}, {Number4, 0xA0, 263185, "B8 00 00 00"},
+    };
+    const struct {
+        unsigned char* (*put)(unsigned char*, unsigned, std::size_t);
+        std::size_t length;
+        const char* octets;
+    } kLengths[] = {
+        {Length2, 64, "3F"},
+        {Length2, 65, "40 00"},
+        {Length2, 320, "40 FF"},
+        {Length2, 321, "60 00 00 00 00"},
+        {Length5, 8, "07"},
+        {Length5, 9, "08 00"},
+        {Length5, 264, "08 FF"},
+        {Length5, 265, "0C 00 00 00 00"},
+        {Length7, 2, "01"},
+        {Length7, 3, "02 00"},
+        {Length7, 258, "02 FF"},
+        {Length7, 259, "03 00 00 00 00"},
+        {Length7, 259 + 0x1020304, "03 01 02 03 04"},
+    };
+    unsigned char octets[8];
+    const auto hexTo = [&](const unsigned char* end) {
+        return Hex({reinterpret_cast<const char*>(octets), static_cast<std::size_t>(end - octets)});
+    };
+    for (const auto& row : kNumbers)
+        EXPECT_EQ(hexTo(row.put(octets, row.lead, row.number)), row.octets);
+    for (const auto& row : kLengths)
+        EXPECT_EQ(hexTo(row.put(octets, 0, row.length)), row.octets);
+}
+
+TEST(FastInfosetWriterTest, StringsOfAllLengthsAndTablesOfAllSizes) {
+    CFastInfosetContext settings;
+    settings.SetMaxTableEntries(CFastInfosetContext::kMaxTableEntries);
+    std::string expected = "a";
+    const std::string octets = Write(
+        [&](CFastInfosetWriter& writer) {
+            writer.WriteStartElement("a", "");
+            const char* separator = "(";
+            const auto element = [&](const std::string& name, const std::string& attribute,
+                                     const std::string& value, const std::string& text) {
+                writer.WriteStartElement(name, "urn:n");
+                writer.WriteAttribute(attribute, "", value, ItemType_string);
+                writer.WriteText(text, ItemType_string, false);
+                writer.WriteEndElement();
+                expected +=
+                    separator + ("{urn:n}" + name) + '@' + attribute + '=' + value + '\'' + text + '\'';
+                separator = " ";
+            };
+            for (const std::uint32_t length :
+                 {1U, 2U, 3U, 8U, 9U, 32U, 33U, 64U, 65U, 258U, 259U, 264U, 265U, 320U, 321U, 70000U}) {
+                const std::string text(length, 'x');
+                element(text, text, text, text);
+                element(text, text, text, text);
+            }
+            for (int round = 0; round < 2; ++round) {
+                for (int i = 0; i < 9000; ++i) {
+                    const std::string n = std::to_string(i);
+                    element("e" + n, "b" + n, "v" + n, "t" + n);
+                }
+            }
+            writer.WriteEndElement();
+        },
+        settings);
+    EXPECT_EQ(DecodeFastInfoset(octets), expected + ")");
+}
+
+// --- settings --------------------------------------------------------------------------------------------
+
+TEST(FastInfosetWriterTest, TablesAreAsLargeAsSet) {
+    const auto texts = [](CFastInfosetWriter& writer) {
+        for (const char* text : {"aa", "bb", "cc", "ccc", "aa", "cc"})
+            writer.WriteText(text, ItemType_string, false);
+    };
+    CFastInfosetContext settings;
+    settings.SetMaxTableEntries(2);
+    EXPECT_EQ(Hex(InElement(texts, settings)), "91 61 61 91 62 62 81 63 63 82 00 63 63 63 A0 81 63 63 FF");
+    settings = {};
+    settings.SetMaxIndexedLength(2);
+    EXPECT_EQ(Hex(InElement(texts, settings)), "91 61 61 91 62 62 91 63 63 82 00 63 63 63 A0 A2 FF");
+    settings.SetMaxIndexedLength(0);
+    EXPECT_EQ(Hex(InElement(texts, settings)),
+              "81 61 61 81 62 62 81 63 63 82 00 63 63 63 81 61 61 81 63 63 FF");
+}
+
+TEST(FastInfosetWriterTest, Declarations) {
+    const auto root = [](CFastInfosetWriter& writer) {
+        writer.WriteStartElement("a", "");
+        writer.WriteEndElement();
+    };
+    std::set<std::string> all;
+    for (int decl = FInfoDecl_None; decl <= FInfoDecl_Version11StandaloneYes; ++decl) {
+        const std::string octets = Write(root, {}, static_cast<FInfoDecl>(decl));
+        EXPECT_EQ(DecodeFastInfoset(octets), "a") << decl;
+        all.insert(octets);
+    }
+    EXPECT_EQ(all.size(), 10U);
+    EXPECT_EQ(Write(root, {}, FInfoDecl_Write).substr(0, 37), "<?xml version='1.0' encoding='finf'?>");
+    EXPECT_EQ(ErrorOf([&] { Write(root, {}, static_cast<FInfoDecl>(10)); }),
+              "Failed to write FastInfoset. There is no such declaration.");
+}
+
+TEST(FastInfosetWriterTest, TypedValues) {
+    const struct {
+        ItemType type;
+        const char* text;
+        std::string octets;
+    } kCases[] = {
+        {ItemType_i4, "7", "8C 09 00 07"},
+        {ItemType_ui2, "65535", "8C 0E 01 00 00 FF FF"},
+        {ItemType_i8, "-32768", "8C 09 80 00"},
+        {ItemType_integer, "-9223372036854775808", "8C 12 05 80 00 00 00 00 00 00 00"},
+        {ItemType_boolean, "true", "8C 14 38"},
+        {ItemType_boolean, "false", "8C 14 30"},
+        {ItemType_r4, "1.5", "8C 1A 01 3F C0 00 00"},
+        {ItemType_r8, "-INF", "8C 1E 05 FF F0 00 00 00 00 00 00"},
+        {ItemType_hexBinary, "00FF10AB", "8C 02 01 00 FF 10 AB"},
+        {ItemType_base64Binary, "AP8Q", "8C 06 00 00 FF 10"},
+        // Texts that would not come back as they are
+        {ItemType_i4, "007", ""},
+        {ItemType_i4, "-0", ""},
+        {ItemType_i4, "+7", ""},
+        {ItemType_i4, "7 ", ""},
+        {ItemType_integer, "9223372036854775808", ""},
+        {ItemType_boolean, "1", ""},
+        {ItemType_r4, "1.50", ""},
+        {ItemType_r8, "1e400", ""},
+        {ItemType_r8, "0x1p3", ""},
+        {ItemType_hexBinary, "00ff", ""},
+        {ItemType_hexBinary, "0", ""},
+        {ItemType_base64Binary, "AP8", ""},
+        {ItemType_base64Binary, "AP9=", ""},
+        {ItemType_base64Binary, "AP8Q\n", ""},
+        {ItemType_string, "7", ""},
+    };
+    CFastInfosetContext settings;
+    settings.SetWriteTypedValues(true);
+    for (const auto& row : kCases) {
+        SCOPED_TRACE(row.text);
+        const auto text = [&](CFastInfosetWriter& writer) { writer.WriteText(row.text, row.type, false); };
+        const std::string octets = InElement(text, settings);
+        EXPECT_EQ(Hex(octets), row.octets.empty() ? Hex(InElement(text)) : row.octets + " FF");
+        const auto both = [&](CFastInfosetWriter& writer) {
+            writer.WriteStartElement("a", "");
+            writer.WriteAttribute("b", "", row.text, row.type);
+            text(writer);
+            writer.WriteEndElement();
+        };
+        EXPECT_EQ(DecodeFastInfoset(Write(both, settings)), DecodeFastInfoset(Write(both)));
+    }
+}
+
+TEST(FastInfosetWriterTest, RestrictedAlphabets) {
+    CFastInfosetContext settings;
+    settings.SetUseRestrictedAlphabets(true);
+    const struct {
+        const char* text;
+        const char* octets;
+    } kCases[] = {{"-12.5", "98 02 00 A1 2C 5F"},
+                  {"2026-11-21T08:00", "98 06 05 20 26 A1 1A 21 C0 8B 00"},
+                  {"1E5", "92 00 31 45 35"},
+                  {"12 45x", "92 03 31 32 20 34 35 78"}};
+    for (const auto& row : kCases) {
+        const auto text = [&](CFastInfosetWriter& writer) {
+            writer.WriteText(row.text, ItemType_string, false);
+            writer.WriteText(row.text, ItemType_string, false);
+        };
+        EXPECT_EQ(Hex(InElement(text, settings)), std::string(row.octets) + " A0 FF");
+    }
+}
+
+TEST(FastInfosetWriterTest, ExternalVocabulary) {
+    const auto vocabulary = std::make_shared<CFastInfosetVocabulary>("urn:v");
+    vocabulary->AddElementName("o", "urn:orders", "order");
+    vocabulary->AddElementName("", "", "line");
+    vocabulary->AddElementName("", "", "line");
+    vocabulary->AddAttributeName("", "", "sku");
+    vocabulary->AddAttributeValue("A1");
+    vocabulary->AddText("EUR");
+    CSerializationContext context;
+    context.GetFIContext().SetExternalVocabulary(vocabulary);
+    const std::string xml =
+        "<o:order xmlns:o='urn:orders'><line sku='A1'>EUR</line><x sku='A2'>USD</x></o:order>";
+    const std::string octets = FromXml(xml, context);
+    EXPECT_EQ(Hex(octets),
+              "E0 00 00 01 20 10 00 04 75 72 6E 3A 76 38 CF 81 81 F0 00 41 00 80 F0 A0 F0 "
+              "7C 00 78 00 41 41 32 F0 92 00 55 53 44 FF F0");
+    testsupport::KnownStrings known;
+    known.uri = "urn:v";
+    known.prefixes = {"o"};
+    known.namespaces = {"urn:orders"};
+    known.localNames = {"order", "line", "sku"};
+    known.values = {"A1"};
+    known.texts = {"EUR"};
+    known.elements = {"{urn:orders}order", "line"};
+    known.elementPrefixes = {"o", ""};
+    known.attributes = {"sku"};
+    known.attributePrefixes = {""};
+    EXPECT_EQ(DecodeFastInfoset(octets, &known), DumpOf(xml));
+    EXPECT_EQ(ErrorOf([&] { vocabulary->AddElementName("p", "", "x"); }),
+              "A name with a prefix needs a namespace");
+}
+
+// --- names and namespaces ----------------------------------------------------------------------------------
+
+TEST(FastInfosetWriterTest, TreesAreTheSameAsXml) {
+    std::string manyNamespaces = "<a";
+    for (int i = 0; i < 300; ++i)
+        manyNamespaces += " p" + std::to_string(i) + ":x='' xmlns:p" + std::to_string(i) +
+                          "='urn:" + std::to_string(i) + "'";
+    manyNamespaces += "><b xmlns:q='urn:q' q:y=''/></a>";
+    const std::string kCases[] = {
+        "<a xmlns='u'><b xmlns='v'><c xmlns=''/><d xmlns='u'/></b><e/></a>",
+        "<p:a xmlns:p='u' p:x='1' x='2'><p:b xmlns:p='v'/><p:b/></p:a>",
+        "<a><p:b xmlns:p='u'/><p:b xmlns:p='v'/><p:b xmlns:p='u'/><q:b xmlns:q='u'/></a>",
+        "<a xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xmlns:t='urn:t' xsi:type='t:T'><b "
+        "xsi:nil='true'/></a>",
+        "<a>x<b>y</b>z<b/>w</a>",
+        "<a x='&#9;&#10;&#13; &lt;'> \n<b> </b>\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80</a>",
+        "<\xC3\xA9l\xC3\xA9ment \xC3\xA0='\xC3\xA0'/>",
+        manyNamespaces,
+    };
+    for (const std::string& xml : kCases) {
+        SCOPED_TRACE(xml);
+        EXPECT_EQ(DecodeFastInfoset(FromXml(xml)), DumpOf(xml));
+    }
+}
+
+TEST(FastInfosetWriterTest, DeclarationsMayFollowWhatNeedsThem) {
+    CSerializationContext context;
+    context.SetSchemaType(SchemaType_NoNamespaces);
+    const std::string kCases[] = {
+        "<p:a p:x='1' y='2' xmlns:p='u'><p:b xmlns:p='v' p:x='1'/><p:b p:x='3'/></p:a>",
+        "<a x='1' xmlns='u'><b/><b y='' xmlns=''/><c xmlns='v'><b/></c></a>",
+        "<a xml:lang='de'><b xml:lang='en'/></a>",
+    };
+    for (const std::string& xml : kCases) {
+        SCOPED_TRACE(xml);
+        EXPECT_EQ(DecodeFastInfoset(FromXml(xml, context)), DumpOf(xml));
+    }
+}
+
+TEST(FastInfosetWriterTest, WhatIsNotDeclaredIsDeclared) {
+    const auto write = [](CFastInfosetWriter& writer) {
+        writer.SetDefaultNamespace("urn:d");
+        writer.WriteStartElement("a", "urn:d");
+        writer.WriteStartElement("b", "");
+        writer.WriteStartElement("c", "urn:d");
+        writer.WriteAttribute("x", "urn:x", "1", ItemType_string);
+        writer.WriteTypeAttribute("urn:t", "T", ItemType_string);
+        writer.WriteNilAttribute();
+        writer.WriteEndElement();
+        writer.AddNamespaceAlias("p", "urn:p");
+        writer.WriteStartElement("c", "urn:p");
+        writer.WriteEndElement();
+        writer.WriteEndElement();
+        writer.WriteStartElement("c", "urn:d");
+        writer.WriteEndElement();
+        writer.WriteEndElement();
+    };
+    EXPECT_EQ(DecodeFastInfoset(Write(write)),
+              "{urn:d}a(b({urn:d}c@{urn:x}x=1@{http://www.w3.org/2001/XMLSchema-instance}type=AB:T"
+              "@{http://www.w3.org/2001/XMLSchema-instance}nil=true {urn:p}c) {urn:d}c)");
+}
+
+// --- texts -------------------------------------------------------------------------------------------------
+
+TEST(FastInfosetWriterTest, TextsCommentsAndRawText) {
+    const auto write = [](CFastInfosetWriter& writer) {
+        writer.WriteRaw("<?style a=\"b\"?> <!--c-->\n<?t?>");
+        writer.WriteStartElement("a", "");
+        writer.WriteRawAfterSpace(
+            "<s:s xmlns:s='urn:s' xmlns:t='urn:t'><s:e type='t:x' xml:lang='en'/></s:s>");
+        writer.WriteText("<![CDATA[<x>]]>y<![CDATA[]]><![CDATA[z]]>", ItemType_string, false);
+        writer.WriteText("default", ItemType_string, true);
+        writer.WriteText("bad \xC3(\r", ItemType_string, false);
+        writer.WriteComment("a--b-");
+        writer.WriteComment("");
+        writer.WriteEndElement();
+        writer.WriteRaw("<?style a=\"b\"?>");
+    };
+    EXPECT_EQ(
+        DecodeFastInfoset(Write(write)),
+        "<?style a=\"b\"?><!--c--><?t ?>a'<![CDATA[<x>]]>y<![CDATA[z]]>bad \xEF\xBF\xBD(\r"
+        "<!--a- -b- --><!---->'({urn:s}s({urn:s}e@type=t:x@{http://www.w3.org/XML/1998/namespace}lang=en))"
+        "<?style a=\"b\"?>");
+}
+
+TEST(FastInfosetWriterTest, Failures) {
+    const auto start = [](CFastInfosetWriter& writer) { writer.WriteStartElement("a", "urn:n"); };
+    const struct {
+        Actions actions;
+        const char* message;
+    } kCases[] = {
+        {[](auto& w) { w.WriteStartElement("1a", "u"); }, "[1a] is not a valid XML name."},
+        {[](auto& w) { w.WriteStartElement("p:a", "u"); }, "[p:a] is not a valid XML name."},
+        {[](auto& w) { w.WriteStartElement("p:a", ""), w.WriteEndElement(); },
+         "The prefix [p] is not declared."},
+        {[&](auto& w) { start(w), w.WriteAttribute("b c", "", "", ItemType_string); },
+         "[b c] is not a valid XML name."},
+        {[&](auto& w) { start(w), w.WriteAttribute("p:b", "", "", ItemType_string), w.WriteEndElement(); },
+         "The prefix [p] is not declared."},
+        {[&](auto& w) { start(w), w.WriteAttribute("xmlns:p", "", "", ItemType_string); },
+         "The prefix [p] can not be undeclared."},
+        {[&](auto& w) { start(w), w.WriteAttribute("xmlns:xmlns", "", "u", ItemType_string); },
+         "The prefix [xmlns] can not be declared."},
+        {[&](auto& w) {
+             start(w), w.WriteAttribute("xmlns", "", "http://www.w3.org/2000/xmlns/", ItemType_string);
+         },
+         "The prefix [] can not be declared."},
+        {[&](auto& w) {
+             start(w), w.WriteAttribute("xmlns:p", "", "u", ItemType_string),
+                 w.WriteAttribute("xmlns:p", "", "v", ItemType_string);
+         },
+         "The prefix [p] is declared twice."},
+        {[&](auto& w) { start(w), w.WriteAttribute("xmlns:1", "", "u", ItemType_string); },
+         "[1] is not a valid XML name."},
+        {[&](auto& w) {
+             start(w), w.WriteAttribute("b", "u", "", ItemType_string),
+                 w.WriteAttribute("b", "u", "", ItemType_string);
+         },
+         "The attribute [b] is written twice."},
+        {[&](auto& w) { start(w), w.WriteText("x\x01", ItemType_string, false); },
+         "The text contains the character 0x01, which XML can not represent"},
+        {[&](auto& w) { start(w), w.WriteAttribute("b", "", "\xEF\xBF\xBF", ItemType_string); },
+         "The text contains the character 0xFFFF, which XML can not represent"},
+        {[](auto& w) { w.WriteRaw("<?x y"); }, "Raw text must be processing instructions and comments."},
+        {[](auto& w) { w.WriteRaw("<?XML y?>"); },
+         "[XML] is not a valid target of a processing instruction."},
+        {[](auto&) {}, "The document has no element."},
+        {[&](auto& w) { start(w), w.WriteEndElement(), start(w); }, "The document has an element already."},
+    };
+    for (const auto& row : kCases) {
+        EXPECT_EQ(ErrorOf([&] { Write(row.actions); }),
+                  std::string("Failed to write FastInfoset. ") + row.message);
+    }
+    EXPECT_EQ(ErrorOf([&] { Write(start); }), "An Element has not been closed.");
+    EXPECT_EQ(ErrorOf([&] {
+                  Write([&](CFastInfosetWriter& w) {
+                      start(w), w.WriteText("x", ItemType_string, false), w.WriteNilAttribute();
+                  });
+              }),
+              "Attributes must be added before elements");
+    CFastInfosetWriter writer{CFastInfosetContext()};
+    EXPECT_EQ(ErrorOf([&] { writer.WriteStartElement("a", ""); }), "The output has not begun.");
+    EXPECT_EQ(ErrorOf([&] { writer.WriteNilAttribute(); }), "Attributes must be added before elements");
+}
+
+TEST(FastInfosetWriterTest, DeepAndWideDocumentsTakeNoStackAndLittleTime) {
+    constexpr int kCount = 100000;
+    const auto write = [](CFastInfosetWriter& writer) {
+        for (int i = 0; i < kCount; ++i)
+            writer.WriteStartElement("a", "");
+        for (int i = 0; i < kCount; ++i) {
+            writer.WriteAttribute("b" + std::to_string(i), "", "", ItemType_string);
+            writer.WriteAttribute("xmlns:b" + std::to_string(i), "", "u", ItemType_string);
+        }
+        for (int i = 0; i < kCount; ++i)
+            writer.WriteEndElement();
+    };
+    EXPECT_GT(Write(write).size(), std::size_t{kCount} * 4);
+}
+
+// --- objects
+// -------------------------------------------------------------------------------------------------
+
+TEST(FastInfosetWriterTest, ObjectsAreTheSameAsXml) {
+    const CSmartPtr<fixture::AllKinds> object(new fixture::AllKinds());
+    fixture::Fill(*object);
+    for (const bool hasDefault : {false, true}) {
+        for (const bool isTyped : {false, true}) {
+            CSerializationContext context;
+            if (hasDefault) context.SetDefaultNamespaceURI("urn:fixture");
+            context.GetFIContext().SetWriteTypedValues(isTyped);
+            context.GetFIContext().SetUseRestrictedAlphabets(isTyped);
+            const std::string xml = object->ToXml(true, false, EOLType_LF, context);
+            const CBinaryData octets = object->ToFastInfosetStream(FInfoDecl_None, context);
+            EXPECT_EQ(DecodeFastInfoset(View(octets)), DumpOf(xml));
+        }
+    }
+}
+
+TEST(FastInfosetWriterTest, CompressionAndFiles) {
+    const CSmartPtr<fixture::AllKinds> object(new fixture::AllKinds());
+    fixture::Fill(*object);
+    const std::string plain(View(object->ToFastInfosetStream(FInfoDecl_Write)));
+    const std::string name = testing::TempDir() + "kvxml_fast_infoset_writer_test.finf";
+    const auto content = [&] {
+        std::ifstream file(name, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    object->ToFastInfosetFile(name.c_str(), FInfoDecl_Write);
+    EXPECT_EQ(content(), plain);
+    const auto& context = CSerializationContext::GetDefaultContext();
+    object->ToFastInfosetFile(name.c_str(), FInfoDecl_Write, context, CompressionType_GZip);
+    EXPECT_EQ(content(), View(object->ToFastInfosetStream(FInfoDecl_Write, context, CompressionType_GZip)));
+    EXPECT_LT(content().size(), plain.size());
+    EXPECT_EQ(ErrorOf([&] {
+                  object->ToFastInfosetFile(name.c_str(), FInfoDecl_Write, context, CompressionType_ZLib);
+              }),
+              "ZLIB Compression only available for To Stream methods.");
+    std::remove(name.c_str());
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <vector>
 
+#include "kvxml/fastinfoset/fast_infoset_writer.h"
 #include "kvxml/json/json_text_writer.h"
 #include "kvxml/xml/xml_element.h"
 #include "kvxml/xml/xml_text_writer.h"
@@ -125,12 +126,24 @@ void WriteJson(const CXmlElement& root, COutput& output, const Layout& layout,
     writer.EndDocument();
 }
 
+// --- Fast Infoset ------------------------------------------------------------------------------------------
+
+void WriteFastInfoset(const CXmlElement& root, COutput& output, const Layout&,
+                      const CSerializationContext& context) {
+    CFastInfosetWriter writer(context.GetFIContext());
+    writer.BeginOutput();
+    WriteXmlTree(root, writer, context);
+    writer.EndDocument();
+    const CBinaryData document = writer.TakeDocument();
+    output.Write({reinterpret_cast<const char*>(document.GetData()), document.GetLength()});
+}
+
 // -----------------------------------------------------------------------------------------------------------
 
 constexpr Format kFormats[] = {
     {"xml", "XML", {".xml", ""}, ReadXml, WriteXml},
     {"json", "JSON", {".json", ""}, ReadJson, WriteJson},
-    {"fi", "Fast Infoset", {".fi", ".finf"}, nullptr, nullptr},
+    {"fi", "Fast Infoset", {".fi", ".finf"}, nullptr, WriteFastInfoset},
 };
 
 bool EndsWith(std::string_view text, std::string_view end) {
