@@ -22,7 +22,8 @@ public:
     CFastInfosetContext& operator=(const CFastInfosetContext& other);
 
     /// Texts and attribute values of up to so many bytes are numbered as they are written, and written as
-    /// their numbers when they come again. 0: none are. Default 32.
+    /// their numbers when they come again. Those of a name whose values hardly ever come again are passed
+    /// over. 0: none are numbered. Default 32.
     std::uint32_t GetMaxIndexedLength() const noexcept { return m_maxIndexedLength; }
     void SetMaxIndexedLength(std::uint32_t value) noexcept { m_maxIndexedLength = value; }
 

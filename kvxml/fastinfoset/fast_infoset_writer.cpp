@@ -81,6 +81,7 @@ struct CFastInfosetWriter::NameEntry {
     std::uint32_t number = 0;          // of the name with that prefix
     std::uint64_t version = 0;         // of the namespaces in scope for which that holds; 0: none
     std::uint64_t element = 0;         // the last one that had this attribute
+    internal::CRepetition repetition;  // of the values or texts
     NameEntry* next = nullptr;         // what followed last time
 };
 
@@ -510,6 +511,7 @@ void CFastInfosetWriter::WriteText(std::string_view text, ItemType type, bool is
     constexpr std::string_view kSectionEnd = "]]>";
     State& state = Begun();
     StartContent();
+    internal::CRepetition& repetition = state.elements.last->repetition;
     if (text.front() == '<' && text.substr(0, kSectionStart.size()) == kSectionStart) {
         for (;;) {
             const std::size_t start = text.find(kSectionStart);
@@ -517,12 +519,12 @@ void CFastInfosetWriter::WriteText(std::string_view text, ItemType type, bool is
                 start == text.npos ? text.npos : text.find(kSectionEnd, start + kSectionStart.size());
             if (end == text.npos) break;
             const std::size_t content = start + kSectionStart.size();
-            if (start != 0) state.text.PutText(state.out, text.substr(0, start), ItemType_string);
+            if (start != 0) state.text.PutText(state.out, text.substr(0, start), ItemType_string, repetition);
             state.text.PutSection(state.out, text.substr(content, end - content));
             text.remove_prefix(end + kSectionEnd.size());
         }
     }
-    if (!text.empty()) state.text.PutText(state.out, text, type);
+    if (!text.empty()) state.text.PutText(state.out, text, type, repetition);
 }
 
 /// In front of content of the open element.
@@ -631,7 +633,7 @@ void CFastInfosetWriter::WriteAttributeNow(std::string_view localName, std::stri
         state.PutName(out, kLiteralAttribute, prefix, *entry);
         state.attributes.Count(*entry, prefix);
     }
-    state.text.PutValue(out, value, type);
+    state.text.PutValue(out, value, type, entry->repetition);
 }
 
 void CFastInfosetWriter::WriteTypeAttribute(std::string_view typeNamespaceUri, std::string_view typeName,

@@ -82,7 +82,8 @@ void CTextOutput::AddKnown(CStringTable& table, std::string_view text) {
     if (table.Add(text) == 0) FailFastInfoset("The vocabulary is larger than the tables may be.");
 }
 
-void CTextOutput::PutString(COctetBuffer& out, CStringTable& table, std::string_view text, ItemType type) {
+void CTextOutput::PutString(COctetBuffer& out, CStringTable& table, std::string_view text, ItemType type,
+                            CRepetition& repetition) {
     if (text.empty()) {
         out.Append(kEmptyString);
         return;
@@ -93,11 +94,13 @@ void CTextOutput::PutString(COctetBuffer& out, CStringTable& table, std::string_
         return;
     }
     unsigned lead = 0;
-    if (text.size() <= m_maxIndexedLength) {
+    if (text.size() <= m_maxIndexedLength && repetition.IsWorthTrying()) {
         if (const std::uint32_t number = table.Find(text)) {
+            repetition.OnHit();
             out.Commit(form::Number2(out.Reserve(6), kKnownString, number));
             return;
         }
+        repetition.OnMiss();
         encoded = EncodeText(text);
         if (table.Add(text) != 0) lead = kAddString;
     } else {
@@ -106,18 +109,20 @@ void CTextOutput::PutString(COctetBuffer& out, CStringTable& table, std::string_
     PutPieces(out, lead, encoded);
 }
 
-void CTextOutput::PutText(COctetBuffer& out, std::string_view text, ItemType type) {
+void CTextOutput::PutText(COctetBuffer& out, std::string_view text, ItemType type, CRepetition& repetition) {
     Encoded encoded;
     if (TryEncodeValue(text, type, encoded)) {
         PutPieces(out, kText, encoded);
         return;
     }
     unsigned lead = kText;
-    if (text.size() <= m_maxIndexedLength) {
+    if (text.size() <= m_maxIndexedLength && repetition.IsWorthTrying()) {
         if (const std::uint32_t number = m_texts.Find(text)) {
+            repetition.OnHit();
             out.Commit(form::Number4(out.Reserve(6), kKnownText, number));
             return;
         }
+        repetition.OnMiss();
         encoded = EncodeText(text);
         if (m_texts.Add(text) != 0) lead |= kAddText;
     } else {

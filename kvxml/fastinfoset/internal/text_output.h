@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,26 @@ namespace KvXmlLib16::internal {
 /// CKvException "Failed to write FastInfoset." with what failed.
 [[noreturn]] void FailFastInfoset(const std::string& what);
 
+/// Whether the values of one name come again often enough for a look at the table. Those that do not, such as
+/// numbers in sequence, would fill the table and cost most of the time.
+class CRepetition {
+public:
+    bool IsWorthTrying() noexcept { return m_balance > kHopeless || (++m_skipped & kTryAgain) == 0; }
+    void OnHit() noexcept { m_balance = m_balance < kBest ? m_balance + kPerHit : kBest; }
+    void OnMiss() noexcept {
+        if (m_balance > kHopeless) --m_balance;
+    }
+
+private:
+    static constexpr std::int32_t kHopeless = -256;
+    static constexpr std::int32_t kBest = 256;
+    static constexpr std::int32_t kPerHit = 8;
+    static constexpr std::uint32_t kTryAgain = 63;
+
+    std::int32_t m_balance = 0;
+    std::uint32_t m_skipped = 0;
+};
+
 /// Puts strings that are in the local code page. What is ill-formed becomes U+FFFD; characters that XML does
 /// not have are refused.
 class CTextOutput {
@@ -26,15 +47,15 @@ public:
     void AddKnownText(std::string_view text) { AddKnown(m_texts, text); }
 
     /// The value of an attribute.
-    void PutValue(COctetBuffer& out, std::string_view value, ItemType type) {
-        PutString(out, m_values, value, type);
+    void PutValue(COctetBuffer& out, std::string_view value, ItemType type, CRepetition& repetition) {
+        PutString(out, m_values, value, type, repetition);
     }
     /// The text of a comment, or the data of a processing instruction.
     void PutOther(COctetBuffer& out, std::string_view text) {
-        PutString(out, m_others, text, ItemType_Unknown);
+        PutString(out, m_others, text, ItemType_Unknown, m_repetition);
     }
     /// Text of an element that is not empty; starts an item.
-    void PutText(COctetBuffer& out, std::string_view text, ItemType type);
+    void PutText(COctetBuffer& out, std::string_view text, ItemType type, CRepetition& repetition);
     /// The same, as CDATA section.
     void PutSection(COctetBuffer& out, std::string_view text);
     /// A name or URI that is not empty and comes for the first time.
@@ -49,7 +70,8 @@ private:
     };
 
     static void AddKnown(CStringTable& table, std::string_view text);
-    void PutString(COctetBuffer& out, CStringTable& table, std::string_view text, ItemType type);
+    void PutString(COctetBuffer& out, CStringTable& table, std::string_view text, ItemType type,
+                   CRepetition& repetition);
     void PutPieces(COctetBuffer& out, unsigned lead, Encoded encoded);
     bool TryEncodeValue(std::string_view text, ItemType type, Encoded& encoded);
     Encoded EncodeText(std::string_view text);
@@ -63,6 +85,7 @@ private:
     CStringTable m_values;
     CStringTable m_texts;
     CStringTable m_others;
+    CRepetition m_repetition;  // of the others
     std::string m_utf8;
     std::string m_octets;
 };
