@@ -434,16 +434,6 @@ TEST(XmlObjectBaseTest, EmptyAndBrokenInput) {
     EXPECT_EQ(object->value.Text(), "1");
 }
 
-TEST(XmlObjectBaseTest, FormatsThatAreMissing) {
-    const auto o = fixture::Make<fixture::Measure>();
-    const char* const infoset = "The Fast Infoset format is not built in yet.";
-    const std::string path = testing::TempDir() + "kvxml_not_touched";
-    std::filesystem::remove(path);
-    EXPECT_EQ(ErrorOf([&] { o->ToFastInfosetStream(); }), infoset);
-    EXPECT_EQ(ErrorOf([&] { o->ToFastInfosetFile(path.c_str()); }), infoset);
-    EXPECT_FALSE(std::filesystem::exists(path));
-}
-
 TEST(XmlObjectBaseTest, LineEnds) {
     const auto kinds = fixture::Make<fixture::Kinds>();
     fixture::Fill(*kinds);
