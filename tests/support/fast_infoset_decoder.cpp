@@ -1,16 +1,15 @@
 #include "tests/support/fast_infoset_decoder.h"
 
-#include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
-#include <limits>
 #include <map>
 #include <set>
 #include <stdexcept>
+#include <tuple>
 
 #include "kvxml/types/binary_data.h"
-#include "kvxml/types/conversions.h"
 
 namespace testsupport {
 
@@ -25,6 +24,14 @@ struct Name {
     }
     std::string Expanded() const { return uri.empty() ? local : '{' + uri + '}' + local; }
 };
+
+template <class Real>
+std::string Shortest(Real value) {
+    if (std::isnan(value)) return "NaN";
+    if (std::isinf(value)) return value < 0 ? "-INF" : "INF";
+    char text[64];
+    return std::string(text, std::to_chars(text, text + sizeof(text), value).ptr);
+}
 
 /// A table; what is in it must not come in full again.
 template <class Entry>
@@ -299,13 +306,13 @@ private:
                 const auto bits = static_cast<std::uint32_t>(value);
                 float single;
                 std::memcpy(&single, &bits, sizeof(single));
-                return KvXmlLib16::CConversions::r4ToString(single);
+                return Shortest(single);
             }
             case 7: {
                 size(8);
                 double number8;
                 std::memcpy(&number8, &value, sizeof(number8));
-                return KvXmlLib16::CConversions::r8ToString(number8);
+                return Shortest(number8);
             }
             default:
                 Require(number == 9, "algorithm");

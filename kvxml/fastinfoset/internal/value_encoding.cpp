@@ -6,10 +6,8 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <type_traits>
 
 #include "kvxml/types/base64.h"
-#include "kvxml/types/conversions.h"
 
 namespace KvXmlLib16::internal {
 
@@ -40,8 +38,9 @@ bool EncodeInteger(std::string_view text, unsigned& algorithm, std::string& octe
     return true;
 }
 
+/// The shortest text that stands for a number is the one that comes back.
 template <class Float, class Bits>
-bool EncodeFloat(std::string_view text, std::string& octets, std::string (*toText)(Float)) {
+bool EncodeFloat(std::string_view text, std::string& octets) {
     Float value = 0;
     if (text == "INF" || text == "-INF") {
         value = std::numeric_limits<Float>::infinity();
@@ -51,8 +50,10 @@ bool EncodeFloat(std::string_view text, std::string& octets, std::string (*toTex
     } else {
         const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
         if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) return false;
+        char shortest[64];
+        const char* const last = std::to_chars(shortest, shortest + sizeof(shortest), value).ptr;
+        if (text != std::string_view(shortest, static_cast<std::size_t>(last - shortest))) return false;
     }
-    if (toText(value) != text) return false;
     Bits bits;
     static_assert(sizeof(bits) == sizeof(value));
     std::memcpy(&bits, &value, sizeof(bits));
@@ -115,10 +116,10 @@ bool EncodeValue(ItemType type, std::string_view text, unsigned& algorithm, std:
             return EncodeInteger(text, algorithm, octets);
         case ItemType_r4:
             algorithm = FastInfosetAlgorithm_Float;
-            return EncodeFloat<float, std::uint32_t>(text, octets, &CConversions::r4ToString);
+            return EncodeFloat<float, std::uint32_t>(text, octets);
         case ItemType_r8:
             algorithm = FastInfosetAlgorithm_Double;
-            return EncodeFloat<double, std::uint64_t>(text, octets, &CConversions::r8ToString);
+            return EncodeFloat<double, std::uint64_t>(text, octets);
         case ItemType_boolean:
             algorithm = FastInfosetAlgorithm_Boolean;
             if (text != "true" && text != "false") return false;
