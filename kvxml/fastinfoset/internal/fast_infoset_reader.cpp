@@ -66,7 +66,8 @@ void CFastInfosetReader::Parse() {
         Document();
     } catch (const CElementsTooDeep& e) {
         m_builder.Abandon();
-        m_in.Fail(FormatString("Elements are nested deeper than the limit of %u", e.limit));
+        COctetCursor::FailAt(m_elementOffset,
+                             FormatString("Elements are nested deeper than the limit of %u", e.limit));
     } catch (...) {
         m_builder.Abandon();
         throw;
@@ -203,6 +204,7 @@ bool CFastInfosetReader::Content() {
 
 void CFastInfosetReader::Element(unsigned octet) {
     ++m_element;
+    m_elementOffset = m_in.Offset() - 1;
     m_attributes.clear();
     const bool hasAttributes = (octet & 0x40) != 0;
     unsigned start = octet & 0x3F;

@@ -133,6 +133,7 @@ private:
     std::string m_text;  // a string that was decoded
     std::string m_qualified;
     std::uint64_t m_element = 0;  // number of the element being read
+    std::size_t m_elementOffset = 0;
     std::uint64_t m_depth = 0;
     std::uint64_t m_growthLeft;
 };
