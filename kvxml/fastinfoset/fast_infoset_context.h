@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
+#include <vector>
 
 #include "kvxml/export.h"
 
@@ -50,7 +52,13 @@ public:
     }
     void SetExternalVocabulary(std::shared_ptr<const CFastInfosetVocabulary> value) noexcept;
 
+    /// Makes a vocabulary known for reading, in place of one with the same URI. Null is passed over.
+    void AddKnownVocabulary(std::shared_ptr<const CFastInfosetVocabulary> value);
+    /// The vocabulary of this URI among the known ones and the one for writing; null when there is none.
+    std::shared_ptr<const CFastInfosetVocabulary> FindVocabulary(std::string_view uri) const;
+
 private:
+    std::vector<std::shared_ptr<const CFastInfosetVocabulary>> m_knownVocabularies;
     std::shared_ptr<const CFastInfosetVocabulary> m_externalVocabulary;
     std::uint32_t m_maxIndexedLength = 32;
     std::uint32_t m_maxTableEntries = 32768;

@@ -42,6 +42,22 @@ void CFastInfosetVocabulary::AddText(std::string_view text) {
     AddTo(m_texts, text);
 }
 
+void CFastInfosetVocabulary::AddAlphabet(std::string_view characters) {
+    AddTo(m_alphabets, characters);
+}
+
+void CFastInfosetVocabulary::AddOtherName(std::string_view name) {
+    AddTo(m_otherNames, name);
+}
+
+void CFastInfosetVocabulary::AddOtherUri(std::string_view uri) {
+    AddTo(m_otherUris, uri);
+}
+
+void CFastInfosetVocabulary::AddOtherText(std::string_view text) {
+    AddTo(m_otherTexts, text);
+}
+
 void CFastInfosetVocabulary::AddElementName(std::string_view prefix, std::string_view namespaceUri,
                                             std::string_view localName) {
     AddName(m_elementNames, prefix, namespaceUri, localName);

@@ -44,6 +44,15 @@ public:
     void AddAttributeValue(std::string_view value);
     /// A text of elements.
     void AddText(std::string_view text);
+    /// The characters of a restricted alphabet. Read, but not used for writing.
+    void AddAlphabet(std::string_view characters);
+    /// Targets of processing instructions, names of entities and notations. These and the next two tables
+    /// are only counted in reading, since trees keep nothing of them.
+    void AddOtherName(std::string_view name);
+    /// Identifiers of entities, notations and document types.
+    void AddOtherUri(std::string_view uri);
+    /// Texts of comments and processing instructions.
+    void AddOtherText(std::string_view text);
     /// A name of elements; its parts are added to their own tables as well.
     void AddElementName(std::string_view prefix, std::string_view namespaceUri, std::string_view localName);
     /// A name of attributes, likewise.
@@ -60,6 +69,10 @@ public:
     const std::vector<std::string>& GetLocalNames() const noexcept { return m_localNames; }
     const std::vector<std::string>& GetAttributeValues() const noexcept { return m_attributeValues; }
     const std::vector<std::string>& GetTexts() const noexcept { return m_texts; }
+    const std::vector<std::string>& GetAlphabets() const noexcept { return m_alphabets; }
+    const std::vector<std::string>& GetOtherNames() const noexcept { return m_otherNames; }
+    const std::vector<std::string>& GetOtherUris() const noexcept { return m_otherUris; }
+    const std::vector<std::string>& GetOtherTexts() const noexcept { return m_otherTexts; }
     const std::vector<Name>& GetElementNames() const noexcept { return m_elementNames; }
     const std::vector<Name>& GetAttributeNames() const noexcept { return m_attributeNames; }
 
@@ -75,6 +88,10 @@ private:
     std::vector<std::string> m_localNames;
     std::vector<std::string> m_attributeValues;
     std::vector<std::string> m_texts;
+    std::vector<std::string> m_alphabets;
+    std::vector<std::string> m_otherNames;
+    std::vector<std::string> m_otherUris;
+    std::vector<std::string> m_otherTexts;
     std::vector<Name> m_elementNames;
     std::vector<Name> m_attributeNames;
 };

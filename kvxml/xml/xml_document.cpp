@@ -249,8 +249,22 @@ void CXmlDocument::Parse(const unsigned char* data, std::size_t length) {
         data = inflated.GetData();
         length = inflated.GetLength();
     }
-    if (internal::TryParseFastInfoset(*this, data, length)) return;
+    if (TryParseFastInfoset(data, length)) return;
     ParseText(data, length, Encoding::Declared);
+}
+
+/// False, with nothing done, for anything that does not begin as Fast Infoset.
+bool CXmlDocument::TryParseFastInfoset(const unsigned char* data, std::size_t length) {
+    if (!internal::IsFastInfoset(data, length)) return false;
+    internal::CXmlTreeBuilder builder(Tree(), m_filter, m_context->GetMaxElementDepth(),
+                                      !internal::IsLocalUtf8());
+    Tree().Arena().ExpectInput(length * 2);
+    internal::CFastInfosetReader reader(Tree(), builder, m_context->GetFIContext(),
+                                        {m_schemaType != SchemaType_NoNamespaces, !m_context->GetStripCDATA(),
+                                         m_context->GetMaxInflatedSize()},
+                                        std::string_view(reinterpret_cast<const char*>(data), length));
+    reader.Parse();
+    return true;
 }
 
 void CXmlDocument::ParseText(const unsigned char* data, std::size_t length, Encoding encoding) {
@@ -293,11 +307,11 @@ void CXmlDocument::LoadWhole(const char* fileName) {
     CBinaryData inflated;
     if (internal::Inflate(data, length, m_context->GetMaxInflatedSize(), inflated)) {
         reading.reset();
-        if (internal::TryParseFastInfoset(*this, inflated.GetData(), inflated.GetLength())) return;
+        if (TryParseFastInfoset(inflated.GetData(), inflated.GetLength())) return;
         ParseText(inflated.GetData(), inflated.GetLength(), Encoding::Declared);
         return;
     }
-    if (internal::TryParseFastInfoset(*this, data, length)) return;
+    if (TryParseFastInfoset(data, length)) return;
     const std::string utf8 =
         ParseOrConvert(reading->reader, std::string_view(reinterpret_cast<const char*>(data), length),
                        [&] { reading->reader.ParseBuffer(length, true); });
@@ -313,7 +327,7 @@ void CXmlDocument::LoadLarge(internal::CFile& file, const char* fileName, std::u
         const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(size, piece));
         auto* const data = static_cast<unsigned char*>(reading->reader.GetBuffer(length));
         ReadAll(file, fileName, data, length);
-        if (isFirst && MayBeCompressed(data, length)) {
+        if (isFirst && (MayBeCompressed(data, length) || internal::IsFastInfoset(data, length))) {
             reading.reset();
             OpenFile(file, fileName);
             const std::vector<unsigned char> all = ReadToEnd(file, fileName);

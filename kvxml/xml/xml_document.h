@@ -27,8 +27,9 @@ class CXmlTree;
 /// A parsed document: its elements and its table of namespace prefixes.
 ///
 /// A document can be loaded repeatedly; each load first drops what was there. When a load fails with a
-/// CKvException about the document's text ("%s at line %d"), what was read up to there stays until the next
-/// load; a file read in chunks leaves nothing. Documents own their elements and can be moved, not copied.
+/// CKvException about the document's text ("%s at line %d", or "Failed to parse FastInfoset. %s at octet
+/// %llu"), what was read up to there stays until the next load; a file read in chunks leaves nothing.
+/// Documents own their elements and can be moved, not copied.
 ///
 /// Nested elements are limited by `CSerializationContext::GetMaxElementDepth`, inflated input by
 /// `GetMaxInflatedSize`; entities that expand to far more than the document holds are refused, and external
@@ -54,13 +55,13 @@ public:
     CXmlDocument& operator=(CXmlDocument&& other) noexcept;
     virtual ~CXmlDocument();
 
-    /// Reads a file, which may be compressed (gzip or zlib). With `AsyncFromXmlFile(true)` it is parsed in
-    /// chunks of 131,072 bytes; then it must not be compressed, nor be in an encoding that only whole texts
-    /// can be converted from (GB18030, ISO-2022-JP). CKvException with the file's name and the host's error
-    /// number when it cannot be read.
+    /// Reads a file of XML or Fast Infoset, which may be compressed (gzip or zlib). With
+    /// `AsyncFromXmlFile(true)` it is parsed in chunks of 131,072 bytes; then it must be XML, not be
+    /// compressed, nor be in an encoding that only whole texts can be converted from (GB18030, ISO-2022-JP).
+    /// CKvException with the file's name and the host's error number when it cannot be read.
     void Load(const char* fileName);
-    /// Reads a document, which may be compressed, from memory; the bytes are needed during the call only. No
-    /// bytes: CKvException "XML Stream is empty!".
+    /// Reads XML or Fast Infoset, which may be compressed, from memory; the bytes are needed during the call
+    /// only. No bytes: CKvException "XML Stream is empty!".
     void LoadXmlStream(const unsigned char* data, std::size_t length);
     /// Reads a document as it stands, in the encoding that it declares. An empty text: CKvException "XML
     /// String is empty!".
@@ -111,6 +112,7 @@ private:
 
     internal::CXmlTree& Tree();
     void Parse(const unsigned char* data, std::size_t length);
+    bool TryParseFastInfoset(const unsigned char* data, std::size_t length);
     void ParseText(const unsigned char* data, std::size_t length, Encoding encoding);
     void ParseConverted(const std::string& utf8);
     void LoadWhole(const char* fileName);

@@ -56,6 +56,12 @@ CXmlNameTable::CXmlNameTable(CXmlTree* tree, bool convert) : m_tree(tree), m_con
     m_none.nextElement = m_none.otherElement = m_none.firstAttribute = m_none.nextAttribute = &m_none;
 }
 
+const CXmlNameEntry* CXmlNameTable::Intern(std::string_view uri, std::string_view local) {
+    if (uri.empty()) return Find(local);
+    m_raw.assign(uri).append(1, kSeparator).append(local);
+    return Find(m_raw);
+}
+
 CXmlNameEntry* CXmlNameTable::Find(std::string_view raw) {
     const std::size_t hash = Hash(raw);
     const std::size_t mask = m_slots.size() - 1;
@@ -76,7 +82,7 @@ std::unique_ptr<CXmlNameEntry> CXmlNameTable::Make(std::string_view raw) const {
     auto name = std::make_unique<CXmlNameEntry>();
     name->raw = raw;
     const std::string converted = m_convert ? Utf8ToLocal(raw) : std::string(raw);
-    const std::size_t separator = converted.find(kSeparator);
+    const std::size_t separator = converted.rfind(kSeparator);
     if (separator == std::string::npos) {
         name->local = converted;
     } else {

@@ -17,6 +17,8 @@ namespace KvXmlLib16::internal {
 struct CXmlNameEntry : CXmlName {
     std::string raw;  ///< as the parser writes it: URI, separator, local name
     std::size_t hash = 0;
+    /// For readers: number of the element that had an attribute of this name last.
+    mutable std::uint64_t lastElement = 0;
     // What came after this name last time, which is what comes next time in regular documents; where records
     // end or have optional members, it is one of two.
     CXmlNameEntry* nextElement = nullptr;
@@ -55,6 +57,10 @@ public:
         return name;
     }
 
+    /// The name of these parts, in UTF-8; for readers that remember what they asked for. The local name must
+    /// not contain the separator.
+    const CXmlNameEntry* Intern(std::string_view uri, std::string_view local);
+
 private:
     CXmlNameEntry* Expect(CXmlNameEntry*& expected, const char* raw) {
         if (!expected->Is(raw)) expected = Find(raw);
@@ -69,6 +75,7 @@ private:
     CXmlNameEntry m_none;  // stands where nothing is expected; no name has its empty text
     CXmlNameEntry* m_last = &m_none;
     CXmlNameEntry** m_attribute = &m_none.firstAttribute;
+    std::string m_raw;  // of the name that is asked for by its parts
     std::vector<std::unique_ptr<CXmlNameEntry>> m_names;
     std::vector<CXmlNameEntry*> m_slots;  // open addressing; the size is a power of two
 };

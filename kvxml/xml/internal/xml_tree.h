@@ -45,6 +45,8 @@ public:
     const std::string& FindPrefix(std::string_view uri);
 
     CArena& Arena() noexcept { return m_arena; }
+    /// Memory of characters that many nodes may share; the element filter does not give it back.
+    CArena& SharedCharacters() noexcept { return m_sharedCharacters; }
     CXmlNameTable& Names() noexcept { return m_names; }
     CSharedTextRuns& SharedRuns() noexcept { return m_sharedRuns; }
 
@@ -61,6 +63,7 @@ private:
     const CXmlDocument* m_document;
     CXmlElement* m_root = nullptr;
     CArena m_arena;
+    CArena m_sharedCharacters;
     CXmlNameTable m_names;
     CSharedTextRuns m_sharedRuns;
     PrefixTable m_prefixes;

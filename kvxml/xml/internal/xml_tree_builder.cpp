@@ -12,6 +12,9 @@ namespace {
 
 constexpr std::size_t kFirstFrames = 64;
 
+// Shorter text is rather copied behind other text than linked to it.
+constexpr std::size_t kLeastShared = 64;
+
 }  // namespace
 
 CXmlTreeBuilder::CXmlTreeBuilder(CXmlTree& tree, CXmlDocument::ElementFilter filter, std::uint32_t maxDepth,
@@ -46,6 +49,27 @@ CXmlTreeBuilder::Frame* CXmlTreeBuilder::OpenFrame() {
 }
 
 void CXmlTreeBuilder::StartElement(const char* name, const char* const* attributes) {
+    Frame* const frame = BeginElement();
+    LinkElement(frame, m_convert ? MakeElementConverting(name, attributes) : MakeElement(name, attributes));
+}
+
+void CXmlTreeBuilder::StartElement(const CXmlName* name, const CXmlNewAttribute* attributes,
+                                   std::size_t count) {
+    Frame* const frame = BeginElement();
+    if (!m_convert) {
+        LinkElement(frame, MakeElement(name, attributes, count));
+        return;
+    }
+    std::vector<std::string> values;
+    for (std::size_t i = 0; i < count; ++i)
+        values.push_back(Utf8ToLocal(attributes[i].value));
+    std::vector<CXmlNewAttribute> converted;
+    for (std::size_t i = 0; i < count; ++i)
+        converted.push_back({attributes[i].name, values[i], false});
+    LinkElement(frame, MakeElement(name, converted.data(), count));
+}
+
+CXmlTreeBuilder::Frame* CXmlTreeBuilder::BeginElement() {
     FlushText();
     Frame* const frame = OpenFrame();
     if (m_filter != nullptr) {
@@ -53,8 +77,10 @@ void CXmlTreeBuilder::StartElement(const char* name, const char* const* attribut
         frame->boxes = m_tree.GetBoxCount();
         frame->previousSibling = m_open->lastChild;
     }
-    CXmlElement* const element =
-        m_convert ? MakeElementConverting(name, attributes) : MakeElement(name, attributes);
+    return frame;
+}
+
+void CXmlTreeBuilder::LinkElement(Frame* frame, CXmlElement* element) {
     CXmlElement* const parent = m_open->element;
     element->m_parent = parent;
     if (m_open->lastChild != nullptr) {
@@ -68,6 +94,33 @@ void CXmlTreeBuilder::StartElement(const char* name, const char* const* attribut
     frame->element = element;
     frame->lastChild = nullptr;
     m_open = frame;
+}
+
+CXmlElement* CXmlTreeBuilder::MakeElement(const CXmlName* name, const CXmlNewAttribute* attributes,
+                                          std::size_t count) {
+    std::size_t size = sizeof(CXmlElement) + count * sizeof(CXmlAttribute);
+    for (std::size_t i = 0; i < count; ++i)
+        size += attributes[i].isShared ? 0 : attributes[i].value.size();
+    auto* const element = new (m_arena.Allocate(size)) CXmlElement();
+    element->m_name = name;
+    element->m_attributeCount = count & 0x1FFFFFFFU;
+    auto* const first = reinterpret_cast<CXmlAttribute*>(element + 1);
+    char* values = reinterpret_cast<char*>(first + count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::string_view value = attributes[i].value;
+        auto* const attribute = new (first + i) CXmlAttribute();
+        attribute->m_name = attributes[i].name;
+        attribute->m_length = static_cast<std::uint32_t>(value.size());
+        attribute->m_index = i & 0x7FFFFFFFU;
+        if (attributes[i].isShared) {
+            attribute->m_value.characters = value.data();
+        } else {
+            CStringBuffer::CopyBytes(values, value.data(), value.size());
+            attribute->m_value.characters = values;
+            values += value.size();
+        }
+    }
+    return element;
 }
 
 CXmlElement* CXmlTreeBuilder::MakeElement(const char* name, const char* const* attributes) {
@@ -146,6 +199,12 @@ void CXmlTreeBuilder::FlushRun() {
     element.m_textKind = CXmlElement::TextKind_SharedRuns;
 }
 
+bool CXmlTreeBuilder::RepeatsLastRun(const CXmlElement& element, std::string_view text) const noexcept {
+    if (element.m_textKind != CXmlElement::TextKind_Runs) return false;
+    const CXmlTextRun& last = *element.m_text.runs;
+    return std::string_view(last.characters, last.length) == text;
+}
+
 void CXmlTreeBuilder::AppendRun(CXmlElement& element) {
     const std::string_view text(m_arena.Run(), m_arena.RunLength());
     if (element.m_textKind == CXmlElement::TextKind_Box) {
@@ -153,25 +212,27 @@ void CXmlTreeBuilder::AppendRun(CXmlElement& element) {
         m_arena.DropRun();
         return;
     }
-    if (element.m_textKind == CXmlElement::TextKind_Runs) {
-        CXmlTextRun& last = *element.m_text.runs;
-        if (std::string_view(last.characters, last.length) == text) {
-            ++last.repeat;
-            m_arena.DropRun();
-            return;
-        }
+    if (RepeatsLastRun(element, text)) {
+        ++element.m_text.runs->repeat;
+        m_arena.DropRun();
+        return;
     }
     const char* characters = m_tree.SharedRuns().FindCharacters(text);
     if (characters != nullptr) {
         m_arena.DropRun();
     } else {
         characters = m_arena.CommitRun();
-        if (element.m_textKind == CXmlElement::TextKind_None && text.size() <= UINT32_MAX) {
-            element.m_text.characters = characters;
-            element.m_textLength = static_cast<std::uint32_t>(text.size());
-            element.m_textKind = CXmlElement::TextKind_Characters;
-            return;
-        }
+    }
+    LinkRun(element, characters, text.size());
+}
+
+/// Adds characters that stay where they are. There must be no run.
+void CXmlTreeBuilder::LinkRun(CXmlElement& element, const char* characters, std::size_t length) {
+    if (element.m_textKind == CXmlElement::TextKind_None && length <= UINT32_MAX) {
+        element.m_text.characters = characters;
+        element.m_textLength = static_cast<std::uint32_t>(length);
+        element.m_textKind = CXmlElement::TextKind_Characters;
+        return;
     }
     const CXmlTextRun* previous = nullptr;
     if (element.m_textKind == CXmlElement::TextKind_Characters) {
@@ -181,8 +242,23 @@ void CXmlTreeBuilder::AppendRun(CXmlElement& element) {
     } else if (element.m_textKind == CXmlElement::TextKind_Runs) {
         previous = element.m_text.runs;
     }
-    element.m_text.runs = NewRun(previous, characters, text.size());
+    element.m_text.runs = NewRun(previous, characters, length);
     element.m_textKind = CXmlElement::TextKind_Runs;
+}
+
+void CXmlTreeBuilder::AppendShared(const char* text, std::size_t length) {
+    CXmlElement& element = *m_open->element;
+    const bool isFirst = element.m_textKind == CXmlElement::TextKind_None && m_arena.RunLength() == 0;
+    if (m_convert || element.m_textKind == CXmlElement::TextKind_Box || (!isFirst && length < kLeastShared)) {
+        m_arena.AppendToRun(text, length);
+        return;
+    }
+    FlushText();
+    if (RepeatsLastRun(element, std::string_view(text, length))) {
+        ++element.m_text.runs->repeat;
+    } else {
+        LinkRun(element, text, length);
+    }
 }
 
 CXmlTextRun* CXmlTreeBuilder::NewRun(const CXmlTextRun* previous, const char* characters,

@@ -16,6 +16,13 @@ struct CElementsTooDeep {
     std::uint32_t limit;
 };
 
+/// An attribute of an element that is to be opened.
+struct CXmlNewAttribute {
+    const CXmlName* name;
+    std::string_view value;  ///< of at most 4 GiB
+    bool isShared;           ///< the value lies in the tree's shared characters and need not be copied
+};
+
 /// One pass over one document. Texts are UTF-8 and are converted to the local code page where that is
 /// another.
 ///
@@ -28,6 +35,8 @@ public:
     /// Opens an element. `name` and the names in `attributes`, pairs of name and value up to a null, are
     /// namespace URI, CXmlNameTable::kSeparator and local name, or the local name alone.
     void StartElement(const char* name, const char* const* attributes);
+    /// The same with names and attributes as the tree has them.
+    void StartElement(const CXmlName* name, const CXmlNewAttribute* attributes, std::size_t count);
     /// Closes the element opened last and asks the filter, whose exceptions pass.
     void EndElement() {
         FinishText();
@@ -38,6 +47,8 @@ public:
     void AppendText(const char* text, std::size_t length) { m_arena.AppendToRun(text, length); }
     /// The same for one character; false, with nothing done, when that takes more memory.
     bool AppendCharacter(char character) noexcept { return m_arena.AppendToRun(character); }
+    /// The same for text that lies in the tree's shared characters.
+    void AppendShared(const char* text, std::size_t length);
     /// Enters a prefix, or gives it another namespace.
     void DeclarePrefix(std::string_view prefix, std::string_view uri);
     /// To be called when reading ends before the document does: keeps the text that is still held back.
@@ -53,6 +64,9 @@ private:
         std::size_t boxes;
     };
 
+    Frame* BeginElement();
+    void LinkElement(Frame* frame, CXmlElement* element);
+    CXmlElement* MakeElement(const CXmlName* name, const CXmlNewAttribute* attributes, std::size_t count);
     CXmlElement* MakeElement(const char* name, const char* const* attributes);
     CXmlElement* MakeElementConverting(const char* name, const char* const* attributes);
     char* AddAttributes(const char* const* attributes, std::size_t count);
@@ -95,6 +109,8 @@ private:
     }
     void FlushRun();
     void AppendRun(CXmlElement& element);
+    bool RepeatsLastRun(const CXmlElement& element, std::string_view text) const noexcept;
+    void LinkRun(CXmlElement& element, const char* characters, std::size_t length);
     CXmlTextRun* NewRun(const CXmlTextRun* previous, const char* characters, std::size_t length);
     void ConvertRun();
     void Filter();
