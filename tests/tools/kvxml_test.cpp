@@ -135,6 +135,12 @@ TEST_F(KvxmlCommand, ConvertsToJsonAndBack) {
               xml);
 }
 
+TEST_F(KvxmlCommand, ConvertsToFastInfosetAndBack) {
+    const std::string xml = Run("$K convert --compact in.xml -").output;
+    EXPECT_EQ(Run("$K convert in.xml o.finf.gz && $K convert o.finf.gz --compact -").output, xml);
+    EXPECT_EQ(Run("$K convert --to fi in.xml - | $K convert --from fi --compact - -").output, xml);
+}
+
 TEST_F(KvxmlCommand, Refuses) {
     const struct {
         const char* arguments;
@@ -155,8 +161,8 @@ TEST_F(KvxmlCommand, Refuses) {
          "at line 1, position 9.; Path: $.a[1]\n"},
         {"convert --encoding latin1 in.xml out.json", "", 1,
          "kvxml: out.json: JSON can be written in utf-8 and utf-16 only\n"},
-        {"convert --from fi in.xml out.xml", "", 1,
-         "kvxml: in.xml: reading the Fast Infoset format is not built in yet\n"},
+        {"convert --from fi - out.xml", "\xE0", 1,
+         "kvxml: standard input: Failed to parse FastInfoset. The document ends early at octet 1\n"},
         {"convert --encoding us-ascii - out.xml", "<\xC3\xA9/>", 1,
          "kvxml: out.xml: a name contains U+00E9, which us-ascii does not have\n"},
         {"convert in.xml /dev/full", "", 1, "kvxml: /dev/full: cannot write: No space left on device\n"},

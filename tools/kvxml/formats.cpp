@@ -47,6 +47,7 @@ void CheckFile(const std::string& fileName) {
 
 // --- XML ---------------------------------------------------------------------------------------------------
 
+/// Fast Infoset too, which shows by its first bytes.
 void ReadXml(const std::string& input, CXmlDocument& document) {
     if (input == "-") {
         const std::vector<unsigned char> data = ReadStandardInput();
@@ -141,9 +142,9 @@ void WriteFastInfoset(const CXmlElement& root, COutput& output, const Layout&,
 // -----------------------------------------------------------------------------------------------------------
 
 constexpr Format kFormats[] = {
-    {"xml", "XML", {".xml", ""}, ReadXml, WriteXml},
-    {"json", "JSON", {".json", ""}, ReadJson, WriteJson},
-    {"fi", "Fast Infoset", {".fi", ".finf"}, nullptr, WriteFastInfoset},
+    {"xml", {".xml", ""}, ReadXml, WriteXml},
+    {"json", {".json", ""}, ReadJson, WriteJson},
+    {"fi", {".fi", ".finf"}, ReadXml, WriteFastInfoset},
 };
 
 bool EndsWith(std::string_view text, std::string_view end) {

@@ -20,11 +20,8 @@ struct Layout {
 /// A format, with the functions that slot it in. `-` as input is standard input.
 struct Format {
     const char* option;  // what --from and --to call it
-    const char* title;   // what messages call it
     std::string_view suffixes[2];
-    /// Null while reading the format is not built in.
     void (*read)(const std::string& input, KvXmlLib16::CXmlDocument& document);
-    /// Null while writing the format is not built in.
     void (*write)(const KvXmlLib16::CXmlElement& root, COutput& output, const Layout& layout,
                   const KvXmlLib16::CSerializationContext& context);
 };

@@ -75,12 +75,6 @@ bool CountElement(CXmlElement*) {
     return false;
 }
 
-template <class Function>
-void RequireBuiltIn(Function function, const tool::Format& format, const char* what) {
-    if (function != nullptr) return;
-    throw CFailure(std::string(what) + " the " + format.title + " format is not built in yet");
-}
-
 int Convert(const Options& options) {
     const tool::Format& from =
         options.from.empty() ? tool::FormatOf(options.input) : *tool::FindFormat(options.from);
@@ -104,9 +98,7 @@ int Convert(const Options& options) {
     };
     const char* const input = "standard input";
     const char* const output = "standard output";
-    const bool done = Succeeds(options.input, input, [&] { RequireBuiltIn(from.read, from, "reading"); }) &&
-                      Succeeds(options.output, output, [&] { RequireBuiltIn(to.write, to, "writing"); }) &&
-                      Succeeds(options.input, input, read) && Succeeds(options.output, output, write);
+    const bool done = Succeeds(options.input, input, read) && Succeeds(options.output, output, write);
     tool::Progress().Clear();
     return done ? 0 : kRefused;
 }
