@@ -1,6 +1,7 @@
-/// Writing of generated documents as Fast Infoset, beside ToXmlStream of the same objects.
+/// Writing and reading of generated documents as Fast Infoset, beside the same with XML.
 ///
-/// Every figure is CPU time of the thread. "x_floor" is the ratio to compact ToXmlStream, measured in turns;
+/// Every figure is CPU time of the thread. "x_floor" is the ratio to compact ToXmlStream, or to FromXmlStream
+/// of formatted XML into the same objects, measured in turns; the release of the objects is not measured.
 /// "size" is the length in parts of that XML's, "gzip" the same of the compressed forms. glibc is told to
 /// keep freed memory, so both sides run in the same heap state. KVXML_BENCHMARK_MB sets the size of the XML
 /// (default 20).
@@ -78,6 +79,22 @@ void Write(benchmark::State& state, const CXmlObjectBase& (*get)(), void (*set)(
         });
 }
 
+template <class Root>
+void Read(benchmark::State& state, const CXmlObjectBase& (*get)(), void (*set)(CFastInfosetContext&)) {
+    const CXmlObjectBase& object = get();
+    CSerializationContext context;
+    context.SetDefaultNamespaceURI(object.GetTargetNamespace().c_str());
+    set(context.GetFIContext());
+    const CBinaryData xml = object.ToXmlStream(true, true, XmlEncoding_UTF8, EOLType_LF, context);
+    const CBinaryData binary = object.ToFastInfosetStream(FInfoDecl_None, context);
+    const auto read = [&context](const CBinaryData& data) {
+        const CSmartPtr<Root> root(new Root());
+        return TimeOf([&] { root->FromXmlStream(data, context); });
+    };
+    benchmarks::RunPaired(
+        state, xml.GetLength(), [&] { return read(xml); }, [&] { return read(binary); });
+}
+
 struct Settings {
     const char* name;
     void (*set)(CFastInfosetContext&);
@@ -103,6 +120,19 @@ int main(int argc, char** argv) {
                 ->UseManualTime()
                 ->Unit(benchmark::kMillisecond);
         }
+    }
+    for (const Settings& settings : {kSettings[0], kSettings[4]}) {
+        const auto add =
+            [&](const char* document,
+                void (*run)(benchmark::State&, const CXmlObjectBase& (*)(), void (*)(CFastInfosetContext&)),
+                const CXmlObjectBase& (*get)()) {
+                benchmark::RegisterBenchmark((std::string("read/") + document + '/' + settings.name).c_str(),
+                                             run, get, settings.set)
+                    ->UseManualTime()
+                    ->Unit(benchmark::kMillisecond);
+            };
+        add("gpx", &Read<Gpx::CGpxType>, &GpxObject);
+        add("orders", &Read<Orders::COrdersType>, &OrdersObject);
     }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
