@@ -2,21 +2,16 @@
 /// same content as the XML text. The first byte chooses the settings.
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
+#include "fuzz/roundtrip.h"
 #include "kvxml/kvxml.h"
 #include "tests/support/xml_tree_dump.h"
 
+using fuzzing::Fail;
 using namespace KvXmlLib16;
 
 namespace {
-
-[[noreturn]] void Fail(const char* what, const std::string& first, const std::string& second) {
-    std::fprintf(stderr, "%s:\n%s\n---\n%s\n", what, first.c_str(), second.c_str());
-    std::abort();
-}
 
 template <class Load>
 std::string ContentOf(const char* what, const std::string& xml, Load load) {

@@ -2,11 +2,9 @@
 /// to the same text.
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <string>
 
 #include "examples/gpx/gpx_type.h"
+#include "fuzz/roundtrip.h"
 #include "kvxml/kvxml.h"
 
 using namespace KvXmlLib16;
@@ -39,18 +37,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     if (HasShortYear(*gpx)) return 0;
-    const std::string first = gpx->ToXml(true, formatted, EOLType_LF, context);
-    CSmartPtr<Gpx::CGpxType> again(new Gpx::CGpxType());
-    try {
-        again->FromXml(first.c_str(), context);
-    } catch (const CKvException& e) {
-        std::fprintf(stderr, "written document refused: %s\n%s\n", e.GetFullMessage().c_str(), first.c_str());
-        std::abort();
-    }
-    const std::string second = again->ToXml(true, formatted, EOLType_LF, context);
-    if (first != second) {
-        std::fprintf(stderr, "written document changed:\n%s\n---\n%s\n", first.c_str(), second.c_str());
-        std::abort();
-    }
+    fuzzing::WriteReadWrite(*gpx, formatted, context);
     return 0;
 }

@@ -2,24 +2,19 @@
 /// reading the XML text that they are converted to. The first two bytes choose the options.
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
+#include "fuzz/roundtrip.h"
 #include "kvxml/json/json_context.h"
 #include "kvxml/json/json_reader_to_xml_handler.h"
 #include "kvxml/kvxml.h"
 #include "kvxml/types/binary_data.h"
 #include "kvxml/xml/text_stream.h"
 
+using fuzzing::Fail;
 using namespace KvXmlLib16;
 
 namespace {
-
-[[noreturn]] void Fail(const char* what, const std::string& first, const std::string& second) {
-    std::fprintf(stderr, "%s:\n%s\n---\n%s\n", what, first.c_str(), second.c_str());
-    std::abort();
-}
 
 void AppendName(std::string& out, const std::string& uri, const std::string& local) {
     if (!uri.empty()) out.append(1, '{').append(uri) += '}';

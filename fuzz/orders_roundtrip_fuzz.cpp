@@ -2,11 +2,9 @@
 /// back to the same text.
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <string>
 
 #include "examples/orders/orders_type.h"
+#include "fuzz/roundtrip.h"
 #include "kvxml/kvxml.h"
 
 using namespace KvXmlLib16;
@@ -27,18 +25,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const CKvException&) {
         return 0;
     }
-    const std::string first = orders->ToXml(true, formatted, EOLType_LF, context);
-    CSmartPtr<Orders::COrdersType> again(new Orders::COrdersType());
-    try {
-        again->FromXml(first.c_str(), context);
-    } catch (const CKvException& e) {
-        std::fprintf(stderr, "written document refused: %s\n%s\n", e.GetFullMessage().c_str(), first.c_str());
-        std::abort();
-    }
-    const std::string second = again->ToXml(true, formatted, EOLType_LF, context);
-    if (first != second) {
-        std::fprintf(stderr, "written document changed:\n%s\n---\n%s\n", first.c_str(), second.c_str());
-        std::abort();
-    }
+    fuzzing::WriteReadWrite(*orders, formatted, context);
     return 0;
 }

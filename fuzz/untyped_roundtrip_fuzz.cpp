@@ -4,21 +4,16 @@
 /// as well. The first byte chooses the options.
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
+#include "fuzz/roundtrip.h"
 #include "kvxml/kvxml.h"
 #include "tests/support/xml_tree_dump.h"
 
+using fuzzing::Fail;
 using namespace KvXmlLib16;
 
 namespace {
-
-[[noreturn]] void Fail(const char* what, const std::string& first, const std::string& second) {
-    std::fprintf(stderr, "%s:\n%s\n---\n%s\n", what, first.c_str(), second.c_str());
-    std::abort();
-}
 
 std::string WriteTree(const CXmlElement& root, bool formatted, const CSerializationContext& context) {
     CTextStream stream(XmlEncoding_UTF8);
