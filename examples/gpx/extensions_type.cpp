@@ -45,7 +45,7 @@ void CExtensionsType::AccessProperty(int propertyIndex, bool read, KvVariant& va
     switch (propertyIndex) {
         case Property_any:
             if (read) {
-                if (m_any != nullptr) value.SetXmlCollection(m_any.Get());
+                if (m_any != nullptr) value.SetXmlCollectionReference(m_any.Get());
             } else {
                 GetAny();
             }

@@ -85,35 +85,35 @@ void CGpxType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
             break;
         case Property_metadata:
             if (read) {
-                if (m_metadata != nullptr) value.SetXmlObject(m_metadata.Get());
+                if (m_metadata != nullptr) value.SetXmlObjectReference(m_metadata.Get());
             } else {
                 SetMetadata(static_cast<CMetadataType*>(value.PeekXmlObject()));
             }
             break;
         case Property_wpt:
             if (read) {
-                if (m_wpt != nullptr) value.SetXmlCollection(m_wpt.Get());
+                if (m_wpt != nullptr) value.SetXmlCollectionReference(m_wpt.Get());
             } else {
                 GetWpt();
             }
             break;
         case Property_rte:
             if (read) {
-                if (m_rte != nullptr) value.SetXmlCollection(m_rte.Get());
+                if (m_rte != nullptr) value.SetXmlCollectionReference(m_rte.Get());
             } else {
                 GetRte();
             }
             break;
         case Property_trk:
             if (read) {
-                if (m_trk != nullptr) value.SetXmlCollection(m_trk.Get());
+                if (m_trk != nullptr) value.SetXmlCollectionReference(m_trk.Get());
             } else {
                 GetTrk();
             }
             break;
         case Property_extensions:
             if (read) {
-                if (m_extensions != nullptr) value.SetXmlObject(m_extensions.Get());
+                if (m_extensions != nullptr) value.SetXmlObjectReference(m_extensions.Get());
             } else {
                 SetExtensions(static_cast<CExtensionsType*>(value.PeekXmlObject()));
             }

@@ -94,21 +94,21 @@ void CMetadataType::AccessProperty(int propertyIndex, bool read, KvVariant& valu
             break;
         case Property_author:
             if (read) {
-                if (m_author != nullptr) value.SetXmlObject(m_author.Get());
+                if (m_author != nullptr) value.SetXmlObjectReference(m_author.Get());
             } else {
                 SetAuthor(static_cast<CPersonType*>(value.PeekXmlObject()));
             }
             break;
         case Property_copyright:
             if (read) {
-                if (m_copyright != nullptr) value.SetXmlObject(m_copyright.Get());
+                if (m_copyright != nullptr) value.SetXmlObjectReference(m_copyright.Get());
             } else {
                 SetCopyright(static_cast<CCopyrightType*>(value.PeekXmlObject()));
             }
             break;
         case Property_link:
             if (read) {
-                if (m_link != nullptr) value.SetXmlCollection(m_link.Get());
+                if (m_link != nullptr) value.SetXmlCollectionReference(m_link.Get());
             } else {
                 GetLink();
             }
@@ -130,14 +130,14 @@ void CMetadataType::AccessProperty(int propertyIndex, bool read, KvVariant& valu
             break;
         case Property_bounds:
             if (read) {
-                if (m_bounds != nullptr) value.SetXmlObject(m_bounds.Get());
+                if (m_bounds != nullptr) value.SetXmlObjectReference(m_bounds.Get());
             } else {
                 SetBounds(static_cast<CBoundsType*>(value.PeekXmlObject()));
             }
             break;
         case Property_extensions:
             if (read) {
-                if (m_extensions != nullptr) value.SetXmlObject(m_extensions.Get());
+                if (m_extensions != nullptr) value.SetXmlObjectReference(m_extensions.Get());
             } else {
                 SetExtensions(static_cast<CExtensionsType*>(value.PeekXmlObject()));
             }

@@ -59,14 +59,14 @@ void CPersonType::AccessProperty(int propertyIndex, bool read, KvVariant& value)
             break;
         case Property_email:
             if (read) {
-                if (m_email != nullptr) value.SetXmlObject(m_email.Get());
+                if (m_email != nullptr) value.SetXmlObjectReference(m_email.Get());
             } else {
                 SetEmail(static_cast<CEmailType*>(value.PeekXmlObject()));
             }
             break;
         case Property_link:
             if (read) {
-                if (m_link != nullptr) value.SetXmlObject(m_link.Get());
+                if (m_link != nullptr) value.SetXmlObjectReference(m_link.Get());
             } else {
                 SetLink(static_cast<CLinkType*>(value.PeekXmlObject()));
             }

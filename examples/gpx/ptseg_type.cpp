@@ -45,7 +45,7 @@ void CPtsegType::AccessProperty(int propertyIndex, bool read, KvVariant& value) 
     switch (propertyIndex) {
         case Property_pt:
             if (read) {
-                if (m_pt != nullptr) value.SetXmlCollection(m_pt.Get());
+                if (m_pt != nullptr) value.SetXmlCollectionReference(m_pt.Get());
             } else {
                 GetPt();
             }

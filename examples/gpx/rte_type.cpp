@@ -91,7 +91,7 @@ void CRteType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
             break;
         case Property_link:
             if (read) {
-                if (m_link != nullptr) value.SetXmlCollection(m_link.Get());
+                if (m_link != nullptr) value.SetXmlCollectionReference(m_link.Get());
             } else {
                 GetLink();
             }
@@ -112,14 +112,14 @@ void CRteType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
             break;
         case Property_extensions:
             if (read) {
-                if (m_extensions != nullptr) value.SetXmlObject(m_extensions.Get());
+                if (m_extensions != nullptr) value.SetXmlObjectReference(m_extensions.Get());
             } else {
                 SetExtensions(static_cast<CExtensionsType*>(value.PeekXmlObject()));
             }
             break;
         case Property_rtept:
             if (read) {
-                if (m_rtept != nullptr) value.SetXmlCollection(m_rtept.Get());
+                if (m_rtept != nullptr) value.SetXmlCollectionReference(m_rtept.Get());
             } else {
                 GetRtept();
             }

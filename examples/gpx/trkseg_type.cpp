@@ -51,14 +51,14 @@ void CTrksegType::AccessProperty(int propertyIndex, bool read, KvVariant& value)
     switch (propertyIndex) {
         case Property_trkpt:
             if (read) {
-                if (m_trkpt != nullptr) value.SetXmlCollection(m_trkpt.Get());
+                if (m_trkpt != nullptr) value.SetXmlCollectionReference(m_trkpt.Get());
             } else {
                 GetTrkpt();
             }
             break;
         case Property_extensions:
             if (read) {
-                if (m_extensions != nullptr) value.SetXmlObject(m_extensions.Get());
+                if (m_extensions != nullptr) value.SetXmlObjectReference(m_extensions.Get());
             } else {
                 SetExtensions(static_cast<CExtensionsType*>(value.PeekXmlObject()));
             }

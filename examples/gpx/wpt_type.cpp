@@ -148,7 +148,7 @@ void CWptType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
             break;
         case Property_link:
             if (read) {
-                if (m_link != nullptr) value.SetXmlCollection(m_link.Get());
+                if (m_link != nullptr) value.SetXmlCollectionReference(m_link.Get());
             } else {
                 GetLink();
             }
@@ -218,7 +218,7 @@ void CWptType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
             break;
         case Property_extensions:
             if (read) {
-                if (m_extensions != nullptr) value.SetXmlObject(m_extensions.Get());
+                if (m_extensions != nullptr) value.SetXmlObjectReference(m_extensions.Get());
             } else {
                 SetExtensions(static_cast<CExtensionsType*>(value.PeekXmlObject()));
             }

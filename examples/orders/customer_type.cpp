@@ -62,7 +62,7 @@ void CCustomerType::AccessProperty(int propertyIndex, bool read, KvVariant& valu
             break;
         case Property_address:
             if (read) {
-                if (m_address != nullptr) value.SetXmlObject(m_address.Get());
+                if (m_address != nullptr) value.SetXmlObjectReference(m_address.Get());
             } else {
                 SetAddress(static_cast<CAddressType*>(value.PeekXmlObject()));
             }

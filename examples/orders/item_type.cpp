@@ -85,7 +85,7 @@ void CItemType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
             break;
         case Property_tags:
             if (read) {
-                if (m_tags != nullptr) value.SetXmlCollection(m_tags.Get());
+                if (m_tags != nullptr) value.SetXmlCollectionReference(m_tags.Get());
             } else {
                 GetTags();
             }

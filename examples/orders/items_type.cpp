@@ -39,7 +39,7 @@ void CItemsType::Init() {
 void CItemsType::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
     switch (propertyIndex) {
         case Property_item:
-            if (read) value.SetXmlCollection(m_item.Get());
+            if (read) value.SetXmlCollectionReference(m_item.Get());
             break;
         default:
             break;

@@ -98,7 +98,7 @@ void COrderType::AccessProperty(int propertyIndex, bool read, KvVariant& value) 
             break;
         case Property_customer:
             if (read) {
-                if (m_customer != nullptr) value.SetXmlObject(m_customer.Get());
+                if (m_customer != nullptr) value.SetXmlObjectReference(m_customer.Get());
             } else {
                 SetCustomer(static_cast<CCustomerType*>(value.PeekXmlObject()));
             }
@@ -127,14 +127,14 @@ void COrderType::AccessProperty(int propertyIndex, bool read, KvVariant& value) 
             break;
         case Property_payment:
             if (read) {
-                if (m_payment != nullptr) value.SetXmlObject(m_payment.Get());
+                if (m_payment != nullptr) value.SetXmlObjectReference(m_payment.Get());
             } else {
                 SetPayment(static_cast<CPaymentType*>(value.PeekXmlObject()));
             }
             break;
         case Property_items:
             if (read) {
-                if (m_items != nullptr) value.SetXmlObject(m_items.Get());
+                if (m_items != nullptr) value.SetXmlObjectReference(m_items.Get());
             } else {
                 SetItems(static_cast<CItemsType*>(value.PeekXmlObject()));
             }

@@ -45,7 +45,7 @@ void COrdersType::AccessProperty(int propertyIndex, bool read, KvVariant& value)
     switch (propertyIndex) {
         case Property_order:
             if (read) {
-                if (m_order != nullptr) value.SetXmlCollection(m_order.Get());
+                if (m_order != nullptr) value.SetXmlCollectionReference(m_order.Get());
             } else {
                 GetOrder();
             }

@@ -62,7 +62,7 @@ void CPaymentType::AccessProperty(int propertyIndex, bool read, KvVariant& value
     switch (propertyIndex) {
         case Property_card:
             if (read) {
-                if (m_card != nullptr) value.SetXmlObject(m_card.Get());
+                if (m_card != nullptr) value.SetXmlObjectReference(m_card.Get());
             } else {
                 SetCard(static_cast<CCardType*>(value.PeekXmlObject()));
             }
@@ -76,7 +76,7 @@ void CPaymentType::AccessProperty(int propertyIndex, bool read, KvVariant& value
             break;
         case Property_cash:
             if (read) {
-                if (m_cash != nullptr) value.SetXmlObject(m_cash.Get());
+                if (m_cash != nullptr) value.SetXmlObjectReference(m_cash.Get());
             } else {
                 SetCash(static_cast<CCashType*>(value.PeekXmlObject()));
             }

@@ -8,6 +8,7 @@
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/format_string.h"
 #include "kvxml/xml/internal/plain_text.h"
+#include "kvxml/xml/internal/prepared_names.h"
 
 namespace KvXmlLib16 {
 
@@ -27,19 +28,51 @@ constexpr char kHexDigits[] = "0123456789ABCDEF";
 
 // --- kinds of values -------------------------------------------------------------------------------------
 
+/// Kinds whose values are numbers or truth values, which need no quotation marks.
 constexpr bool IsBare(ItemType type) noexcept {
-    return (type >= ItemType_i1 && type <= ItemType_r8) ||
-           (type >= ItemType_boolean && type <= ItemType_integer);
+    constexpr auto kinds = [](ItemType first, ItemType last) {
+        return (std::uint64_t{2} << last) - (std::uint64_t{1} << first);
+    };
+    constexpr std::uint64_t kBare =
+        kinds(ItemType_i1, ItemType_r8) | kinds(ItemType_boolean, ItemType_integer);
+    return (kBare >> type & 1) != 0;
 }
 
 constexpr bool IsDigit(char character) noexcept {
     return character >= '0' && character <= '9';
 }
 
+/// One to eight characters, the first one in the lowest byte.
+inline std::uint64_t LoadShort(std::string_view text) noexcept {
+    const std::size_t last = text.size() - 1;
+    if (text.size() >= 4) {
+        const auto low = internal::Load<std::uint32_t>(text.data());
+        const auto high = std::uint64_t{internal::Load<std::uint32_t>(text.data() + last - 3)};
+        return high << 8 * (last - 3) | low;
+    }
+    const auto at = [text](std::size_t i) {
+        return std::uint64_t{static_cast<unsigned char>(text[i])} << 8 * i;
+    };
+    return at(0) | at(text.size() / 2) | at(last);
+}
+
+/// Whether one to eight characters, which are in the low bytes of `text`, are a number without an exponent.
+constexpr bool IsShortNumber(std::uint64_t text, std::size_t length) noexcept {
+    const std::uint64_t rest = length == 8 ? 0 : ~std::uint64_t{0} << 8 * length;
+    // High bits of the bytes that are a point, or another character that is no digit.
+    const std::uint64_t points = HasByte(text | rest, '.');
+    const std::uint64_t digits = text ^ internal::kOnes * '0';
+    const std::uint64_t others = ((digits + internal::kOnes * 0x76) | digits) & internal::kHighs & ~rest;
+    const std::uint64_t ends = std::uint64_t{0x80} | std::uint64_t{0x80} << 8 * (length - 1);
+    const bool startsWithZero = (digits & 0xFF) == 0 && length > 1 && (points & 0x8000) == 0;
+    return others == points && (others & ends) == 0 && (others & (others - 1)) == 0 && !startsWithZero;
+}
+
 /// Whether `text` is a number as RFC 8259 has it, "true" or "false".
 bool IsLiteral(std::string_view text) noexcept {
     const char* at = text.data();
     const char* const end = at + text.size();
+    if (!text.empty() && text.size() <= 8 && IsShortNumber(LoadShort(text), text.size())) return true;
     const auto digits = [&at, end] {
         const char* const begin = at;
         while (at != end && IsDigit(*at))
@@ -225,13 +258,30 @@ inline std::string_view CJsonTextWriter::QualifierOf(const NamespaceScope& scope
     return alias->qualifier;
 }
 
+/// Whether an element of this name goes on with the array that is open in the parent. `context` is that of
+/// the array's last item, which still has the name.
+inline bool CJsonTextWriter::IsItem(const CXmlWriterContext& context, std::string_view qualifier,
+                                    std::string_view localName) noexcept {
+    const std::size_t length = qualifier.size() + localName.size();
+    if (context.nameLength != length) return false;
+    const std::string_view name(
+        length <= CXmlWriterContext::kShortName ? context.shortName : context.longName.data(), length);
+    return name.substr(0, qualifier.size()) == qualifier && name.substr(qualifier.size()) == localName;
+}
+
+/// The prefix and colon of an element inside one with this scope; none where names are written without.
+inline std::string_view CJsonTextWriter::ElementQualifier(const NamespaceScope& scope,
+                                                          std::string_view uri) const {
+    const bool isPlain = m_roundTrip != JsonRoundTrip_Full || uri.empty() || scope.IsDefault(uri);
+    return isPlain ? std::string_view() : QualifierOf(scope, uri);
+}
+
 void CJsonTextWriter::WriteStartElement(std::string_view localName, std::string_view namespaceUri) {
     CXmlWriterContext* const parent = GetCurrentContext();
     const bool hasNamespace = m_roundTrip == JsonRoundTrip_Full && !namespaceUri.empty();
     std::string_view qualifier;
     if (parent != nullptr) {
-        if (hasNamespace && namespaceUri != parent->scope->defaultNamespace)
-            qualifier = QualifierOf(*parent->scope, namespaceUri);
+        qualifier = ElementQualifier(*parent->scope, namespaceUri);
         if (m_hasText) AppendHeldText(*parent);
     }
     CXmlWriterContext* const context = PushContext();
@@ -246,22 +296,14 @@ void CJsonTextWriter::WriteStartElement(std::string_view localName, std::string_
     }
     context->isArrayOpen = false;
 
-    // While the parent's array is open, the context still has the name of the item before.
     const std::size_t nameLength = qualifier.size() + localName.size();
-    const auto isItem = [&] {
-        if (context->nameLength != nameLength) return false;
-        const std::string_view name(
-            nameLength <= CXmlWriterContext::kShortName ? context->shortName : context->longName.data(),
-            nameLength);
-        return name.substr(0, qualifier.size()) == qualifier && name.substr(qualifier.size()) == localName;
-    };
     bool isNamed = true;
     char separator = ',';
     if (parent == nullptr) {
         if (!m_hasMember) separator = '\0';
         m_hasMember = true;
     } else if (parent->isArrayOpen) {
-        if (isItem()) {
+        if (IsItem(*context, qualifier, localName)) {
             isNamed = false;
         } else {
             CloseArray(*parent);
@@ -347,6 +389,62 @@ void CJsonTextWriter::WriteEndElement() {
     FlushIfFull();
 }
 
+/// Line and name of a member of the current element; null when they can not be prepared.
+const internal::CPreparedName* CJsonTextWriter::PrepareName(std::uint32_t nameId, std::string_view localName,
+                                                            std::string_view namespaceUri) {
+    const NamespaceScope& scope = *GetCurrentContext()->scope;
+    const std::string_view qualifier = ElementQualifier(scope, namespaceUri);
+    const std::size_t indentation = LineIndentation(m_level);
+    std::string text(kFrame + indentation + qualifier.size() + localName.size() + CStringBuffer::kSlack,
+                     '\0');
+    char* const end = PutName(PutNewLine(text.data(), indentation), {}, qualifier, localName);
+    if (end == nullptr) return nullptr;
+    if (m_preparedNames == nullptr) m_preparedNames = std::make_unique<internal::CPreparedNames>();
+    return m_preparedNames->Keep(nameId, &scope, GetNamesVersion(), m_level,
+                                 {text.data(), static_cast<std::size_t>(end - text.data())}, {});
+}
+
+void CJsonTextWriter::WriteSimpleElement(std::uint32_t nameId, std::string_view localName,
+                                         std::string_view namespaceUri, std::string_view text, ItemType type,
+                                         bool isDefaultValue) {
+    CXmlWriterContext* const parent = GetCurrentContext();
+    if (parent == nullptr || m_hasText)
+        return CXmlWriter::WriteSimpleElement(nameId, localName, namespaceUri, text, type, isDefaultValue);
+
+    const std::size_t length = std::min(text.size(), kPieceLength);
+    CStringBuffer& buffer = Buffer();
+    char* out;
+    if (parent->isArrayOpen) {
+        if (!IsItem(*PeekContext(), ElementQualifier(*parent->scope, namespaceUri), localName))
+            return CXmlWriter::WriteSimpleElement(nameId, localName, namespaceUri, text, type,
+                                                  isDefaultValue);
+        const std::size_t indentation = LineIndentation(m_level);
+        out = buffer.Reserve(kFrame + indentation + length);
+        *out++ = ',';
+        out = PutNewLine(out, indentation);
+    } else {
+        const internal::CPreparedName* name = nullptr;
+        if (nameId != 0 && parent->arrayMode != kArrayStarting) {
+            if (m_preparedNames != nullptr)
+                name = m_preparedNames->Find(nameId, parent->scope, GetNamesVersion(), m_level);
+            if (name == nullptr) name = PrepareName(nameId, localName, namespaceUri);
+        }
+        if (name == nullptr)
+            return CXmlWriter::WriteSimpleElement(nameId, localName, namespaceUri, text, type,
+                                                  isDefaultValue);
+        out = buffer.Reserve(kFrame + internal::CPreparedName::kLongest + length);
+        *out++ = parent->startTagOpen ? '{' : ',';
+        parent->startTagOpen = false;
+        out = name->PutStart(out);
+    }
+    // As WriteText has it: an empty text is a value of its own only where it can be written as one.
+    const bool isNull = text.empty() && (type == ItemType_Unknown || IsBare(type));
+    char* const end = isNull ? Put(out, "null") : PutValue(out, text, type);
+    buffer.Commit(end != nullptr ? end : out);
+    if (end == nullptr) AppendLongValue(text, type);
+    FlushIfFull();
+}
+
 // --- attributes ------------------------------------------------------------------------------------------
 
 void CJsonTextWriter::WriteAttribute(std::string_view localName, std::string_view namespaceUri,
@@ -385,7 +483,7 @@ void CJsonTextWriter::AppendDeclarations(CXmlWriterContext& context, std::string
 void CJsonTextWriter::AppendDeclaration(CXmlWriterContext& context, std::string_view prefix,
                                         std::string_view uri) {
     AppendMember(context, prefix.empty() ? "@xmlns" : "@xmlns:", prefix, {});
-    AppendString(uri);
+    AppendValue(uri, ItemType_string);
 }
 
 // --- names and values ------------------------------------------------------------------------------------
@@ -418,31 +516,33 @@ void CJsonTextWriter::AppendName(std::string_view mark, std::string_view qualifi
     buffer.Append("\": ");
 }
 
-inline void CJsonTextWriter::AppendValue(std::string_view text, ItemType type) {
-    if (IsBare(type) && (!m_escapeStrings || IsLiteral(text)))
-        Buffer().Append(text);
-    else
-        AppendString(text);
-}
-
-inline void CJsonTextWriter::AppendString(std::string_view text) {
-    CStringBuffer& buffer = Buffer();
-    const std::size_t length = std::min(text.size(), kPieceLength);
-    char* out = buffer.Reserve(length + 2);
+/// Puts a value into room for two characters more than it has, or than a piece has; null when it needs a
+/// closer look, which `AppendLongValue` takes.
+inline char* CJsonTextWriter::PutValue(char* out, std::string_view text, ItemType type) const noexcept {
+    if (text.size() > kPieceLength) return nullptr;
+    if (IsBare(type) && (!m_escapeStrings || IsLiteral(text))) return Put(out, text);
     *out++ = '"';
     std::size_t plain = 0;
     if (!m_escapeStrings)
-        plain = CopyPlain<PassThrough>(out, text.data(), length);
+        plain = CopyPlain<PassThrough>(out, text.data(), text.size());
     else if (!m_escapesAsAscii)
-        plain = CopyPlain<Escaped>(out, text.data(), length);
-    out += plain;
-    if (plain == text.size()) {
-        *out++ = '"';
-        buffer.Commit(out);
-        return;
-    }
-    buffer.Commit(out);
-    text.remove_prefix(plain);
+        plain = CopyPlain<Escaped>(out, text.data(), text.size());
+    if (plain != text.size()) return nullptr;
+    out[plain] = '"';
+    return out + plain + 1;
+}
+
+inline void CJsonTextWriter::AppendValue(std::string_view text, ItemType type) {
+    CStringBuffer& buffer = Buffer();
+    char* const end = PutValue(buffer.Reserve(std::min(text.size(), kPieceLength) + 2), text, type);
+    if (end == nullptr) return AppendLongValue(text, type);
+    buffer.Commit(end);
+}
+
+void CJsonTextWriter::AppendLongValue(std::string_view text, ItemType type) {
+    CStringBuffer& buffer = Buffer();
+    if (IsBare(type) && (!m_escapeStrings || IsLiteral(text))) return buffer.Append(text);
+    buffer.Append('"');
     if (m_escapeStrings)
         AppendEscaped(text);
     else

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,11 @@
 #include "kvxml/xml/xml_writer.h"
 
 namespace KvXmlLib16 {
+
+namespace internal {
+class CPreparedNames;
+struct CPreparedName;
+}  // namespace internal
 
 /// The JSON form of the writer. Settings are made before `BeginOutput`.
 ///
@@ -43,17 +49,24 @@ public:
     /// What of names and namespaces is kept; JsonRoundTrip_Full unless set.
     void SetSupportRoundtrip(JsonRoundTrip value) noexcept {
         m_roundTrip = value;
+        ForgetNames();
         SetDeclaresByAttribute(value == JsonRoundTrip_Full);
     }
     /// Whether strings are escaped as RFC 8259 has it; not unless set.
     void SetEscapeStrings(bool escape);
     /// Line ends; LF unless set. CKvException "Invalid EOL type." for anything that is no `EOLType`.
-    void SetEOL(EOLType eol) { m_layout.SetEOL(eol); }
+    void SetEOL(EOLType eol) {
+        m_layout.SetEOL(eol);
+        ForgetNames();
+    }
     /// Indentation of one level; a tab unless set. Where strings are escaped, characters other than blanks
     /// and tabs are left out of it.
     void SetIndentChars(std::string_view indentChars);
     /// Each member and item on a line of its own (the default), or all on one line.
-    void SetFormatted(bool formatted) noexcept { m_formatted = formatted; }
+    void SetFormatted(bool formatted) noexcept {
+        m_formatted = formatted;
+        ForgetNames();
+    }
 
     JsonRoundTrip GetSupportRoundtrip() const noexcept { return m_roundTrip; }
     bool GetEscapeStrings() const noexcept { return m_escapeStrings; }
@@ -85,6 +98,8 @@ public:
                             ItemType type) override;
     /// Does nothing: a nil element is written like an empty one.
     void WriteNilAttribute() override;
+    void WriteSimpleElement(std::uint32_t nameId, std::string_view localName, std::string_view namespaceUri,
+                            std::string_view text, ItemType type, bool isDefaultValue) override;
 
 private:
     /// The most that is put around a name: marks, brackets and line ends.
@@ -95,6 +110,9 @@ private:
         if (m_needsFlush && m_stream->GetBufferedLength() >= CTextStream::kFlushLength) m_stream->Flush();
     }
     CXmlWriterContext& RequireElement() const;
+    static bool IsItem(const CXmlWriterContext& context, std::string_view qualifier,
+                       std::string_view localName) noexcept;
+    std::string_view ElementQualifier(const NamespaceScope& scope, std::string_view uri) const;
     static std::string_view QualifierOf(const NamespaceScope& scope, std::string_view uri);
     char* PutNewLine(char* out, std::size_t indentation) const noexcept;
     std::size_t LineIndentation(std::size_t level);
@@ -104,11 +122,14 @@ private:
     void AppendDeclarations(CXmlWriterContext& context, std::string_view invented);
     void AppendDeclaration(CXmlWriterContext& context, std::string_view prefix, std::string_view uri);
     void AppendHeldText(CXmlWriterContext& context);
+    const internal::CPreparedName* PrepareName(std::uint32_t nameId, std::string_view localName,
+                                               std::string_view namespaceUri);
     char* PutName(char* out, std::string_view mark, std::string_view qualifier,
                   std::string_view localName) const noexcept;
     void AppendName(std::string_view mark, std::string_view qualifier, std::string_view localName);
     void AppendValue(std::string_view text, ItemType type);
-    void AppendString(std::string_view text);
+    char* PutValue(char* out, std::string_view text, ItemType type) const noexcept;
+    void AppendLongValue(std::string_view text, ItemType type);
     void AppendEscaped(std::string_view text);
     template <class Rules>
     void AppendTransformed(std::string_view text);
@@ -127,6 +148,7 @@ private:
     std::string m_text;       // more room than the text has
     std::size_t m_textLength = 0;
     internal::CLineLayout m_layout;
+    std::unique_ptr<internal::CPreparedNames> m_preparedNames;  // made when the first one is
 };
 
 }  // namespace KvXmlLib16

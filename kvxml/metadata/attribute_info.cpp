@@ -260,6 +260,7 @@ void CAttributeInfoAny::ReadMatched(const CSerializationContext&, CXmlGeneratedC
         InvokePropertySet(owner, unset, *attribute);
         InvokePropertyGet(owner, value);
     }
+    value.Own();
     CAttributeCol* const attributes = AttributesOf(value);
     if (attributes == nullptr) {
         ThrowSetFailed(*attribute, CKvException("The property holds no collection of attributes."));

@@ -22,7 +22,10 @@ using KvXmlLib16::FormatString;
 using KvXmlLib16::internal::OrEmpty;
 
 CElementInfo::CElementInfo(const char* name, const char* ns, int propertyIndex)
-    : m_name(OrEmpty(name)), m_namespace(OrEmpty(ns)), m_propertyIndex(propertyIndex) {}
+    : m_name(OrEmpty(name)),
+      m_namespace(OrEmpty(ns)),
+      m_propertyIndex(propertyIndex),
+      m_nameId(CXmlWriter::NewNameId()) {}
 
 CElementInfo::CElementInfo(const char* name, const char* ns, int propertyIndex, bool nillable,
                            const char* (*enumToString)(int), int (*enumFromString)(const char*),
@@ -56,6 +59,7 @@ CElementInfo& CElementInfo::operator=(const CElementInfo& other) {
     m_name = other.m_name;
     m_namespace = other.m_namespace;
     m_propertyIndex = other.m_propertyIndex;
+    m_nameId = other.m_nameId;
     m_restrictions = other.m_restrictions;
     m_itemType = other.m_itemType;
     m_formatOverride = other.m_formatOverride;
@@ -147,6 +151,7 @@ CXmlCollectionBase* CElementInfo::MakeCollection(const CXmlGeneratedClass* owner
         const_cast<CXmlGeneratedClass*>(owner)->AccessProperty(m_propertyIndex, false, unset);
         InvokePropertyGet(owner, value);
     }
+    value.Own();  // reading may make the owner give it up
     return value.PeekXmlCollection();
 }
 
@@ -185,9 +190,8 @@ bool CElementInfo::WritePrim(const KvVariant& value, CXmlWriter* writer) const {
     }
     const std::string_view text = value.ToText(writer->ScratchText(), m_formatOverride);
     if (!m_restrictions.IsEmpty()) CheckRestriction(value, text);
-    writer->WriteStartElement(m_name, m_namespace);
-    writer->WriteText(text, m_itemType, !m_defaultValue.empty() && text == m_defaultValue);
-    writer->WriteEndElement();
+    writer->WriteSimpleElement(m_nameId, m_name, m_namespace, text, m_itemType,
+                               !m_defaultValue.empty() && text == m_defaultValue);
     return true;
 }
 
@@ -199,9 +203,8 @@ bool CElementInfo::WriteEnum(const KvVariant& value, CXmlWriter* writer,
         return true;
     }
     const std::string_view text = OrEmpty(enumToString(value.GetI4()));
-    writer->WriteStartElement(m_name, m_namespace);
-    writer->WriteText(text, KvXmlLib16::ItemType_string, !m_defaultValue.empty() && text == m_defaultValue);
-    writer->WriteEndElement();
+    writer->WriteSimpleElement(m_nameId, m_name, m_namespace, text, KvXmlLib16::ItemType_string,
+                               !m_defaultValue.empty() && text == m_defaultValue);
     return true;
 }
 

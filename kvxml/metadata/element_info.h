@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -192,6 +193,7 @@ private:
     [[noreturn]] void ThrowGetFailed(const KvXmlLib16::CKvException& inner) const;
     [[noreturn]] void ThrowSetFailed(const CXmlElement& element, const KvXmlLib16::CKvException& inner) const;
 
+    std::uint32_t m_nameId;  // of this name, for writers
     mutable std::atomic<bool> m_skippedWhenAbsent{false};
     bool m_hasPseudoElement = false;
     bool m_writesValue = false;

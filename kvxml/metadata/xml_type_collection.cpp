@@ -44,9 +44,7 @@ CXmlElement* CXmlTypeCollection::FromXml_Int(CXmlElement*, CXmlElement* cursor,
 }
 
 void CXmlTypeCollection::WriteItem(CXmlWriter* writer, std::string_view text, ItemType type) const {
-    writer->WriteStartElement(GetElementNameView(), GetItemNamespace());
-    writer->WriteText(text, type, false);
-    writer->WriteEndElement();
+    writer->WriteSimpleElement(0, GetElementNameView(), GetItemNamespace(), text, type, false);
 }
 
 }  // namespace KvXmlLib16

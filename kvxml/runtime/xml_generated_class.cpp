@@ -422,7 +422,10 @@ CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationCo
             }
             const CXmlElement* const before = cursor;
             KvVariant had;
-            if (isAgain && record.m_hasPseudoElement) ReadProperty(record.m_propertyIndex, had);
+            if (isAgain && record.m_hasPseudoElement) {
+                ReadProperty(record.m_propertyIndex, had);
+                had.Own();
+            }
             while (!record.ElementFromXml(context, this, parent, &cursor, ns, type)) {
                 if (!context.GetIgnoreUnknownElements() || cursor == nullptr) {
                     SetIncomplete();

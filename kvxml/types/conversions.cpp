@@ -155,26 +155,9 @@ double ParseReal(std::string_view text, WhitespaceRule rule, const char* kind) {
 }
 
 void AppendReal(std::string& out, double value, int digits, std::string_view format) {
-    if (std::isnan(value)) {
-        out += "NaN";
-        return;
-    }
-    if (std::isinf(value)) {
-        out += value < 0 ? "-INF" : "INF";
-        return;
-    }
-    if (!format.empty()) {
-        internal::AppendFormattedReal(out, value, format);
-        return;
-    }
-    // Whole numbers of no more digits than asked for are common and need no floating point formatting.
-    if (std::fabs(value) < (digits > 7 ? 1e15 : 1e7) && value == std::trunc(value) &&
-        !(value == 0 && std::signbit(value))) {
-        AppendNumber(out, static_cast<std::int64_t>(value));
-        return;
-    }
+    if (!format.empty() && std::isfinite(value)) return internal::AppendFormattedReal(out, value, format);
     char buffer[internal::kMaxRealLength];
-    out.append(buffer, internal::WriteReal(buffer, value, digits));
+    out.append(buffer, internal::WriteXsdReal(buffer, value, digits));
 }
 
 // --- the rest ---------------------------------------------------------------------------------------------
@@ -292,10 +275,10 @@ std::uint64_t CConversions::ui8FromString(std::string_view text, WhitespaceRule 
 // --- floating point ---------------------------------------------------------------------------------------
 
 void CConversions::AppendR4(std::string& out, float value, std::string_view format) {
-    AppendReal(out, static_cast<double>(value), 7, format);
+    AppendReal(out, static_cast<double>(value), internal::kR4Digits, format);
 }
 void CConversions::AppendR8(std::string& out, double value, std::string_view format) {
-    AppendReal(out, value, 16, format);
+    AppendReal(out, value, internal::kR8Digits, format);
 }
 
 std::string CConversions::r4ToString(float value) {

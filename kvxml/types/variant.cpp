@@ -1,9 +1,12 @@
 #include "kvxml/types/variant.h"
 
+#include <charconv>
+
 #include "kvxml/metadata/xml_collection_base.h"
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/format_string.h"
 #include "kvxml/types/conversions.h"
+#include "kvxml/types/internal/real_text.h"
 #include "kvxml/types/internal/variant_facets.h"
 
 namespace KvXmlLib16 {
@@ -89,7 +92,7 @@ void KvVariant::CopyFrom(const KvVariant& other) {
         if (other.m_type < ItemType_hexBinary || other.m_type > ItemType_XmlCollection) {
             throw CKvException("Unknown Type");
         }
-        if (other.m_borrowed) {
+        if (other.m_borrowed && other.m_type == ItemType_string) {
             new (m_storage) std::string(other.StringValue());
         } else {
             WithHeldType(other.m_type, [&](auto* tag) {
@@ -109,7 +112,7 @@ void KvVariant::CopyFrom(const KvVariant& other) {
 
 void KvVariant::MoveFrom(KvVariant& other) noexcept {
     if (other.m_holds) {
-        if (other.m_borrowed) {
+        if (other.m_borrowed && other.m_type == ItemType_string) {
             new (m_storage) const std::string*(other.As<const std::string*>());
         } else {
             WithHeldType(other.m_type, [&](auto* tag) {
@@ -137,6 +140,10 @@ void KvVariant::DestroyOwned() noexcept {
             value.~Held();
         }
     });
+}
+
+void KvVariant::Own() {
+    if (m_borrowed) *this = KvVariant(*this);  // by way of a copy, which owns what it has
 }
 
 // --- objects -----------------------------------------------------------------------------------------------
@@ -178,19 +185,30 @@ std::string_view KvVariant::ToText(std::string& scratch, std::string_view format
         if (m_type == ItemType_Unknown) ThrowInvalidType("Invalid Type %d to convert to string", m_type);
         return std::string_view();  // nil
     }
-    if (m_type == ItemType_string) return StringValue();
     // The kinds that documents consist of are written in place, into scratch text that keeps its length.
     constexpr std::size_t kRoom = 64;
-    static_assert(CDecimal::kMaxSmallLength <= kRoom && CDateTime::kMaxTextLength <= kRoom);
-    const bool isSmallDecimal = m_type == ItemType_decimal && format.empty() && DecimalValue().IsSmall();
-    if (isSmallDecimal || m_type == ItemType_datetime) {
-        if (scratch.size() < kRoom) scratch.resize(kRoom);
-        if (isSmallDecimal)
-            return {scratch.data(),
-                    static_cast<std::size_t>(DecimalValue().FormatTo(scratch.data()) - scratch.data())};
-        if (const std::size_t length = DateTimeValue().FormatXsd(scratch.data()))
-            return {scratch.data(), length};
+    static_assert(CDecimal::kMaxSmallLength <= kRoom && CDateTime::kMaxTextLength <= kRoom &&
+                  internal::kMaxRealLength <= kRoom);
+    if (m_type == ItemType_string) return StringValue();
+    if (m_type == ItemType_boolean) return GetBoolean() ? "true" : "false";
+    if (scratch.size() < kRoom) scratch.resize(kRoom);
+    char* const begin = scratch.data();
+    char* end = begin;
+    if (m_type == ItemType_i4) {
+        end = std::to_chars(begin, begin + kRoom, GetI4()).ptr;
+    } else if (m_type == ItemType_decimal) {
+        if (format.empty() && DecimalValue().IsSmall()) end = DecimalValue().FormatTo(begin);
+    } else if (m_type == ItemType_r8) {
+        if (format.empty()) end = internal::WriteXsdReal(begin, GetR8(), internal::kR8Digits);
+    } else if (m_type == ItemType_datetime) {
+        end = begin + DateTimeValue().FormatXsd(begin);
     }
+    if (end == begin) return ToAnyText(scratch, format);
+    return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+/// The text of what `ToText` leaves, by way of appending.
+std::string_view KvVariant::ToAnyText(std::string& scratch, std::string_view format) const {
     scratch.clear();
     switch (m_type) {
         case ItemType_hexBinary:
@@ -204,9 +222,6 @@ std::string_view KvVariant::ToText(std::string& scratch, std::string_view format
             break;
         case ItemType_i2:
             CConversions::AppendI2(scratch, GetI2());
-            break;
-        case ItemType_i4:
-            CConversions::AppendI4(scratch, GetI4());
             break;
         case ItemType_i8:
             CConversions::AppendI8(scratch, GetI8());
@@ -250,9 +265,6 @@ std::string_view KvVariant::ToText(std::string& scratch, std::string_view format
             break;
         case ItemType_char:
             CConversions::AppendChar(scratch, GetChar());
-            break;
-        case ItemType_boolean:
-            CConversions::AppendBoolean(scratch, GetBoolean());
             break;
         case ItemType_decimal:
             CConversions::AppendDecimal(scratch, DecimalValue(), format);

@@ -94,6 +94,21 @@ public:
     void SetXmlObject(CXmlObjectBase* value);
     /// Adds a reference; null is allowed.
     void SetXmlCollection(CXmlCollectionBase* value);
+    /// As SetXmlObject without adding a reference: somebody else's must outlive this variant's use. Made for
+    /// generated classes, like `SetStringReference`. `Own` and copies of the variant take references of their
+    /// own.
+    void SetXmlObjectReference(CXmlObjectBase* value) noexcept {
+        Set(ItemType_XmlObject, value);
+        m_borrowed = true;
+    }
+    /// As SetXmlCollection without adding a reference.
+    void SetXmlCollectionReference(CXmlCollectionBase* value) noexcept {
+        Set(ItemType_XmlCollection, value);
+        m_borrowed = true;
+    }
+    /// Makes what was set as a reference the variant's own: a string is copied, an object or collection gets
+    /// a reference more.
+    void Own();
 
     // --- getters ----------------------------------------------------------------------------------------
     CBinaryData GetHexBinary() const { return As<CBinaryData>(); }
@@ -197,6 +212,7 @@ private:
         m_borrowed = false;
     }
     void DestroyOwned() noexcept;
+    std::string_view ToAnyText(std::string& scratch, std::string_view format) const;
     void CopyFrom(const KvVariant& other);
     void MoveFrom(KvVariant& other) noexcept;
 
@@ -204,7 +220,7 @@ private:
     ItemType m_type = ItemType_Unknown;
     bool m_nil = false;
     bool m_holds = false;     // m_storage holds a live value of kind m_type
-    bool m_borrowed = false;  // that value is a pointer to somebody else's string
+    bool m_borrowed = false;  // that value is a pointer to somebody else's string, or their reference
 };
 
 }  // namespace KvXmlLib16

@@ -8,6 +8,7 @@
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/format_string.h"
 #include "kvxml/xml/internal/plain_text.h"
+#include "kvxml/xml/internal/prepared_names.h"
 
 namespace KvXmlLib16 {
 
@@ -91,6 +92,10 @@ void CheckCharacters(std::string_view text, bool isUtf8) {
     }
 }
 
+bool BeginsWithSection(std::string_view text) noexcept {
+    return text.front() == '<' && text.substr(0, kSectionStart.size()) == kSectionStart;
+}
+
 }  // namespace
 
 CXmlTextWriter::CXmlTextWriter(CTextStream* stream, bool writeDefaultValues)
@@ -171,7 +176,7 @@ void CXmlTextWriter::WriteStartElement(std::string_view localName, std::string_v
 
     const NamespaceScope::Alias* alias = nullptr;
     bool invented = false;
-    if (!namespaceUri.empty() && namespaceUri != context->scope->defaultNamespace) {
+    if (!namespaceUri.empty() && !context->scope->IsDefault(namespaceUri)) {
         alias = context->scope->Find(namespaceUri);
         invented = alias == nullptr;
         if (invented) alias = &InventPrefix(namespaceUri);
@@ -210,7 +215,7 @@ void CXmlTextWriter::WriteText(std::string_view text, ItemType, bool isDefaultVa
     if (context == nullptr) ThrowNoElement();
     const std::string_view tagEnd(">", context->startTagOpen ? 1 : 0);
     context->startTagOpen = false;
-    if (text.front() == '<' && text.substr(0, kSectionStart.size()) == kSectionStart) {
+    if (BeginsWithSection(text)) {
         Buffer().Append(tagEnd);
         AppendWithSections(text);
     } else {
@@ -244,6 +249,68 @@ void CXmlTextWriter::WriteEndElement() {
     if (m_formatted) out = m_layout.PutLineEnd(out);
     buffer.Commit(out);
     PopContext();
+    FlushIfFull();
+}
+
+/// The start tag of an element inside the current one, from the beginning of its line, and its end tag with
+/// the line end; null when they can not be prepared.
+const internal::CPreparedName* CXmlTextWriter::PrepareName(std::uint32_t nameId, std::string_view localName,
+                                                           std::string_view namespaceUri) {
+    const CXmlWriterContext& parent = *GetCurrentContext();
+    std::string_view qualifier;
+    if (!namespaceUri.empty() && !parent.scope->IsDefault(namespaceUri)) {
+        const NamespaceScope::Alias* const alias = parent.scope->Find(namespaceUri);
+        if (alias == nullptr) return nullptr;
+        qualifier = alias->qualifier;
+    }
+    std::string start;
+    const auto level = static_cast<std::size_t>(parent.depth) + 1;
+    if (m_formatted) {
+        start.resize(m_layout.PrepareIndentation(level) + internal::CPreparedName::kSlack);
+        start.resize(static_cast<std::size_t>(
+            m_layout.PutIndentation(start.data(), m_layout.PrepareIndentation(level)) - start.data()));
+    }
+    start.append(1, '<').append(qualifier).append(localName).append(1, '>');
+    std::string end("</");
+    end.append(qualifier).append(localName).append(1, '>');
+    if (m_formatted) end += m_layout.LineEnd();
+    if (m_preparedNames == nullptr) m_preparedNames = std::make_unique<internal::CPreparedNames>();
+    return m_preparedNames->Keep(nameId, parent.scope, GetNamesVersion(), level, start, end);
+}
+
+void CXmlTextWriter::WriteSimpleElement(std::uint32_t nameId, std::string_view localName,
+                                        std::string_view namespaceUri, std::string_view text, ItemType type,
+                                        bool isDefaultValue) {
+    CXmlWriterContext* const parent = GetCurrentContext();
+    const internal::CPreparedName* name = nullptr;
+    if (nameId != 0 && parent != nullptr && !text.empty() && !isDefaultValue && !BeginsWithSection(text)) {
+        if (m_preparedNames != nullptr)
+            name = m_preparedNames->Find(nameId, parent->scope, GetNamesVersion(),
+                                         static_cast<std::size_t>(parent->depth) + 1);
+        if (name == nullptr) name = PrepareName(nameId, localName, namespaceUri);
+    }
+    if (name == nullptr)
+        return CXmlWriter::WriteSimpleElement(nameId, localName, namespaceUri, text, type, isDefaultValue);
+
+    constexpr std::size_t kNameRoom = internal::CPreparedName::kLongest + internal::CPreparedName::kSlack;
+    const std::size_t length = std::min(text.size(), kPieceLength);
+    CStringBuffer& buffer = Buffer();
+    char* out = buffer.Reserve(1 + internal::CLineLayout::kLineEndLength + kNameRoom + length);
+    ++parent->childCount;
+    if (parent->startTagOpen) {
+        parent->startTagOpen = false;
+        *out++ = '>';
+        if (m_formatted) out = m_layout.PutLineEnd(out);
+    }
+    out = name->PutStart(out);
+    const std::size_t plain = CopyPlain<Suspects<false>>(out, text.data(), length);
+    out += plain;
+    if (plain != text.size()) {
+        buffer.Commit(out);
+        AppendEscapedInPieces<false>(text.substr(plain));
+        out = buffer.Reserve(kNameRoom);
+    }
+    buffer.Commit(name->PutEnd(out));
     FlushIfFull();
 }
 

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,11 @@
 #include "kvxml/xml/xml_writer.h"
 
 namespace KvXmlLib16 {
+
+namespace internal {
+class CPreparedNames;
+struct CPreparedName;
+}  // namespace internal
 
 /// The XML form of the writer. Settings are made before the first element.
 ///
@@ -36,11 +42,20 @@ public:
 
     // --- settings --------------------------------------------------------------------------------------
     /// Line ends; LF unless set. CKvException "Invalid EOL type." for anything that is no `EOLType`.
-    void SetEOL(EOLType eol) { m_layout.SetEOL(eol); }
+    void SetEOL(EOLType eol) {
+        m_layout.SetEOL(eol);
+        ForgetNames();
+    }
     /// Indentation of one level; a tab unless set.
-    void SetIndentChars(std::string_view indentChars) { m_layout.SetIndentChars(indentChars); }
+    void SetIndentChars(std::string_view indentChars) {
+        m_layout.SetIndentChars(indentChars);
+        ForgetNames();
+    }
     /// Each element on a line of its own, indented by its depth (the default), or all on one line.
-    void SetFormatted(bool formatted) noexcept { m_formatted = formatted; }
+    void SetFormatted(bool formatted) noexcept {
+        m_formatted = formatted;
+        ForgetNames();
+    }
     /// Whether texts that are default values are written; not unless set.
     void SetWriteDefaultValues(bool write) noexcept { m_writeDefaultValues = write; }
 
@@ -72,6 +87,8 @@ public:
     void WriteTypeAttribute(std::string_view typeNamespaceUri, std::string_view typeName,
                             ItemType type) override;
     void WriteNilAttribute() override;
+    void WriteSimpleElement(std::uint32_t nameId, std::string_view localName, std::string_view namespaceUri,
+                            std::string_view text, ItemType type, bool isDefaultValue) override;
 
 private:
     CStringBuffer& Buffer() noexcept { return m_stream->GetBuffer(); }
@@ -82,6 +99,8 @@ private:
     std::size_t IndentationOf(const CXmlWriterContext& context) {
         return m_layout.PrepareIndentation(static_cast<std::size_t>(context.depth));
     }
+    const internal::CPreparedName* PrepareName(std::uint32_t nameId, std::string_view localName,
+                                               std::string_view namespaceUri);
     void RequireOpenStartTag() const;
     [[noreturn]] static void ThrowNoElement();
     void AppendNamespace(std::string_view prefix, std::string_view uri);
@@ -99,6 +118,7 @@ private:
     bool m_writeDefaultValues;
     bool m_isUtf8;
     internal::CLineLayout m_layout;
+    std::unique_ptr<internal::CPreparedNames> m_preparedNames;  // made when the first one is
 };
 
 }  // namespace KvXmlLib16

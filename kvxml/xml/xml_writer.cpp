@@ -1,6 +1,7 @@
 #include "kvxml/xml/xml_writer.h"
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 #include "kvxml/runtime/exceptions.h"
@@ -81,6 +82,22 @@ CXmlWriter::~CXmlWriter() {
 
 void CXmlWriter::BeginOutput() {}
 
+void CXmlWriter::WriteSimpleElement(std::uint32_t, std::string_view localName, std::string_view namespaceUri,
+                                    std::string_view text, ItemType type, bool isDefaultValue) {
+    WriteStartElement(localName, namespaceUri);
+    WriteText(text, type, isDefaultValue);
+    WriteEndElement();
+}
+
+std::uint32_t CXmlWriter::NewNameId() noexcept {
+    static constinit std::atomic<std::uint32_t> last{0};
+    std::uint32_t id = last.load(std::memory_order_relaxed);
+    do {
+        if (id == UINT32_MAX) return 0;
+    } while (!last.compare_exchange_weak(id, id + 1, std::memory_order_relaxed));
+    return id + 1;
+}
+
 void CXmlWriter::EndDocument() {
     if (m_current != nullptr) throw CKvException("An Element has not been closed.");
 }
@@ -112,6 +129,7 @@ void CXmlWriter::EnterDocument(CXmlWriterContext& context) {
     if (context.m_ownScope == nullptr) context.m_ownScope = std::make_unique<NamespaceScope>();
     NamespaceScope& scope = *context.m_ownScope;
     scope = NamespaceScope();
+    ForgetNames();
     scope.defaultNamespace = m_documentScope.defaultNamespace;
     // What a start tag cannot declare without being ill-formed is left out: such a namespace gets an
     // invented prefix when it is used.
@@ -130,6 +148,7 @@ CXmlWriter::NamespaceScope& CXmlWriter::OwnScope(CXmlWriterContext& context) {
         *context.m_ownScope = *context.scope;
         context.scope = context.m_ownScope.get();
     }
+    ForgetNames();  // callers are about to change it
     return *context.m_ownScope;
 }
 

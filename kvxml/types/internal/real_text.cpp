@@ -128,6 +128,18 @@ char* WriteReal(char* out, double value, int digits) noexcept {
     return out + (end - wholeEnd);
 }
 
+char* WriteXsdReal(char* out, double value, int digits) noexcept {
+    const auto word = [out](std::string_view text) { return out + text.copy(out, text.size()); };
+    if (!std::isfinite(value)) return std::isnan(value) ? word("NaN") : word(value < 0 ? "-INF" : "INF");
+    // Whole numbers of no more digits than asked for are common and need no floating point formatting.
+    if (std::fabs(value) < (digits > 7 ? 1e15 : 1e7)) {
+        const auto whole = static_cast<std::int64_t>(value);
+        if (static_cast<double>(whole) == value && !(whole == 0 && std::signbit(value)))
+            return std::to_chars(out, out + kMaxRealLength, whole).ptr;
+    }
+    return WriteReal(out, value, digits);
+}
+
 void AppendFormattedReal(std::string& out, double value, std::string_view format) {
     if (!IsRealFormat(format)) {
         throw CKvInvalidParamException(
