@@ -199,7 +199,7 @@ void CAttributeInfoEnum::ReadMatched(const CSerializationContext&, CXmlGenerated
                                      CXmlAttribute* attribute) {
     KvVariant value;
     try {
-        value.SetI4(m_enumFromString(attribute->GetValue().c_str()));
+        value.SetI4(m_enumFromString(std::string(attribute->GetValueView()).c_str()));
     } catch (const CKvException& e) {
         ThrowSetFailed(*attribute, e);
     }

@@ -32,8 +32,7 @@ CXmlElement* CXmlTypeCollection::FromXml_Int(CXmlElement*, CXmlElement* cursor,
                 break;
             matched = cursor->GetName();
         }
-        if (cursor->GetFirstElement() != nullptr || !cursor->GetAttributes().empty())
-            internal::JudgeSimpleElement(context, *cursor, false);
+        internal::JudgeSimpleElement(context, *cursor, false);
         try {
             AddFromString(cursor->GetTextView());
         } catch (const CKvException& e) {

@@ -23,15 +23,21 @@ std::size_t Hash(std::string_view text) noexcept {
         hash = (hash ^ part) * 0x9E3779B97F4A7C15U;
         hash ^= hash >> 32;
     };
-    while (text.size() >= sizeof(std::uint64_t)) {
-        std::uint64_t part = 0;
-        std::memcpy(&part, text.data(), sizeof part);
-        mix(part);
-        text.remove_prefix(sizeof part);
+    const auto load = [text](std::size_t at, auto part) {
+        std::memcpy(&part, text.data() + at, sizeof part);
+        return std::uint64_t{part};
+    };
+    // The last part may overlap the one before.
+    if (text.size() >= 8) {
+        for (std::size_t at = 0; at + 8 < text.size(); at += 8)
+            mix(load(at, std::uint64_t{}));
+        mix(load(text.size() - 8, std::uint64_t{}));
+    } else if (text.size() >= 4) {
+        mix(load(0, std::uint32_t{}) << 32 | load(text.size() - 4, std::uint32_t{}));
+    } else {
+        for (std::size_t at = 0; at < text.size(); ++at)
+            mix(load(at, std::uint8_t{}));
     }
-    std::uint64_t rest = 0;
-    std::memcpy(&rest, text.data(), text.size());
-    mix(rest);
     return static_cast<std::size_t>(hash);
 }
 

@@ -164,7 +164,10 @@ public:
     /// Returns the new count; at 0 the object has deleted itself. Chains of objects that own each other are
     /// deleted without recursing per object, so their length is not limited by the stack.
     std::int32_t Release() const noexcept {
-        const std::int32_t count = m_references.fetch_sub(1, std::memory_order_acq_rel) - 1;
+        // The only reference is the caller's, so nobody else can take one meanwhile.
+        const bool isLast = m_references.load(std::memory_order_acquire) == 1;
+        if (isLast) m_references.store(0, std::memory_order_relaxed);
+        const std::int32_t count = isLast ? 0 : m_references.fetch_sub(1, std::memory_order_acq_rel) - 1;
         if (count == 0) DeleteThis();
         return count;
     }

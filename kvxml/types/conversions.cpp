@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <system_error>
 #include <type_traits>
@@ -143,8 +144,34 @@ bool ParseDouble(std::string_view text, double& value) {
     return value;
 }
 
+// Digits with a point between them, all of which make an integer that a double holds exactly: dividing it by
+// a power of ten that a double holds exactly rounds once, as reading the text does.
+bool ParseShortReal(std::string_view text, double& value) {
+    constexpr std::size_t kExactDigits = 15;
+    static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
+                                              1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14};
+    const bool negative = !text.empty() && text.front() == '-';
+    if (negative) text.remove_prefix(1);
+    if (text.size() < 3 || text.size() > kExactDigits + 1) return false;
+    const auto* const point = static_cast<const char*>(std::memchr(text.data(), '.', text.size()));
+    if (point == nullptr) return false;
+    const auto whole = static_cast<std::size_t>(point - text.data());
+    const std::size_t fraction = text.size() - whole - 1;
+    std::uint64_t high = 0;
+    std::uint64_t low = 0;
+    if (whole == 0 || fraction == 0 || !internal::ReadDigits(text.data(), whole, high) ||
+        !internal::ReadDigits(point + 1, fraction, low))
+        return false;
+    const double power = kPowersOfTen[fraction];
+    value = (static_cast<double>(high) * power + static_cast<double>(low)) / power;
+    if (negative) value = -value;
+    return true;
+}
+
 // Text that is a number from end to end has nothing that a rule would change, and is no word.
 double ParseReal(std::string_view text, WhitespaceRule rule, const char* kind) {
+    double exact = 0;
+    if (IsRule(rule) && ParseShortReal(text, exact)) return exact;
     if (!text.empty() && internal::DigitValue(text.back()) <= 9 && IsRule(rule)) {
         double value = 0;
         const char* const end = text.data() + text.size();

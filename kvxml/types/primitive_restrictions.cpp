@@ -73,15 +73,15 @@ public:
 
     void Pattern() const {
         if (m_facets.pattern.empty()) return;
-        if (!m_lexical.empty()) return Pattern(m_lexical);
+        if (!m_lexical.empty()) return Pattern(m_lexical, internal::IsAllAscii(m_lexical));
         std::string text;
         m_makeText(text);
-        Pattern(text);
+        Pattern(text, internal::IsAllAscii(text));
     }
     /// `text` is in UTF-8.
-    void Pattern(std::string_view text) const {
+    void Pattern(std::string_view text, bool isAscii) const {
         if (m_facets.pattern.empty()) return;
-        const CXsdRegex::Result result = m_facets.Regex().Match(text);
+        const CXsdRegex::Result result = m_facets.Regex().Match(text, isAscii);
         if (result == CXsdRegex::Result::NoMatch) Fail("pattern", m_facets.pattern);
         if (result == CXsdRegex::Result::LimitExceeded) {
             Fail("pattern", m_facets.pattern + "] [the match takes too many steps");
@@ -338,11 +338,12 @@ void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std
             });
             std::sort(made.enumeration.begin(), made.enumeration.end());
         });
-    const bool isUtf8 = internal::IsAllAscii(value) || internal::IsLocalUtf8();
+    const bool isAscii = internal::IsAllAscii(value);
+    const bool isUtf8 = isAscii || internal::IsLocalUtf8();
     const std::string converted = isUtf8 ? std::string() : internal::LocalToUtf8(value);
     const std::string_view characters = isUtf8 ? value : converted;
     check.Length([&] { return CountCharacters(characters); });
-    check.Pattern(characters);
+    check.Pattern(characters, isAscii);
     const std::vector<std::string>& allowed = typed.enumeration;
     if (!allowed.empty() &&
         !std::binary_search(allowed.begin(), allowed.end(), value,

@@ -40,7 +40,9 @@ public:
     /// nothing or only cuts off the ends, otherwise of `scratch`, whose former content is lost.
     static std::string_view ApplyRuleView(WhitespaceRule rule, std::string_view text, std::string& scratch) {
         const bool isRule = static_cast<std::uint32_t>(rule) <= WhitespaceRule_Collapse;
-        if (rule == WhitespaceRule_None || (isRule && IsFreeOfBlanks(text))) return text;
+        // Up to which character the rule may have something to change.
+        const unsigned char last = rule == WhitespaceRule_Preserve ? '\r' : ' ';
+        if (rule == WhitespaceRule_None || (isRule && IsAbove(last, text))) return text;
         return ApplyRuleSlow(rule, text, scratch);
     }
     /// True for space, tab, line feed and carriage return.
@@ -49,15 +51,15 @@ public:
     }
 
 private:
-    /// False when a byte may be a blank or a control character: quick and not exact. The short texts that
-    /// most values are have none.
-    static bool IsFreeOfBlanks(std::string_view text) noexcept {
+    /// False when a byte may be `last` or below: quick and not exact.
+    static bool IsAbove(unsigned char last, std::string_view text) noexcept {
         constexpr std::uint64_t kOnes = 0x0101010101010101u;
         constexpr std::uint64_t kHighs = 0x8080808080808080u;
-        const auto suspicious = [](const char* at) {
+        const std::uint64_t bounds = kOnes * (last + 1u);
+        const auto suspicious = [bounds](const char* at) {
             std::uint64_t word;
             std::memcpy(&word, at, sizeof(word));
-            return (word - kOnes * 0x21) & ~word & kHighs;
+            return (word - bounds) & ~word & kHighs;
         };
         if (text.size() < sizeof(std::uint64_t)) {
             if (text.size() >= sizeof(std::uint32_t)) {
@@ -68,7 +70,7 @@ private:
                 return suspicious(both) == 0;
             }
             for (const char c : text) {
-                if (static_cast<unsigned char>(c) < 0x21) return false;
+                if (static_cast<unsigned char>(c) <= last) return false;
             }
             return true;
         }

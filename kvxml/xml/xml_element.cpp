@@ -70,13 +70,12 @@ const std::string& CXmlElement::GetText() const {
     return m_name->tree->BoxText(*this);
 }
 
-std::string_view CXmlElement::GetTextView() const {
+/// The text of any kind but characters.
+std::string_view CXmlElement::GetJoinedText() const {
     const internal::CXmlTextRun* run = nullptr;
     switch (m_textKind) {
         case TextKind_None:
             return std::string_view();
-        case TextKind_Characters:
-            return std::string_view(m_text.characters, m_textLength);
         case TextKind_SharedRuns:
             run = m_text.sharedRuns;
             break;

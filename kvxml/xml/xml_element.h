@@ -54,7 +54,10 @@ public:
     /// The text without the string that `GetText` makes on its first call; for text with child elements in
     /// between the string is made nevertheless. For an ancestor in the element filter the view is good
     /// until the filter returns.
-    std::string_view GetTextView() const;
+    std::string_view GetTextView() const {
+        return m_textKind == TextKind_Characters ? std::string_view(m_text.characters, m_textLength)
+                                                 : GetJoinedText();
+    }
     /// Whether the text is empty or consists of blanks, tabs and line ends only, as between the children of
     /// formatted documents. Makes no string.
     bool IsTextBlank() const noexcept;
@@ -72,6 +75,8 @@ private:
     friend class internal::CXmlTreeBuilder;
 
     CXmlElement() = default;
+
+    std::string_view GetJoinedText() const;
 
     /// What `m_text` holds.
     enum TextKind : std::uint32_t {

@@ -47,7 +47,7 @@ bool JudgeAttributes(const CSerializationContext& context, const CXmlElement& el
 
 }  // namespace
 
-bool JudgeSimpleElement(const CSerializationContext& context, const CXmlElement& element, bool nillable) {
+bool JudgeAnyElement(const CSerializationContext& context, const CXmlElement& element, bool nillable) {
     const CXmlElement* child = element.GetFirstElement();
     if (child != nullptr && !context.GetIgnoreUnknownElements()) ThrowUnexpectedChild(element, *child);
     return !element.GetAttributes().empty() && JudgeAttributes(context, element, nillable);

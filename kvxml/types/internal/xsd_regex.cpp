@@ -77,7 +77,7 @@ CXsdRegex::CXsdRegex(std::string_view pattern) : m_pattern(pattern) {
         throw CKvException(FormatString("Invalid Regular Expression: %s Error: '%s'", m_pattern.c_str(),
                                         reinterpret_cast<const char*>(text)));
     }
-    pcre2_jit_compile(code, PCRE2_JIT_COMPLETE);  // without it the interpreter does the work
+    m_isJit = pcre2_jit_compile(code, PCRE2_JIT_COMPLETE) == 0;  // else the interpreter does the work
     m_code = code;
 }
 
@@ -113,7 +113,7 @@ std::shared_ptr<const CXsdRegex> CXsdRegex::Get(const std::string& pattern) {
     return regex;
 }
 
-CXsdRegex::Result CXsdRegex::Match(std::string_view text) const {
+CXsdRegex::Result CXsdRegex::Match(std::string_view text, bool isAscii) const {
     thread_local Scratch scratch;
     if (scratch.data == nullptr || scratch.context == nullptr) throw std::bad_alloc();
     const auto* const code = static_cast<const pcre2_code*>(m_code);
@@ -121,7 +121,10 @@ CXsdRegex::Result CXsdRegex::Match(std::string_view text) const {
     const std::size_t steps = kBacktrackingWork / (text.size() + 1);
     pcre2_set_match_limit(scratch.context,
                           static_cast<std::uint32_t>(std::min<std::size_t>(steps, kBacktrackingSteps)));
-    int result = pcre2_match(code, subject, text.size(), 0, 0, scratch.data, scratch.context);
+    // The fast path of compiled patterns takes the text as it is, which for ASCII is well-formed UTF-8.
+    int result = m_isJit && isAscii
+                     ? pcre2_jit_match(code, subject, text.size(), 0, 0, scratch.data, scratch.context)
+                     : pcre2_match(code, subject, text.size(), 0, 0, scratch.data, scratch.context);
     if (IsLimit(result)) {
         const std::size_t workspace = WorkspaceSize(text.size());
         scratch.workspace.resize(workspace);

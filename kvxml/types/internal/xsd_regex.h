@@ -24,14 +24,16 @@ public:
 
     /// Whether the pattern matches the whole of `text`; ill-formed UTF-8 never matches. The time grows
     /// with the length of the text, not faster; a pattern that would have to keep track of more possibilities
-    /// at a time than any reasonable one is given up.
-    Result Match(std::string_view text) const;
+    /// at a time than any reasonable one is given up. `isAscii`: the text is known to be ASCII, which is
+    /// matched faster.
+    Result Match(std::string_view text, bool isAscii) const;
 
 private:
     const void* SideBySideCode() const;
 
     std::string m_pattern;
     void* m_code;
+    bool m_isJit;
     mutable std::once_flag m_sideBySideOnce;
     mutable void* m_sideBySideCode = nullptr;  // made by the first text that needs it; may stay null
 };

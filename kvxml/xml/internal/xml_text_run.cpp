@@ -5,14 +5,14 @@
 namespace KvXmlLib16::internal {
 
 const CSharedTextRuns::Node* CSharedTextRuns::Find(const Node* chain, std::string_view text) {
-    if (text.size() > kMaxLength || text.find_first_not_of(" \t\n") != std::string_view::npos) return nullptr;
     Node& last = const_cast<Node&>(*chain);  // nodes are constant to those who hold them
     for (Node* follower = last.firstFollower; follower != nullptr; follower = follower->nextSibling) {
-        if (std::string_view(follower->characters, follower->length) == text) {
+        if (follower->length == text.size() && EqualShort(follower->characters, text.data(), text.size())) {
             last.expected = follower;
             return follower;
         }
     }
+    if (text.size() > kMaxLength || text.find_first_not_of(" \t\n") != std::string_view::npos) return nullptr;
     if (last.depth == kMaxDepth || last.followers == kMaxFollowers || m_count == kMaxNodes) return nullptr;
     const char* characters = FindCharacters(text);
     if (characters == nullptr) {

@@ -35,7 +35,8 @@ public:
     const CXmlDocument* GetDocument() const noexcept { return m_document; }
     void SetDocument(const CXmlDocument* document) noexcept { m_document = document; }
     CXmlElement* GetRoot() const noexcept { return m_root; }
-    void SetRoot(CXmlElement* root) noexcept { m_root = root; }
+    /// Where the document element is linked in.
+    CXmlElement** RootPlace() noexcept { return &m_root; }
 
     const PrefixTable& Prefixes() const noexcept { return m_prefixes; }
     /// Enters a prefix, or gives it another namespace.

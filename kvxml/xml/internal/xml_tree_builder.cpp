@@ -26,10 +26,12 @@ CXmlTreeBuilder::CXmlTreeBuilder(CXmlTree& tree, CXmlDocument::ElementFilter fil
       m_filter(filter),
       m_maxDepth(maxDepth),
       m_convert(convert),
+      m_isPlain(filter == nullptr && !convert),
       m_frames(FrameCount(kFirstFrames)) {
     m_open = m_frames.data();
     m_framesEnd = m_open + m_frames.size();
     *m_open = Frame{};
+    m_open->nextChild = tree.RootPlace();
 }
 
 /// `wanted` or as many as the maximum depth allows.
@@ -48,7 +50,7 @@ CXmlTreeBuilder::Frame* CXmlTreeBuilder::OpenFrame() {
     return m_open + 1;
 }
 
-void CXmlTreeBuilder::StartElement(const char* name, const char* const* attributes) {
+void CXmlTreeBuilder::StartAnyElement(const char* name, const char* const* attributes) {
     Frame* const frame = BeginElement();
     LinkElement(frame, m_convert ? MakeElementConverting(name, attributes) : MakeElement(name, attributes));
 }
@@ -75,25 +77,9 @@ CXmlTreeBuilder::Frame* CXmlTreeBuilder::BeginElement() {
     if (m_filter != nullptr) {
         frame->mark = m_arena.GetMark();
         frame->boxes = m_tree.GetBoxCount();
-        frame->previousSibling = m_open->lastChild;
+        frame->place = m_open->nextChild;
     }
     return frame;
-}
-
-void CXmlTreeBuilder::LinkElement(Frame* frame, CXmlElement* element) {
-    CXmlElement* const parent = m_open->element;
-    element->m_parent = parent;
-    if (m_open->lastChild != nullptr) {
-        m_open->lastChild->m_next = element;
-    } else if (parent != nullptr) {
-        parent->m_firstChild = element;
-    } else {
-        m_tree.SetRoot(element);
-    }
-    m_open->lastChild = element;
-    frame->element = element;
-    frame->lastChild = nullptr;
-    m_open = frame;
 }
 
 CXmlElement* CXmlTreeBuilder::MakeElement(const CXmlName* name, const CXmlNewAttribute* attributes,
@@ -276,12 +262,8 @@ void CXmlTreeBuilder::Filter() {
     const Frame& closed = *(m_open + 1);
     CXmlElement* const element = closed.element;
     if (!m_filter(element) || m_open->element == nullptr) return;
-    m_open->lastChild = closed.previousSibling;
-    if (closed.previousSibling != nullptr) {
-        closed.previousSibling->m_next = nullptr;
-    } else {
-        m_open->element->m_firstChild = nullptr;
-    }
+    m_open->nextChild = closed.place;
+    *closed.place = nullptr;
     m_tree.DropBoxes(closed.boxes, *element);
     m_arena.Rewind(closed.mark);
 }

@@ -34,7 +34,14 @@ public:
 
     /// Opens an element. `name` and the names in `attributes`, pairs of name and value up to a null, are
     /// namespace URI, CXmlNameTable::kSeparator and local name, or the local name alone.
-    void StartElement(const char* name, const char* const* attributes);
+    void StartElement(const char* name, const char* const* attributes) {
+        FlushText();
+        if (!m_isPlain || attributes[0] != nullptr || m_open + 1 == m_framesEnd)
+            return StartAnyElement(name, attributes);
+        auto* const element = new (m_arena.Allocate(sizeof(CXmlElement))) CXmlElement();
+        element->m_name = m_names.Element(name);
+        LinkElement(m_open + 1, element);
+    }
     /// The same with names and attributes as the tree has them.
     void StartElement(const CXmlName* name, const CXmlNewAttribute* attributes, std::size_t count);
     /// Closes the element opened last and asks the filter, whose exceptions pass.
@@ -57,15 +64,23 @@ public:
 private:
     struct Frame {
         CXmlElement* element;
-        CXmlElement* lastChild;
+        CXmlElement** nextChild;  // where the next child is linked in
         // Filled only when there is a filter: how things stood before the element.
-        CXmlElement* previousSibling;
+        CXmlElement** place;
         CArena::Mark mark;
         std::size_t boxes;
     };
 
+    void StartAnyElement(const char* name, const char* const* attributes);
     Frame* BeginElement();
-    void LinkElement(Frame* frame, CXmlElement* element);
+    void LinkElement(Frame* frame, CXmlElement* element) noexcept {
+        element->m_parent = m_open->element;
+        *m_open->nextChild = element;
+        m_open->nextChild = &element->m_next;
+        frame->element = element;
+        frame->nextChild = &element->m_firstChild;
+        m_open = frame;
+    }
     CXmlElement* MakeElement(const CXmlName* name, const CXmlNewAttribute* attributes, std::size_t count);
     CXmlElement* MakeElement(const char* name, const char* const* attributes);
     CXmlElement* MakeElementConverting(const char* name, const char* const* attributes);
@@ -122,8 +137,9 @@ private:
     const CXmlDocument::ElementFilter m_filter;
     const std::uint32_t m_maxDepth;
     const bool m_convert;
-    Frame* m_open;       // of the element opened last; the first one stands for the document
-    Frame* m_framesEnd;  // behind the last one that may be opened without a look
+    const bool m_isPlain;  // elements need nothing but to be made
+    Frame* m_open;         // of the element opened last; the first one stands for the document
+    Frame* m_framesEnd;    // behind the last one that may be opened without a look
     std::vector<Frame> m_frames;
 };
 
