@@ -96,6 +96,11 @@ bool IsLiteral(std::string_view text) noexcept {
     return at == end;
 }
 
+/// The same for the text that the library makes of a number or truth value: all but "NaN", "INF" and "-INF".
+constexpr bool IsCanonicalLiteral(std::string_view text) noexcept {
+    return IsDigit(text.back()) || text.back() == 'e';
+}
+
 // --- transformation of strings ---------------------------------------------------------------------------
 
 char* PutUnit(char* out, unsigned unit) noexcept {
@@ -234,19 +239,26 @@ void CJsonTextWriter::CloseArray(CXmlWriterContext& context) {
     Buffer().Commit(out);
 }
 
-/// Writes what comes before the value of an attribute, a declaration or a text.
-void CJsonTextWriter::AppendMember(CXmlWriterContext& context, std::string_view mark,
-                                   std::string_view qualifier, std::string_view localName) {
-    if (context.isArrayOpen) CloseArray(context);
+/// Writes line and name of a member or of the document element, behind `separator` if it is not zero.
+void CJsonTextWriter::AppendLineAndName(char separator, std::string_view mark, std::string_view qualifier,
+                                        std::string_view localName) {
     const std::size_t indentation = LineIndentation(m_level);
     CStringBuffer& buffer = Buffer();
     char* out = buffer.Reserve(kFrame + indentation + qualifier.size() + localName.size());
-    *out++ = context.startTagOpen ? '{' : ',';
-    context.startTagOpen = false;
+    if (separator != '\0') *out++ = separator;
     out = PutNewLine(out, indentation);
     char* const end = PutName(out, mark, qualifier, localName);
     buffer.Commit(end != nullptr ? end : out);
     if (end == nullptr) AppendName(mark, qualifier, localName);
+}
+
+/// Writes what comes before the value of an attribute, a declaration or a text.
+void CJsonTextWriter::AppendMember(CXmlWriterContext& context, std::string_view mark,
+                                   std::string_view qualifier, std::string_view localName) {
+    if (context.isArrayOpen) CloseArray(context);
+    const char separator = context.startTagOpen ? '{' : ',';
+    context.startTagOpen = false;
+    AppendLineAndName(separator, mark, qualifier, localName);
 }
 
 // --- elements --------------------------------------------------------------------------------------------
@@ -266,6 +278,7 @@ inline bool CJsonTextWriter::IsItem(const CXmlWriterContext& context, std::strin
     if (context.nameLength != length) return false;
     const std::string_view name(
         length <= CXmlWriterContext::kShortName ? context.shortName : context.longName.data(), length);
+    if (qualifier.empty() && length <= 16) return internal::EqualShort(name.data(), localName.data(), length);
     return name.substr(0, qualifier.size()) == qualifier && name.substr(qualifier.size()) == localName;
 }
 
@@ -278,15 +291,56 @@ inline std::string_view CJsonTextWriter::ElementQualifier(const NamespaceScope& 
 
 void CJsonTextWriter::WriteStartElement(std::string_view localName, std::string_view namespaceUri) {
     CXmlWriterContext* const parent = GetCurrentContext();
-    const bool hasNamespace = m_roundTrip == JsonRoundTrip_Full && !namespaceUri.empty();
-    std::string_view qualifier;
-    if (parent != nullptr) {
-        qualifier = ElementQualifier(*parent->scope, namespaceUri);
-        if (m_hasText) AppendHeldText(*parent);
-    }
+    if (parent == nullptr) return StartDocumentElement(localName, namespaceUri);
+    const std::string_view qualifier = ElementQualifier(*parent->scope, namespaceUri);
+    if (m_hasText) AppendHeldText(*parent);
     CXmlWriterContext* const context = PushContext();
+    context->isArrayOpen = false;
+    CStringBuffer& buffer = Buffer();
+    char separator = ',';
+    if (parent->isArrayOpen) {
+        if (IsItem(*context, qualifier, localName)) {
+            const std::size_t indentation = LineIndentation(m_level);
+            char* const out = buffer.Reserve(kFrame + indentation);
+            *out = ',';
+            buffer.Commit(PutNewLine(out + 1, indentation));
+            ++m_level;
+            return FlushIfFull();
+        }
+        CloseArray(*parent);
+        // Another name within one collection goes on with another array.
+        if (parent->arrayMode == kArrayOpen) parent->arrayMode = kArrayStarting;
+    } else if (parent->startTagOpen) {
+        parent->startTagOpen = false;
+        separator = '{';
+    }
+    AppendLineAndName(separator, {}, qualifier, localName);
+    ++m_level;
+    if (parent->arrayMode == kArrayStarting) {
+        parent->arrayMode = kArrayOpen;
+        parent->isArrayOpen = true;
+        const std::size_t nameLength = qualifier.size() + localName.size();
+        context->nameLength = nameLength;
+        if (nameLength <= CXmlWriterContext::kShortName)
+            Put(Put(context->shortName, qualifier), localName);
+        else
+            context->longName.assign(qualifier).append(localName);
+        const std::size_t indentation = LineIndentation(m_level);
+        char* const out = buffer.Reserve(kFrame + indentation);
+        *out = '[';
+        buffer.Commit(PutNewLine(out + 1, indentation));
+        ++m_level;
+    }
+    FlushIfFull();
+}
+
+void CJsonTextWriter::StartDocumentElement(std::string_view localName, std::string_view namespaceUri) {
+    CXmlWriterContext* const context = PushContext();
+    context->isArrayOpen = false;
+    std::string_view qualifier;
     std::string_view invented;
-    if (parent == nullptr && hasNamespace && namespaceUri != context->scope->defaultNamespace) {
+    if (m_roundTrip == JsonRoundTrip_Full && !namespaceUri.empty() &&
+        !context->scope->IsDefault(namespaceUri)) {
         const NamespaceScope::Alias* alias = context->scope->Find(namespaceUri);
         if (alias == nullptr) {
             alias = &InventPrefix(namespaceUri);
@@ -294,57 +348,10 @@ void CJsonTextWriter::WriteStartElement(std::string_view localName, std::string_
         }
         qualifier = alias->qualifier;
     }
-    context->isArrayOpen = false;
-
-    const std::size_t nameLength = qualifier.size() + localName.size();
-    bool isNamed = true;
-    char separator = ',';
-    if (parent == nullptr) {
-        if (!m_hasMember) separator = '\0';
-        m_hasMember = true;
-    } else if (parent->isArrayOpen) {
-        if (IsItem(*context, qualifier, localName)) {
-            isNamed = false;
-        } else {
-            CloseArray(*parent);
-            // Another name within one collection goes on with another array.
-            if (parent->arrayMode == kArrayOpen) parent->arrayMode = kArrayStarting;
-        }
-    } else if (parent->startTagOpen) {
-        parent->startTagOpen = false;
-        separator = '{';
-    }
-
-    const bool startsArray = isNamed && parent != nullptr && parent->arrayMode == kArrayStarting;
-    const std::size_t indentation = LineIndentation(m_level + 1);
-    const std::size_t memberIndentation = LineIndentation(m_level);
-    CStringBuffer& buffer = Buffer();
-    char* out = buffer.Reserve(kFrame + nameLength + memberIndentation + indentation);
-    if (separator != '\0') *out++ = separator;
-    out = PutNewLine(out, memberIndentation);
-    if (isNamed) {
-        char* const end = PutName(out, {}, qualifier, localName);
-        if (end == nullptr) {
-            buffer.Commit(out);
-            AppendName({}, qualifier, localName);
-        }
-        out = end != nullptr ? end : buffer.Reserve(kFrame + indentation);
-    }
-    if (startsArray) {
-        parent->arrayMode = kArrayOpen;
-        parent->isArrayOpen = true;
-        context->nameLength = nameLength;
-        if (nameLength <= CXmlWriterContext::kShortName)
-            Put(Put(context->shortName, qualifier), localName);
-        else
-            context->longName.assign(qualifier).append(localName);
-        *out++ = '[';
-        out = PutNewLine(out, indentation);
-        ++m_level;
-    }
-    buffer.Commit(out);
+    AppendLineAndName(m_hasMember ? ',' : '\0', {}, qualifier, localName);
+    m_hasMember = true;
     ++m_level;
-    if (parent == nullptr && m_roundTrip == JsonRoundTrip_Full) AppendDeclarations(*context, invented);
+    if (m_roundTrip == JsonRoundTrip_Full) AppendDeclarations(*context, invented);
     FlushIfFull();
 }
 
@@ -390,58 +397,55 @@ void CJsonTextWriter::WriteEndElement() {
 }
 
 /// Line and name of a member of the current element; null when they can not be prepared.
-const internal::CPreparedName* CJsonTextWriter::PrepareName(std::uint32_t nameId, std::string_view localName,
-                                                            std::string_view namespaceUri) {
+const internal::CPreparedName* CJsonTextWriter::PrepareName(const SimpleName& name) {
     const NamespaceScope& scope = *GetCurrentContext()->scope;
-    const std::string_view qualifier = ElementQualifier(scope, namespaceUri);
+    const std::string_view qualifier = ElementQualifier(scope, name.namespaceUri);
     const std::size_t indentation = LineIndentation(m_level);
-    std::string text(kFrame + indentation + qualifier.size() + localName.size() + CStringBuffer::kSlack,
+    std::string text(kFrame + indentation + qualifier.size() + name.localName.size() + CStringBuffer::kSlack,
                      '\0');
-    char* const end = PutName(PutNewLine(text.data(), indentation), {}, qualifier, localName);
+    char* const end = PutName(PutNewLine(text.data(), indentation), {}, qualifier, name.localName);
     if (end == nullptr) return nullptr;
     if (m_preparedNames == nullptr) m_preparedNames = std::make_unique<internal::CPreparedNames>();
-    return m_preparedNames->Keep(nameId, &scope, GetNamesVersion(), m_level,
+    return m_preparedNames->Keep(name.id, &scope, GetNamesVersion(), m_level,
                                  {text.data(), static_cast<std::size_t>(end - text.data())}, {});
 }
 
-void CJsonTextWriter::WriteSimpleElement(std::uint32_t nameId, std::string_view localName,
-                                         std::string_view namespaceUri, std::string_view text, ItemType type,
-                                         bool isDefaultValue) {
+void CJsonTextWriter::WriteSimpleElement(const SimpleName& name, std::string_view text, bool isDefaultValue,
+                                         bool isCanonical) {
     CXmlWriterContext* const parent = GetCurrentContext();
     if (parent == nullptr || m_hasText)
-        return CXmlWriter::WriteSimpleElement(nameId, localName, namespaceUri, text, type, isDefaultValue);
+        return CXmlWriter::WriteSimpleElement(name, text, isDefaultValue, isCanonical);
 
     const std::size_t length = std::min(text.size(), kPieceLength);
     CStringBuffer& buffer = Buffer();
     char* out;
     if (parent->isArrayOpen) {
-        if (!IsItem(*PeekContext(), ElementQualifier(*parent->scope, namespaceUri), localName))
-            return CXmlWriter::WriteSimpleElement(nameId, localName, namespaceUri, text, type,
-                                                  isDefaultValue);
+        const std::string_view qualifier = ElementQualifier(*parent->scope, name.namespaceUri);
+        if (!IsItem(*PeekContext(), qualifier, name.localName))
+            return CXmlWriter::WriteSimpleElement(name, text, isDefaultValue, isCanonical);
         const std::size_t indentation = LineIndentation(m_level);
         out = buffer.Reserve(kFrame + indentation + length);
         *out++ = ',';
         out = PutNewLine(out, indentation);
     } else {
-        const internal::CPreparedName* name = nullptr;
-        if (nameId != 0 && parent->arrayMode != kArrayStarting) {
+        const internal::CPreparedName* prepared = nullptr;
+        if (name.id != 0 && parent->arrayMode != kArrayStarting) {
             if (m_preparedNames != nullptr)
-                name = m_preparedNames->Find(nameId, parent->scope, GetNamesVersion(), m_level);
-            if (name == nullptr) name = PrepareName(nameId, localName, namespaceUri);
+                prepared = m_preparedNames->Find(name.id, parent->scope, GetNamesVersion(), m_level);
+            if (prepared == nullptr) prepared = PrepareName(name);
         }
-        if (name == nullptr)
-            return CXmlWriter::WriteSimpleElement(nameId, localName, namespaceUri, text, type,
-                                                  isDefaultValue);
+        if (prepared == nullptr)
+            return CXmlWriter::WriteSimpleElement(name, text, isDefaultValue, isCanonical);
         out = buffer.Reserve(kFrame + internal::CPreparedName::kLongest + length);
         *out++ = parent->startTagOpen ? '{' : ',';
         parent->startTagOpen = false;
-        out = name->PutStart(out);
+        out = prepared->PutStart(out);
     }
     // As WriteText has it: an empty text is a value of its own only where it can be written as one.
-    const bool isNull = text.empty() && (type == ItemType_Unknown || IsBare(type));
-    char* const end = isNull ? Put(out, "null") : PutValue(out, text, type);
+    const bool isNull = text.empty() && (name.type == ItemType_Unknown || IsBare(name.type));
+    char* const end = isNull ? Put(out, "null") : PutValue(out, text, name.type, isCanonical);
     buffer.Commit(end != nullptr ? end : out);
-    if (end == nullptr) AppendLongValue(text, type);
+    if (end == nullptr) AppendLongValue(text, name.type);
     FlushIfFull();
 }
 
@@ -518,9 +522,11 @@ void CJsonTextWriter::AppendName(std::string_view mark, std::string_view qualifi
 
 /// Puts a value into room for two characters more than it has, or than a piece has; null when it needs a
 /// closer look, which `AppendLongValue` takes.
-inline char* CJsonTextWriter::PutValue(char* out, std::string_view text, ItemType type) const noexcept {
+inline char* CJsonTextWriter::PutValue(char* out, std::string_view text, ItemType type,
+                                       bool isCanonical) const noexcept {
     if (text.size() > kPieceLength) return nullptr;
-    if (IsBare(type) && (!m_escapeStrings || IsLiteral(text))) return Put(out, text);
+    if (IsBare(type) && (!m_escapeStrings || (isCanonical && IsCanonicalLiteral(text)) || IsLiteral(text)))
+        return Put(out, text);
     *out++ = '"';
     std::size_t plain = 0;
     if (!m_escapeStrings)
@@ -534,7 +540,7 @@ inline char* CJsonTextWriter::PutValue(char* out, std::string_view text, ItemTyp
 
 inline void CJsonTextWriter::AppendValue(std::string_view text, ItemType type) {
     CStringBuffer& buffer = Buffer();
-    char* const end = PutValue(buffer.Reserve(std::min(text.size(), kPieceLength) + 2), text, type);
+    char* const end = PutValue(buffer.Reserve(std::min(text.size(), kPieceLength) + 2), text, type, false);
     if (end == nullptr) return AppendLongValue(text, type);
     buffer.Commit(end);
 }

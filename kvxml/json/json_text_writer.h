@@ -98,8 +98,8 @@ public:
                             ItemType type) override;
     /// Does nothing: a nil element is written like an empty one.
     void WriteNilAttribute() override;
-    void WriteSimpleElement(std::uint32_t nameId, std::string_view localName, std::string_view namespaceUri,
-                            std::string_view text, ItemType type, bool isDefaultValue) override;
+    void WriteSimpleElement(const SimpleName& name, std::string_view text, bool isDefaultValue,
+                            bool isCanonical) override;
 
 private:
     /// The most that is put around a name: marks, brackets and line ends.
@@ -117,18 +117,20 @@ private:
     char* PutNewLine(char* out, std::size_t indentation) const noexcept;
     std::size_t LineIndentation(std::size_t level);
     void CloseArray(CXmlWriterContext& context);
+    void StartDocumentElement(std::string_view localName, std::string_view namespaceUri);
+    void AppendLineAndName(char separator, std::string_view mark, std::string_view qualifier,
+                           std::string_view localName);
     void AppendMember(CXmlWriterContext& context, std::string_view mark, std::string_view qualifier,
                       std::string_view localName);
     void AppendDeclarations(CXmlWriterContext& context, std::string_view invented);
     void AppendDeclaration(CXmlWriterContext& context, std::string_view prefix, std::string_view uri);
     void AppendHeldText(CXmlWriterContext& context);
-    const internal::CPreparedName* PrepareName(std::uint32_t nameId, std::string_view localName,
-                                               std::string_view namespaceUri);
+    const internal::CPreparedName* PrepareName(const SimpleName& name);
     char* PutName(char* out, std::string_view mark, std::string_view qualifier,
                   std::string_view localName) const noexcept;
     void AppendName(std::string_view mark, std::string_view qualifier, std::string_view localName);
     void AppendValue(std::string_view text, ItemType type);
-    char* PutValue(char* out, std::string_view text, ItemType type) const noexcept;
+    char* PutValue(char* out, std::string_view text, ItemType type, bool isCanonical) const noexcept;
     void AppendLongValue(std::string_view text, ItemType type);
     void AppendEscaped(std::string_view text);
     template <class Rules>

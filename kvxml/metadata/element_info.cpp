@@ -25,7 +25,7 @@ CElementInfo::CElementInfo(const char* name, const char* ns, int propertyIndex)
     : m_name(OrEmpty(name)),
       m_namespace(OrEmpty(ns)),
       m_propertyIndex(propertyIndex),
-      m_nameId(CXmlWriter::NewNameId()) {}
+      m_simpleName{CXmlWriter::NewNameId(), KvXmlLib16::ItemType_string, m_name, m_namespace} {}
 
 CElementInfo::CElementInfo(const char* name, const char* ns, int propertyIndex, bool nillable,
                            const char* (*enumToString)(int), int (*enumFromString)(const char*),
@@ -49,6 +49,8 @@ CElementInfo::CElementInfo(const char* name, const char* ns, int propertyIndex, 
     m_restrictions = restrictions;
     m_defaultValue = OrEmpty(defaultValue);
     m_hasRestrictions = true;
+    m_simpleName.type = itemType;
+    m_isPlain = m_formatOverride.empty() && m_defaultValue.empty() && m_restrictions.IsEmpty();
 }
 
 CElementInfo::CElementInfo(const CElementInfo& other) {
@@ -59,7 +61,8 @@ CElementInfo& CElementInfo::operator=(const CElementInfo& other) {
     m_name = other.m_name;
     m_namespace = other.m_namespace;
     m_propertyIndex = other.m_propertyIndex;
-    m_nameId = other.m_nameId;
+    m_simpleName = {other.m_simpleName.id, other.m_simpleName.type, m_name, m_namespace};
+    m_isPlain = other.m_isPlain;
     m_restrictions = other.m_restrictions;
     m_itemType = other.m_itemType;
     m_formatOverride = other.m_formatOverride;
@@ -188,10 +191,14 @@ bool CElementInfo::WritePrim(const KvVariant& value, CXmlWriter* writer) const {
         WriteNilElement(writer);
         return true;
     }
+    const bool isOfType = value.GetTypeAsEnum() == m_itemType;
+    if (m_isPlain) {
+        writer->WriteSimpleElement(m_simpleName, value.ToText(writer->ScratchText(), {}), false, isOfType);
+        return true;
+    }
     const std::string_view text = value.ToText(writer->ScratchText(), m_formatOverride);
     if (!m_restrictions.IsEmpty()) CheckRestriction(value, text);
-    writer->WriteSimpleElement(m_nameId, m_name, m_namespace, text, m_itemType,
-                               !m_defaultValue.empty() && text == m_defaultValue);
+    writer->WriteSimpleElement(m_simpleName, text, IsDefault(text), isOfType && m_formatOverride.empty());
     return true;
 }
 
@@ -203,8 +210,7 @@ bool CElementInfo::WriteEnum(const KvVariant& value, CXmlWriter* writer,
         return true;
     }
     const std::string_view text = OrEmpty(enumToString(value.GetI4()));
-    writer->WriteSimpleElement(m_nameId, m_name, m_namespace, text, KvXmlLib16::ItemType_string,
-                               !m_defaultValue.empty() && text == m_defaultValue);
+    writer->WriteSimpleElement(m_simpleName, text, IsDefault(text), true);
     return true;
 }
 

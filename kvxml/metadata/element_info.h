@@ -11,6 +11,7 @@
 #include "kvxml/types/item_type.h"
 #include "kvxml/types/primitive_restrictions.h"
 #include "kvxml/types/whitespace_utils.h"
+#include "kvxml/xml/xml_writer.h"
 
 namespace KvXmlLib16 {
 class CKvException;
@@ -19,7 +20,6 @@ class CXmlCollectionBase;
 class CXmlElement;
 class CXmlGeneratedClass;
 class CXmlObjectBase;
-class CXmlWriter;
 struct KvVariant;
 }  // namespace KvXmlLib16
 
@@ -189,11 +189,15 @@ private:
     template <class Convert>
     void ReadSimpleElement(const CSerializationContext& context, CXmlGeneratedClass* owner,
                            CXmlElement** cursor, Convert convert) const;
+    bool IsDefault(std::string_view text) const noexcept {
+        return !m_defaultValue.empty() && text == m_defaultValue;
+    }
     void WriteNilElement(CXmlWriter* writer) const;
     [[noreturn]] void ThrowGetFailed(const KvXmlLib16::CKvException& inner) const;
     [[noreturn]] void ThrowSetFailed(const CXmlElement& element, const KvXmlLib16::CKvException& inner) const;
 
-    std::uint32_t m_nameId;  // of this name, for writers
+    KvXmlLib16::CXmlWriter::SimpleName m_simpleName;
+    bool m_isPlain = false;  // values are written with no format, default or facet to think of
     mutable std::atomic<bool> m_skippedWhenAbsent{false};
     bool m_hasPseudoElement = false;
     bool m_writesValue = false;

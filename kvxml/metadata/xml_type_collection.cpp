@@ -43,7 +43,7 @@ CXmlElement* CXmlTypeCollection::FromXml_Int(CXmlElement*, CXmlElement* cursor,
 }
 
 void CXmlTypeCollection::WriteItem(CXmlWriter* writer, std::string_view text, ItemType type) const {
-    writer->WriteSimpleElement(0, GetElementNameView(), GetItemNamespace(), text, type, false);
+    writer->WriteSimpleElement({0, type, GetElementNameView(), GetItemNamespace()}, text, false, true);
 }
 
 }  // namespace KvXmlLib16

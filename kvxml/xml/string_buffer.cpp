@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "kvxml/platform/internal/code_page.h"
+
 namespace KvXmlLib16 {
 
 namespace {
@@ -93,19 +95,24 @@ bool CStringBuffer::CopyTo(std::string& text) const {
 }
 
 bool CStringBuffer::MoveTo(std::string& text) {
-    bool ascii = true;
+    constexpr std::size_t kLongestPart = 3;  // of a character that goes on in the next block
     std::string result;
     result.reserve(GetLength());
+    std::size_t wellFormed = 0;
+    const auto add = [&](const char* data, std::size_t length) {
+        result.append(data, length);
+        // Looked at while it is in the cache.
+        if (result.size() - wellFormed <= length + kLongestPart)
+            wellFormed += internal::WellFormedUtf8Length(std::string_view(result).substr(wellFormed));
+    };
     for (Block& block : m_finished) {
-        result.append(block.data.get(), block.used);
-        ascii = ascii && IsAscii({block.data.get(), block.used});
+        add(block.data.get(), block.used);
         block.data.reset();  // given back while it is in the cache, and for a lower peak
     }
-    result.append(m_begin, static_cast<std::size_t>(m_cursor - m_begin));
-    ascii = ascii && IsAscii({m_begin, static_cast<std::size_t>(m_cursor - m_begin)});
+    add(m_begin, static_cast<std::size_t>(m_cursor - m_begin));
     Reset();
     text = std::move(result);
-    return ascii;
+    return wellFormed == text.size();
 }
 
 void CStringBuffer::Reset() noexcept {

@@ -62,7 +62,7 @@ public:
     /// Writes the whole text into `text` (replacing its content) with one allocation of exactly its length.
     /// Returns true when all of it is ASCII.
     bool CopyTo(std::string& text) const;
-    /// As above, and leaves the buffer empty.
+    /// As above, and leaves the buffer empty; but returns true when all of it is well-formed UTF-8.
     bool MoveTo(std::string& text);
     /// Copies the whole text to `target`, which has room for `GetLength()` characters. Returns true when all
     /// of it is ASCII.

@@ -176,9 +176,8 @@ CBinaryData CTextStream::ToBinaryData() const {
 
 std::string CTextStream::TakeText() {
     std::string text;
-    const bool ascii = m_buffer.MoveTo(text);
-    if (!ascii && internal::IsLocalUtf8() && !internal::IsAsciiOnly() &&
-        internal::WellFormedUtf8Length(text) != text.size())
+    const bool isWellFormed = m_buffer.MoveTo(text);
+    if (!isWellFormed && internal::IsLocalUtf8() && !internal::IsAsciiOnly())
         text = internal::RepairUtf8(text);
     return text;
 }

@@ -254,12 +254,11 @@ void CXmlTextWriter::WriteEndElement() {
 
 /// The start tag of an element inside the current one, from the beginning of its line, and its end tag with
 /// the line end; null when they can not be prepared.
-const internal::CPreparedName* CXmlTextWriter::PrepareName(std::uint32_t nameId, std::string_view localName,
-                                                           std::string_view namespaceUri) {
+const internal::CPreparedName* CXmlTextWriter::PrepareName(const SimpleName& name) {
     const CXmlWriterContext& parent = *GetCurrentContext();
     std::string_view qualifier;
-    if (!namespaceUri.empty() && !parent.scope->IsDefault(namespaceUri)) {
-        const NamespaceScope::Alias* const alias = parent.scope->Find(namespaceUri);
+    if (!name.namespaceUri.empty() && !parent.scope->IsDefault(name.namespaceUri)) {
+        const NamespaceScope::Alias* const alias = parent.scope->Find(name.namespaceUri);
         if (alias == nullptr) return nullptr;
         qualifier = alias->qualifier;
     }
@@ -270,27 +269,25 @@ const internal::CPreparedName* CXmlTextWriter::PrepareName(std::uint32_t nameId,
         start.resize(static_cast<std::size_t>(
             m_layout.PutIndentation(start.data(), m_layout.PrepareIndentation(level)) - start.data()));
     }
-    start.append(1, '<').append(qualifier).append(localName).append(1, '>');
+    start.append(1, '<').append(qualifier).append(name.localName).append(1, '>');
     std::string end("</");
-    end.append(qualifier).append(localName).append(1, '>');
+    end.append(qualifier).append(name.localName).append(1, '>');
     if (m_formatted) end += m_layout.LineEnd();
     if (m_preparedNames == nullptr) m_preparedNames = std::make_unique<internal::CPreparedNames>();
-    return m_preparedNames->Keep(nameId, parent.scope, GetNamesVersion(), level, start, end);
+    return m_preparedNames->Keep(name.id, parent.scope, GetNamesVersion(), level, start, end);
 }
 
-void CXmlTextWriter::WriteSimpleElement(std::uint32_t nameId, std::string_view localName,
-                                        std::string_view namespaceUri, std::string_view text, ItemType type,
-                                        bool isDefaultValue) {
+void CXmlTextWriter::WriteSimpleElement(const SimpleName& name, std::string_view text, bool isDefaultValue,
+                                        bool isCanonical) {
     CXmlWriterContext* const parent = GetCurrentContext();
-    const internal::CPreparedName* name = nullptr;
-    if (nameId != 0 && parent != nullptr && !text.empty() && !isDefaultValue && !BeginsWithSection(text)) {
+    const internal::CPreparedName* prepared = nullptr;
+    if (name.id != 0 && parent != nullptr && !text.empty() && !isDefaultValue && !BeginsWithSection(text)) {
         if (m_preparedNames != nullptr)
-            name = m_preparedNames->Find(nameId, parent->scope, GetNamesVersion(),
-                                         static_cast<std::size_t>(parent->depth) + 1);
-        if (name == nullptr) name = PrepareName(nameId, localName, namespaceUri);
+            prepared = m_preparedNames->Find(name.id, parent->scope, GetNamesVersion(),
+                                             static_cast<std::size_t>(parent->depth) + 1);
+        if (prepared == nullptr) prepared = PrepareName(name);
     }
-    if (name == nullptr)
-        return CXmlWriter::WriteSimpleElement(nameId, localName, namespaceUri, text, type, isDefaultValue);
+    if (prepared == nullptr) return CXmlWriter::WriteSimpleElement(name, text, isDefaultValue, isCanonical);
 
     constexpr std::size_t kNameRoom = internal::CPreparedName::kLongest + internal::CPreparedName::kSlack;
     const std::size_t length = std::min(text.size(), kPieceLength);
@@ -302,7 +299,7 @@ void CXmlTextWriter::WriteSimpleElement(std::uint32_t nameId, std::string_view l
         *out++ = '>';
         if (m_formatted) out = m_layout.PutLineEnd(out);
     }
-    out = name->PutStart(out);
+    out = prepared->PutStart(out);
     const std::size_t plain = CopyPlain<Suspects<false>>(out, text.data(), length);
     out += plain;
     if (plain != text.size()) {
@@ -310,7 +307,7 @@ void CXmlTextWriter::WriteSimpleElement(std::uint32_t nameId, std::string_view l
         AppendEscapedInPieces<false>(text.substr(plain));
         out = buffer.Reserve(kNameRoom);
     }
-    buffer.Commit(name->PutEnd(out));
+    buffer.Commit(prepared->PutEnd(out));
     FlushIfFull();
 }
 

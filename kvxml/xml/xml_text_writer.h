@@ -87,8 +87,8 @@ public:
     void WriteTypeAttribute(std::string_view typeNamespaceUri, std::string_view typeName,
                             ItemType type) override;
     void WriteNilAttribute() override;
-    void WriteSimpleElement(std::uint32_t nameId, std::string_view localName, std::string_view namespaceUri,
-                            std::string_view text, ItemType type, bool isDefaultValue) override;
+    void WriteSimpleElement(const SimpleName& name, std::string_view text, bool isDefaultValue,
+                            bool isCanonical) override;
 
 private:
     CStringBuffer& Buffer() noexcept { return m_stream->GetBuffer(); }
@@ -99,8 +99,7 @@ private:
     std::size_t IndentationOf(const CXmlWriterContext& context) {
         return m_layout.PrepareIndentation(static_cast<std::size_t>(context.depth));
     }
-    const internal::CPreparedName* PrepareName(std::uint32_t nameId, std::string_view localName,
-                                               std::string_view namespaceUri);
+    const internal::CPreparedName* PrepareName(const SimpleName& name);
     void RequireOpenStartTag() const;
     [[noreturn]] static void ThrowNoElement();
     void AppendNamespace(std::string_view prefix, std::string_view uri);

@@ -82,10 +82,10 @@ CXmlWriter::~CXmlWriter() {
 
 void CXmlWriter::BeginOutput() {}
 
-void CXmlWriter::WriteSimpleElement(std::uint32_t, std::string_view localName, std::string_view namespaceUri,
-                                    std::string_view text, ItemType type, bool isDefaultValue) {
-    WriteStartElement(localName, namespaceUri);
-    WriteText(text, type, isDefaultValue);
+void CXmlWriter::WriteSimpleElement(const SimpleName& name, std::string_view text, bool isDefaultValue,
+                                    bool) {
+    WriteStartElement(name.localName, name.namespaceUri);
+    WriteText(text, name.type, isDefaultValue);
     WriteEndElement();
 }
 

@@ -60,14 +60,21 @@ public:
                                     ItemType type) = 0;
     /// Marks the current element as nil.
     virtual void WriteNilAttribute() = 0;
-    /// Writes an element that has nothing but a text: start, text and end in one call, which most elements of
-    /// most documents are. Writers override it where they can do that faster than by the three calls.
-    ///
-    /// `nameId` lets them remember the name: 0, or a number from `NewNameId` that stands for this name and
-    /// namespace.
-    virtual void WriteSimpleElement(std::uint32_t nameId, std::string_view localName,
-                                    std::string_view namespaceUri, std::string_view text, ItemType type,
-                                    bool isDefaultValue);
+    /// What elements of one name have in common that have nothing but a text, as most elements of most
+    /// documents.
+    struct SimpleName {
+        /// Lets writers remember the name: 0, or a number from `NewNameId` that stands for this name and
+        /// namespace.
+        std::uint32_t id = 0;
+        ItemType type = ItemType_Unknown;
+        std::string_view localName;
+        std::string_view namespaceUri;
+    };
+    /// Start, text and end of such an element in one call, for writers that can do that faster than by the
+    /// three calls. `isCanonical`: the text is what the library makes of a value of the name's kind, so that
+    /// nobody need look at it.
+    virtual void WriteSimpleElement(const SimpleName& name, std::string_view text, bool isDefaultValue,
+                                    bool isCanonical);
 
     /// A number that no other caller gets, or 0 when there are no more. Any thread may call it.
     static std::uint32_t NewNameId() noexcept;

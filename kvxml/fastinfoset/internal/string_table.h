@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "kvxml/xml/internal/arena.h"
+#include "kvxml/xml/internal/plain_text.h"
 
 namespace KvXmlLib16::internal {
 

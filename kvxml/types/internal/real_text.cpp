@@ -49,6 +49,15 @@ void WriteEightDigits(char* out, std::uint32_t value) noexcept {
     WriteTwoDigits(WriteTwoDigits(out + 4, low / 100), low % 100);
 }
 
+// How many of sixteen digits are zeros at the end.
+int TrailingZeros(const char* digits) noexcept {
+    constexpr std::uint64_t kZeros = 0x3030303030303030;
+    const std::uint64_t last = LoadEightBytes(digits + 8) ^ kZeros;
+    if (last != 0) return std::countl_zero(last) / 8;
+    const std::uint64_t first = LoadEightBytes(digits) ^ kZeros;
+    return 8 + std::countl_zero(first) / 8;
+}
+
 // Widths and precisions beyond this are no formats but mistakes.
 constexpr int kMaxFormatNumber = 1000;
 
@@ -114,8 +123,8 @@ char* WriteReal(char* out, double value, int digits) noexcept {
     const char* const first = text + 16 - digits;
     const char* end = text + 16;
     const char* const wholeEnd = first + (exponent < 0 ? 0 : exponent + 1);
-    while (end > wholeEnd && end[-1] == '0')
-        --end;
+    end -= TrailingZeros(text);
+    if (end < wholeEnd) end = wholeEnd;
     if (exponent < 0) {
         out += std::string_view("0.000").copy(out, static_cast<std::size_t>(1 - exponent));
     } else {

@@ -9,14 +9,6 @@
 
 namespace KvXmlLib16::internal {
 
-/// Compares up to 16 bytes without a call.
-inline bool EqualShort(const char* a, const char* b, std::size_t length) noexcept {
-    if (length > 16) return std::memcmp(a, b, length) == 0;
-    if (length >= 8) return std::memcmp(a, b, 8) == 0 && std::memcmp(a + length - 8, b + length - 8, 8) == 0;
-    if (length >= 4) return std::memcmp(a, b, 4) == 0 && std::memcmp(a + length - 4, b + length - 4, 4) == 0;
-    return length == 0 || (a[0] == b[0] && a[length / 2] == b[length / 2] && a[length - 1] == b[length - 1]);
-}
-
 /// Bump allocator that can be wound back to a mark, with one text run growing at its tip.
 ///
 /// Memory comes in chunks that double up to about 1 MB and are freed one by one, without regard to what is in

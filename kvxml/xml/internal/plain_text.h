@@ -1,4 +1,4 @@
-/// What text writers share: copying of text that needs no escaping, and appending to reserved room.
+/// Short texts without calls: comparing, copying of what needs no escaping, appending to reserved room.
 #pragma once
 
 #include <cstddef>
@@ -9,6 +9,14 @@
 #include "kvxml/xml/string_buffer.h"
 
 namespace KvXmlLib16::internal {
+
+/// Compares up to 16 bytes without a call.
+inline bool EqualShort(const char* a, const char* b, std::size_t length) noexcept {
+    if (length > 16) return std::memcmp(a, b, length) == 0;
+    if (length >= 8) return std::memcmp(a, b, 8) == 0 && std::memcmp(a + length - 8, b + length - 8, 8) == 0;
+    if (length >= 4) return std::memcmp(a, b, 4) == 0 && std::memcmp(a + length - 4, b + length - 4, 4) == 0;
+    return length == 0 || (a[0] == b[0] && a[length / 2] == b[length / 2] && a[length - 1] == b[length - 1]);
+}
 
 // --- looking at eight bytes at once ----------------------------------------------------------------------
 

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "kvxml/xml/internal/arena.h"
+#include "kvxml/xml/internal/plain_text.h"
 
 namespace KvXmlLib16::internal {
 
