@@ -78,6 +78,7 @@ CElementInfo& CElementInfo::operator=(const CElementInfo& other) {
     m_writesValue = other.m_writesValue;
     m_claimsByName = other.m_claimsByName;
     m_readsMatched = other.m_readsMatched;
+    m_isPrim = other.m_isPrim;
     return *this;
 }
 

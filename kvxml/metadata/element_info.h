@@ -168,6 +168,8 @@ protected:
     void SetClaimsByName() noexcept { m_claimsByName = true; }
     /// ElementFromXml does what ReadMatched does with an element that is the record's.
     void SetReadsMatched() noexcept { m_readsMatched = true; }
+    /// WriteValue is WritePrim, and ReadMatched is ElementFromXmlPrim: the driver may call those at once.
+    void SetIsPrim() noexcept { m_isPrim = true; }
 
     std::string m_name;
     std::string m_namespace;
@@ -203,6 +205,7 @@ private:
     bool m_writesValue = false;
     bool m_claimsByName = false;
     bool m_readsMatched = false;
+    bool m_isPrim = false;
 };
 
 }  // namespace KvXmlLib16Data

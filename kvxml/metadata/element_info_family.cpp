@@ -141,7 +141,9 @@ CElementInfoPrim<group, cardinality>::CElementInfoPrim(const char* name, const c
                                                        const CPrimitiveRestrictions& restrictions,
                                                        const char* defaultValue)
     : CElementInfoSingle<group, cardinality>(name, ns, propertyIndex, nillable, itemType, formatOverride,
-                                             rule, restrictions, defaultValue) {}
+                                             rule, restrictions, defaultValue) {
+    this->SetIsPrim();
+}
 
 template <RecordGroup group, RecordCardinality cardinality>
 bool CElementInfoPrim<group, cardinality>::WriteValue(const CSerializationContext&, const KvVariant& value,

@@ -411,11 +411,18 @@ CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationCo
                 if (isSkippable) continue;
             } else if (isSkippable || record.m_readsMatched) {
                 if (claimed != cursor || claimant < i) {
-                    claimant = FindElementRecord(context, *cursor, i, records, count, key);
+                    const internal::CXmlName& name = *cursor->GetName();
+                    const bool isKnown = name.cacheKey == key && static_cast<int>(name.cacheValue) >= i;
+                    claimant = isKnown ? static_cast<int>(name.cacheValue)
+                                       : FindElementRecord(context, *cursor, i, records, count, key);
                     claimed = cursor;
                 }
                 if (claimant == i && record.m_readsMatched) {
-                    record.ReadMatched(context, this, &cursor);
+                    if (record.m_isPrim) {
+                        record.ElementFromXmlPrim(context, this, &cursor);
+                    } else {
+                        record.ReadMatched(context, this, &cursor);
+                    }
                     continue;
                 }
                 if (claimant != i && isSkippable) continue;
@@ -595,8 +602,12 @@ void CXmlGeneratedClass::ProcessElementSeqToXml(const CSerializationContext& con
             } catch (const CKvException& e) {
                 record.ThrowGetFailed(e);
             }
-            if (value.IsValid() ? record.WriteValue(context, value, writer) : record.IsSkippedWhenAbsent())
+            if (!value.IsValid()) {
+                if (record.IsSkippedWhenAbsent()) continue;
+            } else if (record.m_isPrim ? record.WritePrim(value, writer)
+                                       : record.WriteValue(context, value, writer)) {
                 continue;
+            }
         }
         record.ElementToXml(context, this, writer);
     }
