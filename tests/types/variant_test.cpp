@@ -160,6 +160,7 @@ TEST(VariantTest, BorrowedStrings) {
     EXPECT_EQ(text, "a string that is too long for a small buffer");
     moved.SetStringReference(text);
     moved = copy;
+    text = "changed";
     EXPECT_EQ(moved.GetString(), "a string that is too long for a small buffer");
     EXPECT_EQ(copy.TakeString(), "a string that is too long for a small buffer");
 }

@@ -71,6 +71,8 @@ TEST(XsdPattern, Matching) {
         {"[\u00E4-\u00F6\U0001F600-\U0001F64F]+", {"\u00E5\U0001F601"}, {"a", "\u00FC"}},
         {"[\t-\\r &-\\+]+", {"\t\n\v\r (+"}, {"%", ","}},
         // Counts beyond what one repetition of the engine can hold.
+        {".{0,4294967296}", {std::string(70000, 'x')}, {"\n"}},
+        {"a{70000,}", {std::string(70001, 'a')}, {std::string(69999, 'a')}},
         {"a{65536}", {std::string(65536, 'a')}, {std::string(65535, 'a'), std::string(65537, 'a')}},
         {"(a{70000,140000}b)*",
          {std::string(70000, 'a') + "b", std::string(140000, 'a') + "b"},
