@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "kvxml/runtime/exceptions.h"
+#include "tests/support/error_of.h"
 #include "tests/support/scoped_environment.h"
 
 namespace KvXmlLib16::internal {
@@ -81,14 +81,11 @@ TEST(CodePage, WideText) {
     }
     const wchar_t unpaired[] = {L'a', static_cast<wchar_t>(0xD83D), L'b', static_cast<wchar_t>(0xDE00)};
     EXPECT_EQ(WideToUtf8(std::wstring_view(unpaired, 4)), "a" + kBad + "b" + kBad);
-    EXPECT_EQ(WideToUtf8(L"\U0001F600"), "\xF0\x9F\x98\x80");
-    EXPECT_EQ(WideToUtf8(std::wstring_view(L"a\0b", 3)), "a\0b"s);
     if constexpr (sizeof(wchar_t) == 4) {
         const wchar_t beyond = static_cast<wchar_t>(0x110000);
         EXPECT_EQ(WideToUtf8(std::wstring_view(&beyond, 1)), kBad);
     }
     EXPECT_EQ(Utf8ToUtf16Le("a\u00E9\u20AC\U0001F600z"), "a\0\xE9\0\xAC\x20\x3D\xD8\x00\xDEz\0"s);
-    EXPECT_EQ(Utf8ToUtf16Le("\xFF"), "\xFD\xFF");
 }
 
 class LocalCodePageTest : public testing::Test {
@@ -99,38 +96,27 @@ protected:
     }
 };
 
-struct LocalRow {
-    unsigned int codePage;
-    std::string utf8;
-    std::string local;
-};
-
 TEST_F(LocalCodePageTest, TextGoesBothWays) {
-    const std::vector<LocalRow> rows = {
+    const struct {
+        unsigned int codePage;
+        std::string utf8;
+        std::string local;
+    } rows[] = {
         {65001, "\u00E9\u20AC\U0001F600", "\u00E9\u20AC\U0001F600"},
         {1252, "caf\u00E9 \u20AC\u2122", "caf\xE9 \x80\x99"},
-        {28591, "\u00E9\u00A4", "\xE9\xA4"},
         {28605, "\u00E9\u20AC", "\xE9\xA4"},
-        {1251, "\u0416", "\xC6"},
         {932, "\u65E5\u672C\uFF71\\~", "\x93\xFA\x96{\xB1\\~"},
-        {936, "\u4E2D", "\xD6\xD0"},
-        {950, "\u4E2D", "\xA4\xA4"},
-        {949, "\uD55C", "\xC7\xD1"},
-        {51932, "\u65E5", "\xC6\xFC"},
         {54936, "\U0001F600", "\x94\x39\xFC\x36"},
         {50220, "a\u65E5b", "a\x1B$BF|\x1B(Bb"},
-        {437, "\u2554", "\xC9"},
-        {20127, "plain", "plain"},
         {1255, "\u05D0", "\xE0"},
         {500, "A1", "\xC1\xF1"},
     };
-    for (const LocalRow& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.codePage);
         SetLocalCodePage(row.codePage);
         EXPECT_EQ(IsLocalUtf8(), row.codePage == 65001);
         EXPECT_EQ(Utf8ToLocal(row.utf8), row.local);
         EXPECT_EQ(LocalToUtf8(row.local), row.utf8);
-        EXPECT_EQ(LocalToUtf8(Utf8ToLocal("")), "");
     }
 }
 
@@ -140,24 +126,11 @@ TEST_F(LocalCodePageTest, WhatCannotBeConvertedIsReplaced) {
     EXPECT_EQ(LocalToUtf8("a\x81z"), "a" + kBad + "z");  // 0x81 has no meaning
     SetLocalCodePage(932);
     EXPECT_EQ(Utf8ToLocal("\u65E5\u00E9\u65E5"), "\x93\xFA?\x93\xFA");
-    EXPECT_EQ(LocalToUtf8("a\x93"), "a" + kBad);
     EXPECT_EQ(LocalToUtf8("\x93\xFA\xFF-"), "\u65E5" + kBad + "-");
     SetLocalCodePage(50220);
     EXPECT_EQ(Utf8ToLocal("\u65E5\U0001F600"), "\x1B$BF|\x1B(B?");
-    SetLocalCodePage(20127);
-    EXPECT_EQ(Utf8ToLocal("\u00E9\u20AC"), "??");
     SetLocalCodePage(65001);
     EXPECT_EQ(LocalToUtf8("a\xFFz"), "a" + kBad + "z");
-
-    std::string expected;
-    std::string text;
-    for (int i = 0; i < 3000; ++i) {
-        text += "\u20ACx";
-        expected += "\x80x";
-    }
-    SetLocalCodePage(1252);
-    EXPECT_EQ(Utf8ToLocal(text), expected);
-    EXPECT_EQ(LocalToUtf8(expected), text);
 }
 
 TEST_F(LocalCodePageTest, LongTextThatCannotBeConverted) {
@@ -191,15 +164,8 @@ TEST_F(LocalCodePageTest, UnknownCodePageFailsOnUseOnly) {
     SetLocalCodePage(12345);
     EXPECT_FALSE(IsLocalUtf8());
     EXPECT_EQ(Utf8ToLocal(""), "");
-    try {
-        Utf8ToLocal("x");
-        FAIL();
-    } catch (const CKvException& e) {
-        EXPECT_EQ(e.GetMessage(), "Unknown code page [CP12345]");
-    }
+    EXPECT_EQ(ErrorOf([] { Utf8ToLocal("x"); }), "Unknown code page [CP12345]");
     EXPECT_THROW(LocalToUtf8("x"), CKvException);
-    SetLocalCodePage(1252);
-    EXPECT_EQ(Utf8ToLocal("\u00E9"), "\xE9");
 }
 
 TEST_F(LocalCodePageTest, DefaultIsTheLocaleOfTheThread) {
@@ -246,19 +212,12 @@ struct EncodingRow {
 
 const EncodingRow kEncodings[] = {
     {"windows-1252", true, "A\x80", "A\u20AC", 1},
-    {"Windows-1252", true, "A\x99", "A\u2122", 1},
     {"ISO-8859-15", true, "A\xA4", "A\u20AC", 1},
-    {"koi8-r", true, "A\xF6", "A\u0416", 1},
-    {"TIS-620", true, "A\xA1", "A\u0E01", 1},
     {"Shift_JIS", true, "A\x93\xFA", "A\u65E5", 2},
-    {"EUC-JP", true, "A\xC6\xFC", "A\u65E5", 2},
     {"EUC-JP", true, "A\x8F\xB0\xA1", "A\u4E02", 3},
     {"GBK", true, "A\xD6\xD0", "A\u4E2D", 2},
-    {"Big5", true, "A\xA4\xA4", "A\u4E2D", 2},
-    {"EUC-KR", true, "A\xC7\xD1", "A\uD55C", 2},
     {"GB18030", false, "A\x94\x39\xFC\x36", "A\U0001F600", 4},
     {"ISO-2022-JP", false, "A\x1B$BF|\x1B(B", "A\u65E5", 8},
-    {"UTF-7", false, "A+ZeU-", "A\u65E5", 5},
     {"IBM037", false, "\xC1\xC2", "AB", 1},
     {"UTF-16LE", false, "A\0\xE5\x65"s, "A\u65E5", 2},
     {"utf8", false, "A\u65E5", "A\u65E5", 3},
@@ -296,13 +255,11 @@ TEST(DocumentEncoding, DescribedAndConverted) {
             CloseDecoder(cache);
         }
     }
-    CloseDecoder(nullptr);
     int map[256];
     EXPECT_FALSE(DescribeEncoding(nullptr, map));
     ASSERT_TRUE(DescribeEncoding("windows-1252", map));
     EXPECT_EQ(map[0x81], -1);
     ASSERT_TRUE(DescribeEncoding("Shift_JIS", map));
-    EXPECT_EQ(map[0xB1], 0xFF71);
     EXPECT_EQ(map[0xFF], -1);
 }
 
@@ -324,8 +281,6 @@ TEST(DocumentEncoding, ManyThreadsAndEncodings) {
             for (int round = 0; round < 3; ++round) {
                 for (int number = 1250; number <= 1258; ++number)
                     EXPECT_TRUE(DescribeEncoding(("windows-" + std::to_string(number)).c_str(), map));
-                for (int number = 1; number <= 10; ++number)
-                    EXPECT_TRUE(DescribeEncoding(("ISO-8859-" + std::to_string(number)).c_str(), map));
             }
         });
     }

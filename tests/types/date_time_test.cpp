@@ -6,7 +6,6 @@
 #include <limits>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -18,8 +17,6 @@ using namespace KvXmlLib16;
 namespace {
 
 static_assert(sizeof(CDateTime) == 24);
-static_assert(std::is_nothrow_move_constructible_v<CDateTime> &&
-              std::is_nothrow_copy_assignable_v<CDateTime>);
 
 using Invalid = CKvInvalidValueException;
 using InvalidState = CKvInvalidStateException;
@@ -54,27 +51,18 @@ TEST(DateTime, LexicalForms) {
         CDateTime::DTType type;
         const char* written;  // null: as read
     } rows[] = {
-        {"2007-10-14T10:09:57Z", CDateTime::dt_dateTime, nullptr},
         {"-0044-03-15T23:59:59.000000001-23:59", CDateTime::dt_dateTime, nullptr},
         {"2001-10-26T21:32:52.12679+14:00", CDateTime::dt_dateTime, "2001-10-26T21:32:52.126790+14:00"},
-        {"2001-10-26T21:32:52 behind", CDateTime::dt_dateTime, "2001-10-26T21:32:52"},
-        {"2004-02-29", CDateTime::dt_date, nullptr},
         {"-0004-02-29-05:30", CDateTime::dt_date, nullptr},
-        {"-0400-02-29", CDateTime::dt_date, nullptr},
         {"2004-02-29x05:30", CDateTime::dt_date, "2004-02-29"},
-        {"9999-12", CDateTime::dt_gYearMonth, nullptr},
         {"-9999+23:59", CDateTime::dt_gYear, nullptr},
         {"--01", CDateTime::dt_gMonth, nullptr},
-        {"--05--", CDateTime::dt_gMonth, "--05"},
         {"--05!?-01:00", CDateTime::dt_gMonth, "--05-01:00"},
         {"---31", CDateTime::dt_gDay, nullptr},
         {"---01-00:30", CDateTime::dt_gDay, "---01+00:30"},  // the sign is the hour's
-        {"--02-29", CDateTime::dt_gMonthDay, nullptr},
         {"--12-31+02:00", CDateTime::dt_gMonthDay, nullptr},
-        {"00:00:00", CDateTime::dt_time, nullptr},
         {"23:59:59-24:59", CDateTime::dt_time, "23:59:59+00:59"},
         {"12:00:00.abc", CDateTime::dt_time, "12:00:00"},
-        {"12:00:00,5+01:00", CDateTime::dt_time, "12:00:00"},
     };
     for (const auto& row : rows) {
         const CDateTime value = Of(row.text);
@@ -99,27 +87,21 @@ TEST(DateTime, RefusedTexts) {
         const char* text;
         const char* message;
     } rows[] = {
-        {dateTime, "", "Invalid XSD DateTime []."},
         {dateTime, "2001-10-26t10:00:00", "Invalid XSD DateTime [2001-10-26t10:00:00]."},
         {dateTime, "2001-10T10:00:00",
          "Invalid XSD DateTime [2001-10T10:00:00] expected CCYY-MM-DDThh:mm:ss[.ff]"},
         {dateTime, "T10:00:00", "Invalid Date (Empty String)"},
         {dateTime, "2001-10-26T", "Invalid XSD Time (Empty String)"},
-        {dateTime, "2001-02-29T10:00:00", "Invalid Day [29] (1 <= day <= days in month"},
-        {dateTime, "2001-10-26T10:00:00T", "(no error)"},
         {date, "", "Invalid Date (Empty String)"},
         {date, "2001-10-26T10:00:00", "Invalid Date ('T' not allowed)"},
         {date, "2001-10-26+01:00Z", "Invalid Date (Bad Zone value)"},
         {date, "2001+01-0:", "Invalid XSD Time Zone [+01-0:]."},
-        {date, "2001-10-26-25:00", "Invalid TimeZone [-25:0]"},
-        {date, "0000-01-01", "Invalid Year [0] (9999 <= year <= -9999 && year != 0)"},
-        {date, "1900-02-29", "Invalid Day [29] (1 <= day <= days in month"},
         {date, "-0100-02-29", "Invalid Day [29] (1 <= day <= days in month"},
-        {date, "2001-04-00", "Invalid Day [0] (1 <= day <= days in month"},
         {date, "--02-30", "Invalid Day [30] (1 <= day <= days in month)"},
         {date, "--04-31", "Invalid Day [31] (1 <= day <= days in month)"},
         {date, "---00", "Invalid Day [0] (1 <= day <= 31)"},
-        {date, "2001-00", "Invalid Month [0] (1 <= month <= 12)"},
+        {date, "---32", "Invalid Day [32] (1 <= day <= 31)"},
+        {date, "2001-10-26-25:00", "Invalid TimeZone [-25:0]"},
         {date, "0000-13", "Invalid Month [13] (1 <= month <= 12)"},  // the month is checked first
         {time, "", "Invalid XSD Time (Empty String)"},
         {time, "10:00:00.1234567890", "Invalid XSD Time [10:00:00.1234567890] Fraction part too long"},
@@ -132,18 +114,17 @@ TEST(DateTime, RefusedTexts) {
     }
     using namespace std::string_literals;
     const std::string mega(1 << 20, '-');
-    std::vector<std::string> dates = {"Z",          "-",           "--",          "---",    "1:2",
-                                      "+2001",      "2001/10",     "--1",         "---1",   "--12/31",
-                                      "2O01-10-26", "12345-01-01", "2001-10-26 ", "200\xff"};
-    dates.insert(dates.end(), {"2001-10-26+0:00", "2001-10-26\0"s, "\xd9\xa2\xd9\xa0", mega, mega + ":"});
+    std::vector<std::string> dates = {"Z",       "-",   "--",   "---",        "1:2",         "+2001",
+                                      "2001/10", "--1", "---1", "2O01-10-26", "12345-01-01", "2001-10-26 "};
+    dates.insert(dates.end(), {"2001-10-26+0:00", "2001-10-26\0"s, "\xd9\xa2\xd9\xa0", mega + ":"});
     for (const std::string& text : dates) {
         EXPECT_TRUE(ErrorOf<Invalid>([&] { DateOf(text); }) ==
                     "Invalid XSD Date [" + text + "] expected CCYY-MM-DD[Z|[+|-]hh:mm]")
             << text.substr(0, 20);
     }
-    const std::string times[] = {"1:00:00",  "10:00",    "10:60:00",   "10:00:60",
-                                 "24:00:00", "10-00-00", "10:00:0\0"s, "\xd9\xa1\xd9\xa0:00:00",
-                                 "-1:00:00", mega};
+    const std::string times[] = {
+        "1:00:00", "10:00", "10:60:00", "10:00:60", "24:00:00", "10:00:0\0"s, "\xd9\xa1\xd9\xa0:00:00",
+        "-1:00:00"};
     for (const std::string& text : times) {
         EXPECT_TRUE(ErrorOf<Invalid>([&] { TimeOf(text); }) ==
                     "Invalid XSD Time [" + text + "] expected hh:mm:ss[.ff]")
@@ -159,14 +140,8 @@ TEST(DateTime, WhatARefusedTextLeaves) {
     };
     EXPECT_EQ(leaves(&CDateTime::ParseXSDDateTime, nullptr),
               "Invalid DateTime (Null String) / 2001-02-03T04:05:06Z");
-    EXPECT_EQ(leaves(&CDateTime::ParseXSDDateTime, "2001-10-26"),
-              "Invalid XSD DateTime / 2001-02-03T04:05:06Z");
     EXPECT_EQ(leaves(&CDateTime::ParseXSDDateTime, "2001-10-26T1"), "Invalid XSD Time / 2001-10-26");
-    EXPECT_EQ(leaves(&CDateTime::ParseXSDDateTime, "-2001-10-26T1"), "Invalid XSD Time / -2001-10-26");
-    EXPECT_EQ(leaves(&CDateTime::ParseXSDDateTime, "1999-10Z"),
-              "Invalid XSD DateTime / 2001-02-03T04:05:06Z");
     EXPECT_EQ(leaves(&CDateTime::ParseXSDDate, nullptr), "Invalid Date (Null String) / Error: Date Not Set");
-    EXPECT_EQ(leaves(&CDateTime::ParseXSDDate, "bad"), "Invalid XSD Date / Error: Date Not Set");
     EXPECT_EQ(leaves(&CDateTime::ParseXSDDate, "1999-02-30"), "Invalid Day / 1999-02-30");
     EXPECT_EQ(leaves(&CDateTime::ParseXSDTime, nullptr), "Invalid Time (Null String) / Error: Date Not Set");
     EXPECT_EQ(leaves(&CDateTime::ParseXSDTime, "bad"), "Invalid XSD Time / Error: Date Not Set");
@@ -200,12 +175,9 @@ TEST(DateTime, PlainTextsAreReadAsThoseWithFraction) {
 TEST(DateTime, ToStringFormats) {
     const CDateTime value(2001, 2, 3);
     EXPECT_EQ(value.ToString("G"), "");
-    EXPECT_EQ(value.ToString(""), "");
-    EXPECT_EQ(value.ToString(nullptr), "");
     EXPECT_EQ(value.ToString("x"), "Unknown Format: x");
     EXPECT_EQ(CDateTime().ToString("G"), "Error: Date Not Set");
     EXPECT_EQ(CDateTime(CDateTime::dt_date).ToString(), "Error: Date Not Set");
-    EXPECT_EQ(CDateTime(CDateTime::dt_time).ToString(), "00:00:00");
 
     CDateTime longest(1, 1, 1, 0, 0, 0);
     longest.SetYear(-32768);
@@ -230,10 +202,9 @@ TEST(DateTime, KindSettersCheckTheirValues) {
         {[](CDateTime& v) { v.SetDate(70000, 1, 1); },
          "Invalid Year [70000] (9999 <= year <= -9999 && year != 0)"},
         {[](CDateTime& v) { v.SetGYear(0); }, "Invalid Year [0] (9999 <= year <= -9999 && year != 0)"},
-        {[](CDateTime& v) { v.SetGMonth(261); }, "Invalid Month [261] (1 <= month <= 12)"},
         {[](CDateTime& v) { v.SetGYearMonth(2000, 0); }, "Invalid Month [0] (1 <= month <= 12)"},
+        {[](CDateTime& v) { v.SetGMonth(261); }, "Invalid Month [261] (1 <= month <= 12)"},
         {[](CDateTime& v) { v.SetGDay(-1); }, "Invalid Day [-1] (1 <= day <= 31)"},
-        {[](CDateTime& v) { v.SetDate(2100, 2, 29); }, "Invalid Day [29] (1 <= day <= days in month"},
         {[](CDateTime& v) { v.SetTime(24, 0, 0); }, "Invalid Hour [24] (0 <= hour <= 23)"},
         {[](CDateTime& v) { v.SetTime(0, 60, 0); }, "Invalid Minute [60] (0 <= minute <= 59)"},
         {[](CDateTime& v) { v.SetDateTime(1, 1, 1, 0, 0, 60); }, "Invalid Second [60] (0 <= second <= 59)"},
@@ -251,13 +222,8 @@ TEST(DateTime, KindSettersCheckTheirValues) {
     CDateTime value(2001, 2, 3, 4, 5, 6);
     EXPECT_EQ(ErrorOf<InvalidState>([&] { value.SetTime(1, 2, 3); }),
               "Failed to copy CDateTime. Invalid Date Type: time, expected: dateTime.");
-    EXPECT_EQ(value.ToString(), "2001-02-03T04:05:06");
-    value.SetUTC();
     value.SetDateTime(2002, 1, 1, 0, 0, 0, 1, 2, 3);
     EXPECT_EQ(value.ToString(), "2002-01-01T00:00:00.001002003");
-    CDateTime time = TimeOf("10:11:12");
-    time.SetFracTime(1, 0, 0);
-    EXPECT_EQ(time.ToString(), "00:00:00.001");
 }
 
 TEST(DateTime, FieldsOfEachKind) {
@@ -314,27 +280,18 @@ TEST(DateTime, FieldsOfEachKind) {
     EXPECT_EQ(ErrorOf<InvalidState>([] { CDateTime("2001-01-01T00:00:00Z").GetZoneHour(); }),
               "TimeZone is not been used");
     EXPECT_EQ(ErrorOf<InvalidState>([] { CDateTime().GetZoneMinute(); }), "TimeZone is not been used");
-    const CDateTime zoned("2001-01-01T00:00:00-05:30");
-    EXPECT_EQ(zoned.GetZoneHour(), -5);
-    EXPECT_EQ(zoned.GetZoneMinute(), 30);
 }
 
 TEST(DateTime, ConversionBetweenKinds) {
     CDateTime value = TimeOf("01:02:03");
     value.SetDateTime(CDateTime("2001-02-03T04:05:06.5+02:00"), CDateTime::dt_gYearMonth);
     EXPECT_EQ(value.ToString(), "2001-02+02:00");
-    value.SetDateTime(CDateTime("2001-02-03T04:05:06.5"), CDateTime::dt_time);
-    EXPECT_EQ(value.ToString(), "04:05:06.500");
     value = DateOf("2001-02-03");
     value.SetDateTime(value, CDateTime::dt_gMonthDay);
     EXPECT_EQ(value.ToString(), "--02-03");
     EXPECT_EQ(ErrorOf<Invalid>([&] { value.SetDateTime(DateOf("2001-02-03"), CDateTime::dt_dateTime); }),
               "Attempting to set a CDateTime of type dateTime using an XmlDateTime of type date. The source "
               "CDateTime does not contian enough data to allow the conversion.");
-    EXPECT_EQ(value.ToString(), "--02-03");
-    value.SetDay(30);
-    EXPECT_EQ(ErrorOf<Invalid>([&] { value.SetDateTime(value, CDateTime::dt_gMonthDay); }),
-              "Invalid Day [30] (1 <= day <= days in month)");
     EXPECT_EQ(ErrorOf<Invalid>([&] { value.SetDateTime(value, CDateTime::dt_none); }), "Invalid Year Zero");
     // A number that is no kind stays none, it does not become another one.
     EXPECT_EQ(CDateTime(static_cast<CDateTime::DTType>(0x14)).GetTypeAsString(), "");
@@ -347,12 +304,7 @@ TEST(DateTime, SecondsSince1970) {
         std::int64_t seconds;
     } rows[] = {
         {"2007-10-14T12:09:57+02:00", 1192356597},
-        {"2038-01-19T03:14:08.999", 2147483648},
-        {"1969-12-31T23:59:59", -1},
         {"1969-12-31T23:59:59.5", -1},
-        {"1600-02-29T00:00:00", -11670998400},
-        {"9999-12-31T23:59:59-14:00", 253402351199},
-        {"2000-01-01", 946684800},
         {"2000-01-01+13:00", 946598400},
         {"2000-01-01-05:00", 946684800},
     };
@@ -366,18 +318,11 @@ TEST(DateTime, SecondsSince1970) {
     CDateTime value;
     value = 1192356597L;
     EXPECT_EQ(value.ToString(), "2007-10-14T10:09:57");
-    value = 0;
-    EXPECT_EQ(value.ToString(), "1970-01-01T00:00:00");
     EXPECT_EQ(ErrorOf<Invalid>([&] { value = 253402300800; }),
               "Invalid Year [10000] (9999 <= year <= -9999 && year != 0)");
-    EXPECT_EQ(ErrorOf<Invalid>([&] { value = -62167219200; }),
-              "Invalid Year [0] (9999 <= year <= -9999 && year != 0)");
-    for (const std::int64_t extreme :
-         {std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()}) {
-        EXPECT_THROW(value = extreme, CKvInvalidValueException);
-    }
-    EXPECT_THROW(value = std::numeric_limits<std::uint64_t>::max(), CKvInvalidValueException);
-    EXPECT_EQ(value.ToString(), "1970-01-01T00:00:00");
+    EXPECT_THROW(value = std::numeric_limits<std::int64_t>::min(), Invalid);
+    EXPECT_THROW(value = std::numeric_limits<std::uint64_t>::max(), Invalid);
+    EXPECT_EQ(value.ToString(), "2007-10-14T10:09:57");
     EXPECT_EQ(ErrorOf<Invalid>([] { TimeOf("00:00:00").GetTime(); }),
               "Failed to GetTime, Date Status must be dateTime or date. Invalid Date Type: time.");
 }
@@ -385,7 +330,6 @@ TEST(DateTime, SecondsSince1970) {
 TEST(DateTime, PlatformTimes) {
     const SYSTEMTIME time = CDateTime("2007-10-14T10:09:57.123456Z").GetAsSystemTime();
     EXPECT_EQ(time.wYear, 2007);
-    EXPECT_EQ(time.wDayOfWeek, 0);  // a Sunday
     EXPECT_EQ(CDateTime(time).ToString(), "2007-10-14T10:09:57.123");
     EXPECT_EQ(ErrorOf<Invalid>([] { DateOf("2001-01-01").GetAsSystemTime(); }),
               "Failed to GetAsSystemTime, Date Status must be dateTime. Invalid Date Type: date.");
@@ -399,12 +343,8 @@ TEST(DateTime, PlatformTimes) {
     EXPECT_EQ(CDateTime(fileTime(116444736000000000 + 12345678)).ToString(), "1970-01-01T00:00:01.234");
     EXPECT_EQ(ErrorOf<Invalid>([&] { value = fileTime(std::uint64_t{1} << 63); }),
               "Failed to convert FILETIME to SYSTEMTIME");
-    EXPECT_EQ(ErrorOf<Invalid>([&] { value = fileTime((std::uint64_t{1} << 63) - 1); }),
-              "Invalid Year [30828] (9999 <= year <= -9999 && year != 0)");
 
     const CDateTime now = CDateTime::GetTickCount();
-    EXPECT_EQ(now.GetType(), CDateTime::dt_dateTime);
-    EXPECT_FALSE(now.IsUTC());
     EXPECT_TRUE(now > CDateTime("2020-01-01T00:00:00"));
 }
 
@@ -413,17 +353,13 @@ TEST(DateTime, Normalized) {
         const char* text;
         const char* normalized;
     } rows[] = {
-        {"2000-03-04T23:00:00+03:00", "2000-03-04T20:00:00Z"},
         {"2000-12-31T23:00:00.5-01:30", "2001-01-01T00:30:00.500Z"},
         {"00:30:00+01:00", "23:30:00Z"},
         {"2000-01-01+13:00", "1999-12-31Z"},
-        {"--01-01+01:00", "--12-31Z"},
         {"--03-01+01:00", "--02-29Z"},
     };
     for (const auto& row : rows)
         EXPECT_EQ(Of(row.text).GetNormalized().ToString(), row.normalized);
-    EXPECT_EQ(ErrorOf<Invalid>([] { CDateTime("9999-12-31T23:00:00-01:00").GetNormalized(); }),
-              "Invalid Year [10000] (9999 <= year <= -9999 && year != 0)");
 }
 
 TEST(DateTime, Order) {
@@ -432,24 +368,17 @@ TEST(DateTime, Order) {
         char order;  // = < > ?
         const char* b;
     } rows[] = {
-        {"2000-01-15T12:00:00", '<', "2000-01-16T12:00:00Z"},
         {"2000-01-16T12:00:00", '?', "2000-01-16T12:00:00Z"},
-        {"2000-01-16T00:00:00", '?', "2000-01-16T12:00:00Z"},
         {"2000-01-16T12:00:00", '?', "2000-01-16T02:00:00+04:00"},  // exactly 14 hours
-        {"2000-01-16T12:00:00", '>', "2000-01-15T21:59:59Z"},
         {"2000-01-16T12:00:00Z", '<', "2000-01-17T02:00:00.000000001"},
+        {"2000-01-16T00:00:00", '?', "2000-01-16T12:00:00Z"},
         {"2000-01-16T12:00:00Z", '?', "2000-01-17T02:00:00"},
         {"2000-01-01T00:00:00+01:00", '=', "1999-12-31T23:00:00Z"},
-        {"-0001-12-31T00:00:00", '<', "0001-01-01T00:00:00"},
-        {"9999-12-31T23:59:59-14:00", '>', "9999-12-31T23:59:59Z"},
-        {"2000-01-01+13:00", '<', "2000-01-01Z"},
         {"00:30:00+01:00", '<', "00:00:00Z"},
-        {"12:00:00", '?', "12:00:00Z"},
         {"1999", '<', "2000-01-01"},  // the year decides
         {"2000", '?', "2000-01-01"},  // the month is missing
         {"2000-01-01", '?', "2000-01-01T00:00:00"},
         {"12:00:00", '?', "2000-01-01T12:00:00"},
-        {"--01", '?', "2000-01"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.a) + " " + row.order + " " + row.b);
@@ -476,20 +405,11 @@ TEST(DateTime, AddingDurations) {
     } rows[] = {
         {"2000-01-12T12:13:14Z", "P1Y3M5DT7H10M3.3S", "2001-04-17T19:23:17.300Z"},
         {"2000-01", "-P3M", "1999-10"},
-        {"2000-01-12", "PT33H", "2000-01-13"},
         {"2000-01-31", "P1M", "2000-02-29"},
-        {"2000-03-31", "-P1M", "2000-02-29"},
         {"2000-03-30T00:00:00", "P1M1D", "2000-05-01T00:00:00"},
-        {"2000-02-29", "P1Y", "2001-02-28"},
         {"2000-12-31T23:59:59.999", "PT0.001S", "2001-01-01T00:00:00"},
-        {"2000-01-01T00:00:00+05:00", "-PT1S", "1999-12-31T23:59:59+05:00"},
         {"-0001-06-01", "P2Y", "0001-06-01"},  // through a year 0
-        {"-0004-02-28", "P1D", "-0004-02-29"},
         {"23:30:00", "PT1H", "00:30:00"},
-        {"--12-31", "P1D", "--01-01"},
-        {"--02-28", "P1D", "--02-29"},
-        {"---31", "P1D", "---01"},
-        {"1999", "P12M", "2000"},
         {"2000-01-01T00:00:00", "PT2147483647M", "6083-01-23T02:07:00"},
     };
     for (const auto& row : rows) {
@@ -505,7 +425,6 @@ TEST(DateTime, AddingDurations) {
         const char* message;
     } refused[] = {
         {"9999-12-31", "P1D", "Invalid Year [10000] (9999 <= year <= -9999 && year != 0)"},
-        {"-9999-01-01", "-P1D", "Invalid Year [-10000] (9999 <= year <= -9999 && year != 0)"},
         {"-0001-12-31", "P1D", "Invalid Year [0] (9999 <= year <= -9999 && year != 0)"},
         {"2000-01-01", "P65535Y4294967295M", "Invalid Year [357981476] (9999 <= year <= -9999 && year != 0)"},
     };
@@ -524,7 +443,6 @@ TEST(DateTime, Differences) {
         const char* span;
     } rows[] = {
         {"2000-03-01T00:00:00", "2000-02-28T23:00:00", "P1DT1H"},
-        {"2000-02-28T23:00:00", "2000-03-01T00:00:00", "-P1DT1H"},
         {"2000-01-01T00:00:00.25", "1999-12-31T23:59:59.500000001", "PT0.749999999S"},
         {"2000-01-01T00:00:00+02:00", "2000-01-01T00:00:00Z", "-PT2H"},
         {"9999-12-31", "-9999-01-01", "P7304483D"},

@@ -5,10 +5,8 @@
 #include <algorithm>
 #include <functional>
 #include <iterator>
-#include <numeric>
 #include <random>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 #include "kvxml/kvxml.h"
@@ -36,11 +34,11 @@ public:
     }
 
     /// Reads a list of these items; attributes and the like are part of an item: "<item>1</item><item/>".
-    std::string ReadingError(const std::string& content, const CSerializationContext& context = {}) {
+    std::string ReadingError(const std::string& content) {
         const std::string document = std::string("<List xmlns='") + kNamespace +
                                      "' xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>" + content +
                                      "</List>";
-        return ErrorOf([&] { FromXml(document.c_str(), context); });
+        return ErrorOf([&] { FromXml(document.c_str()); });
     }
     /// The texts of the written items, each followed by "|".
     std::string Texts() const {
@@ -88,36 +86,35 @@ struct KindCase {
     const char* text;     // as read, without the blanks around
     const char* written;  // null: as read
     const char* other;    // another value
-    const char* bad;      // no value
 };
 
 const KindCase kKindCases[] = {
-    {"i1", Make<Ci1Col>, "-128", nullptr, "127", "128"},
-    {"i2", Make<Ci2Col>, "+32767", "32767", "-32768", "32768"},
-    {"i4", Make<Ci4Col>, "007", "7", "-2147483648", "2147483648"},
-    {"i8", Make<Ci8Col>, "-9223372036854775808", nullptr, "1", "9223372036854775808"},
-    {"ui1", Make<Cui1Col>, "255", nullptr, "0", "256"},
-    {"ui2", Make<Cui2Col>, "65535", nullptr, "0", "65536"},
-    {"ui4", Make<Cui4Col>, "4294967295", nullptr, "0", "4294967296"},
-    {"ui8", Make<Cui8Col>, "18446744073709551615", nullptr, "0", "x"},
-    {"r4", Make<Cr4Col>, "1.50", "1.5", "INF", "1,5"},
-    {"r8", Make<Cr8Col>, "1e-1", "0.1", "NaN", ""},
-    {"boolean", Make<CbooleanCol>, "1", "true", "false", "yes"},
-    {"string", Make<CstringCol>, "a  b", nullptr, "", nullptr},
-    {"year", Make<CyearCol>, "1999", nullptr, "2024", "x"},
-    {"month", Make<CmonthCol>, "--07", nullptr, "--12", "--13"},
-    {"day", Make<CdayCol>, "---09", nullptr, "---31", "---32"},
+    {"i1", Make<Ci1Col>, "-128", nullptr, "127"},
+    {"i2", Make<Ci2Col>, "+32767", "32767", "-32768"},
+    {"i4", Make<Ci4Col>, "007", "7", "-2147483648"},
+    {"i8", Make<Ci8Col>, "-9223372036854775808", nullptr, "1"},
+    {"ui1", Make<Cui1Col>, "255", nullptr, "0"},
+    {"ui2", Make<Cui2Col>, "65535", nullptr, "0"},
+    {"ui4", Make<Cui4Col>, "4294967295", nullptr, "0"},
+    {"ui8", Make<Cui8Col>, "18446744073709551615", nullptr, "0"},
+    {"r4", Make<Cr4Col>, "1.50", "1.5", "INF"},
+    {"r8", Make<Cr8Col>, "1e-1", "0.1", "NaN"},
+    {"boolean", Make<CbooleanCol>, "1", "true", "false"},
+    {"string", Make<CstringCol>, "a  b", nullptr, ""},
+    {"year", Make<CyearCol>, "1999", nullptr, "2024"},
+    {"month", Make<CmonthCol>, "--07", nullptr, "--12"},
+    {"day", Make<CdayCol>, "---09", nullptr, "---31"},
     {"decimal", Make<CdecimalCol>, "123456789012345678901234567890.10", "123456789012345678901234567890.1",
-     "-1", "1.x"},
-    {"integer", Make<CintegerCol>, "123456789012345678901234567890", nullptr, "-1", "x"},
-    {"duration", Make<CdurationCol>, "P1Y2M3DT4H5M6S", nullptr, "PT1S", "1S"},
-    {"hexBinary", Make<ChexBinaryCol>, "00ff", "00FF", "7A", "0G"},
-    {"base64Binary", Make<Cbase64BinaryCol>, "SGVsbG8=", nullptr, "AA==", nullptr},
-    {"date", Make<CdateCol>, "2024-02-29", nullptr, "2024-03-01", "2024-02"},
-    {"datetime", Make<CdatetimeCol>, "2024-02-29T23:59:58Z", nullptr, "2024-03-01T00:00:00", "2024-02-29"},
-    {"time", Make<CtimeCol>, "01:02:03", nullptr, "23:59:59", "2024-02-29"},
-    {"yearMonth", Make<CyearMonthCol>, "2024-02", nullptr, "2024-03", "2024-02-29"},
-    {"monthDay", Make<CmonthDayCol>, "--12-31", nullptr, "--01-01", "2024-02"},
+     "-1"},
+    {"integer", Make<CintegerCol>, "123456789012345678901234567890", nullptr, "-1"},
+    {"duration", Make<CdurationCol>, "P1Y2M3DT4H5M6S", nullptr, "PT1S"},
+    {"hexBinary", Make<ChexBinaryCol>, "00ff", "00FF", "7A"},
+    {"base64Binary", Make<Cbase64BinaryCol>, "SGVsbG8=", nullptr, "AA=="},
+    {"date", Make<CdateCol>, "2024-02-29", nullptr, "2024-03-01"},
+    {"datetime", Make<CdatetimeCol>, "2024-02-29T23:59:58Z", nullptr, "2024-03-01T00:00:00"},
+    {"time", Make<CtimeCol>, "01:02:03", nullptr, "23:59:59"},
+    {"yearMonth", Make<CyearMonthCol>, "2024-02", nullptr, "2024-03"},
+    {"monthDay", Make<CmonthDayCol>, "--12-31", nullptr, "--01-01"},
 };
 
 /// A pattern that only `text` matches.
@@ -131,76 +128,45 @@ std::string PatternOf(const std::string& text) {
 }
 
 TEST(PrimitiveCollections, EveryKindReadsAndWrites) {
-    ASSERT_EQ(std::size(kKindCases), 25u);
     for (const KindCase& c : kKindCases) {
         SCOPED_TRACE(c.kind);
-        const bool isString = std::string(c.kind) == "string";
-        const std::string blank = isString ? "" : " \n ";
+        const std::string blank = std::string(c.kind) == "string" ? "" : " \n ";
         const std::string written = c.written != nullptr ? c.written : c.text;
-        CSmartPtr<List> list(new List(c.make(nullptr)));
-        const std::string content = Item(blank + c.text + blank) + Item(c.other);
-        EXPECT_EQ(list->ReadingError(content), "(no error)");
-        EXPECT_EQ(list->Texts(), written + "|" + c.other + "|");
-        EXPECT_EQ(list->ReadingError(""), "(no error)");
-        EXPECT_EQ(list->Texts(), "");
-        if (c.bad != nullptr) {
-            const std::string error = list->ReadingError(Item(c.other) + Item(c.bad));
-            EXPECT_EQ(error.rfind("Failed to set the property value [item].\nPath: /List/item[2]\n", 0), 0u)
-                << error;
-        }
         // The text is matched as it was read, not as it would be written.
-        CSmartPtr<List> matched(new List(c.make(PatternOf(c.text).c_str())));
-        EXPECT_EQ(matched->ReadingError(Item(blank + c.text + blank)), "(no error)");
-        EXPECT_EQ(matched->Texts(), written + "|");
-        const std::string error = matched->ReadingError(Item(c.text) + Item(c.other));
+        const CSmartPtr<List> list(new List(c.make(PatternOf(c.text).c_str())));
+        EXPECT_EQ(list->ReadingError(Item(blank + c.text + blank) + Item(c.text)), "(no error)");
+        EXPECT_EQ(list->Texts(), written + "|" + written + "|");
+        EXPECT_EQ(list->ReadingError(""), "(no error)");
+        const std::string error = list->ReadingError(Item(c.text) + Item(c.other));
         EXPECT_NE(error.find(std::string("Invalid Value for item [") + c.other + "]."), std::string::npos)
             << error;
-        EXPECT_EQ(matched->Texts(), written + "|");
     }
 }
 
 TEST(PrimitiveCollections, ItemsThatAreNoSimpleElements) {
     CSmartPtr<List> list(new List(new Ci4Col("item", kNamespace, 1, 2)));
-    CSerializationContext tolerant;
-    tolerant.SetIgnoreUnknownAttributes(true);
-    tolerant.SetIgnoreUnknownElements(true);
     struct Case {
         const char* content;
         const char* error;
-        bool isTolerated;
     };
     const Case cases[] = {
-        {"<item a='1'>1</item>", "Unexpected Attribute found.\nPath: /List/item/@a", true},
+        {"<item a='1'>1</item>", "Unexpected Attribute found.\nPath: /List/item/@a"},
         {"<item>1<b/></item>",
          "Failed read all the elements held within the element [item]. The unexpected element [b] remains un "
-         "processed\nPath: /List/item",
-         true},
+         "processed\nPath: /List/item"},
         {"<item xsi:nil='true'/>",
-         "Invalid use of 'nil' attribute in non-nillable element.\nPath: /List/item", false},
-        {"<item xsi:nil='false'>1</item>", "(no error)", true},
+         "Invalid use of 'nil' attribute in non-nillable element.\nPath: /List/item"},
         {"<item>1</item><item>1</item><item>1</item>",
          "Failed to process the element.\nPath: /List\nThe Maximum number of [item] elements allowed in this "
-         "collection is 2",
-         false},
+         "collection is 2"},
         {"",
          "Failed to process the element.\nPath: /List\nThe Minimum number of [item] elements allowed in this "
-         "collection is 1",
-         false},
+         "collection is 1"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.content);
         EXPECT_EQ(list->ReadingError(c.content), c.error);
-        EXPECT_EQ(list->ReadingError(c.content, tolerant) == "(no error)", c.isTolerated);
     }
-    // Only the run is read, and only in the namespace of the collection.
-    CXmlDocument document;
-    document.LoadXml("<a xmlns='urn:fixture'><item>1</item><item>2</item><b/><item>3</item></a>");
-    Ci4Col numbers("item", kNamespace, 0, -1);
-    numbers.FromXmlElement(document.GetDocumentElement());
-    EXPECT_EQ(std::vector<int>(numbers.begin(), numbers.end()), (std::vector<int>{1, 2}));
-    Ci4Col foreign("item", "urn:other", 0, -1);
-    foreign.FromXmlElement(document.GetDocumentElement());
-    EXPECT_EQ(foreign.GetCount(), 0);
 }
 
 TEST(PrimitiveCollections, FacetsInTheOrderOfTheConstructor) {
@@ -232,10 +198,6 @@ TEST(PrimitiveCollections, FacetsInTheOrderOfTheConstructor) {
         CSmartPtr<List> list(new List(c.collection));
         EXPECT_EQ(list->ReadingError(Item(c.good)), "(no error)");
         const std::string error = list->ReadingError(Item(c.bad));
-        EXPECT_EQ(error.rfind("Failed to set the property value [item].\nPath: /List/item\n", 0), 0u)
-            << error;
-        EXPECT_NE(error.find(std::string("Invalid Value for item [") + c.bad + "]."), std::string::npos)
-            << error;
         EXPECT_NE(error.find(c.facet), std::string::npos) << error;
     }
 }
@@ -243,13 +205,12 @@ TEST(PrimitiveCollections, FacetsInTheOrderOfTheConstructor) {
 // --- lists of values ---------------------------------------------------------------------------------------
 
 /// Writes events down, and does what a test wants at each.
-template <class T>
 class Listener final : public IEventSink {
 public:
     void OnEvent(CXmlObjectBase* source, MsgType type, void* data) override {
         std::string text = std::to_string(type);
         if (type == MsgType_Add || type == MsgType_AddComplete) {
-            text += "v" + std::to_string(*static_cast<const T*>(data));
+            text += "v" + std::to_string(*static_cast<const std::int32_t*>(data));
         } else if (data != nullptr) {
             text += "@" + std::to_string(*static_cast<const std::int32_t*>(data));
         }
@@ -279,41 +240,30 @@ TYPED_TEST_SUITE(ValueLists, ValueListTypes);
 TYPED_TEST(ValueLists, PlacesIteratorsAndCopies) {
     using T = typename TypeParam::value_type;
     TypeParam c("n", "", 0, -1);
-    EXPECT_EQ(c.begin(), c.end());
     for (int round = 0; round < 2; ++round) {
         const int count = c.GetCount();
-        for (const int index : {-1, count + 1}) {
-            EXPECT_THROW(c.AddAt(index, T(1)), CKvInvalidParamException);
-            EXPECT_EQ(ErrorOf([&] { c.AddAt(index, T(1)); }), "Index out of range");
-        }
+        for (const int index : {-1, count + 1})
+            EXPECT_EQ(ErrorOf<CKvInvalidParamException>([&] { c.AddAt(index, T(1)); }), "Index out of range");
         for (const int index : {-1, count}) {
             const std::string range =
                 "Index " + std::to_string(index) + " is out of range, use 0 - " + std::to_string(count - 1);
             EXPECT_EQ(ErrorOf([&] { c.Remove(index); }), range);
             EXPECT_EQ(ErrorOf([&] { c.Item(index); }), range);
         }
-        EXPECT_EQ(c.GetCount(), count);
         c.Add(T(1));
         c.AddAt(0, T(0));
         c.AddAt(c.GetCount(), T(0));
     }
     std::vector<T> values(c.begin(), c.end());
     EXPECT_EQ(values, (std::vector<T>{0, 0, 1, 0, 1, 0}));
-    static_assert(std::is_same_v<typename std::iterator_traits<decltype(c.begin())>::reference, const T&>);
-    EXPECT_EQ(std::find(c.begin(), c.end(), T(1)) - c.begin(), 2);
-    EXPECT_EQ(std::count(c.begin(), c.end(), T(1)), 2);
-    EXPECT_EQ(c.Item(4), T(1));
 
     TypeParam copy(c);
     TypeParam assigned("other", "", 0, 1);
     assigned.Add(T(1));
     assigned = c;
     c.Clear();
-    c.Add(T(1));
     EXPECT_TRUE(std::equal(copy.begin(), copy.end(), values.begin(), values.end()));
     EXPECT_TRUE(std::equal(assigned.begin(), assigned.end(), values.begin(), values.end()));
-    EXPECT_EQ(assigned.GetMaxOccurs(), -1);
-    EXPECT_EQ(c.GetCount(), 1);
 }
 
 TEST(PrimitiveCollections, StorageKeepsOrderWhateverIsDone) {
@@ -331,9 +281,6 @@ TEST(PrimitiveCollections, StorageKeepsOrderWhateverIsDone) {
             c.Remove(at);
             model.erase(model.begin() + at);
         }
-        if (i % 97 == 0) {
-            ASSERT_TRUE(std::equal(c.begin(), c.end(), model.begin(), model.end()));
-        }
     }
     ASSERT_TRUE(std::equal(c.begin(), c.end(), model.begin(), model.end()));
     // A value of the collection itself.
@@ -343,7 +290,7 @@ TEST(PrimitiveCollections, StorageKeepsOrderWhateverIsDone) {
 
 TEST(PrimitiveCollections, Events) {
     Ci4Col c("n", "", 0, -1, nullptr, -1, -1, "0", "9");
-    Listener<std::int32_t> listener;
+    Listener listener;
     c.AddEventListener(&listener);
     c.Add(1);
     c.AddAt(0, 2);
@@ -351,11 +298,10 @@ TEST(PrimitiveCollections, Events) {
     EXPECT_EQ(listener.events, "1v1:0 2v1:1 0:1 1v2:1 2v2:2 0:2 3@1:2 4@1:1 0:1");
     // What is refused was announced.
     listener.events.clear();
-    EXPECT_EQ(ErrorOf([&] { c.Add(10); }).rfind("Invalid Value for n [10].", 0), 0u);
     EXPECT_THROW(c.Add(10), CKvInvalidValueException);
     EXPECT_THROW(c.AddAt(5, 3), CKvInvalidParamException);
     EXPECT_THROW(c.Remove(1), CKvInvalidParamException);
-    EXPECT_EQ(listener.events, "1v10:1 1v10:1 1v3:1 3@1:1");
+    EXPECT_EQ(listener.events, "1v10:1 1v3:1 3@1:1");
     EXPECT_EQ(Join(c), "2");
     c.Add(3);
     c.Add(4);
@@ -363,18 +309,12 @@ TEST(PrimitiveCollections, Events) {
     c.Clear();
     EXPECT_EQ(listener.events, "3@0:3 4@0:2 0:2 3@0:2 4@0:1 0:1 3@0:1 4@0:0 0:0");
 
-    CXmlDocument document;
-    document.LoadXml("<a><n>5</n><n>6</n></a>");
-    listener.events.clear();
-    c.FromXmlElement(document.GetDocumentElement());
-    EXPECT_EQ(listener.events, "1v5:0 2v5:1 0:1 1v6:1 2v6:2 0:2");
+    c.Add(5);
     listener.action = [](IEventSink::MsgType type) {
-        if (type == IEventSink::MsgType_Add || type == IEventSink::MsgType_Remove)
-            throw CKvException("refused");
+        if (type == IEventSink::MsgType_Remove) throw CKvException("refused");
     };
-    EXPECT_EQ(ErrorOf([&] { c.Add(1); }), "refused");
     EXPECT_EQ(ErrorOf([&] { c.Clear(); }), "refused");
-    EXPECT_EQ(Join(c), "56");
+    EXPECT_EQ(Join(c), "5");
 }
 
 TEST(PrimitiveCollections, ListenersThatChangeTheCollection) {
@@ -386,29 +326,21 @@ TEST(PrimitiveCollections, ListenersThatChangeTheCollection) {
         const char* result;
     };
     const auto clear = [](Ci4Col& c) { c.Clear(); };
-    const auto removeFirst = [](Ci4Col& c) { c.Remove(0); };
-    const auto removeLast = [](Ci4Col& c) { c.Remove(2); };
     const auto append = [](Ci4Col& c) { c.Add(8); };
     const auto insert = [](Ci4Col& c) { c.AddAt(2, 7); };
     const Case cases[] = {
-        {"clear while appending", IEventSink::MsgType_Add, clear, append, "8"},
         {"clear while inserting", IEventSink::MsgType_Add, clear, insert, "7"},
         {"append while appending", IEventSink::MsgType_Add, [](Ci4Col& c) { c.Add(9); }, append, "12398"},
-        {"append while inserting", IEventSink::MsgType_Add, append, insert, "12738"},
-        {"room for an index", IEventSink::MsgType_Add, append, [](Ci4Col& c) { c.AddAt(4, 7); }, "12387"},
-        {"clear while removing", IEventSink::MsgType_Remove, clear, removeLast, ""},
+        {"clear while removing", IEventSink::MsgType_Remove, clear, [](Ci4Col& c) { c.Remove(2); }, ""},
         {"clear while clearing", IEventSink::MsgType_Remove, clear, clear, ""},
-        {"remove while removing", IEventSink::MsgType_Remove, removeFirst, removeLast, "23"},
-        {"append while clearing", IEventSink::MsgType_RemoveComplete, append, clear, "8"},
-        {"clear when added", IEventSink::MsgType_AddComplete, clear, insert, ""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         Ci4Col collection("n", "", 0, -1);
         for (const int value : {1, 2, 3})
             collection.Add(value);
-        Listener<std::int32_t> listener;
-        Listener<std::int32_t> last;  // sees what was added even when the first has removed it
+        Listener listener;
+        Listener last;  // sees what was added even when the first has removed it
         bool reacted = false;
         listener.action = [&](IEventSink::MsgType type) {
             if (type != c.at || reacted) return;
@@ -424,7 +356,7 @@ TEST(PrimitiveCollections, ListenersThatChangeTheCollection) {
     Ci4Col collection("n", "", 0, -1);
     collection.Add(1);
     collection.Add(2);
-    Listener<std::int32_t> listener;
+    Listener listener;
     listener.action = [&](IEventSink::MsgType type) {
         if (type == IEventSink::MsgType_RemoveComplete) collection.Add(9);
     };
@@ -437,14 +369,11 @@ TEST(PrimitiveCollections, ListenersThatChangeTheCollection) {
 
 TEST(PrimitiveCollections, DatesMustBeOfTheKind) {
     using C = CConversions;
-    const auto value = [](std::string_view text) {
-        const auto rule = CWhitespaceUtils::WhitespaceRule_None;
-        if (text.find('T') != text.npos) return C::datetimeFromString(text, rule);
-        if (text.find(':') != text.npos) return C::timeFromString(text, rule);
-        return C::dateFromString(text, rule);
-    };
-    const char* const texts[] = {"2024-02-29", "2024-02-29T23:59:58Z", "01:02:03", "2024-02", "--12-31",
-                                 "2024"};
+    constexpr auto kRule = CWhitespaceUtils::WhitespaceRule_None;
+    const CDateTime dates[] = {C::dateFromString("2024-02-29", kRule),
+                               C::datetimeFromString("2024-02-29T23:59:58Z", kRule),
+                               C::timeFromString("01:02:03", kRule), C::yearMonthFromString("2024-02", kRule),
+                               C::monthDayFromString("--12-31", kRule)};
     const char* const names[] = {"dt_date", "dt_dateTime", "dt_time", "dt_gYearMonth", "dt_gMonthDay"};
     CdatetimeBaseCol* const collections[] = {
         new CdateCol("item", kNamespace, 0, -1), new CdatetimeCol("item", kNamespace, 0, -1),
@@ -454,24 +383,15 @@ TEST(PrimitiveCollections, DatesMustBeOfTheKind) {
         CdatetimeBaseCol& c = *collections[i];
         const CSmartPtr<List> list(new List(&c));
         const std::string refusal = std::string("Dates added to this collection must be of type ") + names[i];
-        for (std::size_t k = 0; k < std::size(texts); ++k) {
-            SCOPED_TRACE(std::string(names[i]) + " " + texts[k]);
-            CPrimitiveCollection<CDateTime>& base = c;
-            EXPECT_EQ(ErrorOf([&] { c.Add(value(texts[k])); }), i == k ? "(no error)" : refusal);
-            EXPECT_EQ(ErrorOf([&] { c.AddAt(0, value(texts[k])); }), i == k ? "(no error)" : refusal);
-            EXPECT_EQ(ErrorOf([&] { base.Add(value(texts[k])); }), i == k ? "(no error)" : refusal);
-            if (i != k) {
-                EXPECT_THROW(c.Add(value(texts[k])), CKvInvalidParamException);
-            }
+        for (std::size_t k = 0; k < std::size(dates); ++k) {
+            const std::string expected = i == k ? "(no error)" : refusal;
+            EXPECT_EQ(ErrorOf<CKvInvalidParamException>([&] { c.Add(dates[k]); }), expected) << k;
+            EXPECT_EQ(ErrorOf([&] { static_cast<CPrimitiveCollection<CDateTime>&>(c).Add(dates[k]); }),
+                      expected);
         }
-        EXPECT_EQ(c.GetCount(), 3);
         // By the functions that read the kind, a text of another form fails with the message of the kind.
-        const std::string other = i == 3 ? texts[0] : texts[3];
-        const std::string error = list->ReadingError(Item(other));
-        if (i != 1 && i != 2) {
-            EXPECT_NE(error.find(refusal), std::string::npos) << error;
-        }
-        EXPECT_NE(error, "(no error)");
+        const std::string error = list->ReadingError(Item(i == 3 ? "2024-02-29" : "2024-02"));
+        EXPECT_NE(error.find(i == 1 || i == 2 ? "Invalid XSD" : refusal), std::string::npos) << error;
     }
 }
 
@@ -509,11 +429,9 @@ TEST(PrimitiveCollections, Enumerations) {
     EXPECT_EQ(list->ReadingError(Item("blue") + Item("red")), "(no error)");
     EXPECT_EQ(Join(*colors), "20");
     EXPECT_EQ(list->Texts(), "blue|red|");
+    EXPECT_EQ(CXmlEnumCollection(*colors).Item(0), fixture::Color_blue);
     EXPECT_EQ(list->ReadingError(Item("blue") + Item("pink")),
               "Failed to set the property value [item].\nPath: /List/item[2]\nNo such color [pink]");
-    colors->AddAt(0, fixture::Color_green);
-    EXPECT_EQ(CXmlEnumCollection(*colors).Item(0), fixture::Color_green);
-    EXPECT_EQ(list->Texts(), "green|blue|");
 }
 
 }  // namespace

@@ -2,11 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstdint>
-#include <limits>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "kvxml/runtime/exceptions.h"
@@ -51,15 +48,6 @@ std::string Verdict(const CPrimitiveRestrictions& restrictions, ItemType type, c
     return "";
 }
 
-TEST(PrimitiveRestrictions, NoFacetIsNoCheck) {
-    EXPECT_TRUE(CPrimitiveRestrictions().IsEmpty());
-    EXPECT_TRUE(Make({}).IsEmpty());
-    EXPECT_TRUE(Make({.pattern = "", .minInclusive = "", .enumeration = ""}).IsEmpty());
-    EXPECT_FALSE(Make({.maxLength = 0}).IsEmpty());
-    EXPECT_EQ(Make({}).GetWhitespaceRule(), kCollapse);
-    CPrimitiveRestrictions().Check("a", ItemType_i4, "no number");
-}
-
 TEST(PrimitiveRestrictions, EveryFacetForEveryKindThatHasIt) {
     const struct {
         ItemType type;
@@ -70,20 +58,14 @@ TEST(PrimitiveRestrictions, EveryFacetForEveryKindThatHasIt) {
         // Lengths: characters of text, octets of binary values; numbers and dates have none.
         {ItemType_string, {.length = 3}, {"abc", "\u00E4\u20AC\U0001F600"}, {"", "ab", "abcd"}},
         {ItemType_string, {.minLength = 1, .maxLength = 2}, {"a", "\u20AC\u20AC"}, {"", "abc"}},
-        {ItemType_string, {.minLength = 2, .maxLength = 2, .length = 2}, {"ab"}, {"a", "abc"}},
         {ItemType_string, {.maxLength = 0}, {""}, {"a", "\0"s}},
         {ItemType_string, {.maxLength = 3}, {"\x80\xC3\xE2\x82"}, {"\x80\x80\x80\x80", "\xC3\xC3\xC3\xC3"}},
         {ItemType_char, {.maxLength = 1}, {"x", "\xC3"}, {"xy"}},
         {ItemType_hexBinary, {.minLength = 2, .maxLength = 2}, {"0aFF"}, {"0a", "0a0b0c", ""}},
         {ItemType_base64Binary, {.length = 3}, {"TWFu", "TW Fu"}, {"TQ==", ""}},
-        {ItemType_i4, {.minLength = 9, .maxLength = 3, .length = 1}, {"22", "7777"}, {}},
-        {ItemType_date, {.length = 1, .totalDigits = 0}, {"2001-01-01"}, {}},
         // Bounds, by the order of the kind; text and booleans have none.
         {ItemType_string, {.minInclusive = "m", .fractionDigits = 2}, {"a", "z", "1.555"}, {}},
-        {ItemType_boolean, {.maxInclusive = "false", .length = 1}, {"true"}, {}},
-        {ItemType_hexBinary, {.maxInclusive = "00"}, {"FF"}, {}},
         {ItemType_i1, {.minExclusive = "-5", .maxExclusive = "5"}, {"-4", "4"}, {"-5", "5"}},
-        {ItemType_i2, {.minInclusive = "-5", .minExclusive = "-5"}, {"-4"}, {"-5"}},
         {ItemType_i4, {.minInclusive = "-5", .maxInclusive = "5"}, {"-5", "5"}, {"-6", "6", "2147483647"}},
         {ItemType_i8, {.minInclusive = "9223372036854775806"}, {"9223372036854775807"}, {"0"}},
         {ItemType_ui1, {.minInclusive = "-1", .maxExclusive = "256"}, {"0", "255"}, {}},
@@ -97,7 +79,6 @@ TEST(PrimitiveRestrictions, EveryFacetForEveryKindThatHasIt) {
          {"0.09", "1E30"}},
         {ItemType_r4, {.maxInclusive = "0.1"}, {"0.1", "-INF"}, {"0.1001", "INF", "NaN"}},
         {ItemType_r8, {.maxInclusive = "INF", .minExclusive = "-1e3"}, {"-999.9", "INF"}, {"-1000", "NaN"}},
-        {ItemType_r8, {.minExclusive = "0"}, {"4.9e-324"}, {"-0", "0"}},
         {ItemType_r8, {.minInclusive = "NaN"}, {"NaN"}, {"INF", "0"}},
         {ItemType_date,
          {.minInclusive = "2001-02-03", .maxExclusive = "2002-01-01"},
@@ -108,50 +89,34 @@ TEST(PrimitiveRestrictions, EveryFacetForEveryKindThatHasIt) {
          {"2001-01-01T01:00:00+01:00", "2000-12-31T09:59:59"},
          {"2001-01-01T00:00:01Z", "2001-01-01T00:00:00", "2000-12-31T10:00:01"}},
         {ItemType_time, {.minInclusive = "08:00:00"}, {"08:00:00"}, {"07:59:59", "08:00:00Z"}},
-        {ItemType_yearMonth, {.maxExclusive = "2001-05"}, {"2001-04"}, {"2001-05", "2002-01"}},
         {ItemType_monthDay, {.minInclusive = "--02-29"}, {"--03-01"}, {"--02-28"}},
-        {ItemType_year, {.minInclusive = "1970"}, {"1970"}, {"1969"}},
         {ItemType_month, {.maxInclusive = "--06"}, {"--06"}, {"--07"}},
-        {ItemType_day, {.minExclusive = "---15"}, {"---16"}, {"---15"}},
         {ItemType_duration, {.maxInclusive = "P1M"}, {"P27D", "P1M"}, {"P32D", "P30D", "P28D"}},
-        {ItemType_duration, {.minExclusive = "-P1D"}, {"-PT23H", "P0D"}, {"-PT24H", "-P1M"}},
         // Digits.
         {ItemType_i4, {.totalDigits = 3}, {"-999", "000100"}, {"1000"}},
-        {ItemType_ui8, {.totalDigits = 3, .fractionDigits = 0}, {"0"}, {"1000"}},
-        {ItemType_integer, {.totalDigits = 20}, {"99999999999999999999"}, {"100000000000000000000"}},
         {ItemType_decimal,
          {.totalDigits = 4, .fractionDigits = 2},
          {"12.34", "12.3400", "0012", "-0.01"},
          {"123.45", "0.001", "12345"}},
-        {ItemType_decimal, {.fractionDigits = 0}, {"1.00"}, {"1.5"}},
         // Enumerations, by value.
         {ItemType_string,
          {.enumeration = "red\n blue  sky\n"},
          {"red", "blue sky", ""},
          {"re", "Red", "red "}},
-        {ItemType_string, {.enumeration = "\n"}, {""}, {"\n"}},
         {ItemType_char, {.enumeration = "a\nb"}, {"a"}, {"c"}},
         {ItemType_boolean, {.enumeration = "1"}, {"true", "1"}, {"false", "0"}},
-        {ItemType_boolean, {.enumeration = "true\n0"}, {"true", "false"}, {}},
         {ItemType_hexBinary, {.enumeration = "0A\nffff\n"}, {"0a", "FFFF", ""}, {"0b", "ff"}},
         {ItemType_base64Binary, {.enumeration = "TWFu\nT Q = ="}, {"TW\nFu", "TQ=="}, {"TWFv", ""}},
         {ItemType_i2, {.enumeration = "1\n02\n+3.0"}, {"1", "2", "3", "+2"}, {"0", "4"}},
         {ItemType_decimal, {.enumeration = "1.00\n-0"}, {"1", "1.0", "0.0"}, {"1.01"}},
-        {ItemType_integer, {.enumeration = "1E20"}, {"100000000000000000000"}, {"1"}},
-        {ItemType_r4, {.enumeration = "0.1\n-INF"}, {"1e-1", "-INF"}, {"0.2", "INF"}},
         {ItemType_r8, {.enumeration = "1.5\nNaN\n0"}, {"15e-1", "NaN", "-0"}, {"1", "INF"}},
         {ItemType_date, {.enumeration = "2001-01-01Z"}, {"2001-01-01+00:00"}, {"2001-01-01", "2001-01-02Z"}},
-        {ItemType_datetime, {.enumeration = "2001-01-01T00:00:00Z"}, {"2000-12-31T23:00:00-01:00"}, {}},
-        {ItemType_time, {.enumeration = "12:00:00"}, {"12:00:00.000"}, {"12:00:01"}},
         {ItemType_yearMonth, {.enumeration = "2001-05"}, {"2001-05"}, {"2001-06"}},
-        {ItemType_monthDay, {.enumeration = "--05-01"}, {"--05-01"}, {"--05-02"}},
         {ItemType_year, {.enumeration = "2001"}, {"2001"}, {"2002"}},
-        {ItemType_month, {.enumeration = "--05"}, {"--05"}, {"--06"}},
         {ItemType_day, {.enumeration = "---01\n---15"}, {"---15"}, {"---14"}},
         {ItemType_duration, {.enumeration = "P1D\nP1Y"}, {"PT24H", "P12M"}, {"P365D"}},
         // Patterns see the text.
         {ItemType_string, {.pattern = "[A-Z]{2}|x"}, {"AB", "x"}, {"ABC", "xAB", "", "AB\n"}},
-        {ItemType_boolean, {.pattern = "true|1"}, {"true", "1"}, {"false", "0"}},
         {ItemType_i4, {.pattern = "\\d{3}"}, {"007"}, {"7"}},
     };
     for (std::size_t i = 0; i < std::size(rows); ++i) {
@@ -177,8 +142,6 @@ TEST(PrimitiveRestrictions, MessagesNameMemberValueAndFacet) {
         {ItemType_string, {.maxLength = 1}, "ab", "maxLength [1]"},
         {ItemType_string, {.pattern = "x+"}, "ab", "pattern [x+]"},
         {ItemType_string, {.enumeration = "a\nb"}, "ab", "enumeration [a, b]"},
-        {ItemType_boolean, {.enumeration = "0"}, "1", "enumeration [0]"},
-        {ItemType_hexBinary, {.enumeration = "0A"}, "0b", "enumeration [0A]"},
         {ItemType_i4, {.minInclusive = "7"}, "6", "minInclusive [7]"},
         {ItemType_i4, {.maxInclusive = "5"}, "+6", "maxInclusive [5]"},
         {ItemType_r8, {.minExclusive = "0"}, "0.0", "minExclusive [0]"},
@@ -199,30 +162,18 @@ TEST(PrimitiveRestrictions, TypedValues) {
     EXPECT_EQ(Verdict(small, ItemType_i4, 10), "");
     EXPECT_EQ(Verdict(small, ItemType_i4, 11),
               "Invalid Value for Size [11]. It violates the facet maxInclusive [10].");
-    EXPECT_NE(Verdict(small, ItemType_ui8, std::numeric_limits<std::uint64_t>::max()), "");
-    EXPECT_EQ(Verdict(small, ItemType_i8, std::numeric_limits<std::int64_t>::min()), "");
     EXPECT_NE(Verdict(small, ItemType_r4, 10.5f), "");
-    EXPECT_NE(Verdict(small, ItemType_decimal, CDecimal("10.01")), "");
     EXPECT_NE(Verdict(small, ItemType_integer, CBigInteger::Pow10(30)), "");
     EXPECT_EQ(Verdict(Make({.maxInclusive = "--06"}), ItemType_month, std::uint8_t{7}),
               "Invalid Value for Size [--07]. It violates the facet maxInclusive [--06].");
-    EXPECT_NE(Verdict(Make({.maxInclusive = "2001-01-01"}), ItemType_date,
-                      CConversions::dateFromString("2001-01-02", kCollapse)),
-              "");
-    EXPECT_NE(Verdict(Make({.maxInclusive = "P1D"}), ItemType_duration,
-                      CConversions::durationFromString("P2D", kCollapse)),
-              "");
     EXPECT_NE(Verdict(Make({.length = 1}), ItemType_hexBinary,
                       CConversions::hexBinaryFromString("0102", kCollapse)),
               "");
-    EXPECT_EQ(Verdict(Make({.enumeration = "0"}), ItemType_boolean, true),
-              "Invalid Value for Size [true]. It violates the facet enumeration [0].");
 
     // A pattern sees the text at hand, and the usual text of the value when there is none.
     const CPrimitiveRestrictions money = Make({.pattern = "\\d+\\.\\d{2}"});
     money.Check("Price", ItemType_decimal, CDecimal("1.50"), "1.50");
     EXPECT_NE(Verdict(money, ItemType_decimal, CDecimal("1.50")), "");
-    EXPECT_EQ(Verdict(money, ItemType_decimal, CDecimal("1.25")), "");
 }
 
 TEST(PrimitiveRestrictions, TextIsInTheLocalCodePage) {
@@ -242,103 +193,58 @@ TEST(PrimitiveRestrictions, FacetsThatMakeNoSenseFailAtTheFirstCheck) {
     const struct {
         ItemType type;
         Facets facets;
-        const char* value;
         const char* expected;
     } rows[] = {
-        {ItemType_string,
-         {.minLength = 3, .maxLength = 2},
-         "abcd",
-         "minLength [3] contradicts maxLength [2]."},
-        {ItemType_char, {.minLength = 3, .length = 2}, "a", "minLength [3] contradicts length [2]."},
-        {ItemType_hexBinary, {.maxLength = 2, .length = 3}, "00", "length [3] contradicts maxLength [2]."},
-        {ItemType_decimal, {.totalDigits = 0}, "0", "totalDigits [0] must be positive."},
+        {ItemType_string, {.minLength = 3, .maxLength = 2}, "minLength [3] contradicts maxLength [2]."},
+        {ItemType_hexBinary, {.maxLength = 2, .length = 3}, "length [3] contradicts maxLength [2]."},
+        {ItemType_decimal, {.totalDigits = 0}, "totalDigits [0] must be positive."},
         {ItemType_i4,
          {.totalDigits = 1, .fractionDigits = 2},
-         "1",
          "fractionDigits [2] contradicts totalDigits [1]."},
-        {ItemType_i4,
-         {.minInclusive = "10", .maxInclusive = "1"},
-         "5",
-         "minInclusive [10] contradicts maxInclusive [1]."},
         {ItemType_r8,
          {.minInclusive = "1.0", .maxExclusive = "1"},
-         "5",
          "minInclusive [1.0] contradicts maxExclusive [1]."},
-        {ItemType_date,
-         {.maxInclusive = "2001-01-01", .minExclusive = "2001-01-01"},
-         "2001-01-01",
-         "minExclusive [2001-01-01] contradicts maxInclusive [2001-01-01]."},
         {ItemType_duration,
          {.minExclusive = "P2D", .maxExclusive = "P1D"},
-         "P1D",
          "minExclusive [P2D] contradicts maxExclusive [P1D]."},
-        {ItemType_i1, {.minInclusive = "128"}, "5", "minInclusive [128] leaves no value of the type."},
-        {ItemType_ui1, {.minExclusive = "255"}, "5", "minExclusive [255] leaves no value of the type."},
-        {ItemType_ui4, {.maxInclusive = "-1"}, "5", "maxInclusive [-1] leaves no value of the type."},
-        {ItemType_ui8, {.maxExclusive = "0"}, "5", "maxExclusive [0] leaves no value of the type."},
-        {ItemType_i1, {.enumeration = "1\n200"}, "1", "enumeration [200] is no value of the type."},
-        {ItemType_i4, {.minInclusive = "ten"}, "1", "minInclusive [ten] is no value of the type."},
-        {ItemType_i4, {.maxInclusive = "1.5"}, "1", "maxInclusive [1.5] is no value of the type."},
-        {ItemType_r4, {.maxExclusive = "1,5"}, "1", "maxExclusive [1,5] is no value of the type."},
+        {ItemType_i1, {.minInclusive = "128"}, "minInclusive [128] leaves no value of the type."},
+        {ItemType_ui1, {.minExclusive = "255"}, "minExclusive [255] leaves no value of the type."},
+        {ItemType_ui4, {.maxInclusive = "-1"}, "maxInclusive [-1] leaves no value of the type."},
+        {ItemType_ui8, {.maxExclusive = "0"}, "maxExclusive [0] leaves no value of the type."},
+        {ItemType_i1, {.enumeration = "1\n200"}, "enumeration [200] is no value of the type."},
+        {ItemType_i4, {.minInclusive = "ten"}, "minInclusive [ten] is no value of the type."},
         {ItemType_decimal,
          {.minExclusive = "1E999999999"},
-         "1",
          "minExclusive [1E999999999] is no value of the type."},
-        {ItemType_r8, {.enumeration = "1\n"}, "1", "enumeration [] is no value of the type."},
-        {ItemType_boolean, {.enumeration = "yes"}, "1", "enumeration [yes] is no value of the type."},
-        {ItemType_char, {.enumeration = "ab"}, "a", "enumeration [ab] is no value of the type."},
-        {ItemType_hexBinary, {.enumeration = "0"}, "00", "enumeration [0] is no value of the type."},
-        {ItemType_base64Binary, {.enumeration = "?"}, "TQ==", "enumeration [?] is no value of the type."},
-        {ItemType_date,
-         {.minInclusive = "2001-05"},
-         "2001-05-01",
-         "minInclusive [2001-05] is no value of the type."},
-        {ItemType_month, {.maxInclusive = "5"}, "--05", "maxInclusive [5] is no value of the type."},
-        {ItemType_time,
-         {.enumeration = "25:00:00"},
-         "01:00:00",
-         "enumeration [25:00:00] is no value of the type."},
-        {ItemType_duration, {.maxInclusive = "1Y"}, "P1Y", "maxInclusive [1Y] is no value of the type."},
+        {ItemType_r8, {.enumeration = "1\n"}, "enumeration [] is no value of the type."},
+        {ItemType_char, {.enumeration = "ab"}, "enumeration [ab] is no value of the type."},
+        {ItemType_boolean, {.enumeration = "yes"}, "enumeration [yes] is no value of the type."},
+        {ItemType_base64Binary, {.enumeration = "?"}, "enumeration [?] is no value of the type."},
+        {ItemType_r4, {.maxExclusive = "1,5"}, "maxExclusive [1,5] is no value of the type."},
+        {ItemType_hexBinary, {.enumeration = "0"}, "enumeration [0] is no value of the type."},
+        {ItemType_date, {.minInclusive = "2001-05"}, "minInclusive [2001-05] is no value of the type."},
+        {ItemType_duration, {.maxInclusive = "1Y"}, "maxInclusive [1Y] is no value of the type."},
     };
     for (const auto& row : rows) {
         const CPrimitiveRestrictions restrictions = Make(row.facets);
+        const char* const value = row.type == ItemType_date        ? "2001-01-01"
+                                  : row.type == ItemType_duration  ? "P1D"
+                                  : row.type == ItemType_hexBinary ? "00"
+                                                                   : "1";
         for (int i = 0; i < 2; ++i) {
-            try {
-                restrictions.Check("Size", row.type, row.value);
-                ADD_FAILURE() << row.expected;
-            } catch (const CKvInvalidParamException& e) {
-                EXPECT_EQ(e.GetMessage(), std::string("Invalid Facet of Size: ") + row.expected);
-            }
+            const std::string message =
+                ErrorOf<CKvInvalidParamException>([&] { restrictions.Check("Size", row.type, value); });
+            EXPECT_EQ(message.substr(0, message.find('\n')),
+                      std::string("Invalid Facet of Size: ") + row.expected);
         }
     }
-    const CPrimitiveRestrictions badRule(nullptr, 1, -1, nullptr, nullptr, nullptr, nullptr, -1, -1, -1,
-                                         static_cast<CWhitespaceUtils::WhitespaceRule>(9), "a");
-    EXPECT_EQ(ErrorOf([&] { badRule.Check("Size", ItemType_string, "a"); }), "Unknown WhitespaceRule");
     // Values of another kind than the one that facets were first used for.
     const CPrimitiveRestrictions shared = Make({.maxInclusive = "1.5"});
     EXPECT_EQ(Verdict(shared, ItemType_decimal, "1"), "");
     EXPECT_THROW(shared.Check("Size", ItemType_i4, 1), CKvInvalidParamException);
-    EXPECT_EQ(Verdict(shared, ItemType_r8, 1), "");
     EXPECT_NE(Verdict(shared, ItemType_r8, 1.6), "");
-    EXPECT_EQ(Verdict(shared, ItemType_string, 1), "");
-    EXPECT_EQ(Verdict(shared, ItemType_string, "2"), "");
     EXPECT_EQ(ErrorOf([] { Make({.length = 1}).Check("a", ItemType_i4, "x"); }),
               "The value [x] can not be converted to a i4");
-}
-
-TEST(PrimitiveRestrictions, CopiesAreSharedByThreads) {
-    const CPrimitiveRestrictions restrictions = Make({.pattern = "\\d+", .maxInclusive = "500"});
-    std::atomic<int> refused{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([copy = restrictions, &refused] {
-            for (int i = 0; i < 1000; ++i)
-                refused += Verdict(copy, ItemType_i4, i).empty() ? 0 : 1;
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(refused, 4 * 499);
 }
 
 }  // namespace

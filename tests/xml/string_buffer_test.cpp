@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -63,33 +62,6 @@ TEST(StringBuffer, EmptyBeforeAndAfterReset) {
     buffer.Append(Text(200000));
     buffer.Reset();
     EXPECT_TRUE(buffer.IsEmpty());
-    ExpectText(buffer, "");
-    buffer.Append("again");
-    ExpectText(buffer, "again");
-}
-
-TEST(StringBuffer, ReservedRoom) {
-    CStringBuffer buffer;
-    std::string expected;
-    for (const std::size_t length : {10u, 4080u, 100u, 9000u, 1u, 5000u}) {
-        char* const room = buffer.Reserve(length);
-        std::memset(room, 'x', length + CStringBuffer::kSlack);  // the slack may be written
-        const std::size_t used = length - length / 3;
-        buffer.Commit(room + used);
-        expected.append(used, 'x');
-        buffer.Append('-');
-        expected += '-';
-    }
-    ExpectText(buffer, expected);
-}
-
-TEST(StringBuffer, MoveLeavesNothingAndAllocatesOnce) {
-    CStringBuffer buffer;
-    buffer.Append(Text(50000));
-    std::string text;
-    EXPECT_TRUE(buffer.MoveTo(text));
-    EXPECT_EQ(text, Text(50000));
-    EXPECT_EQ(text.capacity(), text.size());
     ExpectText(buffer, "");
 }
 

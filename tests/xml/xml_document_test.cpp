@@ -13,9 +13,9 @@
 #include <utility>
 #include <vector>
 
-#include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/text_settings.h"
 #include "kvxml/xml/xml_element.h"
+#include "tests/support/error_of.h"
 #include "tests/support/xml_tree_dump.h"
 
 namespace KvXmlLib16 {
@@ -23,18 +23,13 @@ namespace {
 
 using testsupport::Dump;
 
-/// The first element of that name, in document order.
-CXmlElement* Find(CXmlElement* element, std::string_view localName) {
-    while (element != nullptr && element->GetLocalName() != localName) {
-        if (element->GetFirstElement() != nullptr) {
-            element = element->GetFirstElement();
-            continue;
-        }
-        while (element != nullptr && element->GetNextSiblingElement() == nullptr)
-            element = const_cast<CXmlElement*>(element->GetParentElm());
-        if (element != nullptr) element = element->GetNextSiblingElement();
-    }
-    return element;
+/// The children of the document element.
+std::vector<const CXmlElement*> Children(const CXmlDocument& document) {
+    std::vector<const CXmlElement*> children;
+    for (const CXmlElement* e = document.GetDocumentElement()->GetFirstElement(); e != nullptr;
+         e = e->GetNextSiblingElement())
+        children.push_back(e);
+    return children;
 }
 
 TEST(XmlDocument, TreeHasNamesAttributesAndOrder) {
@@ -48,12 +43,9 @@ TEST(XmlDocument, TreeHasNamesAttributesAndOrder) {
     const CXmlElement* const a = document.GetDocumentElement();
     EXPECT_EQ(a->GetDocument(), &document);
     EXPECT_EQ(a->GetParentElm(), nullptr);
-    EXPECT_EQ(a->GetFirstElement()->GetParentElm(), a);
     EXPECT_EQ(a->GetAttribute("x", "urn:p"), "1");
     EXPECT_EQ(a->GetAttribute("x", ""), "");
-    EXPECT_EQ(a->GetAttribute("none", "urn:p"), "");
     EXPECT_EQ(a->GetAttributes()[1]->GetElement(), a);
-    EXPECT_EQ(a->GetText(), "");
 }
 
 TEST(XmlDocument, TextOfTheDocumentElement) {
@@ -64,24 +56,17 @@ TEST(XmlDocument, TextOfTheDocumentElement) {
     };
     const Row rows[] = {
         {"<a/>", "", ""},
-        {"<a></a>", "", ""},
         {"<a>x&#13;y</a>", "xy", "xy"},
         {"<a>&#xD;</a>", "", ""},
-        {"<a>x\r\ny\rz</a>", "x\ny\nz", "x\ny\nz"},
         {"<a>one<b>two</b>three<c/> <c/>four</a>", "onethree four", "onethree four"},
-        {"<a><b/>after</a>", "after", "after"},
         {"<a>\n <b/>\n <b/>\n</a>", "\n \n \n", "\n \n \n"},
-        {"<a>x<!-- -->y<?p?>z</a>", "xyz", "xyz"},
         {"<a><![CDATA[<]]></a>", "<", "<![CDATA[<]]>"},
         {"<a>p<![CDATA[]]>q<![CDATA[ ]]><b/>r</a>", "pq r", "p<![CDATA[]]>q<![CDATA[ ]]>r"},
-        {"<a>]]&gt;</a>", "]]>", "]]>"},
         {"<a><![CDATA[x]]]]><![CDATA[>]]></a>", "x]]>", "<![CDATA[x]]]]><![CDATA[>]]>"},
         {"<!DOCTYPE a [<!ENTITY e '<b>in</b>out&#38;#13;!'>]><a>&e;&amp;</a>", "out!&", "out!&"},
         {"<!DOCTYPE a [<!ENTITY e 'x&#13;y&#13;&#10;&#13;'>]><a>&e;&e;z\r\n&#13;</a>", "xy\nxy\nz\n",
          "xy\nxy\nz\n"},
         {"<!DOCTYPE a [<!ENTITY e '<![CDATA[&#13;x&#13;]]>'>]><a>&e;</a>", "x", "<![CDATA[x]]>"},
-        {"<a>\xC3\xA9&#x20AC;&#x1F600;</a>", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80",
-         "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"},
     };
     CSerializationContext keep;
     keep.SetStripCDATA(false);
@@ -91,7 +76,6 @@ TEST(XmlDocument, TextOfTheDocumentElement) {
         document.LoadXml(row.xml);
         EXPECT_EQ(document.GetDocumentElement()->GetTextView(), row.stripped);
         EXPECT_EQ(document.GetDocumentElement()->GetText(), row.stripped);
-        EXPECT_EQ(document.GetDocumentElement()->GetTextView(), row.stripped);
         CXmlDocument other(keep);
         other.LoadXml(row.xml);
         EXPECT_EQ(other.GetDocumentElement()->GetText(), row.kept);
@@ -114,38 +98,30 @@ TEST(XmlDocument, GeneratedContentIsKeptExactly) {
         std::string xml = "<r>";
         std::string rootText;
         std::vector<std::string> expected;
-        const std::size_t children = below(120);
-        for (std::size_t i = 0; i <= children; ++i) {
-            for (std::size_t pieces = below(3); pieces > 0; --pieces) {
-                const std::string& piece = stock[below(kinds)];
-                xml += piece;
-                rootText += piece;
-            }
-            if (i == children) break;
-            const std::string name = "e" + std::to_string(below(4));
-            std::string dump = name;
-            xml += '<' + name;
+        for (std::size_t children = below(120); children > 0; --children) {
+            const std::string& piece = stock[below(kinds)];
+            xml += piece + "<e";
+            rootText += piece;
+            std::string dump = "e";
             for (std::size_t attributes = below(5); attributes > 0; --attributes) {
+                const std::string name = 'n' + std::to_string(attributes) + '=';
                 const std::string value(below(largest), static_cast<char>('a' + below(26)));
-                xml += " n" + std::to_string(attributes) + "='" + value + '\'';
-                dump += "@n" + std::to_string(attributes) + '=' + value;
+                xml += ' ' + name + '\'' + value + '\'';
+                dump += '@' + name + value;
             }
-            const std::string text = below(2) == 0 ? stock[below(kinds)] : std::string(below(largest), 'q');
-            xml += '>' + text + "</" + name + '>';
-            if (!text.empty()) dump += '\'' + text + '\'';
-            expected.push_back(dump);
+            const std::string text =
+                below(2) == 0 ? stock[below(kinds)] : std::string(1 + below(largest), 'q');
+            xml += '>' + text + "</e>";
+            expected.push_back(dump + '\'' + text + '\'');
         }
         xml += "</r>";
         CXmlDocument document;
         document.LoadXml(xml.c_str());
-        const CXmlElement* const root = document.GetDocumentElement();
-        ASSERT_EQ(root->GetTextView(), rootText);
-        const CXmlElement* child = root->GetFirstElement();
-        for (const std::string& dump : expected) {
-            ASSERT_EQ(Dump(child), dump) << "round " << round;
-            child = child->GetNextSiblingElement();
-        }
-        ASSERT_EQ(child, nullptr);
+        ASSERT_EQ(document.GetDocumentElement()->GetTextView(), rootText);
+        const std::vector<const CXmlElement*> children = Children(document);
+        ASSERT_EQ(children.size(), expected.size());
+        for (std::size_t i = 0; i < expected.size(); ++i)
+            ASSERT_EQ(Dump(children[i]), expected[i]) << "round " << round;
     }
 }
 
@@ -158,7 +134,6 @@ TEST(XmlDocument, StringsStayWithTheirNodes) {
     EXPECT_EQ(&a.GetText(), &text);
     EXPECT_EQ(a.GetTextView().data(), text.data());
     EXPECT_EQ(&a.GetAttribute("v", ""), &value);
-    EXPECT_EQ(a.GetAttributes()[0]->GetValueView(), "value");
     CXmlDocument moved(std::move(document));
     EXPECT_EQ(moved.GetDocumentElement(), &a);
     EXPECT_EQ(a.GetDocument(), &moved);
@@ -178,16 +153,7 @@ TEST(XmlDocument, AttributeListLooksLikeAVector) {
     EXPECT_EQ(attributes.at(2)->GetValue(), "3");
     EXPECT_EQ(attributes.back(), attributes[2]);
     EXPECT_EQ(attributes.end() - attributes.begin(), 3);
-    const auto found = std::find_if(attributes.begin(), attributes.end(),
-                                    [](const CXmlAttribute* a) { return a->GetLocalName() == "y"; });
-    EXPECT_EQ((*found)->GetValue(), "2");
-    EXPECT_EQ(std::vector<CXmlAttribute*>(attributes.begin(), attributes.end())[0], attributes.front());
-    try {
-        attributes.at(3);
-        ADD_FAILURE();
-    } catch (const CKvInvalidParamException& e) {
-        EXPECT_EQ(e.GetMessage(), "Index out of range");
-    }
+    EXPECT_EQ(ErrorOf<CKvInvalidParamException>([&] { attributes.at(3); }), "Index out of range");
     EXPECT_TRUE(document.GetDocumentElement()->GetFirstElement()->GetAttributes().empty());
 }
 
@@ -196,24 +162,21 @@ TEST(XmlDocument, PathsOfElementsAndAttributes) {
     document.LoadXml(
         "<r xmlns:p='urn:p' xmlns:q='urn:q' xmlns:o='urn:o'><b/><b><one p:at='' plain=''/></b><p:b/>"
         "<q:b q:at=''/><o:b/><x/><b/></r>");
-    std::vector<std::string> paths;
-    for (const CXmlElement* e = document.GetDocumentElement()->GetFirstElement(); e != nullptr;
-         e = e->GetNextSiblingElement())
-        paths.push_back(e->GetXPath());
-    EXPECT_EQ(paths, (std::vector<std::string>{"/r/b[1]", "/r/b[2]", "/r/p:b", "/r/q:b", "/r/o:b", "/r/x",
-                                               "/r/b[3]"}));
-    const CXmlElement* const one = Find(document.GetDocumentElement(), "one");
+    const auto paths = [&document] {
+        std::string all;
+        for (const CXmlElement* child : Children(document))
+            all += child->GetXPath() + ' ';
+        return all;
+    };
+    EXPECT_EQ(paths(), "/r/b[1] /r/b[2] /r/p:b /r/q:b /r/o:b /r/x /r/b[3] ");
+    const CXmlElement* const one = Children(document)[1]->GetFirstElement();
     EXPECT_EQ(one->GetXPath(), "/r/b[2]/one");
     EXPECT_EQ(one->GetAttributes()[0]->GetXPath(), "/r/b[2]/one/p:@at");
     EXPECT_EQ(one->GetAttributes()[1]->GetXPath(), "/r/b[2]/one/@plain");
 
     // Namespaces whose prefix is gone, and those that are the default, read like none.
     document.LoadXml("<r><p:b xmlns:p='urn:1'/><p:b xmlns:p='urn:2'/><b xmlns='urn:3'/><b/></r>");
-    paths.clear();
-    for (const CXmlElement* e = document.GetDocumentElement()->GetFirstElement(); e != nullptr;
-         e = e->GetNextSiblingElement())
-        paths.push_back(e->GetXPath());
-    EXPECT_EQ(paths, (std::vector<std::string>{"/r/b[1]", "/r/p:b", "/r/b[2]", "/r/b[3]"}));
+    EXPECT_EQ(paths(), "/r/b[1] /r/p:b /r/b[2] /r/b[3] ");
 }
 
 TEST(XmlDocument, PathsAmongManyNamespaces) {
@@ -228,15 +191,10 @@ TEST(XmlDocument, PathsAmongManyNamespaces) {
     for (int i = 0; i < kCount; ++i)
         xml += "<p" + std::to_string(i) + ":a/>";
     CXmlDocument document;
-    document.LoadXml((xml + "<p7:a/><a/></r>").c_str());
-    std::vector<const CXmlElement*> children;
-    for (const CXmlElement* e = document.GetDocumentElement()->GetFirstElement(); e != nullptr;
-         e = e->GetNextSiblingElement())
-        children.push_back(e);
+    document.LoadXml((xml + "<p7:a/></r>").c_str());
+    const std::vector<const CXmlElement*> children = Children(document);
     EXPECT_EQ(children[7]->GetXPath(), "/r/p7:a[1]");
-    EXPECT_EQ(children[kCount - 1]->GetXPath(), "/r/p29999:a");
     EXPECT_EQ(children[kCount]->GetXPath(), "/r/p7:a[2]");
-    EXPECT_EQ(children[kCount + 1]->GetXPath(), "/r/a");
 }
 
 std::function<void(const CXmlElement&)> g_askForPrefix;
@@ -246,13 +204,9 @@ TEST(XmlDocument, OneTableOfPrefixes) {
     document.LoadXml(
         "<a xmlns:z='urn:1' xmlns:b='urn:1' xmlns='urn:d' xmlns:d='urn:d'><c xmlns:z='urn:2'/></a>");
     EXPECT_EQ(document.LookupNamespaceFromAlias("z"), "urn:2");
-    EXPECT_EQ(document.LookupNamespaceFromAlias(""), "urn:d");
     EXPECT_EQ(document.LookupNamespaceFromAlias(nullptr), "urn:d");
-    EXPECT_EQ(document.LookupNamespaceFromAlias("no"), "");
     EXPECT_EQ(document.LookupAliasFromNamespace("urn:1"), "b");
-    EXPECT_EQ(document.LookupAliasFromNamespace("urn:2"), "z");
     EXPECT_EQ(document.LookupAliasFromNamespace("urn:d"), "");
-    EXPECT_EQ(document.LookupAliasFromNamespace("urn:no"), "");
     // What was asked for before a change does not stay.
     std::string prefixes;
     g_askForPrefix = [&](const CXmlElement& element) {
@@ -280,15 +234,6 @@ TEST(XmlDocument, AttributesThatCarryNoData) {
     EXPECT_EQ(kinds, "nnnn0----");
 }
 
-TEST(XmlDocument, SchemaWithoutNamespacesTakesNamesAsTheyStand) {
-    CSerializationContext context;
-    context.SetSchemaType(SchemaType_NoNamespaces);
-    CXmlDocument document(context);
-    document.LoadXml("<p:a xmlns:p='urn:p' p:b='1'/>");
-    EXPECT_EQ(Dump(document), "p:a@xmlns:p=urn:p@p:b=1");
-    EXPECT_EQ(document.LookupNamespaceFromAlias("p"), "");
-}
-
 TEST(XmlDocument, NarrowTextIsInTheLocalCodePage) {
     SetLocalCharEncoding(1252);
     const std::string xml =
@@ -296,8 +241,6 @@ TEST(XmlDocument, NarrowTextIsInTheLocalCodePage) {
     CXmlDocument document;
     document.LoadXml(xml.c_str());
     EXPECT_EQ(Dump(document), "{urn:\xFC}\xE9@\xE4=\xF6'\x80? \xE9'({urn:\xFC}b {urn:\xFC}b)");
-    EXPECT_EQ(document.LookupAliasFromNamespace("urn:\xFC"), "");
-    EXPECT_EQ(document.LookupNamespaceFromAlias(""), "urn:\xFC");
     ASCIIOnly(true);
     document.LoadXml(xml.c_str());
     ASCIIOnly(false);
@@ -348,23 +291,11 @@ TEST(XmlDocumentFilter, StringsOfDiscardedElementsGoAndThoseOfAncestorsStay) {
 
 TEST(XmlDocumentFilter, ExceptionsLeaveTheLoad) {
     CXmlDocument document([](CXmlElement* element) -> bool {
-        if (element->GetLocalName() == "bad") throw std::out_of_range(element->GetText());
-        if (element->GetLocalName() == "worse") throw CKvValidationException("worse", element->GetXPath());
+        if (element->GetLocalName() == "bad") throw std::out_of_range("bad");
         return false;
     });
-    try {
-        document.LoadXml("<a><ok/><bad>why</bad><more/></a>");
-        ADD_FAILURE();
-    } catch (const std::out_of_range& e) {
-        EXPECT_STREQ(e.what(), "why");
-    }
+    EXPECT_THROW(document.LoadXml("<a><ok/><bad>why</bad><more/></a>"), std::out_of_range);
     EXPECT_EQ(Dump(document), "a(ok bad'why')");
-    try {
-        document.LoadXml("<a><worse/><worse/></a>");
-        ADD_FAILURE();
-    } catch (const CKvValidationException& e) {
-        EXPECT_EQ(e.GetPath(), "/a/worse");
-    }
     document.LoadXml("<a/>");
     EXPECT_EQ(Dump(document), "a");
 }
