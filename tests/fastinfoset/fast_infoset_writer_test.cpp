@@ -233,7 +233,10 @@ TEST(FastInfosetWriterTest, TypedValues) {
         {ItemType_boolean, "1", ""},
         {ItemType_r8, "0.10000000000000001", ""},
         {ItemType_r8, "1e400", ""},
+        {ItemType_r8, "0x1p3", ""},
         {ItemType_hexBinary, "00ff", ""},
+        {ItemType_hexBinary, "0", ""},
+        {ItemType_base64Binary, "AP8", ""},
         {ItemType_base64Binary, "AP9=", ""},
         {ItemType_string, "7", ""},
     };
@@ -409,6 +412,8 @@ TEST(FastInfosetWriterTest, Failures) {
                  w.WriteAttribute("xmlns:p", "", "v", ItemType_string);
          },
          "The prefix [p] is declared twice."},
+        {[&](auto& w) { start(w), w.WriteAttribute("xmlns:1", "", "u", ItemType_string); },
+         "[1] is not a valid XML name."},
         {[&](auto& w) {
              start(w), w.WriteAttribute("b", "u", "", ItemType_string),
                  w.WriteAttribute("b", "u", "", ItemType_string);
