@@ -17,51 +17,6 @@
 namespace KvXmlLib16 {
 namespace {
 
-struct Switch {
-    const char* name;
-    bool (CSerializationContext::*get)() const noexcept;
-    void (*set)(CSerializationContext&, bool);
-    bool byDefault;
-};
-
-#define SWITCH(name, byDefault)                                                                      \
-    Switch {                                                                                         \
-#name, &CSerializationContext::Get##name,                                                    \
-            [](CSerializationContext & context, bool value) { context.Set##name(value); }, byDefault \
-    }
-
-const Switch kSwitches[] = {
-    SWITCH(IgnoreUnknownAttributes, false),
-    SWITCH(IgnoreUnknownElements, false),
-    SWITCH(IgnoreMissingMandatoryElements, false),
-    SWITCH(IgnoreMissingChoice, false),
-    SWITCH(IgnoreInvalidCollectionCounts, false),
-    SWITCH(IgnoreNamespaces, false),
-    SWITCH(NoOptionalAttributeDefaultOutput, false),
-    SWITCH(WriteDefaultElementValues, false),
-    SWITCH(WriteTypeAttribute, true),
-    SWITCH(StripCDATA, true),
-};
-
-TEST(SerializationContext, SwitchesAreIndependentAndCopied) {
-    for (const Switch& changed : kSwitches) {
-        SCOPED_TRACE(changed.name);
-        CSerializationContext context;
-        changed.set(context, !changed.byDefault);
-        const CSerializationContext copy(context);
-        CSerializationContext assigned;
-        assigned = context;
-        for (const Switch& other : kSwitches) {
-            const bool expected = other.byDefault != (&other == &changed);
-            EXPECT_EQ((context.*other.get)(), expected) << other.name;
-            EXPECT_EQ((copy.*other.get)(), expected) << other.name;
-            EXPECT_EQ((assigned.*other.get)(), expected) << other.name;
-        }
-        changed.set(context, changed.byDefault);
-        EXPECT_EQ((context.*changed.get)(), changed.byDefault);
-    }
-}
-
 TEST(SerializationContext, SchemaWithoutNamespacesIgnoresThem) {
     CSerializationContext context;
     context.SetSchemaType(SchemaType_NoNamespaces);
@@ -75,20 +30,19 @@ TEST(SerializationContext, UnknownAndMissingElementsCannotBothBeIgnored) {
     const std::string common =
         "The parser can only ignore additional elements, or ignore the fact that some required ones are "
         "missing, you can not ignore both\n";
-    const auto error = [&](const std::string& first, const std::string& second) {
-        return common + "Set " + first + " to false before setting " + second + " to true";
-    };
     CSerializationContext context;
     context.SetIgnoreUnknownElements(true);
-    EXPECT_EQ(ErrorOf<CKvInvalidStateException>([&] { context.SetIgnoreMissingMandatoryElements(true); }),
-              error("IgnoreUnknownElements", "IgnoreMissingMandatoryElements"));
+    EXPECT_EQ(
+        ErrorOf<CKvInvalidStateException>([&] { context.SetIgnoreMissingMandatoryElements(true); }),
+        common + "Set IgnoreUnknownElements to false before setting IgnoreMissingMandatoryElements to true");
     EXPECT_FALSE(context.GetIgnoreMissingMandatoryElements());
     context.SetIgnoreMissingMandatoryElements(false);
 
     context.SetIgnoreUnknownElements(false);
     context.SetIgnoreMissingMandatoryElements(true);
-    EXPECT_EQ(ErrorOf<CKvInvalidStateException>([&] { context.SetIgnoreUnknownElements(true); }),
-              error("IgnoreMissingMandatoryElements", "IgnoreUnknownElements"));
+    EXPECT_EQ(
+        ErrorOf<CKvInvalidStateException>([&] { context.SetIgnoreUnknownElements(true); }),
+        common + "Set IgnoreMissingMandatoryElements to false before setting IgnoreUnknownElements to true");
     EXPECT_FALSE(context.GetIgnoreUnknownElements());
 }
 

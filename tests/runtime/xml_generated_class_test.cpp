@@ -267,9 +267,6 @@ TEST(XmlGeneratedClassTest, SettingsOfTheRootElement) {
         std::string start;
     };
     const Case cases[] = {
-        {"nothing", [](auto&) {}, "<AA:Node xmlns:AA=\"urn:fixture\" name=\"n\">"},
-        {"default namespace", [](auto& c) { c.SetDefaultNamespaceURI("urn:fixture"); },
-         "<Node xmlns=\"urn:fixture\" name=\"n\">"},
         {"other default namespace", [](auto& c) { c.SetDefaultNamespaceURI("urn:o"); },
          "<AA:Node xmlns:AA=\"urn:fixture\" xmlns=\"urn:o\" name=\"n\">"},
         {"aliases",
