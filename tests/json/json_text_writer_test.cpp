@@ -330,7 +330,8 @@ TEST(JsonTextWriter, EscapedDocumentsAreAlwaysValid) {
 
 TEST(JsonTextWriter, UntypedContentDeclaresItsNamespaces) {
     const char* const xml =
-        "<r xmlns='urn:r' xmlns:x='urn:x'><x:a k='1' x:l='2'/><x:a>t</x:a><b xmlns='' xmlns:y='urn:y' "
+        "<r xmlns='urn:r' xmlns:x='urn:x' xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>"
+        "<x:a k='1' x:l='2' xsi:type='x:T'/><x:a>t</x:a><b xmlns='' xmlns:y='urn:y' "
         "y:m='3'/>"
         "<y:c xmlns:y='urn:y'>text<y:d/></y:c><z:c xmlns:z='urn:z'/></r>";
     const CSmartPtr<CElement> element(new CElement());
