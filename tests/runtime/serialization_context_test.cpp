@@ -17,6 +17,51 @@
 namespace KvXmlLib16 {
 namespace {
 
+/// The switches, then the other settings, in one line.
+std::string TextOf(const CSerializationContext& c) {
+    std::string text;
+    for (const bool isOn :
+         {c.GetIgnoreUnknownAttributes(), c.GetIgnoreUnknownElements(), c.GetIgnoreMissingMandatoryElements(),
+          c.GetIgnoreMissingChoice(), c.GetIgnoreInvalidCollectionCounts(), c.GetIgnoreNamespaces(),
+          c.GetNoOptionalAttributeDefaultOutput(), c.GetWriteDefaultElementValues(),
+          c.GetWriteTypeAttribute(), c.GetStripCDATA()}) {
+        text += isOn ? '1' : '0';
+    }
+    return text + " " + std::to_string(c.GetSchemaType()) + " [" + c.GetDefaultNamespaceURI() + "] [" +
+           c.GetInLineSchema() + "] [" + c.GetIndentChars() + "] " + std::to_string(c.GetMaxElementDepth()) +
+           " " + std::to_string(c.GetMaxInflatedSize()) + " " +
+           std::to_string(c.GetNamespaceAliases().GetNamespaceCount()) + " " +
+           std::to_string(c.GetProcessingInstructions().size());
+}
+
+TEST(SerializationContext, CopiesHaveEverySetting) {
+    CSerializationContext source;
+    EXPECT_EQ(TextOf(source), "0000000011 0 [] [] [\t] 1000 0 0 0");
+    source.SetIgnoreUnknownAttributes(true);
+    source.SetIgnoreUnknownElements(true);
+    source.SetIgnoreMissingChoice(true);
+    source.SetIgnoreInvalidCollectionCounts(true);
+    source.SetIgnoreNamespaces(true);
+    source.SetNoOptionalAttributeDefaultOutput(true);
+    source.SetWriteDefaultElementValues(true);
+    source.SetWriteTypeAttribute(false);
+    source.SetStripCDATA(false);
+    source.SetSchemaType(SchemaType_Namespaces);
+    source.SetDefaultNamespaceURI("urn:default");
+    source.SetInLineSchema("<schema/>");
+    source.SetIndentChars("  ");
+    source.SetMaxElementDepth(7);
+    source.SetMaxInflatedSize(8);
+    source.GetNamespaceAliases().Add("a", "urn:a");
+    source.GetProcessingInstructions().push_back("<?pi?>");
+    CSerializationContext copy(source);
+    EXPECT_EQ(TextOf(copy), "1101111100 1 [urn:default] [<schema/>] [  ] 7 8 1 1");
+    copy.SetIgnoreUnknownElements(false);
+    copy.SetIgnoreMissingMandatoryElements(true);
+    source = copy;
+    EXPECT_EQ(TextOf(source), "1011111100 1 [urn:default] [<schema/>] [  ] 7 8 1 1");
+}
+
 TEST(SerializationContext, SchemaWithoutNamespacesIgnoresThem) {
     CSerializationContext context;
     context.SetSchemaType(SchemaType_NoNamespaces);
