@@ -151,6 +151,7 @@ TEST(XmlCollectionTest, Counts) {
         c.ValidateCount(ignoring);
         EXPECT_TRUE(c.IsValidCount(ignoring));
     }
+    EXPECT_EQ(c.GetNamespace(), "");
     EXPECT_EQ(
         ErrorOf([&] { c.GetTargetNamespace(); }),
         "CXmlCollectionBase::GetTargetNamespace Should not be used from within a Collection (program logic "
