@@ -1,4 +1,4 @@
-// Every rule of the orders schema broken once: each fault is refused with its path. Beside it, what is
+// Each kind of rule of the orders schema broken once: the fault is refused with its path. Beside it, what is
 // accepted and in which form it is written. The schema itself is asked about every document where xmllint is
 // installed.
 #include <gtest/gtest.h>
@@ -114,7 +114,16 @@ std::string NoPattern(const std::string& text) {
            "]. It violates the facet pattern [[A-Z]{3}-[0-9]{4,6}(-[A-Z0-9]{2})?].";
 }
 
-TEST(OrdersFaults, EveryRuleBrokenOnceIsRefusedWithItsPath) {
+void ExpectRefused(const Fault& fault, bool isValid, const SchemaJudge& schema) {
+    SCOPED_TRACE(fault.name);
+    const std::string document = Edited(fault.after, fault.from, fault.to);
+    const std::string expected =
+        fault.message + "\nPath: " + fault.path + (fault.reason.empty() ? "" : "\n" + fault.reason);
+    EXPECT_EQ(ErrorOf([&] { Rewritten(document); }), expected);
+    EXPECT_EQ(schema.Accepts(document, isValid), isValid);
+}
+
+TEST(OrdersFaults, EachKindOfRuleBrokenOnceIsRefusedWithItsPath) {
     const std::string unexpectedAttribute = "Unexpected Attribute found.";
     const std::string nil = "Invalid use of 'nil' attribute in non-nillable element.";
     const std::string failed = "Failed to process the element.";
@@ -124,13 +133,8 @@ TEST(OrdersFaults, EveryRuleBrokenOnceIsRefusedWithItsPath) {
     const char* const item = "/orders/order[1]/items/item[1]";
     const char* const payment = "/orders/order[2]/payment";
     const char* const id = "/orders/order[1]/@id";
-    const char* const status = "/orders/order[1]/@status";
-    const char* const priority = "/orders/order[1]/@priority";
     const char* const date = "/orders/order[2]/orderDate";
     const char* const quantity = "/orders/order[1]/items/item[1]/quantity";
-    const char* const price = "/orders/order[1]/items/item[1]/unitPrice";
-    const char* const weight = "/orders/order[1]/items/item[1]/weight";
-    const char* const gift = "/orders/order[1]/items/item[1]/gift";
     const char* const sku = "/orders/order[1]/items/item[1]/sku";
     const char* const boolean = "]. Valid values are 'true', 'false', '1', or '0'";
     const std::string noBoolean = "A Boolean Value read from an XML document was invalid [";
@@ -138,64 +142,34 @@ TEST(OrdersFaults, EveryRuleBrokenOnceIsRefusedWithItsPath) {
         // the document element
         {"another namespace", "", "urn:example:orders", "urn:example:other", "/orders",
          "Invalid Element [orders] found."},
-        {"no namespace", "", " xmlns=\"urn:example:orders\"", "", "/orders",
-         "Invalid Element [orders] found."},
         {"attribute on the root", "", "orders\">", "orders\" a=\"1\">", "/orders/@a", unexpectedAttribute},
         {"unknown element in the root", "", "\t<order ", "<invoice/>\t<order ", "/orders",
          Remains("orders", "invoice")},
         // attributes
         {"id missing", "", " id=\"1\"", "", "/orders/order[1]", failed,
          "Failed to find the required Attribute [id]."},
-        {"status missing", "", " status=\"paid\"", "", "/orders/order[1]", failed,
-         "Failed to find the required Attribute [status]."},
-        {"id empty", "", "\"1\"", "\"\"", id, Value("id"), NoNumber("", "ui4")},
-        {"id no number", "", "\"1\"", "\"one\"", id, Value("id"), NoNumber("one", "ui4")},
         {"id with more behind it", "", "\"1\"", "\"1 or 2\"", id, Value("id"), NoNumber("1 or 2", "ui4")},
         {"id beyond 32 bits", "", "4294967295", "4294967296", "/orders/order[3]/@id", Value("id"),
          "The value [4294967296] is to large to fit in a ui4"},
-        {"status unknown", "", "paid", "lost", status, Value("status"),
-         "Invalid Value for StatusType [lost]."},
-        {"status in capitals", "", "paid", "Paid", status, Value("status"),
-         "Invalid Value for StatusType [Paid]."},
-        {"status behind a blank", "", "paid", " paid", status, Value("status"),
+        {"status behind a blank", "", "paid", " paid", "/orders/order[1]/@status", Value("status"),
          "Invalid Value for StatusType [ paid]."},
-        {"priority unknown", "", "urgent", "hasty", priority, Value("priority"),
-         "Invalid Value for PriorityType [hasty]."},
-        {"priority empty", "", "urgent", "", priority, Value("priority"),
+        {"priority empty", "", "urgent", "", "/orders/order[1]/@priority", Value("priority"),
          "Invalid Value for PriorityType []."},
         {"unknown attribute", "", "id=\"2\"", "id=\"2\" date=\"today\"", "/orders/order[2]/@date",
          unexpectedAttribute},
         {"attribute in a namespace", "", "id=\"2\"", "xmlns:o=\"urn:o\" o:id=\"2\" id=\"2\"",
          "/orders/order[2]/o:@id", unexpectedAttribute},
-        {"attribute on a value", "", "<zip>", "<zip a=\"1\">", "/orders/order[1]/customer/address/zip/@a",
-         unexpectedAttribute},
-        {"attribute on a tag", "", "<tags>bulk", "<tags a=\"1\">bulk",
-         "/orders/order[2]/items/item/tags[1]/@a", unexpectedAttribute},
         {"attribute on an empty class", "", "<cash/>", "<cash a=\"1\"/>", "/orders/order[3]/payment/cash/@a",
          unexpectedAttribute},
         {"nil value", "", "<zip>", "<zip " XSI " xsi:nil=\"true\">", "/orders/order[1]/customer/address/zip",
          nil},
-        {"nil object", "", "<address>", "<address " XSI " xsi:nil=\"true\">", address, nil},
         // mandatory elements
         Missing("customer", "/orders/order[1]"),
-        Missing("orderDate", "/orders/order[1]"),
-        Missing("payment", "/orders/order[1]"),
         Missing("items", "/orders/order[1]"),
-        Missing("total", "/orders/order[1]"),
         Missing("name", customer),
-        Missing("email", customer),
-        Missing("address", customer),
         Missing("street", address),
-        Missing("city", address),
-        Missing("zip", address),
-        Missing("country", address),
-        Missing("holder", card),
         Missing("number", card),
-        Missing("expires", card),
         Missing("sku", item),
-        Missing("quantity", item),
-        Missing("unitPrice", item),
-        Missing("weight", item),
         Missing("gift", item),
         // order and repetition
         {"members in another order", "", "<sku>ABC-1234</sku>\n\t\t\t\t<quantity>2</quantity>",
@@ -204,21 +178,16 @@ TEST(OrdersFaults, EveryRuleBrokenOnceIsRefusedWithItsPath) {
          "/orders/order[3]", Missing("orderDate")},
         {"optional member twice", "", "</note>", "</note><note>again</note>", "/orders/order[1]",
          Missing("payment")},
-        {"mandatory member twice", "", "</city>", "</city><city>Brno</city>", address, Missing("zip")},
         {"unknown element at the end", "", "</total>", "</total><rebate>1</rebate>", "/orders/order[1]",
          Remains("order", "rebate")},
         {"element in another namespace", "", "<email>", "<email xmlns=\"urn:example:other\">", customer,
          Missing("email")},
         {"element in a value", "", "<zip>30100", "<zip><b/>30100", "/orders/order[1]/customer/address/zip",
          Remains("zip", "b")},
-        {"element in a tag", "", "<tags>bulk", "<tags><b/>bulk", "/orders/order[2]/items/item/tags[1]",
-         Remains("tags", "b")},
         {"element in an empty class", "", "<cash/>", "<cash><coins/></cash>", "/orders/order[3]/payment/cash",
          Remains("cash", "coins")},
         // choice
         {"two of the choice", "", "</iban>", "</iban><cash/>", payment, Remains("payment", "cash")},
-        {"one of the choice twice", "", "</iban>", "</iban><iban>DE</iban>", payment,
-         Remains("payment", "iban")},
         {"none of the choice", "", "<iban>GB33BUKB20201555555555</iban>", "<cheque/>", payment,
          Remains("payment", "cheque")},
         // counts
@@ -229,52 +198,32 @@ TEST(OrdersFaults, EveryRuleBrokenOnceIsRefusedWithItsPath) {
         // values
         {"dateTime without a time", "", "2026-03-01T08:00:00Z", "2026-03-01", date, Value("orderDate"),
          "Invalid XSD DateTime [2026-03-01]."},
-        {"dateTime in month 13", "", "2026-03-01T08:00:00Z", "2026-13-01T08:00:00Z", date, Value("orderDate"),
-         "Invalid Month [13] (1 <= month <= 12)"},
         {"dateTime on February 30", "", "2026-03-01T08:00:00Z", "2026-02-30T08:00:00Z", date,
          Value("orderDate"), "Invalid Day [30] (1 <= day <= days in month"},
         {"dateTime at 25 hours", "", "2026-03-01T08:00:00Z", "2026-03-01T25:00:00Z", date, Value("orderDate"),
          "Invalid XSD Time [25:00:00Z] expected hh:mm:ss[.ff]"},
-        {"date with a time", "", "2026-03-02", "2026-03-02T00:00:00", "/orders/order[1]/requiredBy",
-         Value("requiredBy"), "Invalid Date ('T' not allowed)"},
         {"date written otherwise", "", "2026-03-02", "02.03.2026", "/orders/order[1]/requiredBy",
          Value("requiredBy"), "Invalid XSD Date [02.03.2026] expected CCYY-MM-DD[Z|[+|-]hh:mm]"},
         {"gYearMonth in month 0", "", "2029-11", "2029-00", "/orders/order[1]/payment/card/expires",
          Value("expires"), "Invalid Month [0] (1 <= month <= 12)"},
-        {"int no number", "", "<quantity>2", "<quantity>two", quantity, Value("quantity"),
-         NoNumber("two", "i4")},
-        {"int with a fraction", "", "<quantity>2", "<quantity>2.5", quantity, Value("quantity"),
-         NoNumber("2.5", "i4")},
         {"int beyond 32 bits", "", "<quantity>2", "<quantity>2147483648", quantity, Value("quantity"),
          "The value [2147483648] is to large to fit in a i4"},
         {"int empty", "", "<quantity>2", "<quantity>", quantity, Value("quantity"), NoNumber("", "i4")},
-        {"decimal with a comma", "", "19.99", "19,99", price, Value("unitPrice"), NoDecimal("19,99", 2)},
-        {"decimal with two points", "", "19.99", "1.9.9", price, Value("unitPrice"), NoDecimal("1.9.9", 3)},
-        {"decimal infinite", "", "19.99", "INF", price, Value("unitPrice"), NoDecimal("INF", 0)},
+        {"decimal with a comma", "", "19.99", "19,99", "/orders/order[1]/items/item[1]/unitPrice",
+         Value("unitPrice"), NoDecimal("19,99", 2)},
         {"decimal empty", "", "1239.98", "", "/orders/order[1]/total", Value("total"), NoDecimal("", 0)},
-        {"double no number", "", "0.25", "light", weight, Value("weight"), NoNumber("light", "r8")},
-        {"double with a unit", "", "0.25", "0.25kg", weight, Value("weight"), NoNumber("0.25kg", "r8")},
-        {"boolean yes", "", "<gift>true", "<gift>yes", gift, Value("gift"), noBoolean + "yes" + boolean},
-        {"boolean empty", "", "<gift>true", "<gift>", gift, Value("gift"), noBoolean + boolean},
+        {"double with a unit", "", "0.25", "0.25kg", "/orders/order[1]/items/item[1]/weight", Value("weight"),
+         NoNumber("0.25kg", "r8")},
+        {"boolean yes", "", "<gift>true", "<gift>yes", "/orders/order[1]/items/item[1]/gift", Value("gift"),
+         noBoolean + "yes" + boolean},
         // facets
-        {"pattern: lower case", "", "ABC-1234", "abc-1234", sku, Value("sku"), NoPattern("abc-1234")},
-        {"pattern: too few", "", "ABC-1234", "ABC-123", sku, Value("sku"), NoPattern("ABC-123")},
         {"pattern: too many", "", "ABC-1234", "ABC-1234567", sku, Value("sku"), NoPattern("ABC-1234567")},
-        {"pattern: more behind it", "", "ABC-1234", "ABC-1234-ABC", sku, Value("sku"),
-         NoPattern("ABC-1234-ABC")},
         {"pattern: line feed behind it", "", "ABC-1234", "ABC-1234\n", sku, Value("sku"),
          NoPattern("ABC-1234\n")},
-        {"pattern: empty", "", "ABC-1234", "", sku, Value("sku"), NoPattern("")},
     };
     const SchemaJudge schema;
-    for (const Fault& fault : faults) {
-        SCOPED_TRACE(fault.name);
-        const std::string document = Edited(fault.after, fault.from, fault.to);
-        const std::string expected =
-            fault.message + "\nPath: " + fault.path + (fault.reason.empty() ? "" : "\n" + fault.reason);
-        EXPECT_EQ(ErrorOf([&] { Rewritten(document); }), expected);
-        EXPECT_FALSE(schema.Accepts(document, false));
-    }
+    for (const Fault& fault : faults)
+        ExpectRefused(fault, false, schema);
 }
 
 // --- accepted ----------------------------------------------------------------------------------------------
@@ -357,13 +306,8 @@ TEST(OrdersFaults, ValidDocumentsThatAreRefused) {
          "/orders/order[1]/customer/address/zip/xsi:@type", "Unexpected Attribute found."},
     };
     const SchemaJudge schema;
-    for (const Fault& row : rows) {
-        SCOPED_TRACE(row.name);
-        const std::string document = Edited(row.after, row.from, row.to);
-        EXPECT_EQ(ErrorOf([&] { Rewritten(document); }),
-                  row.message + "\nPath: " + row.path + (row.reason.empty() ? "" : "\n" + row.reason));
-        EXPECT_TRUE(schema.Accepts(document, true));
-    }
+    for (const Fault& row : rows)
+        ExpectRefused(row, true, schema);
 }
 
 }  // namespace

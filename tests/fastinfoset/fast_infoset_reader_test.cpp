@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <fstream>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -14,9 +12,6 @@
 #include "kvxml/fastinfoset/fast_infoset_vocabulary.h"
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/text_settings.h"
-#include "kvxml/types/binary_data.h"
-#include "kvxml/types/compression_type.h"
-#include "kvxml/types/internal/compression.h"
 #include "kvxml/xml/xml_document.h"
 #include "kvxml/xml/xml_element.h"
 #include "tests/support/error_of.h"
@@ -111,14 +106,7 @@ const Row kBodies[] = {
 
 // Whole documents.
 const Row kDocuments[] = {
-    {"'<?xml encoding=%finf%?>' E0 00 00 01 00 3C 00'a' FF", "a"},
-    {"'<?xml encoding=%finf% standalone=%no%?>' E0 00 00 01 00 3C 00'a' FF", "a"},
     {"'<?xml encoding=%finf% standalone=%yes%?>' E0 00 00 01 00 3C 00'a' FF", "a"},
-    {"'<?xml version=%1.0% encoding=%finf%?>' E0 00 00 01 00 3C 00'a' FF", "a"},
-    {"'<?xml version=%1.0% encoding=%finf% standalone=%no%?>' E0 00 00 01 00 3C 00'a' FF", "a"},
-    {"'<?xml version=%1.0% encoding=%finf% standalone=%yes%?>' E0 00 00 01 00 3C 00'a' FF", "a"},
-    {"'<?xml version=%1.1% encoding=%finf%?>' E0 00 00 01 00 3C 00'a' FF", "a"},
-    {"'<?xml version=%1.1% encoding=%finf% standalone=%no%?>' E0 00 00 01 00 3C 00'a' FF", "a"},
     {"'<?xml version=%1.1% encoding=%finf% standalone=%yes%?>' E0 00 00 01 00 3C 00'a' FF", "a"},
     // All optional components: additional data; a vocabulary of one entry in each table; notations and
     // unparsed entities, with and without identifiers; encoding; standalone; version.
@@ -152,11 +140,9 @@ const Refusal kRefusals[] = {
     // Document level.
     {"F0", "There is no document element", 5},
     {"FF", kNotInDocument, 5},
-    {"80'x'", kNotInDocument, 5},
     {"C8 00'e'", kNotInDocument, 5},
     {"C4 F0 C4", kNotInDocument, 7},
     {"C4 FF", "An octet does not begin anything that a document type may contain", 6},
-    {"C4 E2 FF", "An octet does not begin anything that a document type may contain", 6},
     {"3C 00'a' F0 FF", kNotInDocument, 9},
     {"3C 00'a' F0 C4 F0", kNotInDocument, 9},
     {"3C 00'a' F0 3C 00'b' FF", "There is a second document element", 9},
@@ -167,10 +153,7 @@ const Refusal kRefusals[] = {
     {"3E 00'a'", kReservedOctet, 5},
     {"3C 00'a' B9", kReservedOctet, 8},
     {"3C 00'a' C4", kReservedOctet, 8},
-    {"3C 00'a' CC", kReservedOctet, 8},
-    {"3C 00'a' E0", kReservedOctet, 8},
     {"3C 00'a' F1", kReservedOctet, 8},
-    {"3C 00'a' FE", kReservedOctet, 8},
     {"3C 00'a' B8 10 00 00", "Reserved bits are set in an index", 9},
     {"3C 00'a' 01", kNoEntry, 8},
     {"3C 00'a' 30 0F FF FF", kNoEntry, 8},
@@ -179,32 +162,25 @@ const Refusal kRefusals[] = {
     {"3C F0", "Reserved bits are set in an index", 6},
     {"7C 00'a' 00 80", kNoEntry, 8},
     {"7C 00'a' 70", "An octet does not begin an attribute", 8},
-    {"7C 00'a' 7A", "An octet does not begin an attribute", 8},
     {"7C 00'a' F8", "An octet does not begin an attribute", 8},
     {"7C 00'a' 78 00'x' 80", kNoEntry, 11},
     {"7C 00'a' 78 00'x' F0", "Reserved bits are set in an index", 11},
     {"E2 80", kNoEntry, 6},
     {"E1 80", kNoEntry, 6},
-    {"C6 80", kNoEntry, 6},
     // Lengths.
     {"3C 41", kLengthBits, 6},
-    {"3C 7F", kLengthBits, 6},
     {"3C 05'abc'", kBeyond, 7},
     {"3C 60 FF FF FF FF", "A length is above the limit of its form", 7},
     {"3C 60 FF FF FE BF", kBeyond, 11},
     {"3C 00'a' 83 FF FF FE FE", "A length is above the limit of its form", 9},
     {"3C 00'a' 83 FF FF FE FD", kBeyond, 13},
     {"7C 00'a' 78 00'x' 09", kLengthBits, 11},
-    {"7C 00'a' 78 00'x' 0D", kLengthBits, 11},
     {"7C 00'a' 78 00'x' 0C 7F FF FF FF", kBeyond, 16},
     // Names and namespaces.
     {"3C 00'1'", kNotName, 6},
     {"3C 02'a:b'", kNotName, 6},
-    {"E1 00' '", kNotName, 6},
     {"3D 00'u' 00'a'", kScope, 5},
-    {"3F 80 00'u' 00'a'", kScope, 5},
     {"38 CD 00'u' F0 3D 81 00'a' 3C 80", kScope, 14},
-    {"38 CF 00'p' 00'u' F0 3C 00'a' F0 3F", "There is a second document element", 16},
     {"38 CF 00'p' 00'u' F0 3C 00'a' 38 CF 81 00'v' F0 3F 81 81 00'b' F0", kScope, 21},
     {"38 CF 00'p' 00'u' F0 3C 00'a' 78 CE 81 F0 3C 00'b' 7B 81 81 80", kScope, 22},
     {"3C 00'r' 38 CF 00'p' 00'u' F0 3F 81 81 00'a' F0 3F 81 81 00'b' F0", kScope, 21},
@@ -215,12 +191,10 @@ const Refusal kRefusals[] = {
     {"38 CE 80", "The prefix xml and its namespace belong together", 6},
     {"38 FF", "An octet does not begin a declaration", 6},
     {"38 F0 7C 00'a'", "Reserved bits are set", 7},
-    {"38 F0 38", kReservedOctet, 7},
     {"7C 00'a' 78 00'x' 40'1' 78 81 40'2' FF F0", "An element has two attributes of one name", 13},
     {"7C 00'a' 78 04'xmlns' 40'u'", "A declaration is written as an attribute", 8},
     // Characters.
     {"3C 00'a' 80 00", kNotText, 8},
-    {"3C 00'a' 80 1F", kNotText, 8},
     {"3C 00'a' 82 05'abcdefg' 0B", kNotText, 8},
     {"3C 00'a' 81 C0 80", kNotText, 8},
     {"3C 00'a' 82 00 ED A0 80", kNotText, 8},
@@ -232,22 +206,16 @@ const Refusal kRefusals[] = {
     {"3C 00'a' 85 DC 00", "UTF-16 text has an unpaired surrogate", 8},
     {"3C 00'a' 86 01 D8 00 00 41", "UTF-16 text has an unpaired surrogate", 8},
     {"3C 00'a' 85 00 00", "A character is not allowed", 8},
-    {"3C 00'a' 85 FF FE", "A character is not allowed", 8},
     // Restricted alphabets and algorithms.
     {"3C 00'a' 88 08 12", "Unknown restricted alphabet", 8},
-    {"3C 00'a' 8B FC 12", "Unknown restricted alphabet", 8},
     {"3C 00'a' 88 00 FF", kPadding, 8},
     {"3C 00'a' 88 00 F1", kPadding, 8},
     {"3C 00'a' 88 01 1F 12", kPadding, 8},
     {"3C 00'a' 8C 28 00", "Unknown encoding algorithm", 8},
-    {"3C 00'a' 8F FC 00", "Unknown encoding algorithm", 8},
     {"3C 00'a' 8C 08 00", kWhole, 8},
-    {"3C 00'a' 8C 0E 02 00 00 00 00 00", kWhole, 8},
-    {"3C 00'a' 8C 12 01 00 00 00 00", kWhole, 8},
     {"3C 00'a' 8C 1E 01 00 00 00 00", kWhole, 8},
     {"3C 00'a' 8C 22 01 00 00 00 00", kWhole, 8},
     {"3C 00'a' 8C 14 48", "The count of unused bits is too large", 8},
-    {"3C 00'a' 8C 15 80 00", "The count of unused bits is too large", 8},
     {"3C 00'a' 8C 14 39", "Unused bits are set", 8},
     {"E2 30 00 AB", "An encoding algorithm is used where it is not allowed", 6},
     {"7C 00'a' 78 00'x' 30 90'c'", "An encoding algorithm is used where it is not allowed", 11},
@@ -258,7 +226,6 @@ const Refusal kHeaderRefusals[] = {
     {"'<?xml encoding=%finf%?>' 0A E0 00 00 01 00", "The identification or version is not that of the format",
      23},
     {"E0 00 00 01 80", "Reserved bits are set", 4},
-    {"E0 00 00 01 02 02", "Reserved bits are set", 5},
     {"E0 00 00 01 20 20 00", "Reserved bits are set", 5},
     {"E0 00 00 01 40 90 00 00", kLengthBits, 5},
     {"E0 00 00 01 40 8F FF FF", "A length is above the limit of its form", 5},
@@ -266,11 +233,9 @@ const Refusal kHeaderRefusals[] = {
     {"E0 00 00 01 20 10 00 04'urn:x'", "Unknown external vocabulary [urn:x]", 7},
     {"E0 00 00 01 20 02 00 00 00'1'", kNotName, 8},
     {"E0 00 00 01 20 00 10 00 40'v'", "Reserved bits are set", 8},
-    {"E0 00 00 01 20 00 02 00 02", "Reserved bits are set", 8},
     {"E0 00 00 01 20 00 02 00 00 00", kNoEntry, 9},
     {"E0 00 00 01 20 00 02 00 01 01", kNoEntry, 9},
     {"E0 00 00 01 10 C4", "An octet does not begin a notation", 5},
-    {"E0 00 00 01 10 FF", "An octet does not begin a notation", 5},
     {"E0 00 00 01 08 D2", "An octet does not begin an unparsed entity", 5},
     {"E0 00 00 01 01 81", kNoEntry, 5},
 };
@@ -398,25 +363,6 @@ TEST(FastInfosetReader, IndexesOfEveryLength) {
         EXPECT_EQ(element->GetLocalName(), row.index == 0 ? "a" : "n" + text(row.index));
         element = element->GetNextSiblingElement();
     }
-
-    // Attribute names and values; both tables are counted alike.
-    std::string values = kStart + Octets("3C 00'a'");
-    for (std::uint32_t i = 0; i <= 8256; ++i)
-        values += "\x7C\x80\x78\x04m" + text(i) + '\x43' + text(i) + '\xFF';
-    for (const char* const hex : {"3F BF", "40 00 C0 00", "5F FF DF FF", "60 00 00 E0 00 00"})
-        values += '\x40' + Octets(hex) + '\xFF';
-    Load(document, values + '\xFF');
-    std::size_t position = 0;
-    for (const CXmlElement* child = document.GetDocumentElement()->GetFirstElement(); child != nullptr;
-         child = child->GetNextSiblingElement()) {
-        static constexpr std::uint32_t kExpected[] = {63, 64, 8255, 8256};
-        const std::uint32_t expected =
-            position <= 8256 ? static_cast<std::uint32_t>(position) : kExpected[position - 8257];
-        EXPECT_EQ(child->GetAttributes().front()->GetLocalName(), "m" + text(expected));
-        EXPECT_EQ(child->GetAttributes().front()->GetValue(), text(expected));
-        ++position;
-    }
-    EXPECT_EQ(position, 8261U);
 }
 
 TEST(FastInfosetReader, LongTextIsSharedAndStaysWhole) {
@@ -462,25 +408,6 @@ TEST(FastInfosetReader, PrefixesOfTheDocument) {
     EXPECT_EQ(document.LookupNamespaceFromAlias("p"), "v");
     EXPECT_EQ(document.LookupAliasFromNamespace("v"), "");
     EXPECT_EQ(document.LookupAliasFromNamespace("u"), "");
-}
-
-TEST(FastInfosetReader, EntryPointsReadCompressedDocumentsToo) {
-    const std::string octets =
-        kStart + Octets("3C 00'a'") + Chunk(std::string(1000, 'x'), false) + Octets("FF");
-    const std::string name = testing::TempDir() + "kvxml-fast-infoset.finf";
-    for (const CompressionType type : {CompressionType_None, CompressionType_GZip, CompressionType_ZLib}) {
-        CBinaryData data(reinterpret_cast<const unsigned char*>(octets.data()), octets.size());
-        internal::Compress(data, type);
-        std::ofstream(name, std::ios::binary)
-            .write(reinterpret_cast<const char*>(data.GetData()),
-                   static_cast<std::streamsize>(data.GetLength()));
-        CXmlDocument document;
-        document.Load(name.c_str());
-        EXPECT_EQ(document.GetDocumentElement()->GetText().size(), 1000U);
-        document.LoadXmlStream(data.GetData(), data.GetLength());
-        EXPECT_EQ(document.GetDocumentElement()->GetText().size(), 1000U);
-    }
-    std::remove(name.c_str());
 }
 
 TEST(FastInfosetReader, ExternalVocabulary) {

@@ -116,7 +116,8 @@ std::string InElement(const Actions& actions, const CFastInfosetContext& setting
 
 // --- forms -----------------------------------------------------------------------------------------------
 
-TEST(FastInfosetWriterTest, FormsOfNumbersAndLengths) {
+/// Beyond what a document of reasonable size needs.
+TEST(FastInfosetWriterTest, FormsOfLargeNumbersAndLengths) {
     using namespace internal::form;
     const struct {
         unsigned char* (*put)(unsigned char*, unsigned, std::uint32_t);
@@ -124,34 +125,9 @@ TEST(FastInfosetWriterTest, FormsOfNumbersAndLengths) {
         std::uint32_t number;
         const char* octets;
     } kNumbers[] = {
-        {Number2, 0x80, 64, "BF"},           {Number2, 0x80, 65, "C0 00"},
-        {Number2, 0x80, 8256, "DF FF"},      {Number2, 0x80, 8257, "E0 00 00"},
-        {Number2, 0, 1048576, "6F DF BF"},   {Number3, 0x40, 32, "5F"},
-        {Number3, 0, 33, "20 00"},           {Number3, 0, 2080, "27 FF"},
-        {Number3, 0, 2081, "28 00 00"},      {Number3, 0, 526368, "2F FF FF"},
+        {Number2, 0, 1048576, "6F DF BF"},   {Number3, 0, 526368, "2F FF FF"},
         {Number3, 0, 526369, "30 00 00 00"}, {Number3, 0x40, 1048576, "70 07 F7 DF"},
-        {Number4, 0xA0, 16, "AF"},           {Number4, 0xA0, 17, "B0 00"},
-        {Number4, 0xA0, 1040, "B3 FF"},      {Number4, 0xA0, 1041, "B4 00 00"},
         {Number4, 0xA0, 263184, "B7 FF FF"}, {Number4, 0xA0, 263185, "B8 00 00 00"},
-    };
-    const struct {
-        unsigned char* (*put)(unsigned char*, unsigned, std::size_t);
-        std::size_t length;
-        const char* octets;
-    } kLengths[] = {
-        {Length2, 64, "3F"},
-        {Length2, 65, "40 00"},
-        {Length2, 320, "40 FF"},
-        {Length2, 321, "60 00 00 00 00"},
-        {Length5, 8, "07"},
-        {Length5, 9, "08 00"},
-        {Length5, 264, "08 FF"},
-        {Length5, 265, "0C 00 00 00 00"},
-        {Length7, 2, "01"},
-        {Length7, 3, "02 00"},
-        {Length7, 258, "02 FF"},
-        {Length7, 259, "03 00 00 00 00"},
-        {Length7, 259 + 0x1020304, "03 01 02 03 04"},
     };
     unsigned char octets[8];
     const auto hexTo = [&](const unsigned char* end) {
@@ -159,8 +135,7 @@ TEST(FastInfosetWriterTest, FormsOfNumbersAndLengths) {
     };
     for (const auto& row : kNumbers)
         EXPECT_EQ(hexTo(row.put(octets, row.lead, row.number)), row.octets);
-    for (const auto& row : kLengths)
-        EXPECT_EQ(hexTo(row.put(octets, 0, row.length)), row.octets);
+    EXPECT_EQ(hexTo(Length7(octets, 0, 259 + 0x1020304)), "03 01 02 03 04");
 }
 
 TEST(FastInfosetWriterTest, StringsOfAllLengthsAndTablesOfAllSizes) {
@@ -197,6 +172,7 @@ TEST(FastInfosetWriterTest, StringsOfAllLengthsAndTablesOfAllSizes) {
         },
         settings);
     EXPECT_EQ(DecodeFastInfoset(octets), expected + ")");
+    EXPECT_EQ(DumpOf(octets), expected + ")");
 }
 
 // --- settings --------------------------------------------------------------------------------------------
@@ -226,6 +202,7 @@ TEST(FastInfosetWriterTest, Declarations) {
     for (int decl = FInfoDecl_None; decl <= FInfoDecl_Version11StandaloneYes; ++decl) {
         const std::string octets = Write(root, {}, static_cast<FInfoDecl>(decl));
         EXPECT_EQ(DecodeFastInfoset(octets), "a") << decl;
+        EXPECT_EQ(DumpOf(octets), "a") << decl;
         all.insert(octets);
     }
     EXPECT_EQ(all.size(), 10U);
@@ -241,11 +218,9 @@ TEST(FastInfosetWriterTest, TypedValues) {
         std::string octets;
     } kCases[] = {
         {ItemType_i4, "7", "8C 09 00 07"},
-        {ItemType_ui2, "65535", "8C 0E 01 00 00 FF FF"},
         {ItemType_i8, "-32768", "8C 09 80 00"},
         {ItemType_integer, "-9223372036854775808", "8C 12 05 80 00 00 00 00 00 00 00"},
         {ItemType_boolean, "true", "8C 14 38"},
-        {ItemType_boolean, "false", "8C 14 30"},
         {ItemType_r4, "1.5", "8C 1A 01 3F C0 00 00"},
         {ItemType_r8, "0.1", "8C 1E 05 3F B9 99 99 99 99 99 9A"},
         {ItemType_r8, "-INF", "8C 1E 05 FF F0 00 00 00 00 00 00"},
@@ -253,12 +228,9 @@ TEST(FastInfosetWriterTest, TypedValues) {
         {ItemType_base64Binary, "AP8Q", "8C 06 00 00 FF 10"},
         // Texts that would not come back as they are
         {ItemType_i4, "007", ""},
-        {ItemType_i4, "-0", ""},
-        {ItemType_i4, "+7", ""},
         {ItemType_i4, "7 ", ""},
         {ItemType_integer, "9223372036854775808", ""},
         {ItemType_boolean, "1", ""},
-        {ItemType_r4, "1.50", ""},
         {ItemType_r8, "0.10000000000000001", ""},
         {ItemType_r8, "1e400", ""},
         {ItemType_r8, "0x1p3", ""},
@@ -266,7 +238,6 @@ TEST(FastInfosetWriterTest, TypedValues) {
         {ItemType_hexBinary, "0", ""},
         {ItemType_base64Binary, "AP8", ""},
         {ItemType_base64Binary, "AP9=", ""},
-        {ItemType_base64Binary, "AP8Q\n", ""},
         {ItemType_string, "7", ""},
     };
     CFastInfosetContext settings;
@@ -355,24 +326,17 @@ TEST(FastInfosetWriterTest, TreesAreTheSameAsXml) {
         "<a x='&#9;&#10;&#13; &lt;'> \n<b> </b>\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80</a>",
         "<\xC3\xA9l\xC3\xA9ment \xC3\xA0='\xC3\xA0'/>",
         manyNamespaces,
-    };
-    for (const std::string& xml : kCases) {
-        SCOPED_TRACE(xml);
-        EXPECT_EQ(DecodeFastInfoset(FromXml(xml)), DumpOf(xml));
-    }
-}
-
-TEST(FastInfosetWriterTest, DeclarationsMayFollowWhatNeedsThem) {
-    CSerializationContext context;
-    context.SetSchemaType(SchemaType_NoNamespaces);
-    const std::string kCases[] = {
+        // Declarations may follow what needs them.
         "<p:a p:x='1' y='2' xmlns:p='u'><p:b xmlns:p='v' p:x='1'/><p:b p:x='3'/></p:a>",
         "<a x='1' xmlns='u'><b/><b y='' xmlns=''/><c xmlns='v'><b/></c></a>",
         "<a xml:lang='de'><b xml:lang='en'/></a>",
     };
+    CSerializationContext byName;
+    byName.SetSchemaType(SchemaType_NoNamespaces);
     for (const std::string& xml : kCases) {
         SCOPED_TRACE(xml);
-        EXPECT_EQ(DecodeFastInfoset(FromXml(xml, context)), DumpOf(xml));
+        EXPECT_EQ(DecodeFastInfoset(FromXml(xml)), DumpOf(xml));
+        EXPECT_EQ(DecodeFastInfoset(FromXml(xml, byName)), DumpOf(xml));
     }
 }
 
@@ -429,7 +393,6 @@ TEST(FastInfosetWriterTest, Failures) {
         const char* message;
     } kCases[] = {
         {[](auto& w) { w.WriteStartElement("1a", "u"); }, "[1a] is not a valid XML name."},
-        {[](auto& w) { w.WriteStartElement("p:a", "u"); }, "[p:a] is not a valid XML name."},
         {[](auto& w) { w.WriteStartElement("p:a", ""), w.WriteEndElement(); },
          "The prefix [p] is not declared."},
         {[&](auto& w) { start(w), w.WriteAttribute("b c", "", "", ItemType_string); },
@@ -497,8 +460,7 @@ TEST(FastInfosetWriterTest, DeepAndWideDocumentsTakeNoStackAndLittleTime) {
     EXPECT_GT(Write(write).size(), std::size_t{kCount} * 4);
 }
 
-// --- objects
-// -------------------------------------------------------------------------------------------------
+// --- objects ---------------------------------------------------------------------------------------------
 
 TEST(FastInfosetWriterTest, ObjectsAreTheSameAsXml) {
     const CSmartPtr<fixture::AllKinds> object(new fixture::AllKinds());
@@ -519,23 +481,22 @@ TEST(FastInfosetWriterTest, ObjectsAreTheSameAsXml) {
 TEST(FastInfosetWriterTest, CompressionAndFiles) {
     const CSmartPtr<fixture::AllKinds> object(new fixture::AllKinds());
     fixture::Fill(*object);
-    const std::string plain(View(object->ToFastInfosetStream(FInfoDecl_Write)));
-    const std::string name = testing::TempDir() + "kvxml_fast_infoset_writer_test.finf";
-    const auto content = [&] {
-        std::ifstream file(name, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    };
-    object->ToFastInfosetFile(name.c_str(), FInfoDecl_Write);
-    EXPECT_EQ(content(), plain);
     const auto& context = CSerializationContext::GetDefaultContext();
-    object->ToFastInfosetFile(name.c_str(), FInfoDecl_Write, context, CompressionType_GZip);
-    EXPECT_EQ(content(), View(object->ToFastInfosetStream(FInfoDecl_Write, context, CompressionType_GZip)));
-    EXPECT_LT(content().size(), plain.size());
-    EXPECT_EQ(ErrorOf([&] {
-                  object->ToFastInfosetFile(name.c_str(), FInfoDecl_Write, context, CompressionType_ZLib);
-              }),
-              "ZLIB Compression only available for To Stream methods.");
+    const std::string name = testing::TempDir() + "kvxml_fast_infoset_writer_test.finf";
+    const CSmartPtr<fixture::AllKinds> read(new fixture::AllKinds());
+    for (const CompressionType type : {CompressionType_None, CompressionType_GZip}) {
+        object->ToFastInfosetFile(name.c_str(), FInfoDecl_Write, context, type);
+        std::ifstream file(name, std::ios::binary);
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}),
+                  View(object->ToFastInfosetStream(FInfoDecl_Write, context, type)));
+        read->FromXmlFile(name.c_str());
+        fixture::Check(*read);
+    }
     std::remove(name.c_str());
+    const CBinaryData data = object->ToFastInfosetStream(FInfoDecl_Write, context, CompressionType_ZLib);
+    EXPECT_LT(data.GetLength(), object->ToFastInfosetStream().GetLength());
+    read->FromXmlStream(data);
+    fixture::Check(*read);
 }
 
 }  // namespace

@@ -11,12 +11,10 @@
 #include <string_view>
 #include <vector>
 
-#include "examples/gpx/gpx_type.h"
 #include "kvxml/kvxml.h"
 #include "kvxml/metadata/element.h"
-#include "kvxml/types/internal/compression.h"
 #include "tests/support/error_of.h"
-#include "tests/support/fixture_classes.h"
+#include "tests/support/fixture_model.h"
 
 namespace KvXmlLib16 {
 namespace {
@@ -79,21 +77,18 @@ TEST(JsonTextWriter, Shapes) {
     struct Row {
         const char* what;
         std::function<void(Output&)> write;
-        const char* expected;
+        std::string expected;
     };
+    const std::string n(100, 'n');
     const std::vector<Row> rows = {
         {"no element", [](Output&) {}, "{}"},
         {"empty root", [](Output& o) { o.Start("a").End(); }, R"({"a": null})"},
-        {"plain root", [](Output& o) { o.Start("a").Text("x").End(); }, R"({"a": "x"})"},
         {"empty strings and other empty texts",
          [](Output& o) {
              o.Start("a").Start("s").Text("").End().Start("i").Text("", ItemType_i4).End();
              o.Start("u").Text("", ItemType_Unknown).End(2);
          },
          R"({"a": {"s": "","i": null,"u": null}})"},
-        {"text beside attributes",
-         [](Output& o) { o.Start("a").Attribute("b", "1", ItemType_i4).Text("x").End(); },
-         R"({"a": {"@b": 1,"#text": "x"}})"},
         {"text around children and before attributes",
          [](Output& o) {
              o.Start("a").Text("x").Attribute("b", "y").Start("c").End().Text("z").Start("d").Text("w");
@@ -103,9 +98,6 @@ TEST(JsonTextWriter, Shapes) {
         {"nil", [](Output& o) { o.Start("a").writer.WriteNilAttribute(), o.End(); }, R"({"a": null})"},
         {"raw text", [](Output& o) { o.writer.WriteRaw("<?x?>"), o.writer.WriteRawAfterSpace("y"); }, "{}"},
         {"two roots", [](Output& o) { o.Start("a").End().Start("b").End(); }, R"({"a": null,"b": null})"},
-        {"one item and none",
-         [](Output& o) { o.Start("r").Begin().Item("a", "1").EndItems().Begin().EndItems().End(); },
-         R"({"r": {"a": [1]}})"},
         {"several collections and what stands between",
          [](Output& o) {
              o.Start("r").Begin().Item("a", "1").Item("a", "2").EndItems().Begin().Item("b", "3").EndItems();
@@ -136,24 +128,20 @@ TEST(JsonTextWriter, Shapes) {
          },
          R"({"r": {"a": [1],"@b": "c","#text": "d"}})"},
         {"long names",
-         [](Output& o) {
-             const std::string name(100, 'n');
-             o.Start("r").Begin().Item(name, "1").Item(name, "2").Item(name + "m", "3").EndItems().End();
+         [&](Output& o) {
+             o.Start("r").Begin().Item(n, "1").Item(n, "2").Item(n + "m", "3").EndItems().End();
          },
-         nullptr},
+         R"({"r": {")" + n + R"(": [1,2],")" + n + R"(m": [3]}})"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
-        const std::string n(100, 'n');
-        const std::string expected =
-            row.expected != nullptr ? row.expected : R"({"r": {")" + n + R"(": [1,2],")" + n + R"(m": [3]}})";
         Output passing;
         row.write(passing);
-        EXPECT_EQ(passing.Finish(), expected);
+        EXPECT_EQ(passing.Finish(), row.expected);
         Output escaped(JsonRoundTrip_Full, true, true);
         row.write(escaped);
         // The layout changes nothing else.
-        EXPECT_EQ(nlohmann::json::parse(escaped.Finish()), nlohmann::json::parse(expected));
+        EXPECT_EQ(nlohmann::json::parse(escaped.Finish()), nlohmann::json::parse(row.expected));
     }
 }
 
@@ -247,15 +235,15 @@ TEST(JsonTextWriter, QuotationFollowsTheKind) {
 
     // Where strings are escaped, only what JSON knows stays without quotation marks.
     const std::pair<ItemType, std::vector<const char*>> bareOnes[] = {
-        {ItemType_r8, {"0", "-0", "10", "0.5", "-1.25e+10", "1E5", "1e-7"}},
+        {ItemType_r8, {"0", "-0", "0.5", "-1.25e+10", "1E5"}},
         {ItemType_integer, {"123456789012345678901234567890"}},
         {ItemType_boolean, {"true", "false", "1"}}};
     for (const auto& [type, texts] : bareOnes)
         for (const char* text : texts)
             EXPECT_EQ(Output(JsonRoundTrip_Full, true).Start("a").Text(text, type).End().Finish(),
                       std::string(R"({"a": )") + text + "}");
-    for (const char* text : {"NaN", "INF",  "-INF",  "+1", "01", "-01", ".5",  "5.",   "-",    "1e",
-                             "1e+", "1.e5", "0x1p3", " 1", "1 ", "1,5", "tru", "TRUE", "null", "1}"}) {
+    for (const char* text : {"NaN", "-INF", "+1", "01", "-01", ".5", "5.", "-", "1e", "1e+", "1.e5", "0x1p3",
+                             " 1", "TRUE", "1}"}) {
         EXPECT_EQ(Output(JsonRoundTrip_Full, true).Start("a").Text(text, ItemType_r8).End().Finish(),
                   std::string(R"({"a": ")") + text + "\"}");
         EXPECT_EQ(Output().Start("a").Text(text, ItemType_r8).End().Finish(),
@@ -281,8 +269,8 @@ TEST(JsonTextWriter, CharactersOfStrings) {
     };
     for (const Row& row : rows) {
         // At every place of strings short and long.
-        for (const std::size_t before : {0u, 1u, 3u, 6u, 7u, 8u, 15u, 17u, 1023u, 1024u, 5000u}) {
-            for (const std::size_t after : {0u, 1u, 4u, 9u}) {
+        for (const std::size_t before : {0u, 1u, 7u, 8u, 17u, 5000u}) {
+            for (const std::size_t after : {0u, 1u, 9u}) {
                 const std::string lead(before, 'x');
                 const std::string rest(after, 'y');
                 for (const bool escaped : {false, true}) {
@@ -340,21 +328,10 @@ TEST(JsonTextWriter, EscapedDocumentsAreAlwaysValid) {
 
 // --- objects ---------------------------------------------------------------------------------------------
 
-TEST(JsonTextWriter, ValuesAreThoseThatAnotherParserReads) {
-    const CSmartPtr<Gpx::CGpxType> gpx(new Gpx::CGpxType());
-    gpx->FromXmlFile(KVXML_SOURCE_DIR "/examples/gpx/sample.gpx");
-    CSerializationContext context = Context();
-    context.SetDefaultNamespaceURI("http://www.topografix.com/GPX/1/1");
-    const std::string json = gpx->ToJson(true, EOLType_LF, context);
-    const auto points = nlohmann::json::parse(json).at("gpx").at("trk").at(0).at("trkseg").at(0).at("trkpt");
-    EXPECT_EQ(points.size(), 3U);
-    EXPECT_EQ(points.at(1).at("@lat"), -0.01);
-    EXPECT_EQ(points.at(1).at("time"), "2024-02-29T08:10:00.500Z");
-}
-
 TEST(JsonTextWriter, UntypedContentDeclaresItsNamespaces) {
     const char* const xml =
-        "<r xmlns='urn:r' xmlns:x='urn:x'><x:a k='1' x:l='2'/><x:a>t</x:a><b xmlns='' xmlns:y='urn:y' "
+        "<r xmlns='urn:r' xmlns:x='urn:x' xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>"
+        "<x:a k='1' x:l='2' xsi:type='x:T'/><x:a>t</x:a><b xmlns='' xmlns:y='urn:y' "
         "y:m='3'/>"
         "<y:c xmlns:y='urn:y'>text<y:d/></y:c><z:c xmlns:z='urn:z'/></r>";
     const CSmartPtr<CElement> element(new CElement());
@@ -367,10 +344,19 @@ TEST(JsonTextWriter, UntypedContentDeclaresItsNamespaces) {
     EXPECT_EQ(read->ToXml(false, false), element->ToXml(false, false, EOLType_LF, Context()));
 }
 
+const fixture::Model& MeasureModel() {
+    static const fixture::Model& model =
+        fixture::Model::New("Measure")
+            .Text(ItemType_r8, "%.3f")
+            .Attribute("unit", ItemType_string)
+            .Attribute("lang", ItemType_string, true, nullptr, {}, fixture::kAttributeNamespace);
+    return model;
+}
+using Measure = fixture::TypedNillable<MeasureModel>;
+
 TEST(JsonTextWriter, ObjectsInEveryMode) {
-    const auto measure = fixture::Make<fixture::Measure>();
-    measure->value.variant.SetR8(1);
-    measure->unit.variant.SetString("\"m\"");
+    const auto measure = fixture::Make<Measure>();
+    measure->Set("text", "1").Set("unit", "\"m\"");
     const char* const expected[] = {
         R"({"Measure": {"unit": ""m"","": 1.000}})",
         R"({"Measure": {"@unit": ""m"","#text": 1.000}})",
@@ -379,65 +365,59 @@ TEST(JsonTextWriter, ObjectsInEveryMode) {
     };
     for (const JsonRoundTrip mode : {JsonRoundTrip_None, JsonRoundTrip_NoNamespaces, JsonRoundTrip_Full})
         EXPECT_EQ(measure->ToJson(false, EOLType_LF, Context(false, mode)), expected[mode]);
-
-    // Default values are written; nil and absent content come out as null.
-    const auto kinds = fixture::Make<fixture::Kinds>();
-    kinds->FromXml(fixture::kSmallKindsXml);
-    kinds->price.Parse("1.5", ItemType_decimal);
-    kinds->color.variant.SetI4(fixture::Color_green);
-    kinds->shade.variant.SetNil();
-    kinds->note.Create().SetNil(true);
-    EXPECT_EQ(
-        kinds->ToJson(false, EOLType_LF, Context(true, JsonRoundTrip_NoNamespaces)),
-        R"({"Kinds": {"@id": 1,"@level": "red","@size": 10,"Title": "t","Price": 1.50,"Color": "green",)"
-        R"("Shade": null,"Length": 1.000,"Note": null,"Point": [1.000]}})");
-    fixture::Fill(*kinds);
-    EXPECT_EQ(ErrorOf([&] { kinds->ToJson(); }),
-              "Failed to convert the element [Kinds] to XML\nFailed to convert attributes to XML\n"
+    measure->Set("lang", "en");
+    EXPECT_EQ(ErrorOf([&] { measure->ToJson(); }),
+              "Failed to convert the element [Measure] to XML\nFailed to convert attributes to XML\n"
               "Unknown Namespace: urn:fixture:attributes.");
+
+    // Default values are written; nil comes out as null.
+    const fixture::Model& model = fixture::Model::New("Box")
+                                      .EnumAttribute("level")
+                                      .Attribute("size", ItemType_i4, true, "10")
+                                      .Prim("Price", fixture::kMnd, ItemType_decimal, "2", "1.50")
+                                      .Enum("Color", fixture::kMnd, "green")
+                                      .Enum("Shade", fixture::kOpt)
+                                      .Cls<Measure>("Length", fixture::kOpt)
+                                      .ClsCol<Measure>("Point", 1, 3);
+    const CSmartPtr<fixture::Object> box(new fixture::Object(model));
+    box->Set("level", "0").Set("Price", "1.5").Set("Color", "1");
+    (*box)["Shade"].SetNil();
+    dynamic_cast<Measure&>(box->Create("Length")).SetNil(true);
+    box->Add("Point").Set("text", "1");
+    EXPECT_EQ(box->ToJson(false, EOLType_LF, Context(true, JsonRoundTrip_NoNamespaces)),
+              R"({"Box": {"@level": "red","@size": 10,"Price": 1.50,"Color": "green","Shade": null,)"
+              R"("Length": null,"Point": [1.000]}})");
 }
 
 TEST(JsonTextWriter, StreamsAndFiles) {
-    const auto root = fixture::Make<fixture::Node>();
+    const CSmartPtr<CElement> root(new CElement("r"));
     for (int i = 0; i < 500; ++i)
-        root->nodes.Get().CreateNew()->name.variant.SetString("n\xC3\xA4me " + std::to_string(i));
+        root->AddElement("n", nullptr, ("n\xC3\xA4me " + std::to_string(i)).c_str());
     const auto context = Context();
     const std::string json = root->ToJson(true, EOLType_CRLF, context);
-    const auto text = [](const CBinaryData& data) {
-        return std::string(reinterpret_cast<const char*>(data.GetData()), data.GetLength());
+    const std::string path = testing::TempDir() + "kvxml_streams_and_files.json";
+    const auto check = [&](const CBinaryData& data, CompressionType compression) {
+        EXPECT_EQ(data.GetLength() < json.size() / 4, compression != CompressionType_None);
+        const CSmartPtr<CElement> read(new CElement());
+        read->FromJsonStream(data, context);
+        EXPECT_EQ(read->ToJson(true, EOLType_CRLF, context), json);
     };
-    const auto inflated = [&text](const CBinaryData& data) {
-        CBinaryData plain;
-        EXPECT_TRUE(internal::Inflate(data.GetData(), data.GetLength(), 0, plain));
-        return text(plain);
-    };
-    const auto path = (std::filesystem::path(testing::TempDir()) / "kvxml_streams_and_files.json").string();
-    const auto file = [&path] {
-        std::ifstream in(path, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    };
-    for (const XmlEncoding encoding : {XmlEncoding_UTF8, XmlEncoding_UTF16}) {
-        const bool wide = encoding == XmlEncoding_UTF16;
-        const std::string bytes = text(root->ToJsonStream(true, encoding, EOLType_CRLF, context));
-        if (wide)
-            EXPECT_EQ(bytes.substr(0, 8), std::string("{\0\r\0\n\0\t\0", 8));
-        else
-            EXPECT_EQ(bytes, json);
-        for (const CompressionType compression : {CompressionType_GZip, CompressionType_ZLib}) {
-            const CBinaryData data = root->ToJsonStream(true, encoding, EOLType_CRLF, context, compression);
-            EXPECT_LT(data.GetLength(), bytes.size() / 4);
-            EXPECT_EQ(inflated(data), bytes);
+    for (const auto compression : {CompressionType_None, CompressionType_GZip, CompressionType_ZLib}) {
+        check(root->ToJsonStream(true, XmlEncoding_UTF8, EOLType_CRLF, context, compression), compression);
+        if (compression == CompressionType_ZLib) continue;  // not for files
+        for (const XmlEncoding encoding : {XmlEncoding_UTF8, XmlEncoding_UTF16}) {
+            for (const bool async : {false, true}) {
+                AsyncToXmlFile(async);
+                root->ToJsonFile(path.c_str(), true, encoding, EOLType_CRLF, context, compression);
+                AsyncToXmlFile(false);
+                std::ifstream in(path, std::ios::binary);
+                check(CBinaryData(std::string(std::istreambuf_iterator<char>(in), {})), compression);
+            }
         }
-        for (const bool async : {false, true}) {
-            AsyncToXmlFile(async);
-            const std::string mark = wide ? "\xFF\xFE" : "";
-            root->ToJsonFile(path.c_str(), true, encoding, EOLType_CRLF, context);
-            EXPECT_EQ(file(), mark + bytes);
-            root->ToJsonFile(path.c_str(), true, encoding, EOLType_CRLF, context, CompressionType_GZip);
-            EXPECT_EQ(inflated(CBinaryData(file())), mark + bytes);
-        }
-        AsyncToXmlFile(false);
     }
+    const CBinaryData wide = root->ToJsonStream(true, XmlEncoding_UTF16, EOLType_CRLF, context);
+    EXPECT_EQ(std::string_view(reinterpret_cast<const char*>(wide.GetData()), 8),
+              std::string_view("{\0\r\0\n\0\t\0", 8));  // no mark
     std::filesystem::remove(path);
     EXPECT_EQ(ErrorOf([&] { root->ToJsonStream(true, XmlEncoding_None); }),
               "Unknown Encoding, select UTF-8 (contact our support team)");

@@ -8,13 +8,28 @@
 
 #include "kvxml/kvxml.h"
 #include "tests/support/error_of.h"
-#include "tests/support/fixture_classes.h"
+#include "tests/support/fixture_model.h"
 
 namespace KvXmlLib16 {
 namespace {
 
+const fixture::Model& NodeModel() {
+    static const fixture::Model& model = fixture::Model::New("Node").Attribute("name", ItemType_string);
+    return model;
+}
+using Node = fixture::Typed<NodeModel>;
+
+CSmartPtr<Node> Named(const std::string& name) {
+    const CSmartPtr<Node> node(new Node());
+    node->Set("name", name);
+    return node;
+}
+std::string NameOf(Node& node) {
+    return node["name"].IsValid() ? node["name"].ToString("") : "?";
+}
+
 /// Opens the operations that typed collections wrap.
-class Collection final : public CXmlTypedCollection<fixture::Node> {
+class Collection final : public CXmlTypedCollection<Node> {
 public:
     Collection(int minOccurs, int maxOccurs) : CXmlTypedCollection("Item", "urn:i", minOccurs, maxOccurs) {}
     Collection(const Collection&) = default;
@@ -26,25 +41,19 @@ public:
     /// The names of the items, one letter each; checked from both ends.
     std::string Text() const {
         std::string text;
-        for (const fixture::Node* item : *this)
-            text += item->name.Text();
+        for (Node* item : *this)
+            text += NameOf(*item);
         std::string backwards;
         for (int i = GetCount() - 1; i >= 0; --i)
-            backwards += Item(i)->name.Text();
+            backwards += NameOf(*Item(i));
         EXPECT_EQ(std::string(backwards.rbegin(), backwards.rend()), text);
         return text;
     }
 };
 
-CSmartPtr<fixture::Node> Named(const char* name) {
-    const auto node = fixture::Make<fixture::Node>();
-    node->name.variant.SetString(name);
-    return node;
-}
-
 void Fill(Collection& collection, const std::string& names) {
     for (const char name : names)
-        collection.Add(Named(std::string(1, name).c_str()));
+        collection.Add(Named(std::string(1, name)));
 }
 
 /// Writes events down, and does what a test wants at each.
@@ -53,7 +62,7 @@ public:
     void OnEvent(CXmlObjectBase* source, MsgType type, void* data) override {
         std::string text = std::to_string(type);
         if (type == MsgType_Add || type == MsgType_AddComplete) {
-            text += static_cast<fixture::Node*>(static_cast<CXmlObjectBase*>(data))->name.Text();
+            text += NameOf(*static_cast<Node*>(static_cast<CXmlObjectBase*>(data)));
         } else if (data != nullptr) {
             text += std::to_string(*static_cast<const std::int32_t*>(data));
         }
@@ -88,7 +97,7 @@ TEST(XmlCollectionTest, PlacesOfItems) {
     c.Remove(c.GetCount() - 1);
     c.Remove(2);
     EXPECT_EQ(c.Text(), "_AacDde");
-    EXPECT_EQ(b->name.Text(), "b");
+    EXPECT_EQ(NameOf(*b), "b");
 
     Collection copy(c);
     Collection assigned(1, 1);
@@ -104,71 +113,49 @@ TEST(XmlCollectionTest, PlacesOfItems) {
 }
 
 TEST(XmlCollectionTest, BadPlaces) {
-    Collection c(0, -1);
-    const auto stranger = Named("s");
-    const auto missing = [](auto action) {
-        EXPECT_THROW(action(), CKvInvalidParamException);
-        EXPECT_EQ(ErrorOf(action), "The object was not found in the collection");
-    };
-    for (int round = 0; round < 2; ++round) {
+    const std::string missing = "The object was not found in the collection";
+    for (const char* names : {"", "abc"}) {
+        Collection c(0, -1);
+        Fill(c, names);
         const int count = c.GetCount();
-        const std::string text = c.Text();
-        for (const int index : {-1, count + 1, 1000}) {
-            EXPECT_EQ(ErrorOf([&] { c.AddAt(index, stranger); }), "Index out of range");
-        }
+        const auto stranger = Named("s");
+        for (const int index : {-1, count + 1})
+            EXPECT_EQ(ErrorOf<CKvInvalidParamException>([&] { c.AddAt(index, stranger); }),
+                      "Index out of range");
         for (const int index : {-1, count}) {
             const std::string range =
                 "Index " + std::to_string(index) + " is out of range, use 0 - " + std::to_string(count - 1);
-            EXPECT_EQ(ErrorOf([&] { c.Remove(index); }), range);
+            EXPECT_EQ(ErrorOf<CKvInvalidParamException>([&] { c.Remove(index); }), range);
             EXPECT_EQ(ErrorOf([&] { c.Item(index); }), range);
         }
-        missing([&] { c.AddAfter(stranger.Get(), Named("x")); });
-        missing([&] { c.AddBefore(stranger.Get(), Named("x")); });
-        missing([&] { c.AddBefore(nullptr, Named("x")); });
-        missing([&] { c.GetNodeForItem(stranger.Get()); });
+        EXPECT_EQ(ErrorOf<CKvInvalidParamException>([&] { c.AddAfter(stranger.Get(), Named("x")); }),
+                  missing);
+        EXPECT_EQ(ErrorOf([&] { c.AddBefore(nullptr, Named("x")); }), missing);
+        EXPECT_EQ(ErrorOf([&] { c.GetNodeForItem(stranger.Get()); }), missing);
         EXPECT_EQ(ErrorOf([&] { c.Add(nullptr); }), "An item of a collection may not be NULL");
-        EXPECT_EQ(c.Text(), text);
-        Fill(c, "abc");
+        EXPECT_EQ(c.Text(), names);
     }
-    EXPECT_THROW(c.AddAt(9, stranger), CKvInvalidParamException);
-    EXPECT_THROW(c.Remove(9), CKvInvalidParamException);
 }
 
 TEST(XmlCollectionTest, Counts) {
-    struct Case {
-        int minOccurs;
-        int maxOccurs;
-        int count;
-        const char* error;
-    };
-    const char* const many = "The Maximum number of [Item] elements allowed in this collection is 3";
-    const char* const few = "The Minimum number of [Item] elements allowed in this collection is 2";
-    const Case cases[] = {
-        {2, 3, 0, few},  {2, 3, 1, few},       {2, 3, 2, nullptr},  {2, 3, 3, nullptr}, {2, 3, 4, many},
-        {2, -1, 1, few}, {2, -1, 50, nullptr}, {0, -1, 0, nullptr}, {0, 3, 4, many},
-    };
-    const CSerializationContext strict;
     CSerializationContext ignoring;
     ignoring.SetIgnoreInvalidCollectionCounts(true);
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::to_string(c.count) + " of " + std::to_string(c.minOccurs) + " to " +
-                     std::to_string(c.maxOccurs));
-        Collection collection(c.minOccurs, c.maxOccurs);
-        Fill(collection, std::string(static_cast<std::size_t>(c.count), 'x'));
-        EXPECT_EQ(ErrorOf([&] { collection.ValidateCount(strict); }),
-                  c.error == nullptr ? "(no error)" : c.error);
-        EXPECT_EQ(collection.IsValidCount(strict), c.error == nullptr);
-        EXPECT_EQ(ErrorOf([&] { collection.ValidateCount(ignoring); }), "(no error)");
-        EXPECT_TRUE(collection.IsValidCount(ignoring));
+    Collection c(2, 3);
+    const std::string errors[] = {"The Minimum number of [Item] elements allowed in this collection is 2",
+                                  "(no error)", "(no error)",
+                                  "The Maximum number of [Item] elements allowed in this collection is 3"};
+    for (const std::string& error : errors) {
+        Fill(c, "x");
+        EXPECT_EQ(ErrorOf<CKvValidationException>([&] { c.ValidateCount({}); }), error);
+        EXPECT_EQ(c.IsValidCount({}), error == "(no error)");
+        c.ValidateCount(ignoring);
+        EXPECT_TRUE(c.IsValidCount(ignoring));
     }
-    EXPECT_THROW(Collection(1, 1).ValidateCount(strict), CKvValidationException);
-    Collection collection(0, 0);
-    EXPECT_EQ(collection.GetNamespace(), "");
+    EXPECT_EQ(c.GetNamespace(), "");
     EXPECT_EQ(
-        ErrorOf([&] { collection.GetTargetNamespace(); }),
+        ErrorOf([&] { c.GetTargetNamespace(); }),
         "CXmlCollectionBase::GetTargetNamespace Should not be used from within a Collection (program logic "
         "error)");
-    EXPECT_EQ(collection.GetBase(), &collection);
 }
 
 TEST(XmlCollectionTest, ItemsAreSharedAndNamed) {
@@ -214,7 +201,7 @@ TEST(XmlCollectionTest, Events) {
     first.events.clear();
     c.CreateNew();
     c.RemoveEventListener(&first);
-    EXPECT_EQ(first.events, "1(none):0 1(none):0 2(none):1 2(none):1 0:1 0:1");
+    EXPECT_EQ(first.events, "1?:0 1?:0 2?:1 2?:1 0:1 0:1");
     c.RemoveEventListener(&first);
     first.events.clear();
     Fill(c, "x");

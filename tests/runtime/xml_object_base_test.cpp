@@ -15,7 +15,7 @@
 #include "kvxml/kvxml.h"
 #include "kvxml/types/internal/compression.h"
 #include "tests/support/error_of.h"
-#include "tests/support/fixture_classes.h"
+#include "tests/support/fixture_all_kinds.h"
 
 namespace KvXmlLib16 {
 namespace {
@@ -72,6 +72,13 @@ CSmartPtr<Probe> Chain(int length) {
     return head;
 }
 
+const fixture::Model& MeasureModel() {
+    static const fixture::Model& model =
+        fixture::Model::New("Measure").Text(ItemType_r8).Attribute("unit", ItemType_string);
+    return model;
+}
+using Measure = fixture::Typed<MeasureModel>;
+
 std::string ReadFile(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
@@ -83,7 +90,7 @@ protected:
         const auto* test = testing::UnitTest::GetInstance()->current_test_info();
         m_path = std::filesystem::path(testing::TempDir()) / (std::string("kvxml_") + test->name() + ".xml");
         std::filesystem::remove(m_path);
-        fixture::Fill(*m_kinds);
+        fixture::Fill(*m_object);
     }
     void TearDown() override {
         std::filesystem::remove(m_path);
@@ -91,14 +98,14 @@ protected:
         AsyncToXmlFile(false);
     }
     void ReadAndCheck() {
-        const auto read = fixture::Make<fixture::Kinds>();
+        const auto read = fixture::Make<fixture::AllKinds>();
         read->FromXmlFile(m_path.c_str());
         fixture::Check(*read);
     }
     const char* Path() const { return m_path.c_str(); }
 
     std::filesystem::path m_path;
-    CSmartPtr<fixture::Kinds> m_kinds = fixture::Make<fixture::Kinds>();
+    CSmartPtr<fixture::AllKinds> m_object = fixture::Make<fixture::AllKinds>();
 };
 
 // --- life --------------------------------------------------------------------------------------------------
@@ -107,19 +114,14 @@ TEST(XmlObjectBaseTest, CopiesCarryNameAndCount) {
     Probe source;
     source.SetElementName("a");
     source.AddRef();
-    source.AddRef();
     Probe copy(source);
-    EXPECT_EQ(copy.GetElementName(), "a");
-    EXPECT_EQ(copy.AddRef(), 3);
     Probe assigned;
-    static_cast<CXmlObjectBase&>(assigned).AddRef();
     assigned = source;
-    EXPECT_EQ(assigned.GetElementName(), "a");
-    EXPECT_EQ(assigned.AddRef(), 3);
-    EXPECT_EQ(assigned.Release(), 2);
     source.SetElementName(static_cast<const char*>(nullptr));
-    EXPECT_EQ(source.GetElementName(), "");
-    EXPECT_EQ(copy.GetElementName(), "a");
+    EXPECT_EQ(copy.GetElementName() + assigned.GetElementName() + source.GetElementName(), "aa");
+    EXPECT_EQ(copy.AddRef(), 2);
+    EXPECT_EQ(assigned.AddRef(), 2);
+    EXPECT_EQ(assigned.Release(), 1);
 }
 
 TEST(XmlObjectBaseTest, SmartPointersCountAndReleaseLast) {
@@ -202,20 +204,17 @@ TEST(XmlObjectBaseTest, StaticObjectsAreDestroyedAtExit) {
     EXPECT_EXIT(leave(), testing::ExitedWithCode(0), "");
 }
 
-TEST(OptionalValueTest, CopiesOwnTheirValue) {
+TEST(XmlObjectBaseTest, OptionalValuesAreCopied) {
     COptionalValue<std::string> value;
-    EXPECT_FALSE(value.IsSet());
     EXPECT_EQ(value.Get(), "");
     value.Set("a");
     COptionalValue<std::string> copy(value);
     value.Set("b");
     EXPECT_EQ(*copy + *value, "ab");
     copy = value;
-    value = COptionalValue<std::string>();
+    value.Reset();
     EXPECT_FALSE(value.IsSet());
     EXPECT_EQ(copy.Get(), "b");
-    copy.Reset();
-    EXPECT_FALSE(copy.IsSet());
 }
 
 // --- helpers of generated code -----------------------------------------------------------------------------
@@ -226,54 +225,47 @@ TEST(XmlObjectBaseTest, ChoiceHelpers) {
         return "The Property " + name +
                " is already set. Only one element within this class bay be set at a time";
     };
+    enum Helper { Valid, Select, Count };
     struct Row {
         const char* what;
+        Helper helper;
+        int argument;  // is valid; is an object, or null; number of items
         std::string current;
-        std::function<void(Probe&, std::string&)> action;
         std::string after;
         std::string error;
     };
-    Probe value;
-    const auto select = [&](CXmlObjectBase* object) {
-        return [object](Probe& p, std::string& c) { p.Choice_SelectElement("a", object, c); };
-    };
-    const auto valid = [](bool isValid) {
-        return [isValid](Probe& p, std::string& c) { p.Choice_SetElementValid(isValid, "a", c); };
-    };
-    const auto count = [](int n) {
-        return [n](Probe& p, std::string& c) { p.Choice_CollectionChanged("a", n, c); };
-    };
     const Row rows[] = {
-        {"valid, own", "a", valid(true), "a", kNone},
-        {"valid, other", "b", valid(true), "b", taken("b")},
-        {"valid, none", "", valid(true), "", taken("")},
-        {"valid, longer", "ab", valid(true), "ab", taken("ab")},
-        {"invalid, own", "a", valid(false), "", kNone},
-        {"invalid, other", "b", valid(false), "", kNone},
-        {"select, none", "", select(&value), "a", kNone},
-        {"select, own", "a", select(&value), "a", kNone},
-        {"select, other", "b", select(&value), "b", taken("[b]")},
-        {"select null, none", "", select(nullptr), "a", kNone},
-        {"select null, own", "a", select(nullptr), "", kNone},
-        {"select null, other", "b", select(nullptr), "b", kNone},
-        {"count 2, none", "", count(2), "a", kNone},
-        {"count 1, own", "a", count(1), "a", kNone},
-        {"count 1, other", "b", count(1), "b", taken("[b]")},
-        {"count 0, none", "", count(0), "", kNone},
-        {"count 0, own", "a", count(0), "", kNone},
-        {"count 0, other", "b", count(0), "b", kNone},
-        {"count -1, none", "", count(-1), "", kNone},
-        {"count -1, other", "b", count(-1), "b", taken("[b]")},
+        {"the member that is chosen is valid", Valid, 1, "a", "a", kNone},
+        {"it is valid beside another one", Valid, 1, "b", "b", taken("b")},
+        {"it is valid and none is chosen", Valid, 1, "", "", taken("")},
+        {"it is valid no more", Valid, 0, "a", "", kNone},
+        {"another one is valid no more", Valid, 0, "b", "", kNone},
+        {"the first object", Select, 1, "", "a", kNone},
+        {"an object beside another member", Select, 1, "b", "b", taken("[b]")},
+        {"null at first", Select, 0, "", "a", kNone},
+        {"null instead of an object", Select, 0, "a", "", kNone},
+        {"null beside another member", Select, 0, "b", "b", kNone},
+        {"the first items", Count, 2, "", "a", kNone},
+        {"fewer than none at first", Count, -1, "", "", kNone},
+        {"items beside another member", Count, 1, "b", "b", taken("[b]")},
+        {"more items", Count, 1, "a", "a", kNone},
+        {"no items any more", Count, 0, "a", "", kNone},
+        {"no items beside another member", Count, 0, "b", "b", kNone},
+        {"fewer than none beside another member", Count, -1, "b", "b", taken("[b]")},
     };
+    Probe probe;
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
-        Probe probe;
         std::string current = row.current;
-        EXPECT_EQ(ErrorOf([&] { row.action(probe, current); }), row.error);
+        EXPECT_EQ(ErrorOf<CKvInvalidStateException>([&] {
+                      if (row.helper == Valid) probe.Choice_SetElementValid(row.argument != 0, "a", current);
+                      if (row.helper == Select)
+                          probe.Choice_SelectElement("a", row.argument != 0 ? &probe : nullptr, current);
+                      if (row.helper == Count) probe.Choice_CollectionChanged("a", row.argument, current);
+                  }),
+                  row.error);
         EXPECT_EQ(current, row.after);
     }
-    std::string current = "b";
-    EXPECT_THROW(value.Choice_SetElementValid(true, "a", current), CKvInvalidStateException);
 }
 
 TEST(XmlObjectBaseTest, ChoiceReadsACollectionOnce) {
@@ -337,22 +329,17 @@ TEST(XmlObjectBaseTest, NamespaceLists) {
     };
     const Row rows[] = {
         {"urn:x", "##any", true},
-        {"", "##any", true},
-        {"urn:x", "##other", true},
         {"urn:t", "##other", false},
         {"", "##other", true},
         {"", "##local", true},
         {"urn:t", "##local", false},
         {"urn:t", "##targetNamespace", true},
         {"urn:x", "##targetNamespace", false},
-        {"", "##targetNamespace", false},
         {"urn:x", "urn:x", true},
-        {"urn:y", "urn:x", false},
         {"", "urn:x", true},
         {"", "urn:x urn:y", true},
         {"urn:x", "urn:x urn:y", false},
         {"urn:y", "urn:x urn:y", false},
-        {"urn:x urn:y", "urn:x urn:y", true},
         {"urn:t", "##targetNamespace ##other", true},
         {"urn:t", "##other ##targetNamespace", false},
         {"", "##targetNamespace ##other", true},
@@ -412,12 +399,9 @@ TEST(XmlObjectBaseTest, EmptyAndBrokenInput) {
         {"text", [](auto& o) { o.FromXml(""); }, "XML String is empty!"},
         {"null text", [](auto& o) { o.FromXml(static_cast<const char*>(nullptr)); }, "XML String is empty!"},
         {"wide text", [](auto& o) { o.FromXml(L""); }, "no element found at line 1"},
-        {"blank", [](auto& o) { o.FromXml(" \n "); }, "no element found at line 2"},
         {"bytes", [&](auto& o) { o.FromXmlStream(&byte, 0); }, "XML Stream is empty!"},
-        {"null bytes", [](auto& o) { o.FromXmlStream(nullptr, 7); }, "XML Stream is empty!"},
         {"buffer", [&](auto& o) { o.FromXmlStream(none); }, "XML Stream is empty!"},
         {"not closed", [](auto& o) { o.FromXml("<a>\n<b>"); }, "no element found at line 2"},
-        {"mismatch", [](auto& o) { o.FromXml("<a>\n</b>"); }, "mismatched tag at line 2"},
         {"no file", [](auto& o) { o.FromXmlFile("/nowhere/x.xml"); },
          "Failed to open the file [/nowhere/x.xml] Error [0x00000002]"},
         {"null file", [](auto& o) { o.FromXmlFile(nullptr); },
@@ -425,124 +409,82 @@ TEST(XmlObjectBaseTest, EmptyAndBrokenInput) {
         {"null element", [](auto& o) { o.FromXmlElement(static_cast<const CXmlElement*>(nullptr)); },
          "The element to read from may not be NULL"},
     };
-    const auto object = fixture::Make<fixture::Measure>();
+    const auto object = fixture::Make<Measure>();
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
         EXPECT_EQ(ErrorOf([&] { row.read(*object); }), row.error);
     }
     object->FromXml("<Measure xmlns='urn:fixture'>1</Measure>");
-    EXPECT_EQ(object->value.Text(), "1");
+    EXPECT_EQ(object->Dump(), "Measure{text=r8:1}");
 }
 
 TEST(XmlObjectBaseTest, LineEnds) {
-    const auto kinds = fixture::Make<fixture::Kinds>();
-    fixture::Fill(*kinds);
-    const std::string lf = kinds->ToXml(true, true, EOLType_LF);
-    EXPECT_EQ(lf, std::string("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n") + fixture::kKindsXml);
+    const auto object = fixture::Make<fixture::AllKinds>();
+    fixture::Fill(*object);
     std::string crlf;
-    for (const char c : lf)
+    for (const char c : object->ToXml(true, true, EOLType_LF))
         crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
-    EXPECT_EQ(kinds->ToXml(true, true, EOLType_CRLF), crlf);
-    EXPECT_EQ(ErrorOf([&] { kinds->ToXml(true, true, static_cast<EOLType>(2)); }), "Invalid EOL type.");
-    const auto read = fixture::Make<fixture::Kinds>();
+    EXPECT_EQ(object->ToXml(true, true, EOLType_CRLF), crlf);
+    EXPECT_EQ(ErrorOf([&] { object->ToXml(true, true, static_cast<EOLType>(2)); }), "Invalid EOL type.");
+    const auto read = fixture::Make<fixture::AllKinds>();
     read->FromXml(crlf.c_str());
-    fixture::Check(*read);
-    const std::string flat = kinds->ToXml(false, false);
-    EXPECT_EQ(flat.find("\n<"), flat.find("\n</AA:Title>"));
-    read->FromXml(flat.c_str());
     fixture::Check(*read);
 }
 
 TEST(XmlObjectBaseTest, WideText) {
-    const auto note = fixture::Make<fixture::Note>();
-    note->FromXml(L"<Note xmlns='urn:fixture'><Text>\u00E4\u20AC\U0001F41F</Text></Note>");
-    EXPECT_EQ(note->text.Text(), "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x90\x9F");
+    const auto measure = fixture::Make<Measure>();
+    measure->FromXml(L"<Measure xmlns='urn:fixture' unit='\u00E4\u20AC\U0001F41F'>1</Measure>");
+    EXPECT_EQ(measure->Dump(), "Measure{text=r8:1 unit=string:\xC3\xA4\xE2\x82\xAC\xF0\x9F\x90\x9F}");
 }
 
-TEST(XmlObjectBaseTest, StreamsInEveryEncodingAndCompression) {
-    const auto kinds = fixture::Make<fixture::Kinds>();
-    fixture::Fill(*kinds);
+TEST_F(ObjectFileTest, EveryWayInAndOut) {
+    const auto& context = CSerializationContext::GetDefaultContext();
     for (const XmlEncoding encoding : {XmlEncoding_UTF8, XmlEncoding_UTF16, XmlEncoding_UTF16NoDeclaration}) {
         for (const CompressionType compression :
              {CompressionType_None, CompressionType_GZip, CompressionType_ZLib}) {
             SCOPED_TRACE(std::to_string(encoding) + "/" + std::to_string(compression));
-            const CBinaryData data = kinds->ToXmlStream(
-                true, true, encoding, EOLType_LF, CSerializationContext::GetDefaultContext(), compression);
-            const auto read = fixture::Make<fixture::Kinds>();
+            const CBinaryData data =
+                m_object->ToXmlStream(true, true, encoding, EOLType_LF, context, compression);
+            const auto read = fixture::Make<fixture::AllKinds>();
             read->FromXmlStream(data);
             fixture::Check(*read);
+            for (const bool async : {false, true}) {
+                if (compression == CompressionType_ZLib) continue;  // not for files
+                AsyncToXmlFile(async);
+                AsyncFromXmlFile(async && compression == CompressionType_None);
+                m_object->ToXmlFile(Path(), true, true, encoding, EOLType_LF, context, compression);
+                ReadAndCheck();
+                const std::string bytes = ReadFile(m_path);
+                if (compression == CompressionType_GZip) {
+                    EXPECT_EQ(bytes.substr(0, 2), "\x1F\x8B");
+                } else if (encoding == XmlEncoding_UTF8) {
+                    EXPECT_EQ(bytes, m_object->ToXml());
+                } else {
+                    EXPECT_EQ(bytes.substr(0, 4), std::string("\xFF\xFE<\0", 4));
+                    EXPECT_EQ(bytes.find(std::string("e\0n\0c\0o\0d\0i\0n\0g\0", 16)) != std::string::npos,
+                              encoding == XmlEncoding_UTF16);
+                }
+            }
         }
     }
-    EXPECT_EQ(ErrorOf([&] { kinds->ToXmlStream(true, true, XmlEncoding_None); }),
+    EXPECT_EQ(ErrorOf([&] { m_object->ToXmlStream(true, true, XmlEncoding_None); }),
               "Unknown Encoding, select UTF-8 (contact our support team)");
 }
 
 TEST_F(ObjectFileTest, ZlibFilesAreRefusedBeforeTheFileIsTouched) {
     const auto& context = CSerializationContext::GetDefaultContext();
-    const char* const error = "ZLIB Compression only available for To Stream methods.";
+    constexpr auto kZLib = CompressionType_ZLib;
     const std::function<void()> writes[] = {
-        [&] {
-            m_kinds->ToXmlFile(Path(), true, true, XmlEncoding_UTF8, EOLType_LF, context,
-                               CompressionType_ZLib);
-        },
-        [&] {
-            m_kinds->ToJsonFile(Path(), true, XmlEncoding_UTF8, EOLType_LF, context, CompressionType_ZLib);
-        },
-        [&] { m_kinds->ToFastInfosetFile(Path(), FInfoDecl_None, context, CompressionType_ZLib); },
+        [&] { m_object->ToXmlFile(Path(), true, true, XmlEncoding_UTF8, EOLType_LF, context, kZLib); },
+        [&] { m_object->ToJsonFile(Path(), true, XmlEncoding_UTF8, EOLType_LF, context, kZLib); },
+        [&] { m_object->ToFastInfosetFile(Path(), FInfoDecl_None, context, kZLib); },
     };
     for (const bool async : {false, true}) {
         AsyncToXmlFile(async);
         for (const auto& write : writes)
-            EXPECT_EQ(ErrorOf(write), error);
+            EXPECT_EQ(ErrorOf(write), "ZLIB Compression only available for To Stream methods.");
     }
     EXPECT_FALSE(std::filesystem::exists(m_path));
-}
-
-TEST_F(ObjectFileTest, GzipFiles) {
-    for (const XmlEncoding encoding : {XmlEncoding_UTF8, XmlEncoding_UTF16}) {
-        for (const bool async : {false, true}) {
-            AsyncToXmlFile(async);
-            m_kinds->ToXmlFile(Path(), true, true, encoding, EOLType_LF,
-                               CSerializationContext::GetDefaultContext(), CompressionType_GZip);
-            EXPECT_EQ(ReadFile(m_path).substr(0, 2), "\x1F\x8B");
-            ReadAndCheck();
-        }
-    }
-}
-
-TEST_F(ObjectFileTest, PlainFilesInBothWaysAndEveryEncoding) {
-    for (const bool async : {false, true}) {
-        AsyncToXmlFile(async);
-        AsyncFromXmlFile(async);
-        for (const XmlEncoding encoding :
-             {XmlEncoding_UTF8, XmlEncoding_UTF16, XmlEncoding_UTF16NoDeclaration}) {
-            SCOPED_TRACE(std::to_string(async) + "/" + std::to_string(encoding));
-            m_kinds->ToXmlFile(Path(), true, true, encoding);
-            const std::string bytes = ReadFile(m_path);
-            if (encoding == XmlEncoding_UTF8) {
-                EXPECT_EQ(bytes, m_kinds->ToXml());
-            } else {
-                EXPECT_EQ(bytes.substr(0, 4), std::string("\xFF\xFE<\0", 4));
-                EXPECT_EQ(bytes.find(std::string("e\0n\0c\0o\0d\0i\0n\0g\0", 16)) != std::string::npos,
-                          encoding == XmlEncoding_UTF16);
-            }
-            ReadAndCheck();
-        }
-    }
-}
-
-TEST_F(ObjectFileTest, LargeFilesInChunks) {
-    const auto root = fixture::Make<fixture::Node>();
-    for (int i = 0; i < 20000; ++i)
-        root->nodes.Get().CreateNew()->name.variant.SetString("number " + std::to_string(i));
-    AsyncToXmlFile(true);
-    AsyncFromXmlFile(true);
-    root->ToXmlFile(Path());
-    EXPECT_EQ(ReadFile(m_path), root->ToXml());
-    const auto read = fixture::Make<fixture::Node>();
-    read->FromXmlFile(Path());
-    ASSERT_EQ(read->nodes.Count(), 20000);
-    EXPECT_EQ(read->nodes.Get().Item(19999)->name.Text(), "number 19999");
 }
 
 /// Number of files and the like that the process has open.
@@ -558,9 +500,9 @@ TEST_F(ObjectFileTest, FilesThatCanNotBeWritten) {
         CompressionType compression;
     };
     const Way ways[] = {
-        {false, XmlEncoding_UTF8, CompressionType_None}, {false, XmlEncoding_UTF16, CompressionType_None},
-        {false, XmlEncoding_UTF8, CompressionType_GZip}, {true, XmlEncoding_UTF16, CompressionType_GZip},
-        {true, XmlEncoding_UTF8, CompressionType_None},  {true, XmlEncoding_UTF16, CompressionType_None},
+        {false, XmlEncoding_UTF8, CompressionType_None}, {false, XmlEncoding_UTF8, CompressionType_GZip},
+        {true, XmlEncoding_UTF16, CompressionType_GZip}, {true, XmlEncoding_UTF8, CompressionType_None},
+        {true, XmlEncoding_UTF16, CompressionType_None},
     };
     struct Target {
         std::string name;
@@ -568,15 +510,17 @@ TEST_F(ObjectFileTest, FilesThatCanNotBeWritten) {
     };
     const Target targets[] = {
         {"/nowhere/x.xml", "00000002"}, {testing::TempDir(), "00000015"}, {"/dev/full", "0000001C"}};
+    const auto measure = fixture::Make<Measure>();
+    // Compressed, a text must not grow.
+    measure->Set("text", "1").Set("unit", std::string(500, 'x'));
     for (const Way& way : ways) {
         AsyncToXmlFile(way.isAsync);
         const auto write = [&](const char* name) {
-            m_kinds->ToXmlFile(name, true, true, way.encoding, EOLType_LF,
+            measure->ToXmlFile(name, true, true, way.encoding, EOLType_LF,
                                CSerializationContext::GetDefaultContext(), way.compression);
         };
         for (const Target& target : targets) {
             SCOPED_TRACE(target.name + " " + std::to_string(&way - ways));
-            if (target.name == "/dev/full" && !std::filesystem::exists(target.name)) continue;
             // Only what is written while the document is produced fails behind the opening.
             const bool isLate = target.name == "/dev/full" && way.isAsync &&
                                 way.encoding == XmlEncoding_UTF8 && way.compression == CompressionType_None;
@@ -588,7 +532,7 @@ TEST_F(ObjectFileTest, FilesThatCanNotBeWritten) {
             EXPECT_EQ(OpenHandles(), handles);
         }
         write(Path());
-        ReadAndCheck();
+        EXPECT_EQ(ErrorOf([&] { measure->FromXmlFile(Path()); }), "(no error)");
     }
 }
 
@@ -620,7 +564,6 @@ TEST_F(ObjectFileTest, HostileInputLeavesTheObjectUsable) {
     };
     const Row rows[] = {
         {"cut off", head + "\n1", "no element found at line 2"},
-        {"mismatch", head + "\n1</measure>", "mismatched tag at line 2"},
         {"entities", laughs + "]>" + head + "&e11;</Measure>", "limit on input amplification factor"},
         {"deep", deep, "elements are nested deeper than the limit of 1000 at line 1002"},
         {"bomb", gzip(head + std::string(30000000, ' ') + "1</Measure>"),
@@ -631,7 +574,7 @@ TEST_F(ObjectFileTest, HostileInputLeavesTheObjectUsable) {
     };
     CSerializationContext context;
     context.SetMaxInflatedSize(1000000);
-    const auto object = fixture::Make<fixture::Measure>();
+    const auto object = fixture::Make<Measure>();
     for (const Row& row : rows) {
         const bool isCompressed = row.bytes[0] == '\x1F';
         std::ofstream(m_path, std::ios::binary) << row.bytes;
@@ -647,7 +590,6 @@ TEST_F(ObjectFileTest, HostileInputLeavesTheObjectUsable) {
              [&] { object->FromXml(std::wstring(row.bytes.begin(), row.bytes.end()).c_str(), context); },
              false},
             {"buffer", [&] { object->FromXmlStream(data, context); }, true},
-            {"bytes", [&] { object->FromXmlStream(data.GetData(), data.GetLength(), context); }, true},
             {"file", [&] { object->FromXmlFile(Path(), context); }, true},
             {"chunks",
              [&] {
@@ -664,25 +606,9 @@ TEST_F(ObjectFileTest, HostileInputLeavesTheObjectUsable) {
             AsyncFromXmlFile(false);
             EXPECT_EQ(OpenHandles(), handles);
             object->FromXml((head + "1</Measure>").c_str(), context);
-            EXPECT_EQ(object->value.Text(), "1");
+            EXPECT_EQ(object->Dump(), "Measure{text=r8:1}");
         }
     }
-}
-
-TEST(XmlObjectBaseTest, ReadsFromAnElementOfATree) {
-    CXmlDocument document;
-    document.LoadXml(
-        "<x:Box xmlns:x='urn:fixture' xmlns='urn:other'><x:Measure unit='m'>4</x:Measure></x:Box>");
-    const auto measure = fixture::Make<fixture::Measure>();
-    measure->FromXmlElement(document.GetDocumentElement()->GetFirstElement());
-    EXPECT_EQ(measure->value.Text(), "4");
-    EXPECT_EQ(measure->unit.Text(), "m");
-    // The element's own name is the caller's business, and is taken over.
-    const auto empty = fixture::Make<fixture::Empty>();
-    CSerializationContext context;
-    context.SetIgnoreUnknownElements(true);
-    empty->FromXmlElement(document.GetDocumentElement(), context);
-    EXPECT_EQ(empty->Name(), "Box");
 }
 
 TEST(XmlObjectBaseTest, DocumentElement) {
@@ -701,14 +627,10 @@ TEST(XmlObjectBaseTest, DocumentElement) {
     const char* const kNone = "(no error)";
     const Row rows[] = {
         {"right", "<Empty xmlns='urn:fixture'/>", "Empty", strict, kNone},
-        {"prefixed", "<f:Empty xmlns:f='urn:fixture'/>", "Empty", strict, kNone},
-        {"wrong name", "<Other xmlns='urn:fixture'/>", "Empty", strict,
-         "Invalid Element [Other] found.\nPath: /Other"},
         {"case", "<f:empty xmlns:f='urn:fixture'/>", "Empty", strict,
          "Invalid Element [empty] found.\nPath: /f:empty"},
         {"wrong namespace", "<Empty xmlns='urn:other'/>", "Empty", strict,
          "Invalid Element [Empty] found.\nPath: /Empty"},
-        {"no namespace", "<Empty/>", "Empty", strict, "Invalid Element [Empty] found.\nPath: /Empty"},
         {"own name", "<Mine xmlns='urn:fixture'/>", "Mine", strict, kNone},
         {"class name beside own", "<Empty xmlns='urn:fixture'/>", "Mine", strict, kNone},
         {"own name, wrong namespace", "<Mine/>", "Mine", strict,
@@ -727,6 +649,13 @@ TEST(XmlObjectBaseTest, DocumentElement) {
         EXPECT_EQ(ErrorOf([&] { object->FromXml(row.xml, row.context); }), row.error);
     }
     EXPECT_THROW(fixture::Make<fixture::Empty>()->FromXml("<Other/>"), CKvValidationException);
+    // The name of an element that is handed over is the caller's business, and is taken over.
+    CXmlDocument document;
+    document.LoadXml("<x:Box xmlns:x='urn:other'><Empty/></x:Box>");
+    const auto empty = fixture::Make<fixture::Empty>();
+    empty->FromXmlElement(document.GetDocumentElement()->GetFirstElement());
+    empty->FromXmlElement(document.GetDocumentElement(), fixture::Ignoring("e"));
+    EXPECT_EQ(empty->Name(), "Box");
 }
 
 }  // namespace

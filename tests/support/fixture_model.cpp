@@ -1,5 +1,8 @@
 #include "tests/support/fixture_model.h"
 
+#include <gtest/gtest.h>
+
+#include "tests/support/error_of.h"
 #include "tests/support/xml_tree_dump.h"
 
 namespace fixture {
@@ -7,6 +10,11 @@ namespace fixture {
 namespace {
 
 constexpr auto kNoRule = CWhitespaceUtils::WhitespaceRule_None;
+
+CWhitespaceUtils::WhitespaceRule RuleOf(ItemType type) {
+    return type == ItemType_string ? CWhitespaceUtils::WhitespaceRule_Preserve
+                                   : CWhitespaceUtils::WhitespaceRule_Collapse;
+}
 
 template <template <RecordGroup, RecordCardinality> class Record, class... Arguments>
 CElementInfo* NewSingle(XmlElementGroupType group, RecordCardinality cardinality,
@@ -52,6 +60,34 @@ CSerializationContext Ignoring(const std::string& letters) {
     return context;
 }
 
+std::string Outcome(const Model& model, const std::string& attributes, const std::string& content,
+                    const char* ignore) {
+    const std::string start = "<" + std::string(model.Name()) + " xmlns=\"urn:fixture\"";
+    const std::string end = "</" + std::string(model.Name()) + ">";
+    const std::string prefixes =
+        " xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xmlns:f='urn:fixture'";
+    const CSmartPtr<Object> object(new Object(model));
+    const CSerializationContext context = Ignoring(ignore);
+    std::string xml;
+    const std::string error = ErrorOf([&] {
+        object->FromXml((start + prefixes + attributes + ">" + content + end).c_str(), context);
+        xml = object->ToXml(false, false, EOLType_LF, context);
+    });
+    if (error != "(no error)") return error;
+    xml.erase(0, start.size());
+    if (xml.size() > end.size() && xml.compare(xml.size() - end.size(), end.size(), end) == 0)
+        xml.erase(xml.size() - end.size());
+    return xml;
+}
+
+void ExpectOutcomes(const Model& model, const std::vector<OutcomeRow>& rows) {
+    for (const OutcomeRow& row : rows) {
+        SCOPED_TRACE(std::string(model.Name()) + row.attributes + ": " + row.content + " ignoring [" +
+                     row.ignore + "]");
+        EXPECT_EQ(Outcome(model, row.attributes, row.content, row.ignore), row.outcome);
+    }
+}
+
 // --- models ------------------------------------------------------------------------------------------------
 
 Model& Model::New(const char* name, XmlElementGroupType group, XmlElementType type) {
@@ -90,34 +126,38 @@ int Model::Index(const std::string& property) const {
 }
 
 CParentElementInfo* Model::Info() const {
-    if (m_info == nullptr) {
+    std::call_once(m_infoIsMade, [this] {
         m_info = new CParentElementInfo(m_group, m_type, m_name, kNamespace,
                                         !m_hasTaglessMembers && m_type == XmlElementType_Element, m_isDerived,
-                                        m_textProperty, m_textType, m_textFormat, false);
-    }
+                                        m_textProperty, m_textType, m_textFormat, m_isTextKept);
+    });
     return m_info;
 }
 
-Model& Model::Text(ItemType type, const char* format) {
+Model& Model::Text(ItemType type, const char* format, bool isKeptAsText) {
     m_textProperty = Add({"text", type, type == ItemType_string ? "" : nullptr});
     m_textType = type;
     m_textFormat = format;
+    m_isTextKept = isKeptAsText;
     return *this;
 }
 
-Model& Model::Attribute(const char* name, ItemType type, bool optional, const char* initial) {
+Model& Model::AddAttribute(CAttributeInfo* record) {
+    m_attributes.insert(m_attributes.end() - 1, record);
+    return *this;
+}
+
+Model& Model::Attribute(const char* name, ItemType type, bool optional, const char* initial,
+                        const CPrimitiveRestrictions& facets, const char* ns) {
     const int index = Add({name, type, initial});
-    m_attributes.insert(m_attributes.end() - 1, new CAttributeInfoPrimitive(name, "", index, optional, type,
-                                                                            "", kNoRule, {}, initial));
-    return *this;
+    return AddAttribute(
+        new CAttributeInfoPrimitive(name, ns, index, optional, type, "", RuleOf(type), facets, initial));
 }
 
-Model& Model::EnumAttribute(const char* name, bool optional) {
+Model& Model::EnumAttribute(const char* name, bool optional, const char* byDefault) {
     const int index = Add({name, ItemType_i4});
-    m_attributes.insert(
-        m_attributes.end() - 1,
-        new CAttributeInfoEnum(name, "", index, optional, ColorToString, ColorFromString, nullptr));
-    return *this;
+    return AddAttribute(
+        new CAttributeInfoEnum(name, "", index, optional, ColorToString, ColorFromString, byDefault));
 }
 
 Model& Model::AnyAttribute(const char* name, const char* restriction) {
@@ -126,24 +166,22 @@ Model& Model::AnyAttribute(const char* name, const char* restriction) {
         return new CAttributeCol(restriction, kNamespace);
     };
     const int index = Add(std::move(info));
-    m_attributes.insert(m_attributes.end() - 1,
-                        new CAttributeInfoAny(name, "", index, true, restriction, kNamespace, nullptr));
-    return *this;
+    return AddAttribute(new CAttributeInfoAny(name, "", index, true, restriction, kNamespace, nullptr));
 }
 
 Model& Model::Prim(const char* name, RecordCardinality cardinality, ItemType type, const char* format,
-                   const char* initial) {
+                   const char* byDefault, const CPrimitiveRestrictions& facets) {
     const int index = Add({name, type});
     return AddElement(NewSingle<CElementInfoPrim>(m_group, cardinality, name, kNamespace, index,
-                                                  cardinality == kOpt, type, format, kNoRule,
-                                                  CPrimitiveRestrictions(), initial));
+                                                  cardinality == kOpt, type, format, RuleOf(type), facets,
+                                                  byDefault));
 }
 
-Model& Model::Enum(const char* name, RecordCardinality cardinality) {
+Model& Model::Enum(const char* name, RecordCardinality cardinality, const char* byDefault) {
     const int index = Add({name, ItemType_i4});
     return AddElement(NewSingle<CElementInfoEnum>(m_group, cardinality, name, kNamespace, index,
                                                   cardinality == kOpt, ColorToString, ColorFromString,
-                                                  nullptr));
+                                                  byDefault));
 }
 
 Model& Model::AddCls(PropertyInfo info, RecordCardinality cardinality, XmlElementType type,

@@ -10,9 +10,11 @@
 ///     Point point;
 ///     point.Set("X", "1.5").Set("Y", "2");
 ///     EXPECT_EQ(point.Dump(), "Point{X=r8:1.5 Y=r8:2}");
+///     ExpectOutcomes(PointModel(), {{" id='1'", "<X>1</X><Y>2</Y>", "", " id=\"1\"><X>1</X><Y>2</Y>"}});
 #pragma once
 
 #include <functional>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -46,17 +48,18 @@ public:
                       XmlElementType type = XmlElementType_Element);
     /// Derived in the schema.
     Model& Derived();
-    /// Simple content.
-    Model& Text(ItemType type, const char* format = "");
+    /// Simple content; with `isKeptAsText` a string whatever the type is.
+    Model& Text(ItemType type, const char* format = "", bool isKeptAsText = false);
 
-    Model& Attribute(const char* name, ItemType type, bool optional = true, const char* initial = nullptr);
-    Model& EnumAttribute(const char* name, bool optional = true);
+    Model& Attribute(const char* name, ItemType type, bool optional = true, const char* initial = nullptr,
+                     const CPrimitiveRestrictions& facets = {}, const char* ns = "");
+    Model& EnumAttribute(const char* name, bool optional = true, const char* byDefault = nullptr);
     Model& AnyAttribute(const char* name, const char* restriction);
 
     /// Optional members are nillable.
     Model& Prim(const char* name, RecordCardinality cardinality, ItemType type, const char* format = "",
-                const char* initial = nullptr);
-    Model& Enum(const char* name, RecordCardinality cardinality);
+                const char* byDefault = nullptr, const CPrimitiveRestrictions& facets = {});
+    Model& Enum(const char* name, RecordCardinality cardinality, const char* byDefault = nullptr);
     template <class T>
     Model& Cls(const char* name, RecordCardinality cardinality, bool required = true);
     Model& AbsCls(const char* name, RecordCardinality cardinality, SubstitutionFactory factory);
@@ -99,6 +102,7 @@ private:
         : m_name(name), m_group(group), m_type(type) {}
     int Add(PropertyInfo info);
     Model& AddElement(CElementInfo* record);
+    Model& AddAttribute(CAttributeInfo* record);
     Model& AddCls(PropertyInfo info, RecordCardinality cardinality, XmlElementType type,
                   ObjectFactory factory, bool required);
     Model& AddObjectCol(PropertyInfo info, XmlElementType type, bool isAbstract);
@@ -112,7 +116,9 @@ private:
     int m_textProperty = -1;
     ItemType m_textType = ItemType_Unknown;
     const char* m_textFormat = "";
+    bool m_isTextKept = false;
     std::vector<PropertyInfo> m_properties;
+    mutable std::once_flag m_infoIsMade;
     mutable CParentElementInfo* m_info = nullptr;
     std::vector<CElementInfo*> m_elements{nullptr};
     std::vector<CAttributeInfo*> m_attributes{nullptr};
@@ -125,6 +131,7 @@ public:
     Object(const Object&) = delete;
     Object& operator=(const Object&) = delete;
 
+    using CXmlGeneratedClass::IsElementInList;
     CXmlObjectBase* GetBase() override { return this; }
     std::string GetTargetNamespace() const override { return kNamespace; }
     std::string GetNamespace() const override { return kNamespace; }
@@ -221,6 +228,18 @@ public:
     }
     void AddObject(Object* object) override { this->Add(CSmartPtr<T>(dynamic_cast<T*>(object))); }
 };
+
+/// What becomes of attributes and content of the root: the rest of the start tag and the content as they are
+/// written back, or the failure. The prefixes xsi and f are declared.
+struct OutcomeRow {
+    std::string attributes;
+    std::string content;
+    const char* ignore;  // as for Ignoring
+    std::string outcome;
+};
+void ExpectOutcomes(const Model& model, const std::vector<OutcomeRow>& rows);
+std::string Outcome(const Model& model, const std::string& attributes, const std::string& content,
+                    const char* ignore = "");
 
 /// Context with the ignore settings of the letters: unknown (a)ttributes, unknown (e)lements, (m)issing
 /// mandatory elements, (c)ounts, missing c(h)oices, (n)amespaces; output without prefixes.
