@@ -125,7 +125,7 @@ public:
     virtual void FromXmlStream(
         const unsigned char* data, std::size_t length,
         const CSerializationContext& context = CSerializationContext::GetDefaultContext());
-    /// Reads JSON bytes in UTF-8, or in UTF-16 with byte-order mark, plain or compressed.
+    /// Reads JSON bytes in UTF-8 or UTF-16, with or without byte-order mark, plain or compressed.
     virtual void FromJsonStream(const CBinaryData& data, const CSerializationContext& context =
                                                              CSerializationContext::GetDefaultContext());
     virtual void FromJsonStream(

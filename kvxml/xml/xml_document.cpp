@@ -109,9 +109,8 @@ public:
             length = m_inflated.GetLength();
         }
         m_text = std::string_view(reinterpret_cast<const char*>(data), length);
-        const std::string_view mark = m_text.substr(0, 2);
-        if (mark == "\xFF\xFE" || mark == "\xFE\xFF") {
-            if (!internal::EncodingToUtf8("UTF-16", m_text, m_utf8))
+        if (const char* const utf16 = Utf16NameOf(m_text)) {
+            if (!internal::EncodingToUtf8(utf16, m_text, m_utf8))
                 throw CKvException("The JSON text is not valid UTF-16.");
             m_text = m_utf8;
         }
@@ -131,6 +130,14 @@ public:
     std::string_view Text() const noexcept { return m_text; }
 
 private:
+    /// The name of its encoding if the text is UTF-16: it begins with a byte-order mark, or one of its first
+    /// two bytes is zero, since the first character of JSON is ASCII.
+    static const char* Utf16NameOf(std::string_view text) noexcept {
+        const std::string_view first = text.substr(0, 2);
+        if (first == "\xFF\xFE" || first == "\xFE\xFF") return "UTF-16";
+        if (first.size() < 2 || (first[0] == '\0') == (first[1] == '\0')) return nullptr;
+        return first[0] == '\0' ? "UTF-16BE" : "UTF-16LE";
+    }
     [[noreturn]] static void ThrowEmpty() { throw CKvException("JSON String is empty!"); }
 
     CBinaryData m_inflated;

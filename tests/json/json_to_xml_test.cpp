@@ -267,6 +267,8 @@ TEST_F(JsonInputTest, Encodings) {
     EXPECT_EQ(Stream("\xEF\xBB\xBF{\"a\":\"\xC3\xA4\"}"), "a'\xC3\xA4'");
     EXPECT_EQ(Stream("\xFF\xFE{\0\"\0a\0\"\0:\0\"\0\xE4\0\"\0}\0"sv), "a'\xC3\xA4'");
     EXPECT_EQ(Stream("\xFE\xFF\0{\0\"\0a\0\"\0:\0\"\0\xE4\0\"\0}"sv), "a'\xC3\xA4'");
+    EXPECT_EQ(Stream("{\0\"\0a\0\"\0:\0\"\0\xE4\0\"\0}\0"sv), "a'\xC3\xA4'");
+    EXPECT_EQ(Stream("\0{\0\"\0a\0\"\0:\0\"\0\xE4\0\"\0}"sv), "a'\xC3\xA4'");
     EXPECT_NE(ErrorOf([] { Stream("\xFE\xFF\0{\xD8"sv); }).find("The JSON text is not valid UTF-16."),
               std::string::npos);
     CDump dump;
