@@ -92,6 +92,11 @@ void CheckCharacters(std::string_view text, bool isUtf8) {
     }
 }
 
+/// Whether the library writes values of the kind without any character that must be escaped.
+constexpr bool HasPlainForms(ItemType type) noexcept {
+    return type != ItemType_Unknown && type != ItemType_char && type != ItemType_string;
+}
+
 bool BeginsWithSection(std::string_view text) noexcept {
     return text.front() == '<' && text.substr(0, kSectionStart.size()) == kSectionStart;
 }
@@ -300,7 +305,11 @@ void CXmlTextWriter::WriteSimpleElement(const SimpleName& name, std::string_view
         if (m_formatted) out = m_layout.PutLineEnd(out);
     }
     out = prepared->PutStart(out);
-    const std::size_t plain = CopyPlain<Suspects<false>>(out, text.data(), length);
+    std::size_t plain = length;
+    if (isCanonical && HasPlainForms(name.type))
+        Put(out, text.substr(0, length));
+    else
+        plain = CopyPlain<Suspects<false>>(out, text.data(), length);
     out += plain;
     if (plain != text.size()) {
         buffer.Commit(out);

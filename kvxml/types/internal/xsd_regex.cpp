@@ -42,9 +42,15 @@ struct Scratch {
     pcre2_match_data* data = pcre2_match_data_create(1, nullptr);
     pcre2_match_context* context = pcre2_match_context_create(nullptr);
     std::vector<int> workspace;
+    std::uint32_t limit = 0;  // as set in the context
 
     Scratch() {
         if (context != nullptr) pcre2_set_heap_limit(context, kHeapLimit);
+    }
+    void SetMatchLimit(std::uint32_t wanted) {
+        if (limit == wanted) return;
+        limit = wanted;
+        pcre2_set_match_limit(context, wanted);
     }
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
@@ -119,8 +125,7 @@ CXsdRegex::Result CXsdRegex::Match(std::string_view text, bool isAscii) const {
     const auto* const code = static_cast<const pcre2_code*>(m_code);
     const auto* const subject = reinterpret_cast<PCRE2_SPTR>(text.empty() ? "" : text.data());
     const std::size_t steps = kBacktrackingWork / (text.size() + 1);
-    pcre2_set_match_limit(scratch.context,
-                          static_cast<std::uint32_t>(std::min<std::size_t>(steps, kBacktrackingSteps)));
+    scratch.SetMatchLimit(static_cast<std::uint32_t>(std::min<std::size_t>(steps, kBacktrackingSteps)));
     // The fast path of compiled patterns takes the text as it is, which for ASCII is well-formed UTF-8.
     int result = m_isJit && isAscii
                      ? pcre2_jit_match(code, subject, text.size(), 0, 0, scratch.data, scratch.context)
@@ -129,7 +134,7 @@ CXsdRegex::Result CXsdRegex::Match(std::string_view text, bool isAscii) const {
         const std::size_t workspace = WorkspaceSize(text.size());
         scratch.workspace.resize(workspace);
         // Here the limit counts look-aheads, which a subtraction from a class makes at every character.
-        pcre2_set_match_limit(scratch.context, UINT32_MAX);
+        scratch.SetMatchLimit(UINT32_MAX);
         result = pcre2_dfa_match(static_cast<const pcre2_code*>(SideBySideCode()), subject, text.size(), 0,
                                  PCRE2_NO_UTF_CHECK | PCRE2_DFA_SHORTEST, scratch.data, scratch.context,
                                  scratch.workspace.data(), workspace);
