@@ -9,6 +9,9 @@ namespace KvXmlLib16 {
 
 namespace {
 
+/// Blocks grow with the text up to this size.
+constexpr std::size_t kLargestGrownBlock = 32768;
+
 /// A longer block is not worth keeping for what comes after a reset.
 constexpr std::size_t kLongestKeptBlock = 65536;
 
@@ -33,7 +36,8 @@ CStringBuffer::CStringBuffer(std::size_t blockSize) noexcept
 CStringBuffer::~CStringBuffer() = default;
 
 void CStringBuffer::StartBlock(std::size_t atLeast) {
-    const std::size_t capacity = std::max(m_blockSize, atLeast);
+    const std::size_t capacity =
+        std::max({m_blockSize, atLeast, std::min(m_finishedLength, kLargestGrownBlock)});
     std::unique_ptr<char[]> block(new char[capacity + kSlack]);
     const auto used = static_cast<std::size_t>(m_cursor - m_begin);
     if (used != 0) {

@@ -17,7 +17,8 @@ namespace KvXmlLib16 {
 /// contiguous room with `Reserve`, fill it and `Commit` it.
 class KVXML_EXPORT CStringBuffer {
 public:
-    /// Characters per block; a longer reservation gets a block of its own size.
+    /// Characters in the first blocks; those of a long text are larger. A longer reservation gets a block of
+    /// its own size.
     static constexpr std::size_t kBlockSize = 4095;
     /// Bytes behind every reservation that may be overwritten (but not committed), so that short runs can
     /// be copied in fixed widths.
