@@ -98,7 +98,7 @@ bool IsLiteral(std::string_view text) noexcept {
 
 /// The same for the text that the library makes of a number or truth value: all but "NaN", "INF" and "-INF".
 constexpr bool IsCanonicalLiteral(std::string_view text) noexcept {
-    return IsDigit(text.back()) || text.back() == 'e';
+    return !text.empty() && (IsDigit(text.back()) || text.back() == 'e');
 }
 
 // --- transformation of strings ---------------------------------------------------------------------------
@@ -396,57 +396,94 @@ void CJsonTextWriter::WriteEndElement() {
     FlushIfFull();
 }
 
-/// Line and name of a member of the current element; null when they can not be prepared.
-const internal::CPreparedName* CJsonTextWriter::PrepareName(const SimpleName& name) {
-    const NamespaceScope& scope = *GetCurrentContext()->scope;
-    const std::string_view qualifier = ElementQualifier(scope, name.namespaceUri);
+/// The same for an attribute, which the default namespace is not for.
+inline std::string_view CJsonTextWriter::AttributeQualifier(const NamespaceScope& scope,
+                                                            std::string_view uri) const {
+    const bool isPlain = m_roundTrip != JsonRoundTrip_Full || uri.empty();
+    return isPlain ? std::string_view() : QualifierOf(scope, uri);
+}
+
+/// What the names of attributes begin with.
+inline std::string_view CJsonTextWriter::AttributeMark() const noexcept {
+    return m_roundTrip == JsonRoundTrip_None ? "" : "@";
+}
+
+// --- prepared names ---------------------------------------------------------------------------------------
+
+/// What was prepared for a member of the element with this context, or null.
+inline const internal::CPreparedName* CJsonTextWriter::FindPrepared(const SimpleName& name,
+                                                                    const CXmlWriterContext& context) {
+    if (m_preparedNames == nullptr) return nullptr;
+    return m_preparedNames->Find(name.id, context.scope, GetNamesVersion(), m_level);
+}
+
+/// Prepares line and name of a member of the current element; null when they can not be.
+const internal::CPreparedName* CJsonTextWriter::Prepare(const SimpleName& name, std::string_view mark,
+                                                        std::string_view qualifier) {
     const std::size_t indentation = LineIndentation(m_level);
     std::string text(kFrame + indentation + qualifier.size() + name.localName.size() + CStringBuffer::kSlack,
                      '\0');
-    char* const end = PutName(PutNewLine(text.data(), indentation), {}, qualifier, name.localName);
+    char* const end = PutName(PutNewLine(text.data(), indentation), mark, qualifier, name.localName);
     if (end == nullptr) return nullptr;
     if (m_preparedNames == nullptr) m_preparedNames = std::make_unique<internal::CPreparedNames>();
-    return m_preparedNames->Keep(name.id, &scope, GetNamesVersion(), m_level,
+    return m_preparedNames->Keep(name.id, GetCurrentContext()->scope, GetNamesVersion(), m_level,
                                  {text.data(), static_cast<std::size_t>(end - text.data())}, {});
+}
+
+/// Appends a value to what was put into reserved room up to `out`, which has more for the value.
+inline void CJsonTextWriter::AppendValue(char* out, std::string_view text, ItemType type, bool isCanonical) {
+    char* const end = PutValue(out, text, type, isCanonical);
+    Buffer().Commit(end != nullptr ? end : out);
+    if (end == nullptr) AppendLongValue(text, type);
+    FlushIfFull();
+}
+
+inline void CJsonTextWriter::AppendPrepared(CXmlWriterContext& context,
+                                            const internal::CPreparedName& prepared, std::string_view text,
+                                            ItemType type, bool isCanonical) {
+    const std::size_t length = std::min(text.size(), kPieceLength);
+    char* out = Buffer().Reserve(kFrame + internal::CPreparedName::kLongest + length);
+    *out++ = context.startTagOpen ? '{' : ',';
+    context.startTagOpen = false;
+    AppendValue(prepared.PutStart(out), text, type, isCanonical);
 }
 
 void CJsonTextWriter::WriteSimpleElement(const SimpleName& name, std::string_view text, bool isDefaultValue,
                                          bool isCanonical) {
     CXmlWriterContext* const parent = GetCurrentContext();
-    if (parent == nullptr || m_hasText)
+    // As WriteText has it: an empty text is a value of its own only where it can be written as one.
+    const bool isNull = text.empty() && (name.type == ItemType_Unknown || IsBare(name.type));
+    if (parent == nullptr || m_hasText || isNull)
         return CXmlWriter::WriteSimpleElement(name, text, isDefaultValue, isCanonical);
-
-    const std::size_t length = std::min(text.size(), kPieceLength);
-    CStringBuffer& buffer = Buffer();
-    char* out;
     if (parent->isArrayOpen) {
         const std::string_view qualifier = ElementQualifier(*parent->scope, name.namespaceUri);
         if (!IsItem(*PeekContext(), qualifier, name.localName))
             return CXmlWriter::WriteSimpleElement(name, text, isDefaultValue, isCanonical);
         const std::size_t indentation = LineIndentation(m_level);
-        out = buffer.Reserve(kFrame + indentation + length);
-        *out++ = ',';
-        out = PutNewLine(out, indentation);
-    } else {
-        const internal::CPreparedName* prepared = nullptr;
-        if (name.id != 0 && parent->arrayMode != kArrayStarting) {
-            if (m_preparedNames != nullptr)
-                prepared = m_preparedNames->Find(name.id, parent->scope, GetNamesVersion(), m_level);
-            if (prepared == nullptr) prepared = PrepareName(name);
-        }
-        if (prepared == nullptr)
-            return CXmlWriter::WriteSimpleElement(name, text, isDefaultValue, isCanonical);
-        out = buffer.Reserve(kFrame + internal::CPreparedName::kLongest + length);
-        *out++ = parent->startTagOpen ? '{' : ',';
-        parent->startTagOpen = false;
-        out = prepared->PutStart(out);
+        char* const out = Buffer().Reserve(kFrame + indentation + std::min(text.size(), kPieceLength));
+        *out = ',';
+        return AppendValue(PutNewLine(out + 1, indentation), text, name.type, isCanonical);
     }
-    // As WriteText has it: an empty text is a value of its own only where it can be written as one.
-    const bool isNull = text.empty() && (name.type == ItemType_Unknown || IsBare(name.type));
-    char* const end = isNull ? Put(out, "null") : PutValue(out, text, name.type, isCanonical);
-    buffer.Commit(end != nullptr ? end : out);
-    if (end == nullptr) AppendLongValue(text, name.type);
-    FlushIfFull();
+    const internal::CPreparedName* prepared = nullptr;
+    if (name.id != 0 && parent->arrayMode != kArrayStarting) {
+        prepared = FindPrepared(name, *parent);
+        if (prepared == nullptr)
+            prepared = Prepare(name, {}, ElementQualifier(*parent->scope, name.namespaceUri));
+    }
+    if (prepared == nullptr) return CXmlWriter::WriteSimpleElement(name, text, isDefaultValue, isCanonical);
+    AppendPrepared(*parent, *prepared, text, name.type, isCanonical);
+}
+
+void CJsonTextWriter::WriteSimpleAttribute(const SimpleName& name, std::string_view value, bool isCanonical) {
+    CXmlWriterContext& context = RequireElement();
+    const internal::CPreparedName* prepared = nullptr;
+    if (name.id != 0 && !context.isArrayOpen) {
+        prepared = FindPrepared(name, context);
+        if (prepared == nullptr)
+            prepared = Prepare(name, AttributeMark(), AttributeQualifier(*context.scope, name.namespaceUri));
+    }
+    if (prepared == nullptr) return CXmlWriter::WriteSimpleAttribute(name, value, isCanonical);
+    AppendPrepared(context, *prepared, value, name.type, isCanonical);
 }
 
 // --- attributes ------------------------------------------------------------------------------------------
@@ -454,10 +491,7 @@ void CJsonTextWriter::WriteSimpleElement(const SimpleName& name, std::string_vie
 void CJsonTextWriter::WriteAttribute(std::string_view localName, std::string_view namespaceUri,
                                      std::string_view value, ItemType type) {
     CXmlWriterContext& context = RequireElement();
-    std::string_view qualifier;
-    if (m_roundTrip == JsonRoundTrip_Full && !namespaceUri.empty())
-        qualifier = QualifierOf(*context.scope, namespaceUri);
-    AppendMember(context, {"@", m_roundTrip == JsonRoundTrip_None ? 0u : 1u}, qualifier, localName);
+    AppendMember(context, AttributeMark(), AttributeQualifier(*context.scope, namespaceUri), localName);
     AppendValue(value, type);
     FlushIfFull();
 }

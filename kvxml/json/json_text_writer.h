@@ -98,6 +98,7 @@ public:
                             ItemType type) override;
     /// Does nothing: a nil element is written like an empty one.
     void WriteNilAttribute() override;
+    void WriteSimpleAttribute(const SimpleName& name, std::string_view value, bool isCanonical) override;
     void WriteSimpleElement(const SimpleName& name, std::string_view text, bool isDefaultValue,
                             bool isCanonical) override;
 
@@ -113,6 +114,8 @@ private:
     static bool IsItem(const CXmlWriterContext& context, std::string_view qualifier,
                        std::string_view localName) noexcept;
     std::string_view ElementQualifier(const NamespaceScope& scope, std::string_view uri) const;
+    std::string_view AttributeQualifier(const NamespaceScope& scope, std::string_view uri) const;
+    std::string_view AttributeMark() const noexcept;
     static std::string_view QualifierOf(const NamespaceScope& scope, std::string_view uri);
     char* PutNewLine(char* out, std::size_t indentation) const noexcept;
     std::size_t LineIndentation(std::size_t level);
@@ -125,7 +128,12 @@ private:
     void AppendDeclarations(CXmlWriterContext& context, std::string_view invented);
     void AppendDeclaration(CXmlWriterContext& context, std::string_view prefix, std::string_view uri);
     void AppendHeldText(CXmlWriterContext& context);
-    const internal::CPreparedName* PrepareName(const SimpleName& name);
+    const internal::CPreparedName* FindPrepared(const SimpleName& name, const CXmlWriterContext& context);
+    const internal::CPreparedName* Prepare(const SimpleName& name, std::string_view mark,
+                                           std::string_view qualifier);
+    void AppendValue(char* out, std::string_view text, ItemType type, bool isCanonical);
+    void AppendPrepared(CXmlWriterContext& context, const internal::CPreparedName& prepared,
+                        std::string_view text, ItemType type, bool isCanonical);
     char* PutName(char* out, std::string_view mark, std::string_view qualifier,
                   std::string_view localName) const noexcept;
     void AppendName(std::string_view mark, std::string_view qualifier, std::string_view localName);

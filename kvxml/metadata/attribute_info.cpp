@@ -20,7 +20,8 @@ using KvXmlLib16::FormatString;
 
 CAttributeInfo::CAttributeInfo(const char* name, const char* ns, int propertyIndex, bool optional,
                                const char* defaultValue)
-    : m_name(name == nullptr ? "" : name),
+    : m_nameId(CXmlWriter::NewNameId()),
+      m_name(name == nullptr ? "" : name),
       m_namespace(ns == nullptr ? "" : ns),
       m_propertyIndex(propertyIndex),
       m_optional(optional),
@@ -74,12 +75,12 @@ bool CAttributeInfo::ReadForOutput(const CXmlGeneratedClass* owner, KvVariant& v
 }
 
 void CAttributeInfo::WriteAttribute(const CSerializationContext& context, CXmlWriter* writer,
-                                    std::string_view text, ItemType type) const {
+                                    std::string_view text, ItemType type, bool isCanonical) const {
     if (m_optional && !m_defaultValue.empty() && text == m_defaultValue &&
         context.GetNoOptionalAttributeDefaultOutput()) {
         return;
     }
-    writer->WriteAttribute(m_name, m_namespace, text, type);
+    writer->WriteSimpleAttribute({m_nameId, type, m_name, m_namespace}, text, isCanonical);
 }
 
 void CAttributeInfo::RequireFound(bool found) const {
@@ -135,7 +136,8 @@ void CAttributeInfoPrimitive::AttributeToXml(const CSerializationContext& contex
     if (!ReadForOutput(owner, value)) return;
     const std::string_view text = value.ToText(writer->ScratchText(), m_formatOverride);
     CheckRestriction(value, text);
-    WriteAttribute(context, writer, text, m_itemType);
+    const bool isCanonical = m_formatOverride.empty() && value.GetTypeAsEnum() == m_itemType;
+    WriteAttribute(context, writer, text, m_itemType, isCanonical);
 }
 
 bool CAttributeInfoPrimitive::AttributeFromXml(const CSerializationContext& context,
@@ -185,7 +187,7 @@ void CAttributeInfoEnum::AttributeToXml(const CSerializationContext& context, co
     KvVariant value;
     if (!ReadForOutput(owner, value)) return;
     const char* text = m_enumToString(value.GetI4());
-    WriteAttribute(context, writer, text == nullptr ? "" : text, KvXmlLib16::ItemType_string);
+    WriteAttribute(context, writer, text == nullptr ? "" : text, KvXmlLib16::ItemType_string, true);
 }
 
 bool CAttributeInfoEnum::AttributeFromXml(const CSerializationContext& context, CXmlGeneratedClass* owner,

@@ -1,6 +1,7 @@
 /// Records that describe the attributes of generated classes.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -77,7 +78,7 @@ protected:
     bool ReadForOutput(const CXmlGeneratedClass* owner, KvVariant& value) const;
     /// Writes `text` unless the context leaves out optional attributes that equal their default.
     void WriteAttribute(const CSerializationContext& context, CXmlWriter* writer, std::string_view text,
-                        ItemType type) const;
+                        ItemType type, bool isCanonical) const;
     void RequireFound(bool found) const;
 
     static void TestNamespace(const CXmlObjectBase* object, const char* ns, const char* allowed,
@@ -88,6 +89,7 @@ protected:
     static void ToXml_Int(const CXmlObjectBase* object, CXmlWriter* writer, bool isRoot,
                           const char* namespaceUri, const CSerializationContext& context);
 
+    std::uint32_t m_nameId;  // of name and namespace, for writers
     std::string m_name;
     std::string m_namespace;
     int m_propertyIndex;

@@ -72,9 +72,9 @@ public:
     /// Convert JSON text into XML text in UTF-8, which is returned and not loaded; the elements that were
     /// loaded before are dropped. The context's `GetJsonContext` tells how; docs/json.md has the rules.
     ///
-    /// Files and bytes are UTF-8 or UTF-16, with or without byte-order mark, and may be compressed; text is in
-    /// the local code page. CKvException "JSON Stream is empty!" or "JSON String is empty!" when there
-    /// is nothing, CKvValidationException with line, position and path when it is no JSON, and with the path
+    /// Files and bytes are UTF-8 or UTF-16, with or without byte-order mark, and may be compressed; text is
+    /// in the local code page. CKvException "JSON Stream is empty!" or "JSON String is empty!" when there is
+    /// nothing, CKvValidationException with line, position and path when it is no JSON, and with the path
     /// ("$.orders.order[3]") when it fits no XML document.
     CBinaryData LoadJsonFile(const char* fileName);
     CBinaryData LoadJsonStream(const unsigned char* data, std::size_t length);

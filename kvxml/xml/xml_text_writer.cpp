@@ -344,6 +344,42 @@ void CXmlTextWriter::WriteAttribute(std::string_view localName, std::string_view
     FlushIfFull();
 }
 
+void CXmlTextWriter::WriteSimpleAttribute(const SimpleName& name, std::string_view value, bool isCanonical) {
+    RequireOpenStartTag();
+    const NamespaceScope& scope = *GetCurrentContext()->scope;
+    const internal::CPreparedName* prepared = nullptr;
+    if (name.id != 0) {
+        if (m_preparedNames != nullptr)
+            prepared = m_preparedNames->Find(name.id, &scope, GetNamesVersion(), 0);
+        if (prepared == nullptr) prepared = PrepareAttribute(name);
+    }
+    if (prepared == nullptr) return CXmlWriter::WriteSimpleAttribute(name, value, isCanonical);
+
+    constexpr std::size_t kNameRoom = internal::CPreparedName::kLongest + internal::CPreparedName::kSlack;
+    const std::size_t length = std::min(value.size(), kPieceLength);
+    CStringBuffer& buffer = Buffer();
+    char* const out = prepared->PutStart(buffer.Reserve(kNameRoom + length + 1));
+    const std::size_t plain = CopyPlain<Suspects<true>>(out, value.data(), length);
+    buffer.Commit(out + plain);
+    if (plain != value.size()) AppendEscapedInPieces<true>(value.substr(plain));
+    buffer.Append('"');
+    FlushIfFull();
+}
+
+/// An attribute up to the quotation mark in front of its value; null when it can not be prepared.
+const internal::CPreparedName* CXmlTextWriter::PrepareAttribute(const SimpleName& name) {
+    const NamespaceScope& scope = *GetCurrentContext()->scope;
+    std::string start(1, ' ');
+    if (!name.namespaceUri.empty()) {
+        const NamespaceScope::Alias* const alias = scope.Find(name.namespaceUri);
+        if (alias == nullptr) return nullptr;
+        start += alias->qualifier;
+    }
+    start.append(name.localName).append("=\"");
+    if (m_preparedNames == nullptr) m_preparedNames = std::make_unique<internal::CPreparedNames>();
+    return m_preparedNames->Keep(name.id, &scope, GetNamesVersion(), 0, start, {});
+}
+
 void CXmlTextWriter::WriteTypeAttribute(std::string_view typeNamespaceUri, std::string_view typeName,
                                         ItemType type) {
     RequireOpenStartTag();

@@ -87,6 +87,7 @@ public:
     void WriteTypeAttribute(std::string_view typeNamespaceUri, std::string_view typeName,
                             ItemType type) override;
     void WriteNilAttribute() override;
+    void WriteSimpleAttribute(const SimpleName& name, std::string_view value, bool isCanonical) override;
     void WriteSimpleElement(const SimpleName& name, std::string_view text, bool isDefaultValue,
                             bool isCanonical) override;
 
@@ -100,6 +101,7 @@ private:
         return m_layout.PrepareIndentation(static_cast<std::size_t>(context.depth));
     }
     const internal::CPreparedName* PrepareName(const SimpleName& name);
+    const internal::CPreparedName* PrepareAttribute(const SimpleName& name);
     void RequireOpenStartTag() const;
     [[noreturn]] static void ThrowNoElement();
     void AppendNamespace(std::string_view prefix, std::string_view uri);

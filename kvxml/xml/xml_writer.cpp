@@ -82,6 +82,10 @@ CXmlWriter::~CXmlWriter() {
 
 void CXmlWriter::BeginOutput() {}
 
+void CXmlWriter::WriteSimpleAttribute(const SimpleName& name, std::string_view value, bool) {
+    WriteAttribute(name.localName, name.namespaceUri, value, name.type);
+}
+
 void CXmlWriter::WriteSimpleElement(const SimpleName& name, std::string_view text, bool isDefaultValue,
                                     bool) {
     WriteStartElement(name.localName, name.namespaceUri);

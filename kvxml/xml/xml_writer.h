@@ -60,16 +60,18 @@ public:
                                     ItemType type) = 0;
     /// Marks the current element as nil.
     virtual void WriteNilAttribute() = 0;
-    /// What elements of one name have in common that have nothing but a text, as most elements of most
-    /// documents.
+    /// What the attributes of one name have in common, or the elements that have nothing but a text, as most
+    /// elements of most documents.
     struct SimpleName {
-        /// Lets writers remember the name: 0, or a number from `NewNameId` that stands for this name and
-        /// namespace.
+        /// Lets writers remember the name: 0, or a number from `NewNameId` that stands for this element or
+        /// attribute name and namespace.
         std::uint32_t id = 0;
         ItemType type = ItemType_Unknown;
         std::string_view localName;
         std::string_view namespaceUri;
     };
+    /// As the other WriteAttribute. `isCanonical`: as for `WriteSimpleElement`.
+    virtual void WriteSimpleAttribute(const SimpleName& name, std::string_view value, bool isCanonical);
     /// Start, text and end of such an element in one call, for writers that can do that faster than by the
     /// three calls. `isCanonical`: the text is what the library makes of a value of the name's kind, so that
     /// nobody need look at it.
