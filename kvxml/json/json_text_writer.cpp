@@ -115,6 +115,11 @@ char* PutUnit(char* out, unsigned unit) noexcept {
 struct PassThrough {
     static unsigned OfByte(char character) noexcept { return static_cast<unsigned char>(character) < 0x20; }
     static constexpr std::uint64_t OfWord(std::uint64_t word) noexcept { return HasControl(word); }
+#if defined(__GNUC__)
+    static internal::Flags16 OfBytes(internal::Bytes16 bytes) noexcept {
+        return bytes < 0x20;
+    }
+#endif
     static char* Put(char* out, char character, const internal::CLineLayout& layout) noexcept {
         switch (character) {
             case '\n':
@@ -140,6 +145,11 @@ struct Escaped {
     static constexpr std::uint64_t OfWord(std::uint64_t word) noexcept {
         return HasControl(word) | HasByte(word, '"') | HasByte(word, '\\');
     }
+#if defined(__GNUC__)
+    static internal::Flags16 OfBytes(internal::Bytes16 bytes) noexcept {
+        return (bytes < 0x20) | (bytes == '"') | (bytes == '\\');
+    }
+#endif
     static char* Put(char* out, char character, const internal::CLineLayout&) noexcept {
         constexpr std::string_view kCharacters = "\"\\\b\f\n\r\t";
         constexpr std::string_view kLetters = "\"\\bfnrt";

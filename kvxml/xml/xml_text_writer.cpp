@@ -70,6 +70,13 @@ struct Suspects {
                                                    : HasByte(word, 0x26);  // & and, in attributes, "
         return internal::HasControl(word) | angle | ampersand | HasByte(word, 0xEF);
     }
+#if defined(__GNUC__)
+    static internal::Flags16 OfBytes(internal::Bytes16 bytes) noexcept {
+        const internal::Flags16 always =
+            (bytes < 0x20) | ((bytes | 0x02) == '>') | (bytes == '&') | (bytes == 0xEF);
+        return kAttribute ? always | (bytes == '"') : always;
+    }
+#endif
 };
 
 [[noreturn]] void ThrowForbidden(unsigned code) {

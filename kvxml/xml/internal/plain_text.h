@@ -45,35 +45,63 @@ void Store(char* to, Word word) noexcept {
     std::memcpy(to, &word, sizeof(word));
 }
 
-/// As CopyPlain, for 8 bytes and more.
+// --- looking at sixteen ----------------------------------------------------------------------------------
+
+#if defined(__GNUC__)
+/// Sixteen bytes at once, and for each the result of a comparison: all bits or none.
+using Bytes16 = unsigned char __attribute__((vector_size(16)));
+using Flags16 = signed char __attribute__((vector_size(16)));
+
+/// Copies sixteen bytes, which come from two places or one, unless one of them is a suspect.
+template <class Suspects>
+bool CopySixteen(char* target, char* targetEnd, const char* source, const char* sourceEnd) noexcept {
+    Bytes16 bytes;
+    std::memcpy(&bytes, source, 8);
+    std::memcpy(reinterpret_cast<char*>(&bytes) + 8, sourceEnd - 8, 8);
+    const Flags16 suspects = Suspects::OfBytes(bytes);
+    std::uint64_t halves[2];
+    std::memcpy(halves, &suspects, sizeof(halves));
+    if ((halves[0] | halves[1]) != 0) return false;
+    std::memcpy(target, &bytes, 8);
+    std::memcpy(targetEnd - 8, reinterpret_cast<const char*>(&bytes) + 8, 8);
+    return true;
+}
+#else
+template <class Suspects>
+bool CopySixteen(char* target, char* targetEnd, const char* source, const char* sourceEnd) noexcept {
+    const auto first = Load<std::uint64_t>(source);
+    const auto last = Load<std::uint64_t>(sourceEnd - 8);
+    if ((Suspects::OfWord(first) | Suspects::OfWord(last)) != 0) return false;
+    Store(target, first);
+    Store(targetEnd - 8, last);
+    return true;
+}
+#endif
+
+/// As CopyPlain, for more than 16 bytes.
 template <class Suspects>
 std::size_t CopyPlainWords(char* target, const char* source, std::size_t length) noexcept {
     std::size_t done = 0;
-    for (; done + 8 <= length; done += 8) {
-        const auto word = Load<std::uint64_t>(source + done);
-        if (Suspects::OfWord(word) != 0) return done;
-        Store(target + done, word);
+    for (; done + 16 <= length; done += 16) {
+        if (!CopySixteen<Suspects>(target + done, target + done + 16, source + done, source + done + 16))
+            return done;
     }
-    const auto last = Load<std::uint64_t>(source + length - 8);
-    if (Suspects::OfWord(last) != 0) return done;
-    Store(target + length - 8, last);
-    return length;
+    const std::size_t last = length - 16;
+    const bool isPlain =
+        CopySixteen<Suspects>(target + last, target + length, source + last, source + length);
+    return isPlain ? length : done;
 }
 
 /// Copies `length` bytes, or as many as are found to need nothing but copying at a glance; returns how many
 /// they were. `target` may be overwritten up to `length` in any case.
 ///
 /// `Suspects::OfByte(char)` is non-zero for a byte that may need more than copying, `OfWord(std::uint64_t)`
-/// when one of eight bytes does.
+/// when one of eight bytes does, and `OfBytes` tells which of sixteen do.
 template <class Suspects>
 inline std::size_t CopyPlain(char* target, const char* source, std::size_t length) noexcept {
     if (length > 16) return CopyPlainWords<Suspects>(target, source, length);
     if (length >= 8) {
-        const auto first = Load<std::uint64_t>(source);
-        const auto last = Load<std::uint64_t>(source + length - 8);
-        if ((Suspects::OfWord(first) | Suspects::OfWord(last)) != 0) return 0;
-        Store(target, first);
-        Store(target + length - 8, last);
+        if (!CopySixteen<Suspects>(target, target + length, source, source + length)) return 0;
     } else if (length >= 4) {
         const auto first = Load<std::uint32_t>(source);
         const auto last = Load<std::uint32_t>(source + length - 4);
