@@ -188,6 +188,7 @@ void CJsonTextWriter::SetIndentChars(std::string_view indentChars) {
     const auto isOther = [](char character) { return character != ' ' && character != '\t'; };
     if (m_escapeStrings) blanks.erase(std::remove_if(blanks.begin(), blanks.end(), isOther), blanks.end());
     m_layout.SetIndentChars(blanks);
+    ForgetNames();
 }
 
 // --- document --------------------------------------------------------------------------------------------

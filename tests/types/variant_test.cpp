@@ -193,6 +193,25 @@ TEST(VariantTest, ReferencesAreCounted) {
     EXPECT_EQ(references(), 2);
     value.SetString("other");
     EXPECT_EQ(references(), 1);
+    // A reference is somebody else's until the variant is told to own it, and copies own what they have.
+    value.SetXmlObjectReference(object.Get());
+    EXPECT_EQ(references(), 1);
+    EXPECT_EQ(value.PeekXmlObject(), object.Get());
+    {
+        const KvVariant copy(value);
+        EXPECT_EQ(references(), 2);
+        KvVariant moved(std::move(value));
+        EXPECT_EQ(references(), 2);
+        moved.Own();
+        moved.Own();
+        EXPECT_EQ(references(), 3);
+    }
+    EXPECT_EQ(references(), 1);
+    std::string text = "text";
+    value.SetStringReference(text);
+    value.Own();
+    text = "changed";
+    EXPECT_EQ(value.StringValue(), "text");
 
     const CSmartPtr<CAttributeCol> collection(new CAttributeCol());
     value.SetXmlCollection(collection.Get());
