@@ -76,8 +76,10 @@ std::string Write(bool atOnce, bool formatted, const std::function<void(Output<W
     out.writer.WriteStartElement("child", "urn:d");
     out.Attribute(attribute, "at", "", "deeper");
     elements();
-    // The same numbers stand for other text from here on.
+    // The same numbers stand for other text from here on, and from here on once more.
     out.writer.AddNamespaceAlias("q", "urn:p");
+    elements();
+    out.writer.AddNamespaceAlias("r", "urn:p");
     out.writer.SetDefaultNamespace("urn:other");
     out.writer.AddNamespaceAlias("d", "urn:d");
     elements();
