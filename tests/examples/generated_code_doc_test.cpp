@@ -76,7 +76,7 @@ protected:
                 if (!read) {
                     GetLevel();
                 } else if (m_level != nullptr) {
-                    value.SetXmlCollection(m_level.Get());
+                    value.SetXmlCollectionReference(m_level.Get());
                 }
                 break;
             default:

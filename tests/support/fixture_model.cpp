@@ -266,7 +266,13 @@ void Object::AccessProperty(int propertyIndex, bool read, KvVariant& value) {
     const auto index = static_cast<std::size_t>(propertyIndex);
     KvVariant& own = m_values.at(index);
     if (read) {
-        if (own.IsValid()) value = own;
+        // Not counted, so that whoever keeps what it reads for too long is found out.
+        if (own.PeekXmlObject() != nullptr)
+            value.SetXmlObjectReference(own.PeekXmlObject());
+        else if (own.PeekXmlCollection() != nullptr)
+            value.SetXmlCollectionReference(own.PeekXmlCollection());
+        else if (own.IsValid())
+            value = own;
     } else if (value.IsValid() || !m_model.m_properties[index].makeCollection) {
         own = value;
     } else {
