@@ -1,6 +1,7 @@
 #include "kvxml/json/json_text_writer.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -72,7 +73,9 @@ constexpr bool IsShortNumber(std::uint64_t text, std::size_t length) noexcept {
 bool IsLiteral(std::string_view text) noexcept {
     const char* at = text.data();
     const char* const end = at + text.size();
-    if (!text.empty() && text.size() <= 8 && IsShortNumber(LoadShort(text), text.size())) return true;
+    if constexpr (std::endian::native == std::endian::little) {
+        if (!text.empty() && text.size() <= 8 && IsShortNumber(LoadShort(text), text.size())) return true;
+    }
     const auto digits = [&at, end] {
         const char* const begin = at;
         while (at != end && IsDigit(*at))
@@ -300,6 +303,18 @@ inline std::string_view CJsonTextWriter::ElementQualifier(const NamespaceScope& 
     return isPlain ? std::string_view() : QualifierOf(scope, uri);
 }
 
+/// The same for an attribute, for which there is no default namespace.
+inline std::string_view CJsonTextWriter::AttributeQualifier(const NamespaceScope& scope,
+                                                            std::string_view uri) const {
+    const bool isPlain = m_roundTrip != JsonRoundTrip_Full || uri.empty();
+    return isPlain ? std::string_view() : QualifierOf(scope, uri);
+}
+
+/// What the names of attributes begin with.
+inline std::string_view CJsonTextWriter::AttributeMark() const noexcept {
+    return m_roundTrip == JsonRoundTrip_None ? "" : "@";
+}
+
 void CJsonTextWriter::WriteStartElement(std::string_view localName, std::string_view namespaceUri) {
     CXmlWriterContext* const parent = GetCurrentContext();
     if (parent == nullptr) return StartDocumentElement(localName, namespaceUri);
@@ -405,18 +420,6 @@ void CJsonTextWriter::WriteEndElement() {
     --m_level;
     PopContext();
     FlushIfFull();
-}
-
-/// The same for an attribute, which the default namespace is not for.
-inline std::string_view CJsonTextWriter::AttributeQualifier(const NamespaceScope& scope,
-                                                            std::string_view uri) const {
-    const bool isPlain = m_roundTrip != JsonRoundTrip_Full || uri.empty();
-    return isPlain ? std::string_view() : QualifierOf(scope, uri);
-}
-
-/// What the names of attributes begin with.
-inline std::string_view CJsonTextWriter::AttributeMark() const noexcept {
-    return m_roundTrip == JsonRoundTrip_None ? "" : "@";
 }
 
 // --- prepared names ---------------------------------------------------------------------------------------
