@@ -1,10 +1,10 @@
 #include "kvxml/json/json_text_writer.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 
+#include "kvxml/json/internal/json_literal.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/runtime/exceptions.h"
 #include "kvxml/runtime/format_string.h"
@@ -16,6 +16,9 @@ namespace KvXmlLib16 {
 using internal::CopyPlain;
 using internal::HasByte;
 using internal::HasControl;
+using internal::IsBare;
+using internal::IsCanonicalLiteral;
+using internal::IsLiteral;
 using internal::Put;
 
 namespace {
@@ -26,83 +29,6 @@ constexpr std::size_t kPieceLength = 1024;
 /// The longest replacement of one character.
 constexpr std::size_t kLongestEscape = 6;
 constexpr char kHexDigits[] = "0123456789ABCDEF";
-
-// --- kinds of values -------------------------------------------------------------------------------------
-
-/// Kinds whose values are numbers or truth values, which need no quotation marks.
-constexpr bool IsBare(ItemType type) noexcept {
-    constexpr auto kinds = [](ItemType first, ItemType last) {
-        return (std::uint64_t{2} << last) - (std::uint64_t{1} << first);
-    };
-    constexpr std::uint64_t kBare =
-        kinds(ItemType_i1, ItemType_r8) | kinds(ItemType_boolean, ItemType_integer);
-    return (kBare >> type & 1) != 0;
-}
-
-constexpr bool IsDigit(char character) noexcept {
-    return character >= '0' && character <= '9';
-}
-
-/// One to eight characters, the first one in the lowest byte.
-inline std::uint64_t LoadShort(std::string_view text) noexcept {
-    const std::size_t last = text.size() - 1;
-    if (text.size() >= 4) {
-        const auto low = internal::Load<std::uint32_t>(text.data());
-        const auto high = std::uint64_t{internal::Load<std::uint32_t>(text.data() + last - 3)};
-        return high << 8 * (last - 3) | low;
-    }
-    const auto at = [text](std::size_t i) {
-        return std::uint64_t{static_cast<unsigned char>(text[i])} << 8 * i;
-    };
-    return at(0) | at(text.size() / 2) | at(last);
-}
-
-/// Whether one to eight characters, which are in the low bytes of `text`, are a number without an exponent.
-constexpr bool IsShortNumber(std::uint64_t text, std::size_t length) noexcept {
-    const std::uint64_t rest = length == 8 ? 0 : ~std::uint64_t{0} << 8 * length;
-    // High bits of the bytes that are a point, or another character that is no digit.
-    const std::uint64_t points = HasByte(text | rest, '.');
-    const std::uint64_t digits = text ^ internal::kOnes * '0';
-    const std::uint64_t others = ((digits + internal::kOnes * 0x76) | digits) & internal::kHighs & ~rest;
-    const std::uint64_t ends = std::uint64_t{0x80} | std::uint64_t{0x80} << 8 * (length - 1);
-    const bool startsWithZero = (digits & 0xFF) == 0 && length > 1 && (points & 0x8000) == 0;
-    return others == points && (others & ends) == 0 && (others & (others - 1)) == 0 && !startsWithZero;
-}
-
-/// Whether `text` is a number as RFC 8259 has it, "true" or "false".
-bool IsLiteral(std::string_view text) noexcept {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    if constexpr (std::endian::native == std::endian::little) {
-        if (!text.empty() && text.size() <= 8 && IsShortNumber(LoadShort(text), text.size())) return true;
-    }
-    const auto digits = [&at, end] {
-        const char* const begin = at;
-        while (at != end && IsDigit(*at))
-            ++at;
-        return at != begin;
-    };
-    if (at != end && *at == '-') ++at;
-    if (at != end && *at == '0')
-        ++at;
-    else if (!digits())
-        return text == "true" || text == "false";
-    if (at != end && *at == '.') {
-        ++at;
-        if (!digits()) return false;
-    }
-    if (at != end && (*at == 'e' || *at == 'E')) {
-        ++at;
-        if (at != end && (*at == '+' || *at == '-')) ++at;
-        if (!digits()) return false;
-    }
-    return at == end;
-}
-
-/// The same for the text that the library makes of a number or truth value: all but "NaN", "INF" and "-INF".
-constexpr bool IsCanonicalLiteral(std::string_view text) noexcept {
-    return !text.empty() && (IsDigit(text.back()) || text.back() == 'e');
-}
 
 // --- transformation of strings ---------------------------------------------------------------------------
 
