@@ -70,7 +70,7 @@ public:
         std::string_view localName;
         std::string_view namespaceUri;
     };
-    /// As the other WriteAttribute. `isCanonical`: as for `WriteSimpleElement`.
+    /// As WriteAttribute, in fewer steps. `isCanonical`: as for `WriteSimpleElement`.
     virtual void WriteSimpleAttribute(const SimpleName& name, std::string_view value, bool isCanonical);
     /// Start, text and end of such an element in one call, for writers that can do that faster than by the
     /// three calls. `isCanonical`: the text is what the library makes of a value of the name's kind, so that

@@ -66,7 +66,7 @@ private:
         CXmlElement* element;
         CXmlElement** nextChild;  // where the next child is linked in
         // Filled only when there is a filter: how things stood before the element.
-        CXmlElement** place;
+        CXmlElement** place;  // where it was linked in
         CArena::Mark mark;
         std::size_t boxes;
     };
