@@ -15,10 +15,10 @@
 #include "benchmarks/support/gpx_document.h"
 #include "benchmarks/support/paired_timing.h"
 #include "kvxml/kvxml.h"
+#include "kvxml/objects/xml_tree_writer.h"
 #include "kvxml/xml/file_text_stream.h"
 #include "kvxml/xml/xml_document.h"
 #include "kvxml/xml/xml_text_writer.h"
-#include "kvxml/xml/xml_tree_writer.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
-#include "kvxml/fastinfoset/fast_infoset_context.h"
-#include "kvxml/fastinfoset/fast_infoset_vocabulary.h"
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/settings/fast_infoset_context.h"
+#include "kvxml/settings/fast_infoset_vocabulary.h"
 #include "kvxml/xml/xml_document.h"
 #include "kvxml/xml/xml_element.h"
 

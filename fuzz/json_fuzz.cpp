@@ -5,9 +5,9 @@
 #include <string>
 
 #include "fuzz/roundtrip.h"
-#include "kvxml/json/json_context.h"
 #include "kvxml/json/json_reader_to_xml_handler.h"
 #include "kvxml/kvxml.h"
+#include "kvxml/settings/json_context.h"
 #include "kvxml/types/binary_data.h"
 #include "kvxml/xml/text_stream.h"
 

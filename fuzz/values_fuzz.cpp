@@ -15,11 +15,11 @@
 #include <utility>
 #include <vector>
 
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/objects/variant.h"
 #include "kvxml/types/conversions.h"
 #include "kvxml/types/item_type.h"
 #include "kvxml/types/primitive_restrictions.h"
-#include "kvxml/types/variant.h"
 
 using namespace KvXmlLib16;
 

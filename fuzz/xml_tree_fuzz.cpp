@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
 #include "kvxml/xml/xml_document.h"
 #include "kvxml/xml/xml_element.h"
 

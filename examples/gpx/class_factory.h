@@ -3,9 +3,9 @@
 /// Every class of this folder follows the one pattern of generated code: see docs/generated-code.md.
 #pragma once
 
-#include "kvxml/runtime/class_factory_base.h"
-#include "kvxml/runtime/smart_ptr.h"
-#include "kvxml/runtime/xml_object_base.h"
+#include "kvxml/base/smart_ptr.h"
+#include "kvxml/objects/class_factory_base.h"
+#include "kvxml/objects/xml_object_base.h"
 
 namespace Gpx {
 

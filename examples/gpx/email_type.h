@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/objects/xml_generated_class.h"
 
 namespace Gpx {
 

@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <string>
 
-#include "kvxml/metadata/element.h"
-#include "kvxml/runtime/smart_ptr.h"
-#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/base/smart_ptr.h"
+#include "kvxml/objects/element.h"
+#include "kvxml/objects/xml_generated_class.h"
 
 namespace Gpx {
 

@@ -13,8 +13,8 @@
 #include "examples/gpx/rte_type.h"
 #include "examples/gpx/trk_type.h"
 #include "examples/gpx/wpt_type.h"
-#include "kvxml/runtime/smart_ptr.h"
-#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/base/smart_ptr.h"
+#include "kvxml/objects/xml_generated_class.h"
 
 namespace Gpx {
 

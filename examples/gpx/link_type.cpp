@@ -3,7 +3,7 @@
 #include <mutex>
 
 #include "examples/gpx/class_factory.h"
-#include "kvxml/metadata/element_info_family.h"
+#include "kvxml/objects/element_info_family.h"
 
 namespace Gpx {
 

@@ -8,9 +8,9 @@
 #include <string>
 #include <utility>
 
-#include "kvxml/metadata/xml_collection.h"
-#include "kvxml/runtime/optional_value.h"
-#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/base/optional_value.h"
+#include "kvxml/objects/xml_collection.h"
+#include "kvxml/objects/xml_generated_class.h"
 
 namespace Gpx {
 

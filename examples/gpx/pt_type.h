@@ -8,8 +8,8 @@
 #include <string>
 #include <utility>
 
-#include "kvxml/metadata/xml_collection.h"
-#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/objects/xml_collection.h"
+#include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/types/date_time.h"
 #include "kvxml/types/decimal.h"
 

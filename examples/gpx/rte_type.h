@@ -11,10 +11,10 @@
 #include "examples/gpx/extensions_type.h"
 #include "examples/gpx/link_type.h"
 #include "examples/gpx/wpt_type.h"
-#include "kvxml/metadata/xml_collection.h"
-#include "kvxml/runtime/optional_value.h"
-#include "kvxml/runtime/smart_ptr.h"
-#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/base/optional_value.h"
+#include "kvxml/base/smart_ptr.h"
+#include "kvxml/objects/xml_collection.h"
+#include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/types/big_integer.h"
 
 namespace Gpx {

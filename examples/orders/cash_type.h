@@ -6,7 +6,7 @@
 #include <atomic>
 #include <string>
 
-#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/objects/xml_generated_class.h"
 
 namespace Orders {
 

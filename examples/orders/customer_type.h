@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "examples/orders/address_type.h"
-#include "kvxml/runtime/smart_ptr.h"
-#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/base/smart_ptr.h"
+#include "kvxml/objects/xml_generated_class.h"
 
 namespace Orders {
 

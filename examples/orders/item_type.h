@@ -8,11 +8,11 @@
 #include <string>
 #include <utility>
 
-#include "kvxml/metadata/xml_collection.h"
-#include "kvxml/runtime/smart_ptr.h"
-#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/base/smart_ptr.h"
+#include "kvxml/objects/primitive_collections.h"
+#include "kvxml/objects/xml_collection.h"
+#include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/types/decimal.h"
-#include "kvxml/types/primitive_collections.h"
 
 namespace Orders {
 

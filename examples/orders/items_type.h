@@ -8,8 +8,8 @@
 #include <string>
 
 #include "examples/orders/item_type.h"
-#include "kvxml/runtime/smart_ptr.h"
-#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/base/smart_ptr.h"
+#include "kvxml/objects/xml_generated_class.h"
 
 namespace Orders {
 

@@ -13,9 +13,9 @@
 #include "examples/orders/payment_type.h"
 #include "examples/orders/priority_type.h"
 #include "examples/orders/status_type.h"
-#include "kvxml/metadata/xml_collection.h"
-#include "kvxml/runtime/smart_ptr.h"
-#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/base/smart_ptr.h"
+#include "kvxml/objects/xml_collection.h"
+#include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/types/date_time.h"
 #include "kvxml/types/decimal.h"
 

@@ -10,8 +10,8 @@
 
 #include "examples/orders/card_type.h"
 #include "examples/orders/cash_type.h"
-#include "kvxml/runtime/smart_ptr.h"
-#include "kvxml/runtime/xml_generated_class.h"
+#include "kvxml/base/smart_ptr.h"
+#include "kvxml/objects/xml_generated_class.h"
 
 namespace Orders {
 

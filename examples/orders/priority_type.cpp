@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/types/format_string.h"
 
 namespace Orders {
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "kvxml/runtime/xml_object_base.h"
+#include "kvxml/objects/xml_object_base.h"
 
 namespace examples {
 

@@ -8,16 +8,17 @@
 #include <unordered_map>
 #include <vector>
 
-#include "kvxml/fastinfoset/fast_infoset_vocabulary.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/ascii.h"
+#include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/fastinfoset/internal/octet_buffer.h"
 #include "kvxml/fastinfoset/internal/string_table.h"
 #include "kvxml/fastinfoset/internal/text_output.h"
+#include "kvxml/objects/xml_tree_writer.h"
 #include "kvxml/platform/internal/code_page.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/types/internal/ascii.h"
+#include "kvxml/settings/fast_infoset_vocabulary.h"
 #include "kvxml/xml/internal/xml_name_check.h"
 #include "kvxml/xml/xml_document.h"
-#include "kvxml/xml/xml_tree_writer.h"
 
 namespace KvXmlLib16 {
 
@@ -27,10 +28,6 @@ using internal::FailFastInfoset;
 namespace form = internal::form;
 
 namespace {
-
-constexpr std::string_view kXmlNamespace = "http://www.w3.org/XML/1998/namespace";
-constexpr std::string_view kXmlnsNamespace = "http://www.w3.org/2000/xmlns/";
-constexpr std::string_view kInstanceNamespace = "http://www.w3.org/2001/XMLSchema-instance";
 
 constexpr std::string_view kDeclarations[] = {
     {},
@@ -222,7 +219,7 @@ CFastInfosetWriter::NameEntry& CFastInfosetWriter::State::Names::Find(std::uint3
 CFastInfosetWriter::State::State(const CFastInfosetContext& context) : settings(context), text(settings) {
     prefixes.Find("xml");
     prefixes.Add("xml");
-    AddNamespace(kXmlNamespace);
+    AddNamespace(internal::kXmlNamespace);
     isNamespaceKnown[kXmlPrefix] = true;
     bindings.resize(kXmlPrefix + 1);
     bindings[kXmlPrefix].ns = kXmlPrefix;
@@ -349,7 +346,8 @@ void CFastInfosetWriter::AddNamespaceAlias(std::string_view prefix, std::string_
 /// Declares a prefix, or the default namespace, in the open start tag, unless that is so already.
 void CFastInfosetWriter::Declare(std::string_view prefix, std::string_view uri, bool isByAttribute) {
     State& state = *m_state;
-    if (uri == kXmlnsNamespace || (uri == kXmlNamespace) != (prefix == "xml") || prefix == "xmlns")
+    if (uri == internal::kXmlnsNamespace || (uri == internal::kXmlNamespace) != (prefix == "xml") ||
+        prefix == "xmlns")
         FailFastInfoset("The prefix [" + std::string(prefix) + "] can not be declared.");
     if (!prefix.empty() && uri.empty())
         FailFastInfoset("The prefix [" + std::string(prefix) + "] can not be undeclared.");
@@ -647,11 +645,11 @@ void CFastInfosetWriter::WriteTypeAttribute(std::string_view typeNamespaceUri, s
         value.append(m_state->prefixes.Text(prefix)).append(1, ':');
     }
     value += typeName;
-    WriteAttribute("type", kInstanceNamespace, value, type);
+    WriteAttribute("type", internal::kInstanceNamespace, value, type);
 }
 
 void CFastInfosetWriter::WriteNilAttribute() {
-    WriteAttribute("nil", kInstanceNamespace, "true", ItemType_boolean);
+    WriteAttribute("nil", internal::kInstanceNamespace, "true", ItemType_boolean);
 }
 
 // --- between elements ------------------------------------------------------------------------------------

@@ -14,8 +14,8 @@
 #include <string_view>
 
 #include "kvxml/export.h"
-#include "kvxml/fastinfoset/fast_infoset_context.h"
-#include "kvxml/fastinfoset/fast_infoset_decl.h"
+#include "kvxml/settings/fast_infoset_context.h"
+#include "kvxml/settings/fast_infoset_decl.h"
 #include "kvxml/types/binary_data.h"
 #include "kvxml/types/item_type.h"
 #include "kvxml/xml/xml_writer.h"

@@ -1,8 +1,8 @@
 #include "kvxml/json/json_reader_to_xml_handler.h"
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/json/internal/json_sinks.h"
 #include "kvxml/json/internal/json_to_xml.h"
-#include "kvxml/runtime/exceptions.h"
 
 namespace KvXmlLib16 {
 

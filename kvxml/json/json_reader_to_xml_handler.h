@@ -10,8 +10,8 @@
 #include <string>
 
 #include "kvxml/export.h"
-#include "kvxml/json/json_context.h"
 #include "kvxml/json/json_text_reader.h"
+#include "kvxml/settings/json_context.h"
 
 namespace KvXmlLib16 {
 

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "kvxml/json/internal/json_scanner.h"
-#include "kvxml/json/json_context.h"
 #include "kvxml/platform/internal/code_page.h"
+#include "kvxml/settings/json_context.h"
 
 namespace KvXmlLib16 {
 

@@ -4,10 +4,11 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/json/internal/json_literal.h"
 #include "kvxml/platform/internal/code_page.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/plain_text.h"
 #include "kvxml/xml/internal/prepared_names.h"
 
@@ -23,7 +24,6 @@ using internal::Put;
 
 namespace {
 
-constexpr std::string_view kInstanceNamespace = "http://www.w3.org/2001/XMLSchema-instance";
 /// Strings are transformed in pieces of this length; each needs contiguous room.
 constexpr std::size_t kPieceLength = 1024;
 /// The longest replacement of one character.
@@ -444,7 +444,7 @@ void CJsonTextWriter::WriteTypeAttribute(std::string_view typeNamespaceUri, std:
     if (!typeNamespaceUri.empty() && typeNamespaceUri != scope.defaultNamespace)
         value = QualifierOf(scope, typeNamespaceUri);
     value += typeName;
-    WriteAttribute("type", kInstanceNamespace, value, type);
+    WriteAttribute("type", internal::kInstanceNamespace, value, type);
 }
 
 void CJsonTextWriter::WriteNilAttribute() {}

@@ -14,9 +14,9 @@
 #include <string_view>
 
 #include "kvxml/export.h"
-#include "kvxml/json/json_context.h"
+#include "kvxml/settings/eol_type.h"
+#include "kvxml/settings/json_context.h"
 #include "kvxml/types/item_type.h"
-#include "kvxml/xml/eol_type.h"
 #include "kvxml/xml/line_layout.h"
 #include "kvxml/xml/text_stream.h"
 #include "kvxml/xml/xml_writer.h"

@@ -9,9 +9,8 @@
 #include <iterator>
 #include <utility>
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/platform/internal/converter.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
 
 namespace KvXmlLib16::internal {
 
@@ -100,7 +99,7 @@ LocalConverter& OpenLocal(const char* charset) {
     opened.toLocal = CConverter(charset, "UTF-8");
     opened.fromLocal = CConverter("UTF-8", charset);
     if (!opened.toLocal.IsOpen() || !opened.fromLocal.IsOpen())
-        throw CKvException(FormatString("Unknown code page [%s]", charset));
+        throw CKvException("Unknown code page [" + std::string(charset) + "]");
     std::string_view question = "?";
     opened.toLocal.Convert(question, opened.questionMark);
     opened.toLocal.Finish(opened.questionMark);

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
 #include "kvxml/types/internal/big_number.h"
 
 namespace KvXmlLib16 {

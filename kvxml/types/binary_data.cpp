@@ -13,9 +13,9 @@
 #include <thread>
 #include <utility>
 
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/base/exceptions.h"
 #include "kvxml/types/base64.h"
+#include "kvxml/types/format_string.h"
 
 namespace KvXmlLib16 {
 

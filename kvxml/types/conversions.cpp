@@ -8,10 +8,10 @@
 #include <system_error>
 #include <type_traits>
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/platform/internal/c_locale.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
 #include "kvxml/types/base64.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/types/internal/digits.h"
 #include "kvxml/types/internal/real_text.h"
 

@@ -3,10 +3,10 @@
 #include <cstring>
 #include <utility>
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/platform/clock.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
 #include "kvxml/types/date_time_span.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/types/internal/calendar.h"
 #include "kvxml/types/internal/date_time_numbers.h"
 

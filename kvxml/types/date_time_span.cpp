@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
 #include "kvxml/types/internal/calendar.h"
 #include "kvxml/types/internal/digits.h"
 

@@ -1,9 +1,9 @@
 // Lexical forms of CDateTime.
 #include <string>
 
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/base/exceptions.h"
 #include "kvxml/types/date_time.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/types/internal/calendar.h"
 #include "kvxml/types/internal/date_time_numbers.h"
 #include "kvxml/types/internal/digits.h"

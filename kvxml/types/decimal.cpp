@@ -8,9 +8,9 @@
 #include <system_error>
 #include <utility>
 
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/base/exceptions.h"
 #include "kvxml/types/big_integer.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/types/internal/big_number.h"
 #include "kvxml/types/whitespace_utils.h"
 

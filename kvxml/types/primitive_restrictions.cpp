@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/platform/internal/code_page.h"
-#include "kvxml/runtime/exceptions.h"
 #include "kvxml/types/conversions.h"
 #include "kvxml/types/internal/facets.h"
 

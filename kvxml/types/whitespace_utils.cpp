@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
 
 namespace KvXmlLib16 {
 

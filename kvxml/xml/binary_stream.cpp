@@ -1,8 +1,8 @@
 #include "kvxml/xml/binary_stream.h"
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/platform/internal/file.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/text_encoding.h"
 
 namespace KvXmlLib16 {

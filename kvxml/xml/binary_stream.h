@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "kvxml/export.h"
+#include "kvxml/settings/xml_encoding.h"
 #include "kvxml/types/binary_data.h"
-#include "kvxml/xml/xml_encoding.h"
 
 namespace KvXmlLib16 {
 

@@ -1,9 +1,9 @@
 #include "kvxml/xml/file_text_stream.h"
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/platform/internal/file.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/text_encoding.h"
 
 namespace KvXmlLib16 {

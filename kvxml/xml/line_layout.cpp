@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
 #include "kvxml/xml/string_buffer.h"
 
 namespace KvXmlLib16::internal {

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "kvxml/export.h"
-#include "kvxml/xml/eol_type.h"
+#include "kvxml/settings/eol_type.h"
 
 namespace KvXmlLib16::internal {
 

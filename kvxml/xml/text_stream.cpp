@@ -8,8 +8,8 @@
 #include <typeinfo>
 #include <utility>
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/platform/internal/code_page.h"
-#include "kvxml/runtime/exceptions.h"
 #include "kvxml/types/binary_data.h"
 #include "kvxml/xml/internal/text_encoding.h"
 

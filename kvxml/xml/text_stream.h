@@ -11,8 +11,8 @@
 #include <string_view>
 
 #include "kvxml/export.h"
+#include "kvxml/settings/xml_encoding.h"
 #include "kvxml/xml/string_buffer.h"
-#include "kvxml/xml/xml_encoding.h"
 
 namespace KvXmlLib16 {
 

@@ -2,7 +2,7 @@
 
 #include <type_traits>
 
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
 #include "kvxml/xml/internal/xml_tree.h"
 
 namespace KvXmlLib16 {

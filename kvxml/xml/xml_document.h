@@ -12,7 +12,7 @@
 #include <string_view>
 
 #include "kvxml/export.h"
-#include "kvxml/runtime/serialization_context.h"
+#include "kvxml/settings/serialization_context.h"
 
 namespace KvXmlLib16 {
 

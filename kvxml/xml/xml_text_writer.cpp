@@ -4,9 +4,10 @@
 #include <array>
 #include <cstdint>
 
+#include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/platform/internal/code_page.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/plain_text.h"
 #include "kvxml/xml/internal/prepared_names.h"
 
@@ -18,7 +19,6 @@ using internal::Put;
 
 namespace {
 
-constexpr std::string_view kInstanceNamespace = "http://www.w3.org/2001/XMLSchema-instance";
 constexpr std::string_view kSectionStart = "<![CDATA[";
 constexpr std::string_view kSectionEnd = "]]>";
 /// Text is escaped in pieces of this length; each needs contiguous room.
@@ -402,12 +402,12 @@ void CXmlTextWriter::WriteTypeAttribute(std::string_view typeNamespaceUri, std::
         value = alias->qualifier;
     }
     value += typeName;
-    WriteAttribute("type", kInstanceNamespace, value, type);
+    WriteAttribute("type", internal::kInstanceNamespace, value, type);
 }
 
 void CXmlTextWriter::WriteNilAttribute() {
     RequireOpenStartTag();
-    WriteAttribute("nil", kInstanceNamespace, "true", ItemType_boolean);
+    WriteAttribute("nil", internal::kInstanceNamespace, "true", ItemType_boolean);
 }
 
 void CXmlTextWriter::RequireOpenStartTag() const {

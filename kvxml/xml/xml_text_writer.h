@@ -15,8 +15,8 @@
 #include <string_view>
 
 #include "kvxml/export.h"
+#include "kvxml/settings/eol_type.h"
 #include "kvxml/types/item_type.h"
-#include "kvxml/xml/eol_type.h"
 #include "kvxml/xml/line_layout.h"
 #include "kvxml/xml/text_stream.h"
 #include "kvxml/xml/xml_writer.h"

@@ -4,13 +4,12 @@
 #include <atomic>
 #include <utility>
 
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/namespace_uris.h"
 
 namespace KvXmlLib16 {
 
 namespace {
-
-constexpr std::string_view kXmlNamespace = "http://www.w3.org/XML/1998/namespace";
 
 /// The candidates for invented prefixes, in order: AA, AB, ... AZ, BA, ... and past ZZ with the characters
 /// that follow Z as first one, up to z; then numbered ones.
@@ -69,7 +68,7 @@ bool CXmlWriter::NamespaceScope::IsPrefixUsed(std::string_view prefix) const noe
 // --- CXmlWriter ----------------------------------------------------------------------------------------
 
 CXmlWriter::CXmlWriter() {
-    m_documentScope.Set("xml", kXmlNamespace);
+    m_documentScope.Set("xml", internal::kXmlNamespace);
 }
 
 CXmlWriter::~CXmlWriter() {
@@ -120,7 +119,7 @@ void CXmlWriter::AddNamespaceAlias(std::string_view prefix, std::string_view uri
 }
 
 bool CXmlWriter::IsXmlNamespace(std::string_view uri) noexcept {
-    return uri == kXmlNamespace;
+    return uri == internal::kXmlNamespace;
 }
 
 CXmlWriter::CXmlWriterContext* CXmlWriter::AddContext() {
@@ -138,7 +137,7 @@ void CXmlWriter::EnterDocument(CXmlWriterContext& context) {
     // What a start tag cannot declare without being ill-formed is left out: such a namespace gets an
     // invented prefix when it is used.
     for (const NamespaceScope::Alias& alias : m_documentScope.aliases) {
-        const bool isXml = alias.uri == kXmlNamespace;
+        const bool isXml = alias.uri == internal::kXmlNamespace;
         if (alias.uri.empty() || alias.Prefix() == "xmlns") continue;
         if (isXml != (alias.Prefix() == "xml") || scope.IsPrefixUsed(alias.Prefix())) continue;
         scope.aliases.push_back(alias);

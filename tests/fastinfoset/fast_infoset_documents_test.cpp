@@ -14,9 +14,9 @@
 #include <string>
 #include <vector>
 
-#include "kvxml/fastinfoset/fast_infoset_context.h"
-#include "kvxml/fastinfoset/fast_infoset_vocabulary.h"
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/settings/fast_infoset_context.h"
+#include "kvxml/settings/fast_infoset_vocabulary.h"
 #include "kvxml/xml/xml_document.h"
 #include "kvxml/xml/xml_element.h"
 #include "tests/support/error_of.h"

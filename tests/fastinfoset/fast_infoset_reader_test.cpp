@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "kvxml/fastinfoset/fast_infoset_context.h"
-#include "kvxml/fastinfoset/fast_infoset_vocabulary.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/text_settings.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/platform/text_settings.h"
+#include "kvxml/settings/fast_infoset_context.h"
+#include "kvxml/settings/fast_infoset_vocabulary.h"
 #include "kvxml/xml/xml_document.h"
 #include "kvxml/xml/xml_element.h"
 #include "tests/support/error_of.h"

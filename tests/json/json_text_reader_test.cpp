@@ -6,9 +6,9 @@
 #include <string>
 #include <string_view>
 
-#include "kvxml/json/json_context.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/text_settings.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/platform/text_settings.h"
+#include "kvxml/settings/json_context.h"
 #include "tests/support/error_of.h"
 
 namespace KvXmlLib16 {

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "kvxml/kvxml.h"
-#include "kvxml/metadata/element.h"
+#include "kvxml/objects/element.h"
 #include "tests/support/error_of.h"
 #include "tests/support/fixture_model.h"
 

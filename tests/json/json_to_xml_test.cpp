@@ -6,10 +6,10 @@
 #include <string>
 #include <string_view>
 
-#include "kvxml/json/json_context.h"
+#include "kvxml/base/exceptions.h"
 #include "kvxml/json/json_reader_to_xml_handler.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/text_settings.h"
+#include "kvxml/platform/text_settings.h"
+#include "kvxml/settings/json_context.h"
 #include "kvxml/types/internal/compression.h"
 #include "tests/support/error_of.h"
 #include "tests/support/fixture_model.h"

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
 
 namespace KvXmlLib16 {
 

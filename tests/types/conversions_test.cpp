@@ -10,7 +10,7 @@
 #include <random>
 #include <string>
 
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
 
 namespace KvXmlLib16 {
 namespace {

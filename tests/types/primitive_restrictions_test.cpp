@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/text_settings.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/platform/text_settings.h"
 #include "kvxml/types/conversions.h"
 #include "tests/support/error_of.h"
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "kvxml/platform/internal/file.h"
-#include "kvxml/runtime/text_settings.h"
+#include "kvxml/platform/text_settings.h"
 #include "kvxml/types/binary_data.h"
 #include "kvxml/xml/binary_stream.h"
 #include "kvxml/xml/file_text_stream.h"

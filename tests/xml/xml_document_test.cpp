@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "kvxml/runtime/text_settings.h"
+#include "kvxml/platform/text_settings.h"
 #include "kvxml/xml/xml_element.h"
 #include "tests/support/error_of.h"
 #include "tests/support/xml_tree_dump.h"

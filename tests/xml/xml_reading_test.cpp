@@ -10,10 +10,10 @@
 #include <thread>
 #include <vector>
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/platform/internal/file.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/text_settings.h"
+#include "kvxml/platform/text_settings.h"
 #include "kvxml/types/binary_data.h"
 #include "kvxml/xml/internal/expat_reader.h"
 #include "kvxml/xml/xml_document.h"

@@ -9,9 +9,9 @@
 
 #include "kvxml/fastinfoset/fast_infoset_writer.h"
 #include "kvxml/json/json_text_writer.h"
+#include "kvxml/objects/xml_tree_writer.h"
 #include "kvxml/xml/xml_element.h"
 #include "kvxml/xml/xml_text_writer.h"
-#include "kvxml/xml/xml_tree_writer.h"
 #include "tools/kvxml/encoded_stream.h"
 
 namespace tool {

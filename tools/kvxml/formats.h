@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "kvxml/runtime/serialization_context.h"
+#include "kvxml/settings/serialization_context.h"
 #include "kvxml/xml/xml_document.h"
 #include "tools/kvxml/output.h"
 

@@ -10,7 +10,7 @@
 #include <new>
 #include <string>
 
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
 #include "kvxml/version.h"
 #include "tools/kvxml/encoded_stream.h"
 #include "tools/kvxml/formats.h"

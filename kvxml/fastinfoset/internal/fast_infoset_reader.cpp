@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/xml_name_check.h"
 
 namespace KvXmlLib16::internal {

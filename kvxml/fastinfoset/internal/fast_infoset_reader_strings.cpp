@@ -1,10 +1,11 @@
 // Strings and vocabularies.
 #include <algorithm>
 
-#include "kvxml/fastinfoset/fast_infoset_context.h"
-#include "kvxml/fastinfoset/fast_infoset_vocabulary.h"
+#include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/fastinfoset/internal/fast_infoset_reader.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/settings/fast_infoset_context.h"
+#include "kvxml/settings/fast_infoset_vocabulary.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/xml_name_check.h"
 
 namespace KvXmlLib16::internal {
@@ -16,8 +17,8 @@ constexpr const char* kNotName = "A name is not well-formed";
 constexpr const char* kReserved = "Reserved bits are set";
 
 bool IsReservedName(std::string_view text) noexcept {
-    return text == "xml" || text == "xmlns" || text == "http://www.w3.org/XML/1998/namespace" ||
-           text == "http://www.w3.org/2000/xmlns/";
+    return text == "xml" || text == "xmlns" || text == internal::kXmlNamespace ||
+           text == internal::kXmlnsNamespace;
 }
 
 /// Blanks that the tree shares between elements.

@@ -1,7 +1,7 @@
 #include "kvxml/fastinfoset/internal/octet_cursor.h"
 
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/types/format_string.h"
 
 namespace KvXmlLib16::internal {
 

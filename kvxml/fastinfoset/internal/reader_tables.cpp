@@ -2,8 +2,9 @@
 
 #include <utility>
 
-#include "kvxml/fastinfoset/fast_infoset_vocabulary.h"
+#include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/platform/internal/code_page.h"
+#include "kvxml/settings/fast_infoset_vocabulary.h"
 
 namespace KvXmlLib16::internal {
 
@@ -30,7 +31,7 @@ std::uint32_t CReaderStrings::GetNumber(std::string_view text) {
 
 CReaderTables::CReaderTables() {
     prefixes.entries.push_back(prefixes.GetNumber("xml"));
-    namespaces.entries.push_back(namespaces.GetNumber("http://www.w3.org/XML/1998/namespace"));
+    namespaces.entries.push_back(namespaces.GetNumber(internal::kXmlNamespace));
 }
 
 std::string_view CReaderTables::Keep(const std::string& local) {

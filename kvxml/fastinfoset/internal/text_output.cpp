@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/fastinfoset/internal/value_encoding.h"
 #include "kvxml/platform/internal/code_page.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/plain_text.h"
 
 namespace KvXmlLib16::internal {

@@ -6,9 +6,9 @@
 #include <string>
 #include <string_view>
 
-#include "kvxml/fastinfoset/fast_infoset_context.h"
 #include "kvxml/fastinfoset/internal/octet_buffer.h"
 #include "kvxml/fastinfoset/internal/string_table.h"
+#include "kvxml/settings/fast_infoset_context.h"
 #include "kvxml/types/item_type.h"
 
 namespace KvXmlLib16::internal {

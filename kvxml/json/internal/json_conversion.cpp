@@ -1,11 +1,11 @@
 #include "kvxml/json/internal/json_conversion.h"
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/json/internal/json_sinks.h"
 #include "kvxml/json/internal/json_to_xml.h"
 #include "kvxml/json/internal/json_token_list.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
-#include "kvxml/runtime/serialization_context.h"
+#include "kvxml/settings/serialization_context.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/xml/text_stream.h"
 #include "kvxml/xml/xml_text_writer.h"
 

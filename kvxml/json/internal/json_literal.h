@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "kvxml/base/internal/ascii.h"
 #include "kvxml/types/item_type.h"
 #include "kvxml/xml/internal/plain_text.h"
 
@@ -19,10 +20,6 @@ constexpr bool IsBare(ItemType type) noexcept {
     constexpr std::uint64_t kBare =
         kinds(ItemType_i1, ItemType_r8) | kinds(ItemType_boolean, ItemType_integer);
     return (kBare >> type & 1) != 0;
-}
-
-constexpr bool IsDigit(char character) noexcept {
-    return character >= '0' && character <= '9';
 }
 
 /// One to eight characters, the first one in the lowest byte.

@@ -5,15 +5,13 @@
 #include <climits>
 #include <new>
 
+#include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/xml/internal/xml_name_table.h"
 
 namespace KvXmlLib16::internal {
 
 namespace {
-
-constexpr std::string_view kXmlNamespace = "http://www.w3.org/XML/1998/namespace";
-constexpr std::string_view kXmlnsNamespace = "http://www.w3.org/2000/xmlns/";
 
 bool IsAsciiNameStart(char character) noexcept {
     const char lower = static_cast<char>(character | 0x20);

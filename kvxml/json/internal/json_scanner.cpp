@@ -1,12 +1,14 @@
 #include "kvxml/json/internal/json_scanner.h"
 
+#include "kvxml/base/internal/ascii.h"
+
 #include <bit>
 #include <climits>
 #include <cstring>
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/platform/internal/code_page.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/types/format_string.h"
 
 namespace KvXmlLib16::internal {
 
@@ -48,10 +50,6 @@ const char* SkipPlain(const char* text, const char* end, bool& isSpecial) noexce
         seen |= static_cast<unsigned char>(*text);
     if ((seen & kHighs) != 0) isSpecial = true;
     return text;
-}
-
-bool IsDigit(char character) noexcept {
-    return character >= '0' && character <= '9';
 }
 
 int Clamp(std::size_t number) noexcept {

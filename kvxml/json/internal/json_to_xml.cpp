@@ -1,7 +1,7 @@
 #include "kvxml/json/internal/json_to_xml.h"
 
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/types/format_string.h"
 
 namespace KvXmlLib16::internal {
 

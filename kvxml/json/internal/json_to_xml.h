@@ -9,10 +9,10 @@
 #include <string_view>
 #include <vector>
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/json/internal/json_names.h"
 #include "kvxml/json/internal/json_scanner.h"
-#include "kvxml/json/json_context.h"
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/settings/json_context.h"
 
 namespace KvXmlLib16::internal {
 

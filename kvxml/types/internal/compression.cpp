@@ -8,8 +8,8 @@
 #include <memory>
 #include <new>
 
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/types/format_string.h"
 
 namespace KvXmlLib16::internal {
 namespace {

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "kvxml/runtime/exceptions.h"
+#include "kvxml/base/exceptions.h"
 #include "kvxml/types/date_time.h"
 #include "kvxml/types/internal/xsd_regex.h"
 #include "kvxml/types/item_type.h"

@@ -8,9 +8,9 @@
 #include <cstdio>
 #include <cstring>
 
+#include "kvxml/base/exceptions.h"
 #include "kvxml/platform/internal/c_locale.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/types/internal/big_number.h"
 #include "kvxml/types/internal/digits.h"
 

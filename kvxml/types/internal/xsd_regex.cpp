@@ -11,8 +11,8 @@
 #include <new>
 #include <vector>
 
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/types/format_string.h"
 
 namespace KvXmlLib16::internal {
 

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/types/internal/unicode_blocks.h"
 #include "kvxml/types/internal/xsd_regex.h"
 

@@ -7,10 +7,10 @@
 #include <new>
 #include <string_view>
 
+#include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/c_text.h"
 #include "kvxml/platform/internal/code_page.h"
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
-#include "kvxml/types/internal/c_text.h"
+#include "kvxml/types/format_string.h"
 
 namespace KvXmlLib16::internal {
 

@@ -1,5 +1,6 @@
 #include "kvxml/xml/internal/prefix_list.h"
 
+#include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/xml/internal/xml_tree.h"
 #include "kvxml/xml/xml_attribute.h"
 #include "kvxml/xml/xml_element.h"
@@ -24,7 +25,7 @@ void ResolveNameSlowly(const CXmlName& name) {
         name.sharedUri = CSharedName(name.uri);
         name.sharedPrefix = CSharedName(name.tree->FindPrefix(name.uri));
     }
-    name.isSpaceAttribute = name.local == "space" && name.uri == "http://www.w3.org/XML/1998/namespace";
+    name.isSpaceAttribute = name.local == "space" && name.uri == internal::kXmlNamespace;
     name.isResolved = true;
 }
 

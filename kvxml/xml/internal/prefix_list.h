@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "kvxml/runtime/shared_name.h"
+#include "kvxml/base/shared_name.h"
 #include "kvxml/xml/internal/xml_name.h"
 
 namespace KvXmlLib16 {

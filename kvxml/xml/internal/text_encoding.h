@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "kvxml/xml/xml_encoding.h"
+#include "kvxml/settings/xml_encoding.h"
 
 namespace KvXmlLib16::internal {
 

@@ -2,11 +2,12 @@
 
 #include <cstdint>
 
-#include "kvxml/runtime/exceptions.h"
-#include "kvxml/runtime/format_string.h"
-#include "kvxml/types/internal/ascii.h"
+#include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/ascii.h"
+#include "kvxml/base/internal/namespace_uris.h"
+#include "kvxml/settings/namespace_alias_map.h"
+#include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/xml_name_check.h"
-#include "kvxml/xml/namespace_alias_map.h"
 
 namespace KvXmlLib16::internal {
 
@@ -14,9 +15,6 @@ namespace {
 
 // Scopes with more prefixes than that are not made larger.
 constexpr std::size_t kMaxPrefixes = CPrefixList::kMaxCount + 1;
-
-constexpr std::string_view kXmlNamespace = "http://www.w3.org/XML/1998/namespace";
-constexpr std::string_view kXmlnsNamespace = "http://www.w3.org/2000/xmlns/";
 
 /// Whether the writer's own declarations, which write namespaces as they are, can declare it.
 bool IsPlain(std::string_view uri) noexcept {

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "kvxml/runtime/serialization_context.h"
+#include "kvxml/settings/serialization_context.h"
 #include "kvxml/xml/internal/prefix_list.h"
 #include "kvxml/xml/xml_text_writer.h"
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "kvxml/runtime/shared_name.h"
+#include "kvxml/base/shared_name.h"
 
 namespace KvXmlLib16::internal {
 

@@ -6,14 +6,13 @@
 #include <iterator>
 #include <random>
 
+#include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/platform/internal/code_page.h"
 
 namespace KvXmlLib16::internal {
 
 namespace {
 
-constexpr std::string_view kSchemaInstanceNamespace = "http://www.w3.org/2001/XMLSchema-instance";
-constexpr std::string_view kXmlnsNamespace = "http://www.w3.org/2000/xmlns/";
 constexpr std::string_view kNamespaceAttributes[] = {"xmlns", "type", "schemaLocation",
                                                      "noNamespaceSchemaLocation"};
 
@@ -90,7 +89,7 @@ std::unique_ptr<CXmlNameEntry> CXmlNameTable::Make(std::string_view raw) const {
         name->local = converted.substr(separator + 1);
     }
     name->tree = m_tree;
-    if (name->uri == kSchemaInstanceNamespace || name->uri == kXmlnsNamespace) {
+    if (name->uri == kInstanceNamespace || name->uri == kXmlnsNamespace) {
         name->isNamespaceAttribute =
             std::find(std::begin(kNamespaceAttributes), std::end(kNamespaceAttributes), name->local) !=
             std::end(kNamespaceAttributes);

@@ -1,0 +1,79 @@
+/// What all collections share: element name, bounds, listeners.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kvxml/base/shared_name.h"
+#include "kvxml/export.h"
+#include "kvxml/objects/xml_object_base.h"
+
+namespace KvXmlLib16 {
+
+/// Base of the collections that hold the items of a repeated member. Written and read as the run of its
+/// items' elements; it has no element of its own.
+///
+/// A listener that throws from the add or remove notification stops the operation before the collection has
+/// changed.
+class KVXML_EXPORT CXmlCollectionBase : public CXmlObjectBase {
+public:
+    ~CXmlCollectionBase() override;
+
+    CXmlObjectBase* GetBase() override { return this; }
+    /// A collection belongs to no namespace of its own: throws CKvException.
+    std::string GetTargetNamespace() const override;
+    /// Always empty.
+    std::string GetNamespace() const override;
+
+    virtual std::int32_t GetCount() const = 0;
+    /// Removes every item.
+    virtual void Clear() = 0;
+    /// Removes one item; CKvInvalidParamException "Index %d is out of range, use 0 - %d" for a bad index.
+    virtual void Remove(int index) = 0;
+    /// CKvValidationException when there are more or fewer items than allowed, unless the context ignores
+    /// that.
+    virtual void ValidateCount(const CSerializationContext& context) const;
+    virtual bool IsValidCount(const CSerializationContext& context) const;
+
+    int GetMinOccurs() const noexcept { return m_minOccurs; }
+    /// -1: unbounded.
+    int GetMaxOccurs() const noexcept { return m_maxOccurs; }
+
+    /// The listener is not owned and is called in the order of registration. Registered twice, it is called
+    /// twice.
+    void AddEventListener(IEventSink* listener);
+    /// Removes the first registration of the listener; no error when there is none.
+    void RemoveEventListener(IEventSink* listener);
+
+protected:
+    CXmlCollectionBase();
+    CXmlCollectionBase(const char* elementName, const char* ns, int minOccurs, int maxOccurs);
+    CXmlCollectionBase(const CXmlCollectionBase&);
+    CXmlCollectionBase& operator=(const CXmlCollectionBase&);
+
+    void FireOnCollectionChange();
+    void FireOnCollectionAdd(void* item);
+    void FireOnCollectionAddComplete(void* item);
+    void FireOnCollectionRemove(std::int32_t index);
+    void FireOnCollectionRemoveComplete(std::int32_t index);
+    bool HasListeners() const noexcept { return !m_listeners.empty(); }
+
+    /// Zero-terminated.
+    std::string_view GetItemNamespace() const noexcept { return m_namespace.View(); }
+
+    /// CKvInvalidParamException unless 0 <= index < count.
+    void CheckItemIndex(int index) const;
+
+private:
+    template <class Fire>
+    void ForEachListener(Fire fire);
+
+    internal::CSharedName m_namespace;
+    std::vector<IEventSink*> m_listeners;
+    int m_minOccurs = 0;
+    int m_maxOccurs = -1;
+};
+
+}  // namespace KvXmlLib16

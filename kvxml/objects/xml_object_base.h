@@ -1,0 +1,298 @@
+/// Root of every object that the library reads and writes, with the public To.../From... entry points.
+///
+///     CSmartPtr<CGpxType> gpx = new CGpxType();
+///     gpx->FromXmlFile("in.gpx");
+///     gpx->ToXmlFile("out.gpx.gz", true, true, XmlEncoding_UTF8, EOLType_LF, context, CompressionType_GZip);
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "kvxml/base/shared_name.h"
+#include "kvxml/base/smart_ptr.h"
+#include "kvxml/export.h"
+#include "kvxml/objects/event_sink.h"
+#include "kvxml/settings/eol_type.h"
+#include "kvxml/settings/fast_infoset_decl.h"
+#include "kvxml/settings/serialization_context.h"
+#include "kvxml/settings/xml_encoding.h"
+#include "kvxml/types/binary_data.h"
+#include "kvxml/types/compression_type.h"
+
+namespace KvXmlLib16Data {
+class CAttributeInfo;
+class CElementInfo;
+}  // namespace KvXmlLib16Data
+
+namespace KvXmlLib16 {
+
+class CElement;
+class CXmlCollectionBase;
+class CXmlElement;
+class CXmlWriter;
+
+namespace internal {
+class CSubstitution;
+}
+
+/// Reference-counted base of generated classes, collections and untyped content.
+///
+/// The count starts at 0; the first `CSmartPtr` raises it to 1, and the `Release` that brings it back to 0
+/// deletes the object. An object on the stack or inside another must never be put into a `CSmartPtr`.
+/// AddRef and Release may be called from any thread; everything else by one thread at a time.
+///
+/// Reading replaces the content of the object. A failed read throws and leaves it partly filled but usable.
+/// Errors carry the path of the element or attribute at fault. Every entry point accepts a context that
+/// decides what is tolerated and how output looks; left out, it is the shared default context.
+class KVXML_EXPORT CXmlObjectBase : public IEventSink {
+protected:
+    /// Receives the events of collections this object listens to; does nothing here.
+    void OnEvent(CXmlObjectBase* source, MsgType type, void* data) override;
+
+public:
+    CXmlObjectBase* GetBase() override = 0;
+
+    // --- writing --------------------------------------------------------------------------------------
+    /// Writes the object as an XML file. With `compression` gzip the file is compressed; zlib is refused
+    /// ("ZLIB Compression only available for To Stream methods.") before the file is touched. A failed
+    /// write may leave a partial file.
+    virtual void ToXmlFile(const char* fileName, bool includeDocHeader = true, bool formatted = true,
+                           XmlEncoding encoding = XmlEncoding_UTF8, EOLType eol = EOLType_LF,
+                           const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
+                           CompressionType compression = CompressionType_None) const;
+    /// Not built in yet: throws CKvException.
+    virtual void ToFastInfosetFile(
+        const char* fileName, FInfoDecl decl = FInfoDecl_None,
+        const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
+        CompressionType compression = CompressionType_None) const;
+    /// Writes the object as a JSON file, under the rules of ToXmlFile for compression and failures.
+    virtual void ToJsonFile(const char* fileName, bool formatted = true,
+                            XmlEncoding encoding = XmlEncoding_UTF8, EOLType eol = EOLType_LF,
+                            const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
+                            CompressionType compression = CompressionType_None) const;
+    /// The object as XML text in the local code page.
+    virtual std::string ToXml(
+        bool includeDocHeader = true, bool formatted = true, EOLType eol = EOLType_LF,
+        const CSerializationContext& context = CSerializationContext::GetDefaultContext()) const;
+    /// The object as JSON text in the local code page; `context.GetJsonContext()` has the settings.
+    virtual std::string ToJson(
+        bool formatted = true, EOLType eol = EOLType_LF,
+        const CSerializationContext& context = CSerializationContext::GetDefaultContext()) const;
+    /// The object as XML bytes in `encoding`, without byte-order mark, compressed on request.
+    virtual CBinaryData ToXmlStream(
+        bool includeDocHeader = true, bool formatted = true, XmlEncoding encoding = XmlEncoding_UTF8,
+        EOLType eol = EOLType_LF,
+        const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
+        CompressionType compression = CompressionType_None) const;
+    /// Not built in yet: throws CKvException.
+    virtual CBinaryData ToFastInfosetStream(
+        FInfoDecl decl = FInfoDecl_None,
+        const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
+        CompressionType compression = CompressionType_None) const;
+    /// The object as JSON bytes in `encoding`, without byte-order mark, compressed on request.
+    virtual CBinaryData ToJsonStream(
+        bool formatted = true, XmlEncoding encoding = XmlEncoding_UTF8, EOLType eol = EOLType_LF,
+        const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
+        CompressionType compression = CompressionType_None) const;
+
+    // --- reading --------------------------------------------------------------------------------------
+    /// Reads an XML file, plain or compressed with gzip or zlib; in chunks, and then plain only, with
+    /// `AsyncFromXmlFile(true)`.
+    virtual void FromXmlFile(const char* fileName, const CSerializationContext& context =
+                                                       CSerializationContext::GetDefaultContext());
+    /// Reads a JSON file, plain or compressed with gzip or zlib. Text that is no JSON, or no document, is a
+    /// CKvException "Error converting JSON to XML:\n%s" with the cause inside. Unless the JSON settings keep
+    /// namespaces, the context ignores them during the call; then no other thread may use it.
+    virtual void FromJsonFile(const char* fileName, const CSerializationContext& context =
+                                                        CSerializationContext::GetDefaultContext());
+    virtual void FromXml(const wchar_t* xml,
+                         const CSerializationContext& context = CSerializationContext::GetDefaultContext());
+    /// Reads XML text; its declaration tells the encoding of the bytes.
+    virtual void FromXml(const char* xml,
+                         const CSerializationContext& context = CSerializationContext::GetDefaultContext());
+    virtual void FromJson(const wchar_t* json,
+                          const CSerializationContext& context = CSerializationContext::GetDefaultContext());
+    /// Reads JSON text in the local code page.
+    virtual void FromJson(const char* json,
+                          const CSerializationContext& context = CSerializationContext::GetDefaultContext());
+    /// Reads XML bytes, plain or compressed with gzip or zlib.
+    virtual void FromXmlStream(const CBinaryData& data, const CSerializationContext& context =
+                                                            CSerializationContext::GetDefaultContext());
+    virtual void FromXmlStream(
+        const unsigned char* data, std::size_t length,
+        const CSerializationContext& context = CSerializationContext::GetDefaultContext());
+    /// Reads JSON bytes in UTF-8 or UTF-16, with or without byte-order mark, plain or compressed.
+    virtual void FromJsonStream(const CBinaryData& data, const CSerializationContext& context =
+                                                             CSerializationContext::GetDefaultContext());
+    virtual void FromJsonStream(
+        const unsigned char* data, std::size_t length,
+        const CSerializationContext& context = CSerializationContext::GetDefaultContext());
+    /// Reads what the untyped element writes, as a document of its own: names are checked.
+    virtual void FromXmlElement(const CElement* element, const CSerializationContext& context =
+                                                             CSerializationContext::GetDefaultContext());
+    /// Reads from an element of a tree that the caller keeps; the element's own name is not checked.
+    virtual void FromXmlElement(const CXmlElement* element, const CSerializationContext& context =
+                                                                CSerializationContext::GetDefaultContext());
+
+    virtual ~CXmlObjectBase();
+
+    /// Namespace in which the object's element is written.
+    virtual std::string GetTargetNamespace() const = 0;
+    /// Namespace of the object's class.
+    virtual std::string GetNamespace() const = 0;
+
+protected:
+    /// Writes the object's attributes into the open start tag; nothing here.
+    virtual void AttributesToXml_Int(CXmlWriter* writer, const CSerializationContext& context) const;
+    /// Writes the object as one element in `namespaceUri`.
+    virtual void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
+                           const CSerializationContext& context, bool suppressChoiceError) const = 0;
+    /// Reads the object from `element`, whose children start at `cursor`; returns the first child it did
+    /// not consume.
+    virtual CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* cursor,
+                                     const CSerializationContext& context, bool suppressChoiceError) = 0;
+
+public:
+    const CXmlObjectBase* GetBase() const;
+
+    /// Returns the new count.
+    std::int32_t AddRef() const noexcept { return m_references.fetch_add(1, std::memory_order_relaxed) + 1; }
+    /// Returns the new count; at 0 the object has deleted itself. Chains of objects that own each other are
+    /// deleted without recursing per object, so their length is not limited by the stack.
+    std::int32_t Release() const noexcept {
+        // The only reference is the caller's, so nobody else can take one meanwhile.
+        const bool isLast = m_references.load(std::memory_order_acquire) == 1;
+        if (isLast) m_references.store(0, std::memory_order_relaxed);
+        const std::int32_t count = isLast ? 0 : m_references.fetch_sub(1, std::memory_order_acq_rel) - 1;
+        if (count == 0) DeleteThis();
+        return count;
+    }
+
+protected:
+    CXmlObjectBase() noexcept;
+    /// Copies the element name and, by definition of the type, the reference count of the source. A copy
+    /// that is to be shared must have its count set right by whoever copies.
+    CXmlObjectBase(const CXmlObjectBase& other) noexcept;
+    CXmlObjectBase& operator=(const CXmlObjectBase& other) noexcept;
+
+    /// Local name under which the object is read and written; empty at first.
+    std::string GetElementName() const { return std::string(m_elementName.View()); }
+    const char* GetElementNameText() const noexcept { return m_elementName.CStr(); }
+    std::string_view GetElementNameView() const noexcept { return m_elementName.View(); }
+    void SetElementName(const char* name);
+    void SetElementName(std::string_view name) {
+        if (name != m_elementName.View()) m_elementName = internal::CSharedName(name);
+    }
+
+    void SetElementName(const internal::CSharedName& name) {
+        if (!name.IsSame(m_elementName)) m_elementName = name;
+    }
+
+    // For objects that were constructed a moment ago and that nobody else knows yet.
+
+    /// Takes the first reference, as AddRef would, and lets the read that follows go without Init.
+    static CXmlObjectBase* PrepareNew(CXmlObjectBase* object) noexcept {
+        object->m_references.store(1, std::memory_order_relaxed);
+        MarkNew(object);
+        return object;
+    }
+    /// Lets the read that follows go without Init.
+    static void MarkNew(CXmlObjectBase* object) noexcept { object->m_readState = kIsNew; }
+    /// Begins a read: whether the object was marked new and nothing was read since.
+    bool TakeIsNew() noexcept { return (std::exchange(m_readState, std::uint8_t{0}) & kIsNew) != 0; }
+
+    // What the last read found out, for the reader of the member that holds the object.
+
+    /// Content without a tag of its own lacks something mandatory; nothing of it counts as read.
+    bool IsIncomplete() const noexcept { return (m_readState & kIsIncomplete) != 0; }
+    void SetIncomplete() noexcept { m_readState |= kIsIncomplete; }
+    bool HasReadAttributes() const noexcept { return (m_readState & kHasReadAttributes) != 0; }
+    void SetHasReadAttributes() noexcept { m_readState |= kHasReadAttributes; }
+
+    // Reach the protected operations of another object; used by collections and the metadata records.
+    static void SetElementName(CXmlObjectBase* object, std::string_view name) {
+        object->SetElementName(name);
+    }
+    static std::string_view GetElementNameView(const CXmlObjectBase& object) noexcept {
+        return object.GetElementNameView();
+    }
+    static bool IsIncomplete(const CXmlObjectBase& object) noexcept { return object.IsIncomplete(); }
+    static void ToXml_Int(const CXmlObjectBase* object, CXmlWriter* writer, bool isRoot,
+                          const char* namespaceUri, const CSerializationContext& context,
+                          bool suppressChoiceError) {
+        object->ToXml_Int(writer, isRoot, namespaceUri, context, suppressChoiceError);
+    }
+    static CXmlElement* FromXml_Int(CXmlObjectBase* object, CXmlElement* element, CXmlElement* cursor,
+                                    const CSerializationContext& context, bool suppressChoiceError) {
+        return object->FromXml_Int(element, cursor, context, suppressChoiceError);
+    }
+    static void AttributesToXml_Int(const CXmlObjectBase* object, CXmlWriter* writer,
+                                    const CSerializationContext& context) {
+        object->AttributesToXml_Int(writer, context);
+    }
+
+    // Tell one listener about a change of `collection`.
+    static void FireOnCollectionChangeEvent(IEventSink* sink, CXmlCollectionBase* collection);
+    static void FireOnCollectionAddEvent(IEventSink* sink, CXmlCollectionBase* collection, void* item);
+    static void FireOnCollectionAddCompleteEvent(IEventSink* sink, CXmlCollectionBase* collection,
+                                                 void* item);
+    static void FireOnCollectionRemoveEvent(IEventSink* sink, CXmlCollectionBase* collection,
+                                            std::int32_t index);
+    static void FireOnCollectionRemoveCompleteEvent(IEventSink* sink, CXmlCollectionBase* collection,
+                                                    std::int32_t index);
+
+    // --- helpers for generated code -------------------------------------------------------------------
+    // `current` is a generated class's record of which member of its choice is set; empty means none.
+
+    /// With `valid`, `current` must already be `name`, else CKvInvalidStateException; without, clears it.
+    void Choice_SetElementValid(bool valid, const char* name, std::string& current);
+    /// Claims the choice for `name` (non-null `value`) or gives it up (null). CKvInvalidStateException when
+    /// another member holds it.
+    void Choice_SelectElement(const char* name, CXmlObjectBase* value, std::string& current);
+    /// As Choice_SelectElement for a collection member that now has `count` items.
+    void Choice_CollectionChanged(const char* name, std::int32_t count, std::string& current);
+    /// Reads one run of items into `collection` unless `count` says that it was read before.
+    void Choice_Read_Collection(CXmlCollectionBase* collection, CXmlElement* parent, CXmlElement*& next,
+                                std::int32_t& count, const CSerializationContext& context);
+
+    /// CKvInvalidParamException when a mandatory property is set to null.
+    void Throw_IfPropertyIsNull(CXmlObjectBase* value, const char* propertyName);
+    /// CKvInvalidParamException when a non-null `value` has another element name.
+    void Throw_IfElementNameDiffers(CXmlObjectBase* value, const char* requiredName);
+
+    /// CKvInvalidNamespaceException when `IsNamespaceValid` is false.
+    void TestNamespace(const char* ns, const char* allowed, const char* targetNs) const;
+    /// Tests `ns` against a wildcard's namespace list. Only the first token of `allowed` is interpreted
+    /// ("##any", "##other", "##local", "##targetNamespace", else a literal that must equal the whole list
+    /// or an empty `ns`).
+    bool IsNamespaceValid(const char* ns, const char* allowed, const char* targetNs) const;
+    /// Local name and, unless the context ignores namespaces, namespace URI are byte for byte the same.
+    bool DoesElementNameMatch(const CSerializationContext& context, const CXmlElement* element,
+                              const char* name, const char* ns) const;
+
+private:
+    friend class KvXmlLib16Data::CAttributeInfo;
+    friend class KvXmlLib16Data::CElementInfo;
+    friend class internal::CSubstitution;
+
+    void DeleteThis() const noexcept;
+
+    internal::CSharedName m_elementName;
+    mutable std::atomic<std::int32_t> m_references{0};
+    enum : std::uint8_t { kIsNew = 1, kIsIncomplete = 2, kHasReadAttributes = 4 };
+    std::uint8_t m_readState = 0;
+};
+
+namespace internal {
+/// The namespace test behind CXmlObjectBase::IsNamespaceValid.
+bool IsNamespaceValid(std::string_view ns, std::string_view allowed, std::string_view targetNs) noexcept;
+/// The name test behind CXmlObjectBase::DoesElementNameMatch.
+bool DoesElementNameMatch(const CSerializationContext& context, const CXmlElement& element,
+                          std::string_view name, std::string_view ns) noexcept;
+}  // namespace internal
+
+}  // namespace KvXmlLib16
