@@ -27,13 +27,16 @@ struct CElementDeclaration : CComponent {
     std::vector<const CIdentityConstraintDefinition*> identityConstraints;
     /// Head of the substitution group that it belongs to; null: none.
     const CElementDeclaration* substitutionGroupAffiliation = nullptr;
-    /// All global elements that may stand in its place, over any number of steps, whose own `block` and types
-    /// permit it (3.3.6, Substitution Group OK); itself left out; in document order. Global declarations
-    /// only.
-    std::vector<const CElementDeclaration*> substitutionGroup;
+    /// Global elements whose affiliation this one is, in document order; theirs are not among them.
+    std::vector<const CElementDeclaration*> substitutionGroupMembers;
     DerivationSet substitutionGroupExclusions = Derivation_None;  ///< `final`
     DerivationSet disallowedSubstitutions = Derivation_None;      ///< `block`
 };
+
+/// Substitution Group OK (3.3.6): a document may have `member` where `head` is asked for. True for one and
+/// the same. Whether the member is abstract does not count.
+KVXML_SCHEMA_EXPORT bool IsSubstitutable(const CElementDeclaration& member,
+                                         const CElementDeclaration& head) noexcept;
 
 /// An attribute declaration (3.2).
 struct CAttributeDeclaration : CComponent {
@@ -54,7 +57,7 @@ struct CAttributeUse : CComponent {
     bool isRequired = false;
     bool isProhibited = false;         ///< only in the own uses of a type
     CValueConstraint valueConstraint;  ///< of the use; the declaration's own stands beside it
-    /// The attribute group that it was taken from by reference; null: none.
+    /// The attribute group in whose definition it stands; null: it stands in a type.
     const CAttributeGroupDefinition* attributeGroup = nullptr;
 
     /// The constraint in force: that of the use, else that of the declaration.

@@ -1,6 +1,8 @@
 #include "kvxml/schema/model/schema_set.h"
 
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "kvxml/schema/model/internal/schema_store.h"
 
@@ -11,6 +13,47 @@ bool IsDerivedFrom(const CTypeDefinition& type, const CTypeDefinition& base) noe
         if (at == &base) return true;
     }
     return false;
+}
+
+std::string GetNamePath(const CComponent& component) {
+    std::vector<std::string> names;  // from the inside out
+    for (const CComponent* at = &component; at != nullptr;) {
+        const CComponent* outer = nullptr;
+        switch (at->kind) {
+            case ComponentKind::ElementDeclaration: {
+                const auto& element = static_cast<const CElementDeclaration&>(*at);
+                names.emplace_back(element.name.localName);
+                outer = element.scope;
+                break;
+            }
+            case ComponentKind::AttributeDeclaration: {
+                const auto& attribute = static_cast<const CAttributeDeclaration&>(*at);
+                names.push_back("@" + std::string(attribute.name.localName));
+                outer = attribute.scope;
+                break;
+            }
+            case ComponentKind::SimpleTypeDefinition:
+            case ComponentKind::ComplexTypeDefinition: {
+                const auto& type = static_cast<const CTypeDefinition&>(*at);
+                if (!type.IsAnonymous()) names.emplace_back(type.name.localName);
+                outer = type.context;
+                break;
+            }
+            case ComponentKind::ModelGroupDefinition:
+                names.emplace_back(static_cast<const CModelGroupDefinition&>(*at).name.localName);
+                break;
+            case ComponentKind::AttributeGroupDefinition:
+                names.emplace_back(static_cast<const CAttributeGroupDefinition&>(*at).name.localName);
+                break;
+            default:
+                break;
+        }
+        at = outer;
+    }
+    std::string path;
+    for (auto name = names.rbegin(); name != names.rend(); ++name)
+        path += (path.empty() ? "" : "/") + *name;
+    return path;
 }
 
 CSchemaSet::CSchemaSet(std::unique_ptr<internal::CSchemaStore> store) noexcept : m_store(std::move(store)) {}

@@ -8,8 +8,8 @@
 
 #include "kvxml/schema/model/declarations.h"
 #include "kvxml/schema/model/particle.h"
-#include "kvxml/schema/model/type_definition.h"
 #include "kvxml/schema/model/schema_export.h"
+#include "kvxml/schema/model/type_definition.h"
 
 namespace KvXmlLib16 {
 

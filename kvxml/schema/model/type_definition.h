@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -32,8 +33,6 @@ struct CTypeDefinition : CComponent {
     DerivationSet final = Derivation_None;
     /// The declaration or type that an anonymous type stands in; null for global types.
     const CComponent* context = nullptr;
-    /// Names from the global component down to an anonymous type, as "orders/order/@id"; else empty.
-    std::string_view namePath;
 
     bool IsSimple() const noexcept { return kind == ComponentKind::SimpleTypeDefinition; }
     bool IsAnonymous() const noexcept { return name.localName.empty(); }
@@ -182,6 +181,10 @@ inline const CSimpleTypeDefinition* CTypeDefinition::AsSimple() const noexcept {
 inline const CComplexTypeDefinition* CTypeDefinition::AsComplex() const noexcept {
     return IsSimple() ? nullptr : static_cast<const CComplexTypeDefinition*>(this);
 }
+
+/// Names from the global component down to a declaration or type, "orders/order/@id", for messages and for
+/// naming what is anonymous: the type of an element has the element's path.
+KVXML_SCHEMA_EXPORT std::string GetNamePath(const CComponent& component);
 
 /// `type` is `base` or derived from it in any number of steps. Everything is derived from anyType.
 KVXML_SCHEMA_EXPORT bool IsDerivedFrom(const CTypeDefinition& type, const CTypeDefinition& base) noexcept;
