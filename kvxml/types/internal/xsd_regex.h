@@ -6,10 +6,12 @@
 #include <string>
 #include <string_view>
 
+#include "kvxml/export.h"
+
 namespace KvXmlLib16::internal {
 
 /// A compiled pattern. Immutable; any number of threads may match with it at once.
-class CXsdRegex {
+class KVXML_EXPORT CXsdRegex {
 public:
     enum class Result { Match, NoMatch, LimitExceeded };
 
