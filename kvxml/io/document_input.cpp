@@ -17,6 +17,7 @@
 
 namespace KvXmlLib16 {
 
+using internal::InflateLimitsOf;
 using internal::kEndOfFile;
 using internal::OpenFile;
 using internal::ParseOrConvert;
@@ -60,7 +61,7 @@ void CXmlDocument::LoadXmlStream(const unsigned char* data, std::size_t length) 
 
 void CXmlDocument::Parse(const unsigned char* data, std::size_t length) {
     CBinaryData inflated;
-    if (internal::Inflate(data, length, m_context->GetMaxInflatedSize(), inflated)) {
+    if (internal::Inflate(data, length, InflateLimitsOf(*m_context), inflated)) {
         data = inflated.GetData();
         length = inflated.GetLength();
     }
@@ -71,13 +72,12 @@ void CXmlDocument::Parse(const unsigned char* data, std::size_t length) {
 /// False, with nothing done, for anything that does not begin as Fast Infoset.
 bool CXmlDocument::TryParseFastInfoset(const unsigned char* data, std::size_t length) {
     if (!internal::IsFastInfoset(data, length)) return false;
-    internal::CXmlTreeBuilder builder(Tree(), m_filter, m_context->GetMaxElementDepth(),
-                                      !internal::IsLocalUtf8());
+    internal::CXmlTreeBuilder builder(Tree(), m_filter, *m_context, !internal::IsLocalUtf8());
     Tree().Arena().ExpectInput(length * 2);
-    internal::CFastInfosetReader reader(Tree(), builder, m_context->GetFIContext(),
-                                        {m_schemaType != SchemaType_NoNamespaces, !m_context->GetStripCDATA(),
-                                         m_context->GetMaxInflatedSize()},
-                                        std::string_view(reinterpret_cast<const char*>(data), length));
+    internal::CFastInfosetReader reader(
+        Tree(), builder, m_context->GetFIContext(),
+        {m_schemaType != SchemaType_NoNamespaces, !m_context->GetStripCDATA(), m_context->GetMaxExpansion()},
+        std::string_view(reinterpret_cast<const char*>(data), length));
     reader.Parse();
     return true;
 }
@@ -104,7 +104,7 @@ void CXmlDocument::LoadWhole(const char* fileName) {
     ReadAll(file, fileName, data, length);
     file.Close();
     CBinaryData inflated;
-    if (internal::Inflate(data, length, m_context->GetMaxInflatedSize(), inflated)) {
+    if (internal::Inflate(data, length, InflateLimitsOf(*m_context), inflated)) {
         reading.reset();
         if (TryParseFastInfoset(inflated.GetData(), inflated.GetLength())) return;
         ParseText(inflated.GetData(), inflated.GetLength(), Encoding::Declared);

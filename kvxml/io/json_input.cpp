@@ -20,9 +20,9 @@ namespace {
 /// JSON input as UTF-8 text, and what holds it.
 class CJsonInput {
 public:
-    CJsonInput(const unsigned char* data, std::size_t length, std::size_t maxInflatedSize) {
+    CJsonInput(const unsigned char* data, std::size_t length, const CSerializationContext& context) {
         if (data == nullptr || length == 0) throw CKvException("JSON Stream is empty!");
-        if (internal::Inflate(data, length, maxInflatedSize, m_inflated)) {
+        if (internal::Inflate(data, length, internal::InflateLimitsOf(context), m_inflated)) {
             data = m_inflated.GetData();
             length = m_inflated.GetLength();
         }
@@ -73,7 +73,7 @@ CBinaryData CXmlDocument::LoadJsonFile(const char* fileName) {
 
 CBinaryData CXmlDocument::LoadJsonStream(const unsigned char* data, std::size_t length) {
     Cleanup();
-    return internal::JsonToXml(CJsonInput(data, length, m_context->GetMaxInflatedSize()).Text(), *m_context);
+    return internal::JsonToXml(CJsonInput(data, length, *m_context).Text(), *m_context);
 }
 
 CBinaryData CXmlDocument::LoadJson(const char* json) {
@@ -92,7 +92,7 @@ void CXmlDocument::BuildFromJsonFile(const char* fileName) {
 }
 
 void CXmlDocument::BuildFromJsonStream(const unsigned char* data, std::size_t length) {
-    BuildTree(CJsonInput(data, length, m_context->GetMaxInflatedSize()).Text());
+    BuildTree(CJsonInput(data, length, *m_context).Text());
 }
 
 void CXmlDocument::BuildFromJson(const char* json) {
@@ -106,8 +106,7 @@ void CXmlDocument::BuildFromJson(const wchar_t* json) {
 void CXmlDocument::BuildTree(std::string_view json) {
     for (const bool anyOrder : {false, true}) {
         Cleanup();
-        internal::CXmlTreeBuilder builder(Tree(), m_filter, m_context->GetMaxElementDepth(),
-                                          !internal::IsLocalUtf8());
+        internal::CXmlTreeBuilder builder(Tree(), m_filter, *m_context, !internal::IsLocalUtf8());
         Tree().Arena().ExpectInput(json.size());
         if (internal::JsonToTree(json, *m_context, builder, anyOrder)) return;
     }

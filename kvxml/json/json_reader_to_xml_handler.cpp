@@ -9,7 +9,7 @@ namespace KvXmlLib16 {
 struct CJsonReaderToXmlHandler::CState {
     CState(CXmlWriter& writer, JsonRoundTrip roundTrip)
         : isLocalUtf8(internal::IsLocalUtf8()),
-          sink(writer, !isLocalUtf8),
+          sink(writer, !isLocalUtf8, internal::OrUnlimited(std::uint32_t{0})),
           mapper({roundTrip, true, false, true, true}, sink) {}
 
     std::string ToUtf8(const std::string& local) const {

@@ -8,6 +8,7 @@
 #include "kvxml/objects/nillable.h"
 #include "kvxml/settings/namespace_alias_map.h"
 #include "kvxml/types/format_string.h"
+#include "kvxml/xml/internal/tree_limits.h"
 #include "kvxml/xml/internal/xml_name.h"
 #include "kvxml/xml/xml_attribute.h"
 #include "kvxml/xml/xml_element.h"
@@ -485,7 +486,8 @@ void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const cha
             const std::string& defaultNamespace = context.GetDefaultNamespaceURIRef();
             if (!defaultNamespace.empty()) writer->SetDefaultNamespace(defaultNamespace);
         }
-        if (writer->GetDepth() >= static_cast<std::int64_t>(context.GetMaxElementDepth())) {
+        if (writer->GetDepth() >=
+            static_cast<std::int64_t>(internal::OrUnlimited(context.GetMaxElementDepth()))) {
             throw CKvException(FormatString("The elements are nested deeper than the limit of %u.",
                                             context.GetMaxElementDepth()));
         }

@@ -83,13 +83,33 @@ public:
     /// Deliver CDATA sections as plain text, without their markers. Default true.
     bool GetStripCDATA() const noexcept { return m_stripCDATA; }
     void SetStripCDATA(bool value) noexcept { m_stripCDATA = value; }
-    /// Depth of nested elements beyond which a document is refused; the document element has depth 1.
-    /// Default 1000, which keeps the reading of recursive classes within an ordinary stack.
+    /// @}
+    /// @name Limits against hostile input
+    /// All are on by default, and 0 switches one off. They hold for XML, Fast Infoset and JSON, read from
+    /// text, bytes or files; what is beyond one is refused with a CKvException that says which and where.
+    /// docs/limits.md tells what each protects from.
+    /// @{
+
+    /// Depth of nested elements; the document element has depth 1. Also holds for writing. Default 1000,
+    /// which keeps the reading of recursive classes within an ordinary stack.
     std::uint32_t GetMaxElementDepth() const noexcept { return m_maxElementDepth; }
     void SetMaxElementDepth(std::uint32_t value) noexcept { m_maxElementDepth = value; }
-    /// Number of bytes that compressed input may inflate to; more are refused. Default 0: no limit.
+    /// Number of bytes that compressed input may inflate to. Default 1 GiB.
     std::size_t GetMaxInflatedSize() const noexcept { return m_maxInflatedSize; }
     void SetMaxInflatedSize(std::size_t value) noexcept { m_maxInflatedSize = value; }
+    /// Number of bytes that each byte of compressed input may inflate to, on average. Not looked at before
+    /// 8 MiB have come out, so that small documents may be as regular as they like. Default 250.
+    std::uint32_t GetMaxInflationRatio() const noexcept { return m_maxInflationRatio; }
+    void SetMaxInflationRatio(std::uint32_t value) noexcept { m_maxInflationRatio = value; }
+    /// Number of bytes that a document may gain by entities and default attributes of its document type, or by
+    /// table entries of Fast Infoset. A larger gain must be less than 100 times what was read of the document.
+    /// Default 8 MiB.
+    std::size_t GetMaxExpansion() const noexcept { return m_maxExpansion; }
+    void SetMaxExpansion(std::size_t value) noexcept { m_maxExpansion = value; }
+    /// Number of distinct names of elements and attributes in one document; a name in two namespaces is two.
+    /// Default 250,000.
+    std::size_t GetMaxDistinctNames() const noexcept { return m_maxDistinctNames; }
+    void SetMaxDistinctNames(std::size_t value) noexcept { m_maxDistinctNames = value; }
 
     /// @}
     /// @name What is written
@@ -154,8 +174,11 @@ private:
     std::vector<std::string> m_processingInstructions;
     std::string m_inLineSchema;
     std::string m_indentChars;
-    std::size_t m_maxInflatedSize = 0;
+    std::size_t m_maxInflatedSize = std::size_t{1} << 30;
+    std::size_t m_maxExpansion = std::size_t{8} << 20;
+    std::size_t m_maxDistinctNames = 250000;
     std::uint32_t m_maxElementDepth = 1000;
+    std::uint32_t m_maxInflationRatio = 250;
     SchemaType m_schemaType = SchemaType_Default;
     bool m_writeTypeAttribute = true;
     bool m_ignoreInvalidCollectionCounts = false;

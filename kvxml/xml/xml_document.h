@@ -31,9 +31,8 @@ class CXmlTree;
 /// %llu"), what was read up to there stays until the next load; a file read in chunks leaves nothing.
 /// Documents own their elements and can be moved, not copied.
 ///
-/// Nested elements are limited by `CSerializationContext::GetMaxElementDepth`, inflated input by
-/// `GetMaxInflatedSize`; entities that expand to far more than the document holds are refused, and external
-/// entities are not read. One thread at a time uses a document, its elements included.
+/// What is beyond a limit of the context is refused (docs/limits.md), and external entities are not read. One
+/// thread at a time uses a document, its elements included.
 class KVXML_EXPORT CXmlDocument {
 public:
     /// Called for each element at its end tag; true discards the element with all it contains, and gives its

@@ -482,10 +482,6 @@ TEST(FastInfosetReader, HostileDocumentsEndSoon) {
         EXPECT_EQ(message.substr(0, message.find(" at octet ")),
                   "Failed to parse FastInfoset. Table entries stand for more text than the limit allows");
     }
-    CSerializationContext small;
-    small.SetMaxInflatedSize(10);
-    const std::string ten = kStart + Octets("3C 00'a' 92 02'12345'");
-    EXPECT_EQ(DumpOf(ten + Octets("A0 A0 FF"), small).substr(0, 6), "Failed");
 }
 
 TEST(FastInfosetReader, ManyAttributesOfOneElement) {

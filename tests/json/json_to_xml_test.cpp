@@ -222,8 +222,8 @@ TEST(JsonToXml, ElementDepth) {
     context.SetMaxElementDepth(2);
     EXPECT_EQ(Direct("{\"a\":{\"b\":[1]}}", context), "a(b'1')");
     EXPECT_EQ(ErrorOf([&] { Direct("{\"a\":{\"b\":{\"c\":1}}}", context); }),
-              "Error converting JSON to XML:\nelements are nested deeper than the limit of 2\n"
-              "elements are nested deeper than the limit of 2");
+              "Error converting JSON to XML:\nelements are nested deeper than the limit of 2 at $.a.b.c\n"
+              "elements are nested deeper than the limit of 2 at $.a.b.c");
 }
 
 TEST(JsonToXml, HandlerWritesThroughAnyWriter) {

@@ -29,14 +29,15 @@ std::string TextOf(const CSerializationContext& c) {
     }
     return text + " " + std::to_string(c.GetSchemaType()) + " [" + c.GetDefaultNamespaceURI() + "] [" +
            c.GetInLineSchema() + "] [" + c.GetIndentChars() + "] " + std::to_string(c.GetMaxElementDepth()) +
-           " " + std::to_string(c.GetMaxInflatedSize()) + " " +
+           " " + std::to_string(c.GetMaxInflatedSize()) + " " + std::to_string(c.GetMaxInflationRatio()) +
+           " " + std::to_string(c.GetMaxExpansion()) + " " + std::to_string(c.GetMaxDistinctNames()) + " " +
            std::to_string(c.GetNamespaceAliases().GetNamespaceCount()) + " " +
            std::to_string(c.GetProcessingInstructions().size());
 }
 
 TEST(SerializationContext, CopiesHaveEverySetting) {
     CSerializationContext source;
-    EXPECT_EQ(TextOf(source), "0000000011 0 [] [] [\t] 1000 0 0 0");
+    EXPECT_EQ(TextOf(source), "0000000011 0 [] [] [\t] 1000 1073741824 250 8388608 250000 0 0");
     source.SetIgnoreUnknownAttributes(true);
     source.SetIgnoreUnknownElements(true);
     source.SetIgnoreMissingChoice(true);
@@ -52,14 +53,17 @@ TEST(SerializationContext, CopiesHaveEverySetting) {
     source.SetIndentChars("  ");
     source.SetMaxElementDepth(7);
     source.SetMaxInflatedSize(8);
+    source.SetMaxInflationRatio(9);
+    source.SetMaxExpansion(10);
+    source.SetMaxDistinctNames(11);
     source.GetNamespaceAliases().Add("a", "urn:a");
     source.GetProcessingInstructions().push_back("<?pi?>");
     CSerializationContext copy(source);
-    EXPECT_EQ(TextOf(copy), "1101111100 1 [urn:default] [<schema/>] [  ] 7 8 1 1");
+    EXPECT_EQ(TextOf(copy), "1101111100 1 [urn:default] [<schema/>] [  ] 7 8 9 10 11 1 1");
     copy.SetIgnoreUnknownElements(false);
     copy.SetIgnoreMissingMandatoryElements(true);
     source = copy;
-    EXPECT_EQ(TextOf(source), "1011111100 1 [urn:default] [<schema/>] [  ] 7 8 1 1");
+    EXPECT_EQ(TextOf(source), "1011111100 1 [urn:default] [<schema/>] [  ] 7 8 9 10 11 1 1");
 }
 
 TEST(SerializationContext, SchemaWithoutNamespacesIgnoresThem) {

@@ -27,7 +27,7 @@ std::string Compressed(std::string_view text, CompressionType type) {
 bool InflateText(std::string_view bytes, std::size_t maxSize, std::string& text) {
     CBinaryData out("old");
     const bool inflated =
-        Inflate(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), maxSize, out);
+        Inflate(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), {maxSize, 0}, out);
     text = TextOf(out);
     return inflated;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "kvxml/types/format_string.h"
+#include "kvxml/xml/internal/tree_limits.h"
 #include "kvxml/xml/internal/xml_name_check.h"
 
 namespace KvXmlLib16::internal {
@@ -20,11 +21,6 @@ constexpr std::string_view kDeclarations[] = {
     "<?xml version='1.1' encoding='finf' standalone='no'?>",
     "<?xml version='1.1' encoding='finf' standalone='yes'?>",
 };
-
-// Table entries of few octets may stand for long strings. Together they stand for at most so many times the
-// document, and for so much in any case.
-constexpr std::uint64_t kMaxGrowthFactor = 100;
-constexpr std::uint64_t kFreeGrowth = std::uint64_t{16} << 20;
 
 constexpr std::uint64_t kMaxAttributes = 1U << 28;
 
@@ -56,18 +52,19 @@ CFastInfosetReader::CFastInfosetReader(CXmlTree& tree, CXmlTreeBuilder& builder,
       m_options(options),
       m_in(Octets(document), document.size()),
       m_bound{0, CReaderTables::kXml},
-      m_growthLeft(options.maxGrowth != 0 ? options.maxGrowth
-                                          : std::max(kFreeGrowth, kMaxGrowthFactor * document.size())) {
+      m_growthLeft(
+          std::max<std::uint64_t>(OrUnlimited(options.maxExpansion), kMaxExpansionRatio * document.size())) {
     m_in.Octets(DeclarationLength(document));
 }
 
 void CFastInfosetReader::Parse() {
     try {
         Document();
-    } catch (const CElementsTooDeep& e) {
+    } catch (const CTreeLimitPassed& e) {
         m_builder.Abandon();
-        COctetCursor::FailAt(m_elementOffset,
-                             FormatString("Elements are nested deeper than the limit of %u", e.limit));
+        std::string message = e.Message();
+        message.front() = static_cast<char>(message.front() - 'a' + 'A');
+        COctetCursor::FailAt(m_elementOffset != 0 ? m_elementOffset : m_in.Offset(), message);
     } catch (...) {
         m_builder.Abandon();
         throw;

@@ -23,9 +23,9 @@ bool IsFastInfoset(const unsigned char* data, std::size_t length) noexcept;
 
 /// What a reader has to know besides the document.
 struct CFastInfosetOptions {
-    bool namespaces = true;     ///< else names keep their prefixes, and declarations become attributes
-    bool keepCData = false;     ///< texts keep the markers of CDATA sections
-    std::size_t maxGrowth = 0;  ///< bytes that table entries may stand for; 0: by the size of the document
+    bool namespaces = true;        ///< else names keep their prefixes, and declarations become attributes
+    bool keepCData = false;        ///< texts keep the markers of CDATA sections
+    std::size_t maxExpansion = 0;  ///< as the context has it
 };
 
 /// One pass over one document. Errors are CKvException "Failed to parse FastInfoset. %s at octet %llu",

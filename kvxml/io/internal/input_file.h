@@ -1,11 +1,13 @@
-/// Files that are read for parsing. Failures are CKvException with the file's name and the host's error
-/// number.
+/// Files and bytes that are read for parsing. Failures are CKvException with the file's name and the host's
+/// error number.
 #pragma once
 
 #include <cstddef>
 #include <vector>
 
 #include "kvxml/platform/internal/file.h"
+#include "kvxml/settings/serialization_context.h"
+#include "kvxml/types/internal/compression.h"
 
 namespace KvXmlLib16::internal {
 
@@ -23,5 +25,10 @@ void ReadAll(CFile& file, const char* fileName, void* buffer, std::size_t length
 std::vector<unsigned char> ReadToEnd(CFile& file, const char* fileName);
 /// Opens the file and reads all of it.
 std::vector<unsigned char> ReadWhole(const char* fileName);
+
+/// What compressed input may inflate to.
+inline InflateLimits InflateLimitsOf(const CSerializationContext& context) noexcept {
+    return {context.GetMaxInflatedSize(), context.GetMaxInflationRatio()};
+}
 
 }  // namespace KvXmlLib16::internal

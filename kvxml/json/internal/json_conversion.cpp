@@ -5,7 +5,7 @@
 #include "kvxml/json/internal/json_to_xml.h"
 #include "kvxml/json/internal/json_token_list.h"
 #include "kvxml/settings/serialization_context.h"
-#include "kvxml/types/format_string.h"
+#include "kvxml/xml/internal/tree_limits.h"
 #include "kvxml/xml/text_stream.h"
 #include "kvxml/xml/xml_text_writer.h"
 
@@ -37,12 +37,16 @@ void Convert(std::string_view json, const CSerializationContext& context, Sink& 
     mapping.allowLate = !anyOrder;
     mapping.deliverLiteral = literal;
     CJsonToXml<Sink> handler(mapping, sink);
-    if (anyOrder) {
-        CJsonTokenList tokens;
-        Scan(json, settings, tokens);
-        tokens.Replay(handler);
-    } else {
-        Scan(json, settings, handler);
+    try {
+        if (anyOrder) {
+            CJsonTokenList tokens;
+            Scan(json, settings, tokens);
+            tokens.Replay(handler);
+        } else {
+            Scan(json, settings, handler);
+        }
+    } catch (const CTreeLimitPassed& e) {
+        throw CKvException(e.Message() + " at " + handler.GetErrorPath());
     }
     handler.EndDocument();
 }
@@ -54,7 +58,7 @@ CBinaryData JsonToXml(std::string_view json, const CSerializationContext& contex
         CTextStream stream(XmlEncoding_UTF8);
         CXmlTextWriter writer(&stream);
         writer.BeginOutput();
-        CJsonWriterSink sink(writer, false);
+        CJsonWriterSink sink(writer, false, OrUnlimited(context.GetMaxElementDepth()));
         sink.KeepTextsWhole(writer);
         try {
             Convert(json, context, sink, true, anyOrder);
@@ -78,9 +82,6 @@ bool JsonToTree(std::string_view json, const CSerializationContext& context, CXm
         return true;
     } catch (const CLateJsonAttribute&) {
         return false;
-    } catch (const CElementsTooDeep& e) {
-        builder.Abandon();
-        throw CKvException(FormatString("elements are nested deeper than the limit of %u", e.limit));
     } catch (...) {
         builder.Abandon();
         throw;

@@ -7,6 +7,7 @@
 
 #include "kvxml/json/internal/json_names.h"
 #include "kvxml/platform/internal/code_page.h"
+#include "kvxml/xml/internal/tree_limits.h"
 #include "kvxml/xml/internal/xml_tree_builder.h"
 #include "kvxml/xml/xml_text_writer.h"
 
@@ -66,7 +67,8 @@ public:
     static constexpr bool kMayRefuse = true;
 
     /// `convert`: the writer takes text in the local code page, which is not UTF-8.
-    CJsonWriterSink(CXmlWriter& writer, bool convert) : m_writer(writer), m_convert(convert) {}
+    CJsonWriterSink(CXmlWriter& writer, bool convert, std::uint32_t maxDepth)
+        : m_writer(writer), m_convert(convert), m_maxDepth(maxDepth) {}
 
     /// Formatting, which is `writer`'s, adds no blanks behind the texts of elements that have children as
     /// well.
@@ -74,6 +76,8 @@ public:
 
     void DeclarePrefix(std::string_view, std::string_view) {}
     void StartElement(const CJsonNames::Name& name, const char* const* attributes) {
+        if (m_writer.GetDepth() >= m_maxDepth)
+            throw CTreeLimitPassed{kTooDeep, static_cast<std::uint64_t>(m_maxDepth)};
         if (m_formatted != nullptr && m_textDepth != 0 && m_textDepth == m_writer.GetDepth())
             m_formatted->SetFormatted(false);
         if (m_convert) {
@@ -107,6 +111,7 @@ public:
 private:
     CXmlWriter& m_writer;
     const bool m_convert;
+    const std::int64_t m_maxDepth;
     CXmlTextWriter* m_formatted = nullptr;
     std::int32_t m_textDepth = 0;  // of the outermost open element with text
 };

@@ -17,6 +17,8 @@ namespace {
 // zlib counts in unsigned int: longer input and output goes through in pieces.
 constexpr std::size_t kMaxPiece = std::numeric_limits<uInt>::max();
 constexpr std::size_t kInflateStep = 65536;
+// Below this size any ratio is good.
+constexpr std::size_t kFreeRatio = std::size_t{8} << 20;
 constexpr int kLevel = 1;
 constexpr int kMemoryLevel = 8;
 constexpr int kGZipWindowBits = 31;
@@ -103,6 +105,20 @@ bool IsZLib(const unsigned char* data, std::size_t length) noexcept {
            (data[0] * 256 + data[1]) % 31 == 0;
 }
 
+void CheckSize(std::size_t inflated, std::size_t compressed, const InflateLimits& limits) {
+    if (limits.maxSize != 0 && inflated > limits.maxSize) {
+        throw CKvException(FormatString("The compressed data inflates to more than the limit of %llu bytes.",
+                                        static_cast<unsigned long long>(limits.maxSize)));
+    }
+    if (limits.maxRatio != 0 && inflated > kFreeRatio && inflated / limits.maxRatio > compressed) {
+        throw CKvException(FormatString(
+            "The compressed data inflates to more than the limit of %u times its size: its first %llu bytes "
+            "give %llu.",
+            limits.maxRatio, static_cast<unsigned long long>(compressed),
+            static_cast<unsigned long long>(inflated)));
+    }
+}
+
 /// More room, twice as much each time, but never more than is needed to see that the limit is passed.
 void Grow(Output& output, std::size_t maxSize) {
     std::size_t capacity = output.Capacity();
@@ -136,14 +152,15 @@ void Compress(CBinaryData& data, CompressionType type) {
     data = output.Take();
 }
 
-bool Inflate(const unsigned char* data, std::size_t length, std::size_t maxSize, CBinaryData& out) {
+bool Inflate(const unsigned char* data, std::size_t length, const InflateLimits& limits, CBinaryData& out) {
     out.Clear();
     const bool isGZip = IsGZip(data, length);
     if (!isGZip && !IsZLib(data, length)) return false;
 
     std::size_t capacity =
         std::max(kInflateStep, length <= std::numeric_limits<std::size_t>::max() / 4 ? length * 4 : length);
-    if (maxSize == std::numeric_limits<std::size_t>::max()) maxSize = 0;
+    const std::size_t maxSize =
+        limits.maxSize == std::numeric_limits<std::size_t>::max() ? 0 : limits.maxSize;
     if (maxSize != 0) capacity = std::min(capacity, maxSize + 1);
     Output output(capacity);
     Stream stream(inflateEnd);
@@ -156,11 +173,7 @@ bool Inflate(const unsigned char* data, std::size_t length, std::size_t maxSize,
         const std::size_t restBefore = rest;
         const std::size_t lengthBefore = output.length;
         const int code = stream.Step(inflate, Z_NO_FLUSH, input, rest, output);
-        if (maxSize != 0 && output.length > maxSize) {
-            throw CKvException(
-                FormatString("The compressed data inflates to more than the limit of %llu bytes.",
-                             static_cast<unsigned long long>(maxSize)));
-        }
+        CheckSize(output.length, length - rest, limits);
         if (code == Z_STREAM_END) {
             if (!isGZip || !IsGZip(input, rest)) break;
             if (inflateReset(&stream.zlib) != Z_OK) return false;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "kvxml/export.h"
 #include "kvxml/types/binary_data.h"
@@ -14,11 +15,16 @@ namespace KvXmlLib16::internal {
 /// after which `data` is as before.
 KVXML_EXPORT void Compress(CBinaryData& data, CompressionType type);
 
+/// What compressed input may inflate to; 0 means without limit.
+struct InflateLimits {
+    std::size_t maxSize = 0;     ///< bytes
+    std::uint32_t maxRatio = 0;  ///< bytes for each byte of input, looked at once 8 MiB have come out
+};
+
 /// Inflates a gzip stream (with all its members) or a zlib stream into `out`; bytes behind the stream are
 /// ignored. Returns false, with `out` empty, when the input is no such stream or is damaged or cut off. The
-/// first two bytes tell most other input apart at once. A result of more than `maxSize` bytes (0: no limit)
-/// is a CKvException.
-KVXML_EXPORT bool Inflate(const unsigned char* data, std::size_t length, std::size_t maxSize,
+/// first two bytes tell most other input apart at once. What is beyond a limit is a CKvException.
+KVXML_EXPORT bool Inflate(const unsigned char* data, std::size_t length, const InflateLimits& limits,
                           CBinaryData& out);
 
 }  // namespace KvXmlLib16::internal

@@ -1,5 +1,9 @@
 #include "kvxml/xml/internal/expat_reader.h"
 
+// The header has what limits entities only with it; the library has it unless built without entities.
+#ifndef XML_DTD
+#define XML_DTD 1
+#endif
 #include <expat.h>
 
 #include <algorithm>
@@ -11,6 +15,7 @@
 #include "kvxml/base/internal/c_text.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/types/format_string.h"
+#include "kvxml/xml/internal/tree_limits.h"
 
 namespace KvXmlLib16::internal {
 
@@ -25,6 +30,10 @@ constexpr std::size_t kPiece = std::size_t{1} << 26;
 
 // expat reads an entity inside an entity by a recursive call; its own limits are on the amount of text only.
 constexpr int kMaxNestedEntities = 1000;
+
+// For each attribute declaration, and for each element, expat goes through all attributes that are declared
+// for the element.
+constexpr int kMaxDeclaredAttributes = 1000;
 
 /// True when the replacement text of an entity refers to another entity.
 bool RefersToEntity(std::string_view text) {
@@ -54,6 +63,17 @@ struct CExpatReader::Handlers {
             Reader(user).m_builder.StartElement(name, attributes);
         } catch (...) {
             Reader(user).Stop();
+        }
+    }
+
+    /// For documents whose type declares default attributes, or entities that hold elements.
+    static void XMLCALL OnStartCountedElement(void* user, const XML_Char* name, const XML_Char** attributes) {
+        CExpatReader& reader = Reader(user);
+        try {
+            reader.CountElement(attributes);
+            reader.m_builder.StartElement(name, attributes);
+        } catch (...) {
+            reader.Stop();
         }
     }
 
@@ -95,6 +115,29 @@ struct CExpatReader::Handlers {
         }
     }
 
+    /// Likewise. The declarations that elements make themselves count too: they are no more than was read.
+    static void XMLCALL OnStartCountedNamespace(void* user, const XML_Char* prefix, const XML_Char* uri) {
+        CExpatReader& reader = Reader(user);
+        try {
+            const std::string_view uriText = OrEmpty(uri);
+            reader.CountExpansion(uriText.size());
+            reader.m_builder.DeclarePrefix(OrEmpty(prefix), uriText);
+        } catch (...) {
+            reader.Stop();
+        }
+    }
+
+    static void XMLCALL OnAttribute(void* user, const XML_Char* element, const XML_Char*, const XML_Char*,
+                                    const XML_Char* value, int) {
+        CExpatReader& reader = Reader(user);
+        if (value != nullptr) BeginCounting(reader);
+        try {
+            reader.CountDeclaredAttribute(element);
+        } catch (...) {
+            reader.Stop();
+        }
+    }
+
     static void XMLCALL OnEntity(void* user, const XML_Char*, int isParameter, const XML_Char* value,
                                  int length, const XML_Char*, const XML_Char*, const XML_Char*,
                                  const XML_Char*) {
@@ -103,6 +146,7 @@ struct CExpatReader::Handlers {
         const std::string_view text(value, static_cast<std::size_t>(length));
         if (text.find('\r') != std::string_view::npos)
             XML_SetCharacterDataHandler(reader.m_parser.get(), &OnTextWithReturns);
+        if (text.find('<') != std::string_view::npos) BeginCounting(reader);
         if (!RefersToEntity(text)) return;
         if (++reader.m_nestedEntities <= kMaxNestedEntities) return;
         try {
@@ -145,6 +189,10 @@ struct CExpatReader::Handlers {
     static void XMLCALL ReleaseDecoder(void* data) { delete static_cast<Decoder*>(data); }
 
 private:
+    static void BeginCounting(CExpatReader& reader) {
+        XML_SetElementHandler(reader.m_parser.get(), &OnStartCountedElement, &OnEndElement);
+        XML_SetStartNamespaceDeclHandler(reader.m_parser.get(), &OnStartCountedNamespace);
+    }
     static void AppendText(CExpatReader& reader, const char* text, std::size_t length) {
         try {
             reader.m_builder.AppendText(text, length);
@@ -158,7 +206,8 @@ void CExpatReader::Release::operator()(XML_ParserStruct* parser) const noexcept 
     XML_ParserFree(parser);
 }
 
-CExpatReader::CExpatReader(CXmlTreeBuilder& builder, const CExpatOptions& options) : m_builder(builder) {
+CExpatReader::CExpatReader(CXmlTreeBuilder& builder, const CExpatOptions& options)
+    : m_builder(builder), m_maxExpansion(OrUnlimited(options.maxExpansion)) {
     const char* const encoding = options.isUtf8 ? "UTF-8" : nullptr;
     m_parser.reset(options.namespaces ? XML_ParserCreateNS(encoding, CXmlNameTable::kSeparator)
                                       : XML_ParserCreate(encoding));
@@ -170,10 +219,51 @@ CExpatReader::CExpatReader(CXmlTreeBuilder& builder, const CExpatOptions& option
     XML_SetCharacterDataHandler(parser, &Handlers::OnText);
     if (options.keepCData) XML_SetCdataSectionHandler(parser, &Handlers::OnStartCData, &Handlers::OnEndCData);
     XML_SetEntityDeclHandler(parser, &Handlers::OnEntity);
+    XML_SetAttlistDeclHandler(parser, &Handlers::OnAttribute);
     XML_SetUnknownEncodingHandler(parser, &Handlers::OnUnknownEncoding, this);
+    LimitEntities();
 }
 
 CExpatReader::~CExpatReader() = default;
+
+/// The text that entities add is counted by expat itself, from version 2.4 on.
+void CExpatReader::LimitEntities() {
+#if XML_MAJOR_VERSION > 2 || (XML_MAJOR_VERSION == 2 && XML_MINOR_VERSION >= 4)
+    XML_SetBillionLaughsAttackProtectionMaximumAmplification(m_parser.get(),
+                                                             static_cast<float>(kMaxExpansionRatio));
+    XML_SetBillionLaughsAttackProtectionActivationThreshold(m_parser.get(), m_maxExpansion);
+#endif
+}
+
+void CExpatReader::CountDeclaredAttribute(const char* element) {
+    if (++m_declaredAttributes[element] > kMaxDeclaredAttributes) {
+        throw CTreeLimitPassed{"the document type declares more than %llu attributes for one element",
+                               kMaxDeclaredAttributes};
+    }
+}
+
+/// Counts what the document type adds by default attributes, and by elements in entities.
+void CExpatReader::CountElement(const char** attributes) {
+    // All elements of an entity are where its reference is.
+    const std::int64_t place = XML_GetCurrentByteIndex(m_parser.get());
+    const bool isInEntity = place == m_elementPlace;
+    m_elementPlace = place;
+    const char** added = attributes + (isInEntity ? 0 : XML_GetSpecifiedAttributeCount(m_parser.get()));
+    std::size_t length = isInEntity ? sizeof(CXmlElement) : 0;
+    for (; *added != nullptr; added += 2)
+        length += sizeof(CXmlAttribute) + std::strlen(added[1]);
+    if (length > 0) CountExpansion(length);
+}
+
+void CExpatReader::CountExpansion(std::size_t length) {
+    m_expansion += length;
+    if (m_expansion <= m_maxExpansion) return;
+    const auto read = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(m_parser.get()));
+    if (m_expansion / kMaxExpansionRatio <= read) return;
+    throw CTreeLimitPassed{
+        "entities and default attributes add more to the document than the limit of %llu bytes",
+        m_maxExpansion};
+}
 
 std::size_t CExpatReader::WholeLimit() noexcept {
     return g_wholeLimit;
@@ -221,10 +311,9 @@ std::string CExpatReader::Locate(const std::string& message) const {
 void CExpatReader::Stop() noexcept {
     try {
         throw;
-    } catch (const CElementsTooDeep& e) {
+    } catch (const CTreeLimitPassed& e) {
         try {
-            m_exception = std::make_exception_ptr(CKvException(
-                Locate(FormatString("elements are nested deeper than the limit of %u", e.limit))));
+            m_exception = std::make_exception_ptr(CKvException(Locate(e.Message())));
         } catch (...) {
             m_exception = std::current_exception();
         }
@@ -237,6 +326,7 @@ void CExpatReader::Stop() noexcept {
     XML_SetCharacterDataHandler(parser, nullptr);
     XML_SetCdataSectionHandler(parser, nullptr, nullptr);
     XML_SetEntityDeclHandler(parser, nullptr);
+    XML_SetAttlistDeclHandler(parser, nullptr);
     XML_StopParser(parser, XML_FALSE);
 }
 

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -16,9 +18,10 @@ namespace KvXmlLib16::internal {
 
 /// What a reader has to know besides the text.
 struct CExpatOptions {
-    bool namespaces = true;  ///< names are taken apart into namespace and local name
-    bool keepCData = false;  ///< texts keep the markers of CDATA sections
-    bool isUtf8 = false;     ///< the text is UTF-8 whatever it declares
+    bool namespaces = true;        ///< names are taken apart into namespace and local name
+    bool keepCData = false;        ///< texts keep the markers of CDATA sections
+    bool isUtf8 = false;           ///< the text is UTF-8 whatever it declares
+    std::size_t maxExpansion = 0;  ///< as the context has it
 };
 
 /// One pass over one text, which is given whole or in pieces. Errors are CKvException "%s at line %d", except
@@ -51,6 +54,10 @@ private:
         void operator()(XML_ParserStruct* parser) const noexcept;
     };
 
+    void LimitEntities();
+    void CountDeclaredAttribute(const char* element);
+    void CountElement(const char** attributes);
+    void CountExpansion(std::size_t length);
     void Check(int status);
     void Stop() noexcept;
     std::string Locate(const std::string& message) const;
@@ -60,6 +67,10 @@ private:
     std::exception_ptr m_exception;  // thrown by a handler
     std::string m_unreadEncoding;
     int m_nestedEntities = 0;
+    const std::uint64_t m_maxExpansion;
+    std::uint64_t m_expansion = 0;     // memory that declarations of the document type took
+    std::int64_t m_elementPlace = -1;  // of the last element that was counted
+    std::map<std::string, int, std::less<>> m_declaredAttributes;  // how many, by element
     std::int64_t m_position = -1;
 };
 

@@ -7,6 +7,7 @@
 #include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/settings/namespace_alias_map.h"
 #include "kvxml/types/format_string.h"
+#include "kvxml/xml/internal/tree_limits.h"
 #include "kvxml/xml/internal/xml_name_check.h"
 
 namespace KvXmlLib16::internal {
@@ -139,7 +140,7 @@ void CTreeOutput::DeclareRest() {
 // --- elements ----------------------------------------------------------------------------------------------
 
 void CTreeOutput::StartElement(const Name& name) {
-    if (m_writer.GetDepth() >= static_cast<std::int64_t>(m_context.GetMaxElementDepth())) {
+    if (m_writer.GetDepth() >= static_cast<std::int64_t>(OrUnlimited(m_context.GetMaxElementDepth()))) {
         throw CKvException(FormatString("The elements are nested deeper than the limit of %u.",
                                         m_context.GetMaxElementDepth()));
     }

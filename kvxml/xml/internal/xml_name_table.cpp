@@ -8,6 +8,7 @@
 
 #include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/platform/internal/code_page.h"
+#include "kvxml/xml/internal/tree_limits.h"
 
 namespace KvXmlLib16::internal {
 
@@ -68,6 +69,8 @@ CXmlNameEntry* CXmlNameTable::Find(std::string_view raw) {
     for (; m_slots[slot] != nullptr; slot = (slot + 1) & mask) {
         if (m_slots[slot]->hash == hash && m_slots[slot]->raw == raw) return m_slots[slot];
     }
+    if (m_names.size() >= m_maxNames)
+        throw CTreeLimitPassed{"there are more distinct names than the limit of %llu", m_maxNames};
     std::unique_ptr<CXmlNameEntry> name = Make(raw);
     name->hash = hash;
     m_names.push_back(std::move(name));

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -38,6 +39,9 @@ public:
     /// `convert`: names are to be converted from UTF-8 to the local code page.
     CXmlNameTable(CXmlTree* tree, bool convert);
 
+    /// Number of names from which on a new one throws CTreeLimitPassed.
+    void SetMaxNames(std::size_t maxNames) noexcept { m_maxNames = maxNames; }
+
     /// The name of the element that starts after the last one asked for. `raw` is zero-terminated UTF-8.
     const CXmlNameEntry* Element(const char* raw) {
         CXmlNameEntry& last = *m_last;
@@ -72,6 +76,7 @@ private:
 
     CXmlTree* const m_tree;
     const bool m_convert;
+    std::size_t m_maxNames = std::numeric_limits<std::size_t>::max();
     CXmlNameEntry m_none;  // stands where nothing is expected; no name has its empty text
     CXmlNameEntry* m_last = &m_none;
     CXmlNameEntry** m_attribute = &m_none.firstAttribute;

@@ -17,10 +17,10 @@ namespace KvXmlLib16 {
 /// A reader with what it fills.
 struct CXmlDocument::CReading {
     CReading(CXmlDocument& document, Encoding encoding, std::size_t expectedInput)
-        : builder(document.Tree(), document.m_filter, document.m_context->GetMaxElementDepth(),
-                  !internal::IsLocalUtf8()),
-          reader(builder, {document.m_schemaType != SchemaType_NoNamespaces,
-                           !document.m_context->GetStripCDATA(), encoding == Encoding::Utf8}) {
+        : builder(document.Tree(), document.m_filter, *document.m_context, !internal::IsLocalUtf8()),
+          reader(builder,
+                 {document.m_schemaType != SchemaType_NoNamespaces, !document.m_context->GetStripCDATA(),
+                  encoding == Encoding::Utf8, document.m_context->GetMaxExpansion()}) {
         document.Tree().Arena().ExpectInput(expectedInput);
     }
 

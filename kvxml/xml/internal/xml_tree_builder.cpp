@@ -5,6 +5,7 @@
 #include <string>
 
 #include "kvxml/platform/internal/code_page.h"
+#include "kvxml/xml/internal/tree_limits.h"
 
 namespace KvXmlLib16::internal {
 
@@ -17,14 +18,14 @@ constexpr std::size_t kLeastShared = 64;
 
 }  // namespace
 
-CXmlTreeBuilder::CXmlTreeBuilder(CXmlTree& tree, CXmlDocument::ElementFilter filter, std::uint32_t maxDepth,
-                                 bool convert)
+CXmlTreeBuilder::CXmlTreeBuilder(CXmlTree& tree, CXmlDocument::ElementFilter filter,
+                                 const CSerializationContext& limits, bool convert)
     : m_tree(tree),
       m_arena(tree.Arena()),
       m_names(tree.Names()),
       m_noRuns(tree.SharedRuns().Root()),
       m_filter(filter),
-      m_maxDepth(maxDepth),
+      m_maxDepth(OrUnlimited(limits.GetMaxElementDepth())),
       m_convert(convert),
       m_isPlain(filter == nullptr && !convert),
       m_frames(FrameCount(kFirstFrames)) {
@@ -32,6 +33,7 @@ CXmlTreeBuilder::CXmlTreeBuilder(CXmlTree& tree, CXmlDocument::ElementFilter fil
     m_framesEnd = m_open + m_frames.size();
     *m_open = Frame{};
     m_open->nextChild = tree.RootPlace();
+    m_names.SetMaxNames(OrUnlimited(limits.GetMaxDistinctNames()));
 }
 
 /// `wanted` or as many as the maximum depth allows.
@@ -42,7 +44,9 @@ std::size_t CXmlTreeBuilder::FrameCount(std::size_t wanted) const noexcept {
 CXmlTreeBuilder::Frame* CXmlTreeBuilder::OpenFrame() {
     if (m_open + 1 == m_framesEnd) {
         const std::size_t depth = m_frames.size() - 1;
-        if (depth >= m_maxDepth) throw CElementsTooDeep{m_maxDepth};
+        if (depth >= m_maxDepth) {
+            throw CTreeLimitPassed{kTooDeep, m_maxDepth};
+        }
         m_frames.resize(FrameCount(m_frames.size() * 2));
         m_open = m_frames.data() + depth;
         m_framesEnd = m_frames.data() + m_frames.size();

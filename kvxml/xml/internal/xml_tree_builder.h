@@ -11,11 +11,6 @@
 
 namespace KvXmlLib16::internal {
 
-/// Thrown by `StartElement`; readers turn it into an error that says where.
-struct CElementsTooDeep {
-    std::uint32_t limit;
-};
-
 /// An attribute of an element that is to be opened.
 struct CXmlNewAttribute {
     const CXmlName* name;
@@ -27,10 +22,12 @@ struct CXmlNewAttribute {
 /// another.
 ///
 /// Elements must be closed in the reverse order of their opening. All operations may throw std::bad_alloc,
-/// and the tree stays sound, though incomplete, at every point.
+/// and those that open elements CTreeLimitPassed for what is beyond a limit of the context; the tree stays
+/// sound, though incomplete, at every point.
 class CXmlTreeBuilder {
 public:
-    CXmlTreeBuilder(CXmlTree& tree, CXmlDocument::ElementFilter filter, std::uint32_t maxDepth, bool convert);
+    CXmlTreeBuilder(CXmlTree& tree, CXmlDocument::ElementFilter filter, const CSerializationContext& limits,
+                    bool convert);
 
     /// Opens an element. `name` and the names in `attributes`, pairs of name and value up to a null, are
     /// namespace URI, CXmlNameTable::kSeparator and local name, or the local name alone.
