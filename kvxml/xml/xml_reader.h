@@ -14,6 +14,8 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "kvxml/export.h"
 
@@ -99,9 +101,8 @@ public:
     /// A number that changes whenever the prefixes in scope do; equal numbers in one document mean equal
     /// scopes.
     std::uint64_t GetScopeNumber() const noexcept;
-    /// All prefixes in scope, in no order: `index` from 0 until it returns false.
-    bool GetScopeEntry(std::size_t index, std::string_view& prefix,
-                       std::string_view& namespaceUri) const noexcept;
+    /// All prefixes in scope (empty: the default namespace) with their namespaces, each prefix once.
+    std::vector<std::pair<std::string_view, std::string_view>> GetScope() const;
 
     /// 1 for the document element and its end, one more for each level; at text that of the element that
     /// holds it.

@@ -187,4 +187,72 @@ bool Inflate(const unsigned char* data, std::size_t length, const InflateLimits&
     return true;
 }
 
+// --- piece by piece ----------------------------------------------------------------------------------------
+
+struct CInflater::Impl {
+    Stream stream{inflateEnd};
+    bool isGZip = false;
+    bool hasBegun = false;
+    bool isBetweenMembers = false;
+};
+
+bool CInflater::IsCompressed(const unsigned char* data, std::size_t length) noexcept {
+    return IsGZip(data, length) || IsZLib(data, length);
+}
+
+CInflater::CInflater(const InflateLimits& limits) : m_impl(std::make_unique<Impl>()), m_limits(limits) {
+    if (inflateInit2(&m_impl->stream.zlib, kDetectWindowBits) != Z_OK) throw std::bad_alloc();
+}
+
+CInflater::~CInflater() = default;
+
+std::size_t CInflater::Inflate(const unsigned char*& input, std::size_t& length, bool isLast,
+                               unsigned char* output, std::size_t room) {
+    Impl& impl = *m_impl;
+    z_stream& zlib = impl.stream.zlib;
+    if (!impl.hasBegun) {
+        impl.isGZip = IsGZip(input, length);
+        impl.hasBegun = true;
+    }
+    std::size_t made = 0;
+    while (!m_isAtEnd && made < room) {
+        if (impl.isBetweenMembers) {
+            if (length < 3 && !isLast) break;
+            impl.isBetweenMembers = false;
+            if (!IsGZip(input, length)) {
+                m_isAtEnd = true;
+                break;
+            }
+            if (inflateReset(&zlib) != Z_OK) throw CKvException("The compressed data is damaged.");
+        }
+        zlib.next_in = const_cast<unsigned char*>(input);  // zlib only reads it
+        zlib.avail_in = Piece(length);
+        zlib.next_out = output + made;
+        zlib.avail_out = Piece(room - made);
+        const uInt in = zlib.avail_in;
+        const uInt out = zlib.avail_out;
+        const int code = inflate(&zlib, Z_NO_FLUSH);
+        const std::size_t took = in - zlib.avail_in;
+        const std::size_t gave = out - zlib.avail_out;
+        input += took;
+        length -= took;
+        made += gave;
+        m_taken += took;
+        m_made += gave;
+        CheckSize(m_made, m_taken, m_limits);
+        if (code == Z_STREAM_END) {
+            impl.isBetweenMembers = impl.isGZip;
+            m_isAtEnd = !impl.isGZip;
+        } else if (code == Z_MEM_ERROR) {
+            throw std::bad_alloc();
+        } else if (code != Z_OK && code != Z_BUF_ERROR) {
+            throw CKvException("The compressed data is damaged.");
+        } else if (took == 0 && gave == 0) {
+            if (isLast) throw CKvException("The compressed data is cut off.");
+            break;
+        }
+    }
+    return made;
+}
+
 }  // namespace KvXmlLib16::internal

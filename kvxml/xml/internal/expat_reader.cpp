@@ -60,7 +60,7 @@ struct CExpatReader::Handlers {
 
     static void XMLCALL OnStartElement(void* user, const XML_Char* name, const XML_Char** attributes) {
         try {
-            Reader(user).m_builder.StartElement(name, attributes);
+            Reader(user).m_builder->StartElement(name, attributes);
         } catch (...) {
             Reader(user).Stop();
         }
@@ -71,7 +71,7 @@ struct CExpatReader::Handlers {
         CExpatReader& reader = Reader(user);
         try {
             reader.CountElement(attributes);
-            reader.m_builder.StartElement(name, attributes);
+            reader.m_builder->StartElement(name, attributes);
         } catch (...) {
             reader.Stop();
         }
@@ -79,7 +79,7 @@ struct CExpatReader::Handlers {
 
     static void XMLCALL OnEndElement(void* user, const XML_Char*) {
         try {
-            Reader(user).m_builder.EndElement();
+            Reader(user).m_builder->EndElement();
         } catch (...) {
             Reader(user).Stop();
         }
@@ -89,7 +89,7 @@ struct CExpatReader::Handlers {
         if (length == 1) {
             // Line ends are normalised, so carriage returns come from character references, which come alone
             // outside of entities.
-            if (*text == '\r' || Reader(user).m_builder.AppendCharacter(*text)) return;
+            if (*text == '\r' || Reader(user).m_builder->AppendCharacter(*text)) return;
         }
         AppendText(Reader(user), text, static_cast<std::size_t>(length));
     }
@@ -109,7 +109,7 @@ struct CExpatReader::Handlers {
 
     static void XMLCALL OnStartNamespace(void* user, const XML_Char* prefix, const XML_Char* uri) {
         try {
-            Reader(user).m_builder.DeclarePrefix(OrEmpty(prefix), OrEmpty(uri));
+            Reader(user).m_builder->DeclarePrefix(OrEmpty(prefix), OrEmpty(uri));
         } catch (...) {
             Reader(user).Stop();
         }
@@ -121,7 +121,7 @@ struct CExpatReader::Handlers {
         try {
             const std::string_view uriText = OrEmpty(uri);
             reader.CountExpansion(uriText.size());
-            reader.m_builder.DeclarePrefix(OrEmpty(prefix), uriText);
+            reader.m_builder->DeclarePrefix(OrEmpty(prefix), uriText);
         } catch (...) {
             reader.Stop();
         }
@@ -144,7 +144,7 @@ struct CExpatReader::Handlers {
         if (value == nullptr || isParameter != 0) return;
         CExpatReader& reader = Reader(user);
         const std::string_view text(value, static_cast<std::size_t>(length));
-        if (text.find('\r') != std::string_view::npos)
+        if (text.find('\r') != std::string_view::npos && reader.m_builder != nullptr)
             XML_SetCharacterDataHandler(reader.m_parser.get(), &OnTextWithReturns);
         if (text.find('<') != std::string_view::npos) BeginCounting(reader);
         if (!RefersToEntity(text)) return;
@@ -190,15 +190,69 @@ struct CExpatReader::Handlers {
 
 private:
     static void BeginCounting(CExpatReader& reader) {
+        if (reader.m_events != nullptr) {
+            reader.m_isCounting = true;
+            return;
+        }
         XML_SetElementHandler(reader.m_parser.get(), &OnStartCountedElement, &OnEndElement);
         XML_SetStartNamespaceDeclHandler(reader.m_parser.get(), &OnStartCountedNamespace);
     }
     static void AppendText(CExpatReader& reader, const char* text, std::size_t length) {
         try {
-            reader.m_builder.AppendText(text, length);
+            reader.m_builder->AppendText(text, length);
         } catch (...) {
             reader.Stop();
         }
+    }
+};
+
+/// The same for events.
+struct CExpatReader::EventHandlers {
+    /// Calls the receiver; what it throws is kept.
+    template <class Call>
+    static void Pass(void* user, Call call) {
+        auto& reader = *static_cast<CExpatReader*>(user);
+        if (reader.m_exception != nullptr) return;
+        try {
+            call(reader);
+        } catch (...) {
+            reader.Stop();
+        }
+    }
+
+    static void XMLCALL OnStart(void* user, const XML_Char* name, const XML_Char** attributes) {
+        Pass(user, [&](CExpatReader& reader) {
+            if (reader.m_isCounting) reader.CountElement(attributes);
+            reader.m_events->OnStart(name, attributes, XML_GetSpecifiedAttributeCount(reader.m_parser.get()));
+        });
+    }
+    static void XMLCALL OnEnd(void* user, const XML_Char*) {
+        Pass(user, [](CExpatReader& reader) { reader.m_events->OnEnd(); });
+    }
+    static void XMLCALL OnText(void* user, const XML_Char* text, int length) {
+        Pass(user,
+             [&](CExpatReader& reader) { reader.m_events->OnText(text, static_cast<std::size_t>(length)); });
+    }
+    static void XMLCALL OnStartCData(void* user) {
+        Pass(user, [](CExpatReader& reader) { reader.m_events->OnCData(true); });
+    }
+    static void XMLCALL OnEndCData(void* user) {
+        Pass(user, [](CExpatReader& reader) { reader.m_events->OnCData(false); });
+    }
+    static void XMLCALL OnComment(void* user, const XML_Char* text) {
+        Pass(user, [&](CExpatReader& reader) { reader.m_events->OnComment(text); });
+    }
+    static void XMLCALL OnProcessingInstruction(void* user, const XML_Char* target, const XML_Char* data) {
+        Pass(user, [&](CExpatReader& reader) { reader.m_events->OnProcessingInstruction(target, data); });
+    }
+    static void XMLCALL OnDoctype(void* user, const XML_Char* name, const XML_Char*, const XML_Char*, int) {
+        Pass(user, [&](CExpatReader& reader) { reader.m_events->OnDocumentType(name); });
+    }
+    static void XMLCALL OnNamespace(void* user, const XML_Char* prefix, const XML_Char* uri) {
+        Pass(user, [&](CExpatReader& reader) {
+            if (reader.m_isCounting) reader.CountExpansion(std::strlen(OrEmpty(uri)));
+            reader.m_events->OnDeclarePrefix(OrEmpty(prefix), OrEmpty(uri));
+        });
     }
 };
 
@@ -207,17 +261,39 @@ void CExpatReader::Release::operator()(XML_ParserStruct* parser) const noexcept 
 }
 
 CExpatReader::CExpatReader(CXmlTreeBuilder& builder, const CExpatOptions& options)
-    : m_builder(builder), m_maxExpansion(OrUnlimited(options.maxExpansion)) {
-    const char* const encoding = options.isUtf8 ? "UTF-8" : nullptr;
-    m_parser.reset(options.namespaces ? XML_ParserCreateNS(encoding, CXmlNameTable::kSeparator)
-                                      : XML_ParserCreate(encoding));
+    : m_builder(&builder), m_maxExpansion(OrUnlimited(options.maxExpansion)) {
+    constexpr char kSeparator[] = {CXmlNameTable::kSeparator, '\0'};
+    Begin(options.namespaces ? kSeparator : nullptr, options);
     XML_Parser parser = m_parser.get();
-    if (parser == nullptr) throw std::bad_alloc();
-    XML_SetUserData(parser, this);
     XML_SetElementHandler(parser, &Handlers::OnStartElement, &Handlers::OnEndElement);
     XML_SetStartNamespaceDeclHandler(parser, &Handlers::OnStartNamespace);
     XML_SetCharacterDataHandler(parser, &Handlers::OnText);
     if (options.keepCData) XML_SetCdataSectionHandler(parser, &Handlers::OnStartCData, &Handlers::OnEndCData);
+}
+
+CExpatReader::CExpatReader(IXmlEvents& events, const CExpatOptions& options)
+    : m_events(&events), m_maxExpansion(OrUnlimited(options.maxExpansion)) {
+    constexpr char kSeparator[] = {IXmlEvents::kSeparator, '\0'};
+    Begin(kSeparator, options);
+    XML_Parser parser = m_parser.get();
+    XML_SetReturnNSTriplet(parser, 1);
+    XML_SetElementHandler(parser, &EventHandlers::OnStart, &EventHandlers::OnEnd);
+    XML_SetStartNamespaceDeclHandler(parser, &EventHandlers::OnNamespace);
+    XML_SetCharacterDataHandler(parser, &EventHandlers::OnText);
+    XML_SetCdataSectionHandler(parser, &EventHandlers::OnStartCData, &EventHandlers::OnEndCData);
+    XML_SetCommentHandler(parser, &EventHandlers::OnComment);
+    XML_SetProcessingInstructionHandler(parser, &EventHandlers::OnProcessingInstruction);
+    XML_SetStartDoctypeDeclHandler(parser, &EventHandlers::OnDoctype);
+}
+
+/// What both kinds share.
+void CExpatReader::Begin(const char* separator, const CExpatOptions& options) {
+    const char* const encoding = options.isUtf8 ? "UTF-8" : nullptr;
+    m_parser.reset(separator != nullptr ? XML_ParserCreateNS(encoding, *separator)
+                                        : XML_ParserCreate(encoding));
+    XML_Parser parser = m_parser.get();
+    if (parser == nullptr) throw std::bad_alloc();
+    XML_SetUserData(parser, this);
     XML_SetEntityDeclHandler(parser, &Handlers::OnEntity);
     XML_SetAttlistDeclHandler(parser, &Handlers::OnAttribute);
     XML_SetUnknownEncodingHandler(parser, &Handlers::OnUnknownEncoding, this);
@@ -295,9 +371,18 @@ bool CExpatReader::ParseBuffer(std::size_t length, bool isLast) {
     return m_position != before;
 }
 
+void CExpatReader::ParsePiece(const char* text, std::size_t length, bool isLast) {
+    Check(XML_Parse(m_parser.get(), text, static_cast<int>(length), isLast ? XML_TRUE : XML_FALSE));
+}
+
+std::uint64_t CExpatReader::GetOffset() const noexcept {
+    const XML_Index offset = XML_GetCurrentByteIndex(m_parser.get());
+    return offset < 0 ? 0 : static_cast<std::uint64_t>(offset);
+}
+
 void CExpatReader::Check(int status) {
     if (status == XML_STATUS_OK && m_exception == nullptr) return;
-    m_builder.Abandon();
+    if (m_builder != nullptr) m_builder->Abandon();
     if (m_exception != nullptr) std::rethrow_exception(m_exception);
     throw CKvException(Locate(XML_ErrorString(XML_GetErrorCode(m_parser.get()))));
 }

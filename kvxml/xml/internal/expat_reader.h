@@ -1,4 +1,4 @@
-/// Reads XML text into a tree by way of expat.
+/// Reads XML text by way of expat, into a tree or as events.
 #pragma once
 
 #include <cstddef>
@@ -10,6 +10,7 @@
 #include <string>
 
 #include "kvxml/export.h"
+#include "kvxml/xml/internal/xml_events.h"
 #include "kvxml/xml/internal/xml_tree_builder.h"
 
 struct XML_ParserStruct;
@@ -29,6 +30,8 @@ struct CExpatOptions {
 class CExpatReader {
 public:
     CExpatReader(CXmlTreeBuilder& builder, const CExpatOptions& options);
+    /// With prefixes in the names; `namespaces` and `keepCData` are of no account.
+    CExpatReader(IXmlEvents& events, const CExpatOptions& options);
     CExpatReader(const CExpatReader&) = delete;
     CExpatReader& operator=(const CExpatReader&) = delete;
     ~CExpatReader();
@@ -44,16 +47,23 @@ public:
     /// it has begun, and looks at all of it again with each piece, so that pieces should grow.
     bool ParseBuffer(std::size_t length, bool isLast);
 
+    /// Parses the next piece, which lies in memory of the caller's, at most `WholeLimit`.
+    void ParsePiece(const char* text, std::size_t length, bool isLast);
+    /// Where in the input the event stands that is being handled, or the error that was found.
+    std::uint64_t GetOffset() const noexcept;
+
     /// Set when parsing failed because the parser cannot read the encoding that the text declares, though the
     /// host's converter may know it; else empty.
     const std::string& GetUnreadEncoding() const noexcept { return m_unreadEncoding; }
 
 private:
     struct Handlers;
+    struct EventHandlers;
     struct Release {
         void operator()(XML_ParserStruct* parser) const noexcept;
     };
 
+    void Begin(const char* separator, const CExpatOptions& options);
     void LimitEntities();
     void CountDeclaredAttribute(const char* element);
     void CountElement(const char** attributes);
@@ -62,11 +72,13 @@ private:
     void Stop() noexcept;
     std::string Locate(const std::string& message) const;
 
-    CXmlTreeBuilder& m_builder;
+    CXmlTreeBuilder* const m_builder = nullptr;  // one of these two
+    IXmlEvents* const m_events = nullptr;
     std::unique_ptr<XML_ParserStruct, Release> m_parser;
     std::exception_ptr m_exception;  // thrown by a handler
     std::string m_unreadEncoding;
     int m_nestedEntities = 0;
+    bool m_isCounting = false;  // for events: the document type adds to the document
     const std::uint64_t m_maxExpansion;
     std::uint64_t m_expansion = 0;     // memory that declarations of the document type took
     std::int64_t m_elementPlace = -1;  // of the last element that was counted

@@ -254,11 +254,7 @@ private:
         const std::uint64_t number = m_reader.GetScopeNumber();
         const CSchemaStore::Scope*& known = m_scopes[number];
         if (known == nullptr) {
-            CSchemaStore::Scope scope;
-            std::string_view prefix;
-            std::string_view uri;
-            for (std::size_t i = 0; m_reader.GetScopeEntry(i, prefix, uri); ++i)
-                scope.emplace_back(prefix, uri);
+            CSchemaStore::Scope scope = m_reader.GetScope();
             known = m_store.KeepScope(std::move(scope));
         }
         return known;

@@ -1,0 +1,39 @@
+/// Lines and columns from offsets, counted when they are asked for.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace KvXmlLib16::internal {
+
+/// How bytes make characters, as far as counting needs it.
+enum class CountedEncoding : std::uint8_t { Utf8, SingleByte, Utf16LittleEndian, Utf16BigEndian };
+
+/// Goes forward only. Lines end with a line feed, a carriage return, or both.
+class CTextPosition {
+public:
+    /// By a byte-order mark, or the zero bytes of UTF-16 without one; else UTF-8.
+    void Begin(std::string_view firstBytes) noexcept;
+    void SetEncoding(CountedEncoding encoding) noexcept { m_encoding = encoding; }
+    CountedEncoding GetEncoding() const noexcept { return m_encoding; }
+
+    /// Counts the bytes that follow those counted before.
+    void Advance(std::string_view bytes) noexcept;
+
+    std::uint64_t GetOffset() const noexcept { return m_offset; }
+    std::uint64_t GetLine() const noexcept { return m_line; }
+    std::uint64_t GetColumn() const noexcept { return m_column; }
+
+private:
+    template <class Character>
+    void Count(Character character) noexcept;
+
+    std::uint64_t m_offset = 0;
+    std::uint64_t m_line = 1;
+    std::uint64_t m_column = 1;
+    std::uint64_t m_mark = 0;  // bytes of a byte-order mark
+    CountedEncoding m_encoding = CountedEncoding::Utf8;
+    bool m_afterReturn = false;
+};
+
+}  // namespace KvXmlLib16::internal

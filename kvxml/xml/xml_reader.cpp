@@ -1,0 +1,440 @@
+#include "kvxml/xml/xml_reader.h"
+
+#include <algorithm>
+#include <exception>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/namespace_uris.h"
+#include "kvxml/platform/internal/code_page.h"
+#include "kvxml/settings/serialization_context.h"
+#include "kvxml/xml/internal/expat_reader.h"
+#include "kvxml/xml/internal/text_position.h"
+#include "kvxml/xml/internal/tree_limits.h"
+#include "kvxml/xml/internal/xml_event_queue.h"
+#include "kvxml/xml/internal/xml_input.h"
+#include "kvxml/xml/xml_document.h"
+
+namespace KvXmlLib16 {
+
+using internal::CEventName;
+using internal::CXmlEventQueue;
+
+namespace {
+
+constexpr std::size_t kPiece = 65536;
+constexpr std::size_t kMaxPiece = std::size_t{1} << 26;
+
+/// How many children of each name an element has had so far.
+class ChildCounts {
+public:
+    void Clear() noexcept {
+        m_few.clear();
+        m_many.clear();
+    }
+    std::uint64_t Count(const CEventName* name) {
+        for (auto& [known, count] : m_few) {
+            if (known == name) return ++count;
+        }
+        if (m_few.size() < kFew) {
+            m_few.emplace_back(name, 1);
+            return 1;
+        }
+        return ++m_many[name];
+    }
+
+private:
+    static constexpr std::size_t kFew = 16;
+
+    std::vector<std::pair<const CEventName*, std::uint64_t>> m_few;
+    std::unordered_map<const CEventName*, std::uint64_t> m_many;
+};
+
+}  // namespace
+
+struct CXmlReader::Impl {
+    struct Open {
+        const CEventName* name;
+        std::uint64_t position;  // among the siblings of its name
+        std::size_t bindings;    // how many there were before
+        std::uint64_t scope;     // before
+    };
+    struct Binding {
+        std::string_view prefix;
+        std::string_view uri;
+    };
+
+    internal::InflateLimits inflateLimits;
+    std::size_t maxExpansion = 0;
+    std::uint64_t maxNames = 0;
+    std::uint64_t maxDepth = 0;
+
+    // Of the document that is open
+    std::string fileName;
+    std::unique_ptr<internal::CXmlInput> input;
+    std::unique_ptr<CXmlEventQueue> queue;
+    std::unique_ptr<internal::CExpatReader> parser;
+    std::string buffer;  // bytes that were given to the parser, from `bufferStart` on
+    std::uint64_t bufferStart = 0;
+    std::size_t piece = kPiece;
+    bool isUtf8 = false;  // whatever the text declares
+    bool isLast = false;
+    bool hasBegun = false;
+    std::string converted;     // the whole text, where the parser does not know its encoding
+    std::exception_ptr error;  // to be thrown when the queue is empty
+    std::uint64_t errorOffset = 0;
+    mutable internal::CTextPosition position;
+
+    // Where the caller is
+    const CXmlEventQueue::Event* event = nullptr;
+    XmlEvent kind = XmlEvent::None;
+    std::uint64_t offset = 0;
+    const CEventName* name = nullptr;
+    bool isAfterEnd = false;  // the element that ends is still the last of `open`
+    std::vector<CXmlReaderAttribute> attributes;
+    std::vector<Open> open;
+    std::vector<ChildCounts> counts;  // of the children of open elements, by depth
+    std::vector<Binding> bindings;
+    std::uint64_t scope = 0;
+    std::uint64_t lastScope = 0;
+
+    void Begin(std::string_view documentName);
+    void StartParser();
+    bool Fill();
+    void Parse(std::size_t got);
+    void ConvertAll();
+    void CountTo(std::uint64_t where) const;
+    void Take(const CXmlEventQueue::Event& taken);
+    void TakeStart();
+};
+
+void CXmlReader::Impl::Begin(std::string_view documentName) {
+    fileName = documentName;
+    buffer.clear();
+    bufferStart = 0;
+    piece = kPiece;
+    isUtf8 = isLast = hasBegun = false;
+    converted.clear();
+    error = nullptr;
+    position = {};
+    event = nullptr;
+    kind = XmlEvent::None;
+    offset = 0;
+    name = nullptr;
+    isAfterEnd = false;
+    attributes.clear();
+    open.clear();
+    counts.assign(1, ChildCounts());
+    bindings.clear();
+    scope = lastScope = 0;
+    input = std::make_unique<internal::CXmlInput>(inflateLimits);
+    StartParser();
+}
+
+void CXmlReader::Impl::StartParser() {
+    parser.reset();
+    queue = std::make_unique<CXmlEventQueue>(maxNames, maxDepth);
+    internal::CExpatOptions options;
+    options.isUtf8 = isUtf8;
+    options.maxExpansion = maxExpansion;
+    parser = std::make_unique<internal::CExpatReader>(*queue, options);
+    queue->SetParser(parser.get());
+}
+
+/// Counts lines up to a place that the buffer still holds.
+void CXmlReader::Impl::CountTo(std::uint64_t where) const {
+    const std::uint64_t from = position.GetOffset();
+    if (where <= from || from < bufferStart) return;
+    const std::string_view bytes(buffer);
+    const auto start = static_cast<std::size_t>(std::min<std::uint64_t>(from - bufferStart, bytes.size()));
+    const auto end = static_cast<std::size_t>(std::min<std::uint64_t>(where - bufferStart, bytes.size()));
+    position.Advance(bytes.substr(start, end - start));
+}
+
+/// Reads and parses pieces until there is an event. False at the end of the document.
+bool CXmlReader::Impl::Fill() {
+    while (queue->IsEmpty()) {
+        if (error != nullptr) {
+            kind = XmlEvent::None;
+            offset = errorOffset;
+            std::rethrow_exception(std::exchange(error, nullptr));
+        }
+        if (isLast || input == nullptr) return false;
+        queue->Clear();
+        // What the parser is not done with stays, for the places of what begins there.
+        const std::uint64_t done = parser->GetOffset();
+        CountTo(done);
+        if (done > bufferStart) {
+            const auto drop =
+                static_cast<std::size_t>(std::min<std::uint64_t>(done - bufferStart, buffer.size()));
+            buffer.erase(0, drop);
+            bufferStart += drop;
+        }
+        const std::size_t before = buffer.size();
+        buffer.resize(before + piece);
+        std::size_t got = 0;
+        try {
+            got = input->Read(buffer.data() + before, piece);
+        } catch (...) {
+            buffer.resize(before);
+            isLast = true;
+            throw;
+        }
+        buffer.resize(before + got);
+        isLast = got < piece;
+        if (!hasBegun) position.Begin(buffer);
+        hasBegun = true;
+        Parse(got);
+        piece = parser->GetOffset() > done ? kPiece : std::min(piece * 2, kMaxPiece);
+    }
+    return true;
+}
+
+void CXmlReader::Impl::Parse(std::size_t got) {
+    try {
+        parser->ParsePiece(buffer.data() + buffer.size() - got, got, isLast);
+    } catch (const CKvException&) {
+        if (!parser->GetUnreadEncoding().empty() && converted.empty()) return ConvertAll();
+        error = std::current_exception();
+        errorOffset = parser->GetOffset();
+        isLast = true;
+    } catch (...) {
+        error = std::current_exception();
+        errorOffset = parser->GetOffset();
+        isLast = true;
+    }
+}
+
+/// The parser does not know the encoding, which stands at the very beginning: nothing was delivered yet.
+void CXmlReader::Impl::ConvertAll() {
+    const std::exception_ptr reason = std::current_exception();
+    std::string all = std::move(buffer);
+    buffer.clear();
+    while (!isLast) {
+        const std::size_t before = all.size();
+        all.resize(before + kPiece);
+        const std::size_t got = input->Read(all.data() + before, kPiece);
+        all.resize(before + got);
+        isLast = got < kPiece;
+    }
+    if (!internal::EncodingToUtf8(parser->GetUnreadEncoding().c_str(), all, converted)) {
+        error = reason;
+        return;
+    }
+    isUtf8 = true;
+    isLast = hasBegun = false;
+    bufferStart = 0;
+    position = {};
+    StartParser();
+    input = std::make_unique<internal::CXmlInput>(internal::InflateLimits());
+    input->OpenMemory(converted.data(), converted.size());
+}
+
+// --- the caller's place ------------------------------------------------------------------------------------
+
+void CXmlReader::Impl::Take(const CXmlEventQueue::Event& taken) {
+    if (isAfterEnd) {
+        bindings.resize(open.back().bindings);
+        scope = open.back().scope;
+        open.pop_back();
+        isAfterEnd = false;
+    }
+    event = &taken;
+    kind = taken.kind;
+    offset = taken.offset;
+    attributes.clear();
+    name = nullptr;
+    if (kind == XmlEvent::StartElement) {
+        TakeStart();
+    } else if (kind == XmlEvent::EndElement) {
+        isAfterEnd = true;
+        name = open.back().name;
+    }
+}
+
+void CXmlReader::Impl::TakeStart() {
+    name = event->name;
+    const std::uint64_t among = counts[open.size()].Count(name);
+    open.push_back({name, among, bindings.size(), scope});
+    if (counts.size() <= open.size()) counts.emplace_back();
+    counts[open.size()].Clear();
+    if (event->declarationCount != 0) {
+        scope = ++lastScope;
+        for (std::size_t i = 0; i < event->declarationCount; ++i) {
+            const CXmlEventQueue::Declaration& declared = queue->Declarations()[event->firstDeclaration + i];
+            bindings.push_back({*declared.prefix, *declared.uri});
+        }
+    }
+    for (std::size_t i = 0; i < event->attributeCount; ++i) {
+        const CXmlEventQueue::Attribute& attribute = queue->Attributes()[event->firstAttribute + i];
+        attributes.push_back({attribute.name->namespaceUri, attribute.name->localName, attribute.name->prefix,
+                              queue->ViewOf(attribute.value), attribute.isDefaulted});
+    }
+}
+
+CXmlReader::CXmlReader() : CXmlReader(CSerializationContext::GetDefaultContext()) {}
+
+CXmlReader::CXmlReader(const CSerializationContext& context) : m_impl(std::make_unique<Impl>()) {
+    m_impl->inflateLimits = {context.GetMaxInflatedSize(), context.GetMaxInflationRatio()};
+    m_impl->maxExpansion = context.GetMaxExpansion();
+    m_impl->maxNames = internal::OrUnlimited<std::uint64_t>(context.GetMaxDistinctNames());
+    m_impl->maxDepth = internal::OrUnlimited<std::uint64_t>(context.GetMaxElementDepth());
+}
+
+CXmlReader::CXmlReader(CXmlReader&&) noexcept = default;
+CXmlReader& CXmlReader::operator=(CXmlReader&&) noexcept = default;
+CXmlReader::~CXmlReader() = default;
+
+void CXmlReader::OpenFile(const char* fileName) {
+    m_impl->Begin(fileName);
+    m_impl->input->OpenFile(fileName);
+}
+
+void CXmlReader::OpenBuffer(const void* data, std::size_t length, std::string_view name) {
+    m_impl->Begin(name);
+    m_impl->input->OpenMemory(data, length);
+}
+
+void CXmlReader::OpenStream(std::istream& stream, std::string_view name) {
+    m_impl->Begin(name);
+    m_impl->input->OpenStream(stream);
+}
+
+bool CXmlReader::Read() {
+    Impl& impl = *m_impl;
+    if (!impl.queue || (impl.queue->IsEmpty() && !impl.Fill())) {
+        impl.kind = XmlEvent::None;
+        impl.attributes.clear();
+        return false;
+    }
+    impl.Take(impl.queue->Pop());
+    return true;
+}
+
+XmlEvent CXmlReader::GetEvent() const noexcept {
+    return m_impl->kind;
+}
+
+bool CXmlReader::IsStart(std::string_view localName) const noexcept {
+    return m_impl->kind == XmlEvent::StartElement && m_impl->name->localName == localName;
+}
+
+bool CXmlReader::IsStart(std::string_view namespaceUri, std::string_view localName) const noexcept {
+    return IsStart(localName) && m_impl->name->namespaceUri == namespaceUri;
+}
+
+std::string_view CXmlReader::GetLocalName() const noexcept {
+    if (m_impl->name != nullptr) return m_impl->name->localName;
+    return m_impl->kind == XmlEvent::None ? std::string_view() : m_impl->queue->ViewOf(m_impl->event->target);
+}
+
+std::string_view CXmlReader::GetNamespaceUri() const noexcept {
+    return m_impl->name == nullptr ? std::string_view() : m_impl->name->namespaceUri;
+}
+
+std::string_view CXmlReader::GetPrefix() const noexcept {
+    return m_impl->name == nullptr ? std::string_view() : m_impl->name->prefix;
+}
+
+std::string_view CXmlReader::GetText() const noexcept {
+    return m_impl->kind == XmlEvent::None ? std::string_view() : m_impl->queue->ViewOf(m_impl->event->text);
+}
+
+// --- attributes and prefixes -------------------------------------------------------------------------------
+
+std::size_t CXmlReader::GetAttributeCount() const noexcept {
+    return m_impl->attributes.size();
+}
+
+const CXmlReaderAttribute& CXmlReader::GetAttributeAt(std::size_t index) const noexcept {
+    return m_impl->attributes[index];
+}
+
+const CXmlReaderAttribute* CXmlReader::FindAttribute(std::string_view namespaceUri,
+                                                     std::string_view localName) const noexcept {
+    for (const CXmlReaderAttribute& attribute : m_impl->attributes) {
+        if (attribute.localName == localName && attribute.namespaceUri == namespaceUri) return &attribute;
+    }
+    return nullptr;
+}
+
+std::string_view CXmlReader::GetAttribute(std::string_view localName) const noexcept {
+    const CXmlReaderAttribute* const found = FindAttribute({}, localName);
+    return found == nullptr ? std::string_view() : found->value;
+}
+
+bool CXmlReader::LookupNamespace(std::string_view prefix, std::string_view& namespaceUri) const noexcept {
+    if (prefix == "xml") {
+        namespaceUri = internal::kXmlNamespace;
+        return true;
+    }
+    for (auto binding = m_impl->bindings.rbegin(); binding != m_impl->bindings.rend(); ++binding) {
+        if (binding->prefix != prefix) continue;
+        namespaceUri = binding->uri;
+        return true;
+    }
+    return false;
+}
+
+std::uint64_t CXmlReader::GetScopeNumber() const noexcept {
+    return m_impl->scope;
+}
+
+std::vector<std::pair<std::string_view, std::string_view>> CXmlReader::GetScope() const {
+    // Of several declarations of a prefix only the last one counts.
+    std::vector<std::pair<std::string_view, std::string_view>> scope;
+    std::unordered_set<std::string_view> known;
+    for (auto binding = m_impl->bindings.rbegin(); binding != m_impl->bindings.rend(); ++binding) {
+        if (known.insert(binding->prefix).second) scope.emplace_back(binding->prefix, binding->uri);
+    }
+    return scope;
+}
+
+// --- places ------------------------------------------------------------------------------------------------
+
+std::uint32_t CXmlReader::GetDepth() const noexcept {
+    return static_cast<std::uint32_t>(m_impl->open.size());
+}
+
+std::string CXmlReader::GetPath() const {
+    std::string path;
+    for (const Impl::Open& element : m_impl->open) {
+        path += '/';
+        if (!element.name->prefix.empty()) path.append(element.name->prefix) += ':';
+        path += element.name->localName;
+        if (element.position > 1) path.append(1, '[').append(std::to_string(element.position)) += ']';
+    }
+    return path;
+}
+
+std::uint64_t CXmlReader::GetLine() const {
+    m_impl->CountTo(m_impl->offset);
+    return m_impl->position.GetLine();
+}
+
+std::uint64_t CXmlReader::GetColumn() const {
+    m_impl->CountTo(m_impl->offset);
+    return m_impl->position.GetColumn();
+}
+
+std::uint64_t CXmlReader::GetOffset() const noexcept {
+    return m_impl->offset;
+}
+
+const std::string& CXmlReader::GetFileName() const noexcept {
+    return m_impl->fileName;
+}
+
+// --- subtrees ----------------------------------------------------------------------------------------------
+
+void CXmlReader::SkipSubtree() {
+    const std::uint32_t depth = GetDepth();
+    while (Read()) {
+        if (GetEvent() == XmlEvent::EndElement && GetDepth() == depth) return;
+    }
+}
+
+}  // namespace KvXmlLib16
