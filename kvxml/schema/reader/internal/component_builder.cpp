@@ -200,6 +200,7 @@ T* CComponentBuilder::DeclareIn(CSymbolSpace<T>& space, At at, T& component) {
     const CExpandedName name{at.source->targetNamespace, m_store.Keep(local)};
     component.place = Place(at);
     if (!space.Add(name, &component)) {
+        if (space.Find(name)->place.document == nullptr) return nullptr;  // the schema for schemas itself
         Fault(at,
               std::string("The ") + WordOf(at.node->tag) + " " + Quoted(local) + " is already defined at " +
                   PlaceText(space.Find(name)->place) + ".",

@@ -214,6 +214,7 @@ void CSchemaSources::FollowImport(CSchemaSource& source, const CSchemaNode& node
         return;
     }
     source.imports.insert(wanted);
+    if (wanted == kSchemaNamespace) return;  // its components are built in
     const CResolvedLocation found =
         m_resolver.Resolve(wanted, node.Get("schemaLocation"), std::string(source.document->file));
     if (found.file.empty()) {

@@ -1,0 +1,402 @@
+#include "kvxml/schema/validation/internal/content_model.h"
+
+#include <algorithm>
+
+#include "kvxml/base/exceptions.h"
+
+namespace KvXmlLib16::internal {
+
+namespace {
+
+/// Choices of more alternatives are looked up by name.
+constexpr std::size_t kSmallChoice = 8;
+
+}  // namespace
+
+// --- compiling ---------------------------------------------------------------------------------------------
+
+CContentModel::CContentModel(const CParticle* particle) {
+    if (particle == nullptr) return;
+    m_root = AddParticle(*particle, 0);
+    Finish();
+}
+
+std::uint32_t CContentModel::AddNode(Kind kind) {
+    if (m_nodes.size() >= kMaxNodes) throw CKvException("The content model has too many particles.");
+    Node& node = m_nodes.emplace_back();
+    node.kind = kind;
+    return static_cast<std::uint32_t>(m_nodes.size() - 1);
+}
+
+void CContentModel::AdoptChildren(std::uint32_t parent, const std::vector<std::uint32_t>& children) {
+    m_nodes[parent].firstChild = static_cast<std::uint32_t>(m_children.size());
+    m_nodes[parent].childCount = static_cast<std::uint32_t>(children.size());
+    for (std::uint32_t i = 0; i < children.size(); ++i) {
+        m_nodes[children[i]].parent = parent;
+        m_nodes[children[i]].index = i;
+        m_children.push_back(children[i]);
+    }
+}
+
+std::uint32_t CContentModel::AddParticle(const CParticle& particle, std::size_t nesting) {
+    if (nesting > kMaxNesting) throw CKvException("The content model is nested too deeply.");
+    const std::uint32_t term = AddTerm(particle, nesting);
+    if (particle.minOccurs == 1 && particle.maxOccurs == 1) return term;
+    const std::uint32_t repeat = AddNode(Kind::Repeat);
+    Node& node = m_nodes[repeat];
+    node.min = particle.minOccurs;
+    node.max = particle.maxOccurs;
+    // One round or any number of rounds need no count.
+    const bool isUnbounded = node.max == CParticle::kUnbounded;
+    node.counts = node.min > 1 || (node.max > 1 && !isUnbounded);
+    node.isNullable = node.min == 0 || m_nodes[term].isNullable;
+    AdoptChildren(repeat, {term});
+    return repeat;
+}
+
+std::uint32_t CContentModel::AddTerm(const CParticle& particle, std::size_t nesting) {
+    if (const CElementDeclaration* element = particle.AsElement()) {
+        const std::uint32_t leaf = AddNode(Kind::Element);
+        m_nodes[leaf].element = element;
+        if (!element->substitutionGroupMembers.empty()) {
+            Table table;
+            AddMembers(*element, leaf, table);
+            m_nodes[leaf].table = static_cast<std::uint32_t>(m_tables.size());
+            m_tables.push_back(std::move(table));
+        }
+        return leaf;
+    }
+    if (const CWildcard* wildcard = particle.AsWildcard()) {
+        const std::uint32_t leaf = AddNode(Kind::Wildcard);
+        m_nodes[leaf].wildcard = wildcard;
+        return leaf;
+    }
+    const CModelGroup& group = *particle.AsGroup();
+    using Compositor = CModelGroup::Compositor;
+    const bool isChoice = group.compositor == Compositor::Choice;
+    const std::uint32_t node = AddNode(isChoice                              ? Kind::Choice
+                                       : group.compositor == Compositor::All ? Kind::All
+                                                                             : Kind::Sequence);
+    std::vector<std::uint32_t> children;
+    bool anyNullable = false;
+    bool allNullable = true;
+    for (const CParticle* child : group.particles) {
+        children.push_back(AddParticle(*child, nesting + 1));
+        anyNullable = anyNullable || m_nodes[children.back()].isNullable;
+        allNullable = allNullable && m_nodes[children.back()].isNullable;
+    }
+    m_nodes[node].isNullable = isChoice ? anyNullable : allNullable;
+    AdoptChildren(node, children);
+    return node;
+}
+
+/// Everything that may stand for the head, at any number of steps.
+void CContentModel::AddMembers(const CElementDeclaration& head, std::uint32_t leaf, Table& table) const {
+    std::vector<const CElementDeclaration*> open{&head};
+    while (!open.empty()) {
+        const CElementDeclaration& at = *open.back();
+        open.pop_back();
+        if (IsSubstitutable(at, head)) table.elements.emplace(at.name.localName, Target{leaf, &at});
+        open.insert(open.end(), at.substitutionGroupMembers.begin(), at.substitutionGroupMembers.end());
+    }
+}
+
+void CContentModel::Finish() {
+    // Parents come before their children but for repetitions, so the depths are found from the root down.
+    std::vector<std::uint32_t> open{m_root};
+    while (!open.empty()) {
+        const std::uint32_t at = open.back();
+        open.pop_back();
+        const Node& node = m_nodes[at];
+        const bool isTabled = node.parent != kNone && m_nodes[node.parent].kind == Kind::Choice &&
+                              m_nodes[node.parent].table != kNone;
+        if (node.kind == Kind::Choice && node.childCount > kSmallChoice && !isTabled) {
+            Table table;
+            CollectFirst(at, table);
+            m_nodes[at].table = static_cast<std::uint32_t>(m_tables.size());
+            m_tables.push_back(std::move(table));
+        }
+        const std::uint32_t below = node.depth + (node.kind == Kind::Repeat && node.counts ? 1 : 0);
+        for (std::uint32_t i = 0; i < node.childCount; ++i) {
+            m_nodes[m_children[node.firstChild + i]].depth = below;
+            open.push_back(m_children[node.firstChild + i]);
+        }
+    }
+}
+
+/// Leaves that may come first in the node.
+void CContentModel::CollectFirst(std::uint32_t at, Table& table) const {
+    std::vector<std::uint32_t> open{at};
+    while (!open.empty()) {
+        const std::uint32_t index = open.back();
+        const Node& node = m_nodes[index];
+        open.pop_back();
+        if (node.kind == Kind::Element) {
+            if (node.table == kNone) {
+                table.elements.emplace(node.element->name.localName, Target{index, node.element});
+            } else {
+                for (const auto& entry : m_tables[node.table].elements)
+                    table.elements.insert(entry);
+            }
+        } else if (node.kind == Kind::Wildcard) {
+            table.wildcards.push_back(index);
+        } else {
+            for (std::uint32_t i = 0; i < node.childCount; ++i) {
+                open.push_back(m_children[node.firstChild + i]);
+                if (node.kind == Kind::Sequence && !Child(node, i).isNullable) break;
+            }
+        }
+    }
+}
+
+// --- steps -------------------------------------------------------------------------------------------------
+
+CContentModel::Target CContentModel::FindIn(const Table& table, const Name& name) const {
+    const auto [first, last] = table.elements.equal_range(name.localName);
+    for (auto entry = first; entry != last; ++entry) {
+        if (entry->second.element->name.namespaceUri == name.namespaceUri) return entry->second;
+    }
+    for (const std::uint32_t wildcard : table.wildcards) {
+        if (m_nodes[wildcard].wildcard->Admits(name.namespaceUri)) return {wildcard, nullptr};
+    }
+    return {kNone, nullptr};
+}
+
+/// The leaf that takes the name as the first of the node's content.
+CContentModel::Target CContentModel::FindFirst(std::uint32_t at, const Name& name) const {
+    const Node& node = m_nodes[at];
+    if (node.table != kNone) return FindIn(m_tables[node.table], name);
+    switch (node.kind) {
+        case Kind::Element:
+            if (node.element->name.localName == name.localName &&
+                node.element->name.namespaceUri == name.namespaceUri)
+                return {at, node.element};
+            return {kNone, nullptr};
+        case Kind::Wildcard:
+            return {node.wildcard->Admits(name.namespaceUri) ? at : kNone, nullptr};
+        default:
+            break;
+    }
+    Target wildcard{kNone, nullptr};
+    for (std::uint32_t i = 0; i < node.childCount; ++i) {
+        const std::uint32_t child = m_children[node.firstChild + i];
+        const Target found = FindFirst(child, name);
+        if (found.element != nullptr) return found;
+        if (found.leaf != kNone && wildcard.leaf == kNone) wildcard = found;
+        if (node.kind == Kind::Sequence && !m_nodes[child].isNullable) break;
+    }
+    return wildcard;
+}
+
+CContentModel::Target CContentModel::FindInAll(const Node& all, const State& state, const Name& name) const {
+    for (std::uint32_t i = 0; i < all.childCount; ++i) {
+        if ((state.taken[i / 64] >> (i % 64) & 1) != 0) continue;
+        const Target found = FindFirst(m_children[all.firstChild + i], name);
+        if (found.leaf != kNone) return found;
+    }
+    return {kNone, nullptr};
+}
+
+bool CContentModel::IsAllDone(const Node& all, const State& state) const {
+    for (std::uint32_t i = 0; i < all.childCount; ++i) {
+        if ((state.taken[i / 64] >> (i % 64) & 1) == 0 && !Child(all, i).isNullable) return false;
+    }
+    return true;
+}
+
+/// Calls `emit(target, node below which it lies, repetition that begins a new round or kNone)` for each way
+/// to go on from a place with the name. `lenient`: as if everything required in between had been there.
+template <class Emit>
+void CContentModel::Walk(const State& state, const Place& place, const Name& name, bool lenient,
+                         Emit emit) const {
+    std::uint32_t at = place.leaf;
+    while (m_nodes[at].parent != kNone) {
+        const std::uint32_t above = m_nodes[at].parent;
+        const Node& node = m_nodes[above];
+        if (node.kind == Kind::Sequence) {
+            for (std::uint32_t i = m_nodes[at].index + 1; i < node.childCount; ++i) {
+                const std::uint32_t child = m_children[node.firstChild + i];
+                const Target found = FindFirst(child, name);
+                if (found.leaf != kNone) emit(found, above, kNone);
+                if (found.leaf != kNone && found.element != nullptr && !lenient && !m_nodes[child].isNullable)
+                    return;
+                if (!m_nodes[child].isNullable && !lenient) return;
+            }
+        } else if (node.kind == Kind::All) {
+            const Target found = FindInAll(node, state, name);
+            if (found.leaf != kNone) emit(found, above, kNone);
+            if (!lenient && !IsAllDone(node, state)) return;
+        } else if (node.kind == Kind::Repeat) {
+            const std::uint64_t rounds = node.counts ? place.counts[node.depth] : 1;
+            const bool isNullable = m_nodes[m_children[node.firstChild]].isNullable;
+            if (node.max == CParticle::kUnbounded || rounds < node.max) {
+                const Target found = FindFirst(m_children[node.firstChild], name);
+                if (found.leaf != kNone) emit(found, above, above);
+            }
+            if (rounds < node.min && !isNullable && !lenient) return;
+        }
+        at = above;
+    }
+}
+
+/// Moves the place to a leaf below `from`, whose counting nodes in between begin their first round.
+void CContentModel::Enter(Place& place, std::uint32_t leaf, std::uint32_t from) const {
+    const Node& outer = m_nodes[from];
+    const std::size_t kept = outer.depth + (outer.kind == Kind::Repeat && outer.counts ? 1u : 0u);
+    place.counts.resize(kept);
+    place.counts.resize(m_nodes[leaf].depth, 1);
+    place.leaf = leaf;
+}
+
+void CContentModel::Start(State& state) const {
+    state.isAtStart = true;
+    state.places.clear();
+}
+
+CMatch CContentModel::Step(State& state, const Name& name, bool lenient) const {
+    if (m_root == kNone) return {};
+    const auto matchOf = [this](const Target& target) {
+        return CMatch{target.element, target.element == nullptr ? m_nodes[target.leaf].wildcard : nullptr};
+    };
+    const auto take = [this, &state](std::uint32_t leaf) {
+        // The member of an all-group; the leaf may be inside a repetition of it.
+        for (std::uint32_t at = leaf; m_nodes[at].parent != kNone; at = m_nodes[at].parent) {
+            const Node& parent = m_nodes[m_nodes[at].parent];
+            if (parent.kind != Kind::All) continue;
+            state.taken.resize(parent.childCount / 64 + 1, 0);
+            state.taken[m_nodes[at].index / 64] |= std::uint64_t{1} << (m_nodes[at].index % 64);
+        }
+    };
+    if (state.isAtStart) {
+        const Target found = FindFirst(m_root, name);
+        Target target = found;
+        if (found.leaf == kNone && lenient) {
+            // Anywhere in the outermost sequence.
+            const Node* node = &m_nodes[m_root];
+            if (node->kind == Kind::Repeat) node = &Child(*node, 0);
+            for (std::uint32_t i = 0; node->kind == Kind::Sequence && i < node->childCount; ++i) {
+                target = FindFirst(m_children[node->firstChild + i], name);
+                if (target.leaf != kNone) break;
+            }
+        }
+        if (target.leaf == kNone) return {};
+        state.isAtStart = false;
+        state.taken.clear();
+        state.places.resize(1);
+        state.places[0].counts.assign(m_nodes[target.leaf].depth, 1);
+        state.places[0].leaf = target.leaf;
+        take(target.leaf);
+        return matchOf(target);
+    }
+    Target best{kNone, nullptr};
+    state.next.clear();
+    for (const Place& place : state.places) {
+        Walk(state, place, name, lenient, [&](const Target& target, std::uint32_t from, std::uint32_t round) {
+            if (lenient && best.leaf != kNone) return;
+            if (best.leaf != kNone && best.element == nullptr && target.element != nullptr)
+                state.next.clear();
+            if (best.leaf != kNone && best.element != nullptr && target.element == nullptr) return;
+            best = target;
+            Place moved = place;
+            if (round != kNone && m_nodes[round].counts) {
+                const Node& node = m_nodes[round];
+                std::uint64_t& rounds = moved.counts[node.depth];
+                // Beyond the least number they are all alike when there is no greatest.
+                if (node.max != CParticle::kUnbounded || rounds < node.min) ++rounds;
+            }
+            Enter(moved, target.leaf, from);
+            const bool isKnown = std::find(state.next.begin(), state.next.end(), moved) != state.next.end();
+            if (!isKnown && state.next.size() < kMaxPlaces) state.next.push_back(std::move(moved));
+        });
+    }
+    if (best.leaf == kNone) return {};
+    std::swap(state.places, state.next);
+    take(best.leaf);
+    return matchOf(best);
+}
+
+CMatch CContentModel::Next(State& state, std::string_view namespaceUri, std::string_view localName) const {
+    return Step(state, {namespaceUri, localName}, false);
+}
+
+CMatch CContentModel::Recover(State& state, std::string_view namespaceUri, std::string_view localName) const {
+    return Step(state, {namespaceUri, localName}, true);
+}
+
+bool CContentModel::MayEnd(const State& state, const Place& place) const {
+    for (std::uint32_t at = place.leaf; m_nodes[at].parent != kNone; at = m_nodes[at].parent) {
+        const Node& node = m_nodes[m_nodes[at].parent];
+        if (node.kind == Kind::Sequence) {
+            for (std::uint32_t i = m_nodes[at].index + 1; i < node.childCount; ++i) {
+                if (!Child(node, i).isNullable) return false;
+            }
+        } else if (node.kind == Kind::All) {
+            if (!IsAllDone(node, state)) return false;
+        } else if (node.kind == Kind::Repeat && node.counts) {
+            if (place.counts[node.depth] < node.min && !Child(node, 0).isNullable) return false;
+        }
+    }
+    return true;
+}
+
+bool CContentModel::MayEnd(const State& state) const {
+    if (m_root == kNone) return true;
+    if (state.isAtStart) return m_nodes[m_root].isNullable;
+    return std::any_of(state.places.begin(), state.places.end(),
+                       [&](const Place& place) { return MayEnd(state, place); });
+}
+
+// --- messages ----------------------------------------------------------------------------------------------
+
+void CContentModel::ListFirst(std::uint32_t at, std::vector<std::string>& names, std::size_t max) const {
+    if (names.size() >= max) return;
+    const Node& node = m_nodes[at];
+    std::string name;
+    if (node.kind == Kind::Element) name = "[" + std::string(node.element->name.localName) + "]";
+    if (node.kind == Kind::Wildcard) {
+        name = node.wildcard->constraint == CWildcard::Constraint::Any
+                   ? "any element"
+                   : "any element of [" + std::string(node.wildcard->namespaceText) + "]";
+    }
+    if (!name.empty()) {
+        if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(std::move(name));
+        return;
+    }
+    for (std::uint32_t i = 0; i < node.childCount; ++i) {
+        ListFirst(m_children[node.firstChild + i], names, max);
+        if (node.kind == Kind::Sequence && !Child(node, i).isNullable) break;
+    }
+}
+
+std::vector<std::string> CContentModel::Expected(const State& state, std::size_t max) const {
+    std::vector<std::string> names;
+    if (m_root == kNone) return names;
+    if (state.isAtStart) {
+        ListFirst(m_root, names, max);
+        return names;
+    }
+    const Place& place = state.places.front();
+    for (std::uint32_t at = place.leaf; m_nodes[at].parent != kNone; at = m_nodes[at].parent) {
+        const Node& node = m_nodes[m_nodes[at].parent];
+        if (node.kind == Kind::Sequence) {
+            for (std::uint32_t i = m_nodes[at].index + 1; i < node.childCount; ++i) {
+                ListFirst(m_children[node.firstChild + i], names, max);
+                if (!Child(node, i).isNullable) return names;
+            }
+        } else if (node.kind == Kind::All) {
+            for (std::uint32_t i = 0; i < node.childCount; ++i) {
+                if ((state.taken[i / 64] >> (i % 64) & 1) == 0)
+                    ListFirst(m_children[node.firstChild + i], names, max);
+            }
+            if (!IsAllDone(node, state)) return names;
+        } else if (node.kind == Kind::Repeat) {
+            const std::uint64_t rounds = node.counts ? place.counts[node.depth] : 1;
+            if (node.max == CParticle::kUnbounded || rounds < node.max)
+                ListFirst(m_children[node.firstChild], names, max);
+            if (rounds < node.min && !Child(node, 0).isNullable) return names;
+        }
+    }
+    return names;
+}
+
+}  // namespace KvXmlLib16::internal
