@@ -118,6 +118,7 @@ struct CIdentityConstraintDefinition : CComponent {
     XPath selector;
     std::vector<XPath> fields;
     const CIdentityConstraintDefinition* referencedKey = nullptr;  ///< of a keyref; else null
+    bool isReferenced = false;                                     ///< a keyref refers to it
 };
 
 }  // namespace KvXmlLib16

@@ -11,8 +11,8 @@
 #include <string_view>
 
 #include "kvxml/schema/model/fault.h"
-#include "kvxml/schema/model/schema_set.h"
 #include "kvxml/schema/model/schema_export.h"
+#include "kvxml/schema/model/schema_set.h"
 #include "kvxml/settings/serialization_context.h"
 
 namespace KvXmlLib16 {

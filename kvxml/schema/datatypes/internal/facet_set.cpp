@@ -69,26 +69,6 @@ bool ParseCount(std::string_view text, std::uint64_t& count) noexcept {
     return !isMinusZero || count == 0;
 }
 
-class CVectorScope : public IPrefixScope {
-public:
-    explicit CVectorScope(const std::vector<std::pair<std::string_view, std::string_view>>* entries)
-        : m_entries(entries) {}
-    bool Resolve(std::string_view prefix, std::string_view& uri) const override {
-        if (m_entries != nullptr) {
-            for (const auto& [known, value] : *m_entries) {
-                if (known == prefix) {
-                    uri = value;
-                    return true;
-                }
-            }
-        }
-        return false;
-    }
-
-private:
-    const std::vector<std::pair<std::string_view, std::string_view>>* m_entries;
-};
-
 /// Applies the facets of one restriction.
 class Narrower {
 public:

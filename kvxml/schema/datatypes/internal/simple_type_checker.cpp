@@ -43,6 +43,8 @@ public:
         }
     }
 
+    bool MayHaveReferences() const noexcept override { return mayHaveReferences; }
+
     const CSimpleTypeDefinition* type = nullptr;
     Variety variety = Variety::Atomic;
     BuiltInType builtIn = BuiltInType::AnySimpleType;
@@ -50,6 +52,7 @@ public:
     CFacetSet facets;
     std::shared_ptr<const Checker> item;
     std::vector<std::shared_ptr<const Checker>> members;
+    bool mayHaveReferences = false;
     bool containsList = false;  ///< a list, or a union with one
 
 private:
@@ -250,14 +253,20 @@ std::shared_ptr<const CSimpleTypeChecker> CompileSimpleType(const CSimpleTypeDef
         if (checker->item->containsList)
             report.Report(type.place, "The items of a list cannot be lists.", "cos-st-restricts.2.1");
         checker->containsList = true;
+        checker->mayHaveReferences = checker->item->mayHaveReferences;
     } else if (type.isConstructed && type.variety == Variety::Union) {
         checker->facets.whiteSpace = WhiteSpace::Collapse;
         for (const CSimpleTypeDefinition* member : type.memberTypeDefinitions) {
             const auto compiled = CheckerOf(member);
             if (compiled == nullptr) continue;
             checker->containsList = checker->containsList || compiled->containsList;
+            checker->mayHaveReferences = checker->mayHaveReferences || compiled->mayHaveReferences;
             checker->members.push_back(compiled);
         }
+    }
+    if (checker->builtIn == BuiltInType::ID || checker->builtIn == BuiltInType::IDREF ||
+        checker->builtIn == BuiltInType::ENTITY) {
+        checker->mayHaveReferences = true;
     }
     if (type.isBuiltIn) {
         CompileBuiltIn(type, *checker);

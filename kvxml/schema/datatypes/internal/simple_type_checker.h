@@ -20,6 +20,27 @@ public:
     virtual bool Resolve(std::string_view prefix, std::string_view& namespaceUri) const = 0;
 };
 
+/// The scope of a facet or value constraint, as components keep it; null: no prefix.
+class CVectorScope : public IPrefixScope {
+public:
+    explicit CVectorScope(const std::vector<std::pair<std::string_view, std::string_view>>* entries)
+        : m_entries(entries) {}
+    bool Resolve(std::string_view prefix, std::string_view& uri) const override {
+        if (m_entries != nullptr) {
+            for (const auto& [known, value] : *m_entries) {
+                if (known == prefix) {
+                    uri = value;
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+
+private:
+    const std::vector<std::pair<std::string_view, std::string_view>>* m_entries;
+};
+
 /// What a check found out about a valid value.
 struct CCheckedValue {
     /// After whitespace was treated.
@@ -44,6 +65,8 @@ public:
     virtual bool Check(std::string_view text, const IPrefixScope* scope, CCheckedValue* value,
                        std::string* error, const char** constraint) const = 0;
     virtual WhiteSpace GetWhiteSpace() const noexcept = 0;
+    /// Values may be, or contain, an ID, IDREF or ENTITY.
+    virtual bool MayHaveReferences() const noexcept = 0;
 };
 
 /// Compiles the type's checker from its base's, item's or members' checkers, which must be there, and its own

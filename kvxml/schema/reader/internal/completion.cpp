@@ -244,10 +244,11 @@ void CComponentBuilder::CompleteSubstitutionGroups() {
 
 void CComponentBuilder::CompleteKeyrefs() {
     for (const auto& [keyref, at] : m_keyrefs) {
-        const auto* const key =
+        auto* const key =
             Resolve(m_store.identityConstraints, at, at.node->Get("refer"), "identity constraint");
         if (key == nullptr) continue;
         keyref->referencedKey = key;
+        key->isReferenced = true;
         if (key->category == CIdentityConstraintDefinition::Category::Keyref) {
             Fault(at, "A keyref cannot refer to another keyref.", "c-props-correct.1");
             keyref->referencedKey = nullptr;
