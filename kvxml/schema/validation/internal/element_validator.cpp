@@ -246,7 +246,8 @@ const CTypeDefinition* CElementValidator::ReadXsiType(const CElementDeclaration*
         return nullptr;
     }
     if (declared == nullptr) return type;
-    DerivationSet blocked = declaration == nullptr ? Derivation_None : declaration->disallowedSubstitutions;
+    DerivationSet blocked = Derivation_None;
+    if (declaration != nullptr) blocked = declaration->disallowedSubstitutions;
     if (const CComplexTypeDefinition* complex = declared->AsComplex())
         blocked |= complex->prohibitedSubstitutions;
     if (IsDerivationOk(*type, *declared, blocked)) return type;

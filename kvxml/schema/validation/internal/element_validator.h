@@ -15,6 +15,10 @@
 #include "kvxml/schema/validation/internal/type_tables.h"
 #include "kvxml/schema/validation/schema_validator.h"
 
+namespace KvXmlLib16 {
+struct CXmlReaderAttribute;
+}
+
 namespace KvXmlLib16::internal {
 
 /// The state of one document. What depends on the schema alone is kept from document to document.
