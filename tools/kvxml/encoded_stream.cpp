@@ -20,6 +20,8 @@ namespace {
 
 const iconv_t kNoConverter = reinterpret_cast<iconv_t>(-1);
 constexpr std::size_t kPassLength = std::size_t{1} << 18;
+constexpr std::size_t kShortestWindow = 16;
+constexpr std::size_t kLongestWindow = std::size_t{1} << 16;
 
 bool IsNamed(const std::string& encoding, const char* name) {
     return strcasecmp(encoding.c_str(), name) == 0;
@@ -37,8 +39,7 @@ iconv_t Open(const std::string& encoding) {
     return iconv_open(IsNamed(encoding, "UTF-16") ? "UTF-16LE" : encoding.c_str(), "UTF-8");
 }
 
-/// Converts until the text ends or something stops it; returns the error number, or 0. Costs as much as it
-/// converts, so that it can be called for every character that stops it.
+/// Converts until the text ends or something stops it; returns the error number, or 0.
 int ConvertSome(iconv_t converter, const char*& at, const char* end, std::string& out) {
     char room[4096];
     char* in = const_cast<char*>(at);
@@ -87,13 +88,22 @@ void CEncoder::Convert(std::string_view utf8, std::string& out) {
     m_text += utf8;
     m_at = m_followed = m_text.data();
     const char* const end = m_at + m_text.size();
-    for (;;) {
-        const int error = ConvertSome(m_converter, m_at, end, out);
-        if (error != EILSEQ) break;  // all is done, or the rest of a character is missing
-        const Character character = FirstCharacter({m_at, static_cast<std::size_t>(end - m_at)});
-        Follow(m_at);
-        Refer(character.code, out);
-        m_at += character.length;
+    // The converter looks far ahead each time, so where it stops often, it is to see little of the text.
+    std::size_t window = kLongestWindow;
+    while (m_at != end) {
+        const std::string_view rest(m_at, static_cast<std::size_t>(end - m_at));
+        const int error = ConvertSome(m_converter, m_at, m_at + CutLength(rest, window), out);
+        if (error == EILSEQ) {
+            const Character character = FirstCharacter({m_at, static_cast<std::size_t>(end - m_at)});
+            Follow(m_at);
+            Refer(character.code, out);
+            m_at += character.length;
+            window = kShortestWindow;
+        } else if (error != 0) {
+            break;  // the rest of a character is missing
+        } else {
+            window = std::min(2 * window, kLongestWindow);
+        }
     }
     Follow(m_at);
     m_text.erase(0, static_cast<std::size_t>(m_at - m_text.data()));
