@@ -25,8 +25,8 @@ struct CJsonMapping {
     bool namespaces = true;       ///< prefixes are looked up; else they are parts of the names
     bool allowLate = false;       ///< throw CLateJsonAttribute, not the error that such an attribute is
     bool deliverLiteral = false;  ///< give the sink names as they stand, and declarations as attributes
-    bool exactStrings = false;    ///< tabs and carriage returns in the values of attributes stay
     bool countItems = false;      ///< `Item` is not called
+    bool exactStrings = false;    ///< tabs and carriage returns in the values of attributes stay
 };
 
 /// What does not depend on where the elements go: paths, names, attributes of the element that is about to
