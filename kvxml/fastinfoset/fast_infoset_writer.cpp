@@ -510,7 +510,7 @@ void CFastInfosetWriter::WriteText(std::string_view text, ItemType type, bool is
     State& state = Begun();
     StartContent();
     internal::CRepetition& repetition = state.elements.last->repetition;
-    if (text.front() == '<' && text.substr(0, kSectionStart.size()) == kSectionStart) {
+    if (!m_lossless && text.substr(0, kSectionStart.size()) == kSectionStart) {
         for (;;) {
             const std::size_t start = text.find(kSectionStart);
             const std::size_t end =

@@ -39,6 +39,10 @@ public:
                                 bool writeDefaultValues = false);
     ~CFastInfosetWriter() override;
 
+    /// Whether a text that begins with "<![CDATA[" is written as the text that it is; otherwise what stands
+    /// between the marks becomes a CDATA section, as it does unless set.
+    void SetLossless(bool lossless) noexcept { m_lossless = lossless; }
+
     /// Discards what was written and starts the document.
     void BeginOutput() override;
     /// Checks that every element was closed, and that there was one.
@@ -55,7 +59,8 @@ public:
     /// Likewise; one XML element is taken as well and written as what it is.
     void WriteRawAfterSpace(std::string_view text) override;
     void WriteStartElement(std::string_view localName, std::string_view namespaceUri) override;
-    /// Empty text writes nothing. CDATA sections are kept as such where the text begins with one.
+    /// Empty text writes nothing. CDATA sections are kept as such where the text begins with one, unless
+    /// the writer is lossless.
     void WriteText(std::string_view text, ItemType type, bool isDefaultValue) override;
     void WriteEndElement() override;
     void WriteAttribute(std::string_view localName, std::string_view namespaceUri, std::string_view value,
@@ -87,6 +92,7 @@ private:
     CFastInfosetContext m_settings;
     FInfoDecl m_decl;
     bool m_writeDefaultValues;
+    bool m_lossless = false;
     std::unique_ptr<State> m_state;
 };
 

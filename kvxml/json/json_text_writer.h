@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -65,6 +66,13 @@ public:
     /// Each member and item on a line of its own (the default), or all on one line.
     void SetFormatted(bool formatted) noexcept {
         m_formatted = formatted;
+        ForgetNames();
+    }
+
+    /// Deepest level of objects and arrays that has its own indentation; what is further inside is indented
+    /// as far. No limit unless set.
+    void SetMaxIndentedDepth(std::uint32_t depth) {
+        m_layout.SetMaxIndentedDepth(depth);
         ForgetNames();
     }
 

@@ -42,6 +42,12 @@ public:
     /// Sets whether it may.
     void GetAllowComments(bool value) noexcept { m_allowComments = value; }
 
+    /// Whether strings of input are taken as they are. Default false, as if they stood in XML text: a text
+    /// that begins with "<![CDATA[" holds a CDATA section, tabs in the values of attributes become blanks,
+    /// and carriage returns in them are left out. (Texts of elements never have carriage returns.)
+    bool GetExactStrings() const noexcept { return m_exactStrings; }
+    void SetExactStrings(bool value) noexcept { m_exactStrings = value; }
+
     /// Whether strings are escaped in output as RFC 8259 has it, so that any value gives valid JSON. Default
     /// false: quotation marks, backslashes and some control characters are written as they are.
     bool GetEscapeStrings() const noexcept { return m_escapeStrings; }
@@ -51,6 +57,7 @@ private:
     std::string m_rootElementName;
     JsonRoundTrip m_supportRoundtrip = JsonRoundTrip_Full;
     bool m_allowComments = true;
+    bool m_exactStrings = false;
     bool m_escapeStrings = false;
 };
 

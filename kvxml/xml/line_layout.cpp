@@ -25,16 +25,27 @@ void CLineLayout::SetIndentChars(std::string_view indentChars) {
     m_indentationLength = 0;
 }
 
-void CLineLayout::ExtendIndentation(std::size_t length) {
-    std::size_t wanted = std::max<std::size_t>(2 * length, 64);
+void CLineLayout::SetMaxIndentedDepth(std::size_t depth) {
+    m_maxIndentedDepth = depth;
+    m_indentation.clear();
+    m_indentationLength = 0;
+}
+
+/// Makes the indentation that long, as far as it may be, and returns how long it is to be.
+std::size_t CLineLayout::ExtendIndentation(std::size_t length) {
+    const std::size_t unit = m_indentChars.size();  // not 0, for the length is more than what there is
+    const std::size_t most = m_maxIndentedDepth > length / unit ? length : m_maxIndentedDepth * unit;
+    if (most <= m_indentationLength) return most;
+    std::size_t levels = std::max<std::size_t>(2 * most, 64) / unit + 1;
+    levels = std::min(levels, m_maxIndentedDepth);
     std::string indentation;
-    indentation.reserve(wanted + m_indentChars.size() + CStringBuffer::kSlack);
-    while (indentation.size() < wanted)
+    indentation.reserve(levels * unit + CStringBuffer::kSlack);
+    for (std::size_t level = 0; level < levels; ++level)
         indentation += m_indentChars;
-    wanted = indentation.size();
-    indentation.resize(wanted + CStringBuffer::kSlack);
+    m_indentationLength = indentation.size();
+    indentation.resize(m_indentationLength + CStringBuffer::kSlack);
     m_indentation = std::move(indentation);
-    m_indentationLength = wanted;
+    return most;
 }
 
 }  // namespace KvXmlLib16::internal

@@ -29,6 +29,8 @@ public:
     /// Indentation of one level; a tab unless set.
     void SetIndentChars(std::string_view indentChars);
     const std::string& GetIndentChars() const noexcept { return m_indentChars; }
+    /// Levels further inside are indented like this one.
+    void SetMaxIndentedDepth(std::size_t depth);
 
     std::string_view LineEnd() const noexcept { return {m_eolText, m_eolLength}; }
     char* PutLineEnd(char* out) const noexcept {
@@ -39,8 +41,7 @@ public:
     /// Length of the indentation of `depth` levels, which `PutIndentation` can put from now on.
     std::size_t PrepareIndentation(std::size_t depth) {
         const std::size_t length = depth * m_indentChars.size();
-        if (length > m_indentationLength) ExtendIndentation(length);
-        return length;
+        return length > m_indentationLength ? ExtendIndentation(length) : length;
     }
     char* PutIndentation(char* out, std::size_t length) const noexcept {
         const char* const blanks = m_indentation.data();
@@ -50,7 +51,7 @@ public:
     }
 
 private:
-    void ExtendIndentation(std::size_t length);
+    std::size_t ExtendIndentation(std::size_t length);
 
     EOLType m_eol = EOLType_LF;
     std::size_t m_eolLength = 1;
@@ -58,6 +59,7 @@ private:
     std::string m_indentChars = "\t";
     std::string m_indentation;  // m_indentChars repeated, and slack behind what is used of it
     std::size_t m_indentationLength = 0;
+    std::size_t m_maxIndentedDepth = static_cast<std::size_t>(-1);
 };
 
 }  // namespace KvXmlLib16::internal

@@ -30,6 +30,7 @@ constexpr std::size_t kLongestReference = 6;
 
 enum ByteClass : std::uint8_t {
     kPlain,
+    kTab,
     kLineFeed,
     kCarriageReturn,
     kQuote,
@@ -44,7 +45,7 @@ constexpr std::array<ByteClass, 256> MakeByteClasses() {
     std::array<ByteClass, 256> classes{};
     for (unsigned byte = 0; byte < 0x20; ++byte)
         classes[byte] = kForbidden;
-    classes['\t'] = kPlain;
+    classes['\t'] = kTab;
     classes['\n'] = kLineFeed;
     classes['\r'] = kCarriageReturn;
     classes['"'] = kQuote;
@@ -227,7 +228,7 @@ void CXmlTextWriter::WriteText(std::string_view text, ItemType, bool isDefaultVa
     if (context == nullptr) ThrowNoElement();
     const std::string_view tagEnd(">", context->startTagOpen ? 1 : 0);
     context->startTagOpen = false;
-    if (BeginsWithSection(text)) {
+    if (BeginsWithSection(text) && !m_lossless) {
         Buffer().Append(tagEnd);
         AppendWithSections(text);
     } else {
@@ -466,10 +467,17 @@ void CXmlTextWriter::AppendEscapedInPieces(std::string_view text) {
                 case kPlain:
                     *out++ = character;
                     break;
+                case kTab:
+                    if (kAttribute && m_lossless)
+                        out = Put(out, "&#x9;");
+                    else
+                        *out++ = character;
+                    break;
                 case kLineFeed:
                     out = kAttribute ? Put(out, "&#xA;") : m_layout.PutLineEnd(out);
                     break;
                 case kCarriageReturn:
+                    if (m_lossless) out = Put(out, "&#xD;");
                     break;
                 case kQuote:
                     if (kAttribute)

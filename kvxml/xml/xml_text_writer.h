@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -32,7 +33,8 @@ struct CPreparedName;
 ///
 /// Names are written as given. Text and attribute values are escaped; a character that XML 1.0 cannot
 /// represent (a control character other than tab, line feed and carriage return) throws
-/// CKvInvalidValueException. Carriage returns are dropped, line feeds in text become the line end.
+/// CKvInvalidValueException. Carriage returns are dropped, line feeds in text become the line end;
+/// `SetLossless` keeps what readers would otherwise not get back.
 /// Misuse throws CKvException; what was written until then stays in the stream.
 class KVXML_EXPORT CXmlTextWriter : public CXmlWriter {
 public:
@@ -56,12 +58,23 @@ public:
         m_formatted = formatted;
         ForgetNames();
     }
+    /// Deepest level that has its own indentation; what is further inside is indented as far. No limit unless
+    /// set.
+    void SetMaxIndentedDepth(std::uint32_t depth) {
+        m_layout.SetMaxIndentedDepth(depth);
+        ForgetNames();
+    }
+    /// Whether readers get back what was written, whatever it is: a text that begins with "<![CDATA[" is
+    /// escaped as any other, carriage returns and, in attribute values, tabs are written as references. Not
+    /// unless set.
+    void SetLossless(bool lossless) noexcept { m_lossless = lossless; }
     /// Whether texts that are default values are written; not unless set.
     void SetWriteDefaultValues(bool write) noexcept { m_writeDefaultValues = write; }
 
     EOLType GetEOL() const noexcept { return m_layout.GetEOL(); }
     const std::string& GetIndentChars() const noexcept { return m_layout.GetIndentChars(); }
     bool GetFormatted() const noexcept { return m_formatted; }
+    bool GetLossless() const noexcept { return m_lossless; }
     bool GetWriteDefaultValues() const noexcept { return m_writeDefaultValues; }
     CTextStream* GetStream() const noexcept { return m_stream; }
 
@@ -79,7 +92,8 @@ public:
     void WriteRaw(std::string_view text) override;
     void WriteRawAfterSpace(std::string_view text) override;
     void WriteStartElement(std::string_view localName, std::string_view namespaceUri) override;
-    /// Empty text writes nothing. CDATA sections at the beginning of the text are written as they are.
+    /// Empty text writes nothing. CDATA sections at the beginning of the text are written as they are, unless
+    /// the writer is lossless.
     void WriteText(std::string_view text, ItemType type, bool isDefaultValue) override;
     void WriteEndElement() override;
     void WriteAttribute(std::string_view localName, std::string_view namespaceUri, std::string_view value,
@@ -117,6 +131,7 @@ private:
     bool m_needsFlush;
     bool m_formatted = true;
     bool m_writeDefaultValues;
+    bool m_lossless = false;
     bool m_isUtf8;
     internal::CLineLayout m_layout;
     std::unique_ptr<internal::CPreparedNames> m_preparedNames;  // made when the first one is

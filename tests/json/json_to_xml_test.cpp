@@ -125,6 +125,11 @@ TEST(JsonToXml, Settings) {
     keeping.SetStripCDATA(false);
     Check({R"({"a":"<![CDATA[<x>]]>y"})", "a'<![CDATA[<x>]]>y'"}, keeping);
 
+    CSerializationContext exact = Context();
+    exact.GetJsonContext().SetExactStrings(true);
+    Check({R"({"a":{"@x":"1\r2\t3\n4","#text":"<![CDATA[<x>]]>y\r"}})", "a@x=1\r2\t3\n4'<![CDATA[<x>]]>y'"},
+          exact);
+
     CSerializationContext named = Context();
     named.GetJsonContext().SetRootElementName("root");
     for (const MappingRow& row :

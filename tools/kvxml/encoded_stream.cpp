@@ -7,9 +7,10 @@
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
-#include <random>
 
+#include "tools/kvxml/messages.h"
 #include "tools/kvxml/progress.h"
+#include "tools/kvxml/utf8.h"
 
 namespace tool {
 
@@ -19,6 +20,8 @@ namespace {
 
 const iconv_t kNoConverter = reinterpret_cast<iconv_t>(-1);
 constexpr std::size_t kPassLength = std::size_t{1} << 18;
+constexpr std::size_t kShortestWindow = 16;
+constexpr std::size_t kLongestWindow = std::size_t{1} << 16;
 
 bool IsNamed(const std::string& encoding, const char* name) {
     return strcasecmp(encoding.c_str(), name) == 0;
@@ -38,36 +41,20 @@ iconv_t Open(const std::string& encoding) {
 
 /// Converts until the text ends or something stops it; returns the error number, or 0.
 int ConvertSome(iconv_t converter, const char*& at, const char* end, std::string& out) {
-    constexpr std::size_t kRoom = 4096;
+    char room[4096];
     char* in = const_cast<char*>(at);
     std::size_t length = static_cast<std::size_t>(end - at);
     int error = 0;
     do {
-        const std::size_t used = out.size();
-        const std::size_t room = length * 2 + kRoom;
-        out.resize(used + room);
-        char* to = out.data() + used;
-        std::size_t left = room;
+        char* to = room;
+        std::size_t left = sizeof(room);
         const std::size_t result = iconv(converter, &in, &length, &to, &left);
         error = result == static_cast<std::size_t>(-1) ? errno : 0;
-        out.resize(out.size() - left);
+        out.append(room, sizeof(room) - left);
         if (error == 0 && result > 0) throw CFailure("characters that the encoding does not have");
     } while (error == E2BIG);
     at = in;
     return error;
-}
-
-std::size_t CharacterLength(const char* character) {
-    const auto lead = static_cast<unsigned char>(*character);
-    return lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-}
-
-unsigned CodePoint(std::string_view character) {
-    unsigned code = static_cast<unsigned char>(character[0]);
-    if (character.size() > 1) code &= 0x7FU >> character.size();
-    for (const char c : character.substr(1))
-        code = code << 6 | (static_cast<unsigned char>(c) & 0x3FU);
-    return code;
 }
 
 }  // namespace
@@ -101,13 +88,22 @@ void CEncoder::Convert(std::string_view utf8, std::string& out) {
     m_text += utf8;
     m_at = m_followed = m_text.data();
     const char* const end = m_at + m_text.size();
-    for (;;) {
-        const int error = ConvertSome(m_converter, m_at, end, out);
-        if (error != EILSEQ) break;  // all is done, or the rest of a character is missing
-        const std::size_t length = std::min(CharacterLength(m_at), static_cast<std::size_t>(end - m_at));
-        Follow(m_at);
-        Refer({m_at, length}, out);
-        m_at += length;
+    // The converter looks far ahead each time, so where it stops often, it is to see little of the text.
+    std::size_t window = kLongestWindow;
+    while (m_at != end) {
+        const std::string_view rest(m_at, static_cast<std::size_t>(end - m_at));
+        const int error = ConvertSome(m_converter, m_at, m_at + CutLength(rest, window), out);
+        if (error == EILSEQ) {
+            const Character character = FirstCharacter({m_at, static_cast<std::size_t>(end - m_at)});
+            Follow(m_at);
+            Refer(character.code, out);
+            m_at += character.length;
+            window = kShortestWindow;
+        } else if (error != 0) {
+            break;  // the rest of a character is missing
+        } else {
+            window = std::min(2 * window, kLongestWindow);
+        }
     }
     Follow(m_at);
     m_text.erase(0, static_cast<std::size_t>(m_at - m_text.data()));
@@ -121,14 +117,15 @@ void CEncoder::Finish(std::string& out) {
     out.append(reset, sizeof(reset) - left);
 }
 
-void CEncoder::Refer(std::string_view character, std::string& out) {
+void CEncoder::Refer(char32_t character, std::string& out) {
+    const auto code = static_cast<unsigned>(character);
     char reference[16];
     if (m_inTag && m_quote == '\0') {
-        std::snprintf(reference, sizeof(reference), "U+%04X", CodePoint(character));
+        std::snprintf(reference, sizeof(reference), "U+%04X", code);
         throw CFailure("a name contains " + std::string(reference) + ", which " + m_encoding +
                        " does not have");
     }
-    const int length = std::snprintf(reference, sizeof(reference), "&#x%X;", CodePoint(character));
+    const int length = std::snprintf(reference, sizeof(reference), "&#x%X;", code);
     const char* at = reference;
     ConvertSome(m_converter, at, reference + length, out);
 }
@@ -174,7 +171,6 @@ void CEncodedStream::Flush() {
     m_text.resize(used + GetBufferedLength());
     GetBuffer().CopyTo(m_text.data() + used);
     GetBuffer().Reset();
-    if (!m_tabMark.empty()) ResolveMarks(used - std::min(used, m_tabMark.size()));
     if (m_text.size() >= kPassLength) Pass(false);
 }
 
@@ -183,34 +179,8 @@ void CEncodedStream::End() {
     Pass(true);
 }
 
-std::string_view CEncodedStream::GetTabMark() {
-    constexpr char kRareCharacter = '\x7F';
-    constexpr int kWords = 4;
-    if (m_tabMark.empty()) {
-        std::random_device random;
-        m_tabMark = kRareCharacter;
-        for (int i = 0; i < kWords; ++i)
-            m_tabMark += std::to_string(random());
-    }
-    return m_tabMark;
-}
-
-void CEncodedStream::ResolveMarks(std::size_t from) {
-    while ((from = m_text.find(m_tabMark, from)) != std::string::npos)
-        m_text.replace(from, m_tabMark.size(), "&#x9;");
-}
-
 void CEncodedStream::Pass(bool isLast) {
     Progress().Advance(m_text.size());
-    // What may be the beginning of a mark waits for the rest.
-    std::size_t kept = 0;
-    if (!m_tabMark.empty() && !isLast) {
-        const std::size_t start = m_text.rfind(m_tabMark.front());
-        if (start != std::string::npos && m_text.size() - start < m_tabMark.size())
-            kept = m_text.size() - start;
-    }
-    const std::string rest = m_text.substr(m_text.size() - kept);
-    m_text.resize(m_text.size() - kept);
     if (m_encoder == nullptr) {
         m_output.Write(m_text);
     } else {
@@ -219,7 +189,7 @@ void CEncodedStream::Pass(bool isLast) {
         if (isLast) m_encoder->Finish(m_bytes);
         m_output.Write(m_bytes);
     }
-    m_text = rest;
+    m_text.clear();
 }
 
 }  // namespace tool

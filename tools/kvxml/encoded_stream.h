@@ -30,13 +30,12 @@ public:
     void Finish(std::string& out);
 
 private:
-    void ConvertUntil(const char* end, std::string& out);
-    void Refer(std::string_view character, std::string& out);
+    void Refer(char32_t character, std::string& out);
     void Follow(const char* end);
 
     std::string m_encoding;
     void* m_converter;       // iconv_t
-    std::string m_text;      // of this call, behind what the last one left
+    std::string m_text;      // of this call, after what the last one left
     const char* m_at;        // next to be converted
     const char* m_followed;  // up to here the markup is known
     bool m_inTag = false;
@@ -52,22 +51,16 @@ public:
     /// The encoding as the document's declaration names it.
     const std::string& GetDeclaredName() const noexcept { return m_declaredName; }
 
-    /// Stands for a tab that must be written as a reference; no document can foresee it. Valid as long as the
-    /// stream.
-    std::string_view GetTabMark();
-
     void Begin() override;
     void End() override;
     void Flush() override;
 
 private:
     void Pass(bool isLast);
-    void ResolveMarks(std::size_t from);
 
     COutput& m_output;
     std::string m_declaredName;
     std::unique_ptr<CEncoder> m_encoder;  // null for UTF-8
-    std::string m_tabMark;                // empty until it is asked for
     std::string m_text;
     std::string m_bytes;
 };

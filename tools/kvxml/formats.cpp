@@ -1,18 +1,18 @@
 #include "tools/kvxml/formats.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
+#include <algorithm>
+#include <cstdint>
 #include <vector>
 
 #include "kvxml/fastinfoset/fast_infoset_writer.h"
 #include "kvxml/json/json_text_writer.h"
 #include "kvxml/objects/xml_tree_writer.h"
+#include "kvxml/settings/json_context.h"
 #include "kvxml/xml/xml_element.h"
 #include "kvxml/xml/xml_text_writer.h"
 #include "tools/kvxml/encoded_stream.h"
+#include "tools/kvxml/input.h"
+#include "tools/kvxml/messages.h"
 
 namespace tool {
 
@@ -20,36 +20,11 @@ using namespace KvXmlLib16;
 
 namespace {
 
-constexpr std::size_t kFirstPiece = std::size_t{1} << 16;
-
-std::vector<unsigned char> ReadStandardInput() {
-    std::vector<unsigned char> data;
-    std::size_t length = 0;
-    for (;;) {
-        if (data.size() - length < kFirstPiece) data.resize(data.size() * 2 + kFirstPiece);
-        const ssize_t count = read(STDIN_FILENO, data.data() + length, data.size() - length);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) throw CFailure("cannot read", errno);
-        if (count == 0) break;
-        length += static_cast<std::size_t>(count);
-    }
-    data.resize(length);
-    return data;
-}
-
-/// Says what the host says where a regular file cannot be opened.
-void CheckFile(const std::string& fileName) {
-    struct stat status;
-    if (stat(fileName.c_str(), &status) != 0) throw CFailure("", errno);
-    if (S_ISDIR(status.st_mode)) throw CFailure("", EISDIR);
-    if (faccessat(AT_FDCWD, fileName.c_str(), R_OK, AT_EACCESS) != 0) throw CFailure("", errno);
-}
-
 // --- XML ---------------------------------------------------------------------------------------------------
 
 /// Fast Infoset too, which shows by its first bytes.
 void ReadXml(const std::string& input, CXmlDocument& document) {
-    if (input == "-") {
+    if (IsStandardInput(input)) {
         const std::vector<unsigned char> data = ReadStandardInput();
         document.LoadXmlStream(data.data(), data.size());
     } else {
@@ -58,41 +33,24 @@ void ReadXml(const std::string& input, CXmlDocument& document) {
     }
 }
 
+/// Indentation grows to so many levels or characters, so that it does not make up the greater part of deep
+/// documents.
+constexpr std::uint32_t kMostIndentedLevels = 64;
+constexpr std::uint32_t kLongestIndentation = 256;
+
 template <class Writer>
 void SetLayout(Writer& writer, const Layout& layout) {
     writer.SetFormatted(!layout.compact);
     if (layout.indent >= 0) writer.SetIndentChars(std::string(static_cast<std::size_t>(layout.indent), ' '));
+    const auto perLevel = static_cast<std::uint32_t>(std::max(layout.indent, 1));
+    writer.SetMaxIndentedDepth(std::min(kMostIndentedLevels, kLongestIndentation / perLevel));
 }
-
-/// Keeps tabs in attribute values, which readers would turn into blanks if they were written as they are.
-class CWriter : public CXmlTextWriter {
-public:
-    explicit CWriter(CEncodedStream& stream) : CXmlTextWriter(&stream), m_stream(stream) {}
-
-    void WriteAttribute(std::string_view localName, std::string_view namespaceUri, std::string_view value,
-                        ItemType type) override {
-        if (value.find('\t') == std::string_view::npos) {
-            CXmlTextWriter::WriteAttribute(localName, namespaceUri, value, type);
-            return;
-        }
-        std::string marked;
-        for (const char c : value) {
-            if (c == '\t')
-                marked += m_stream.GetTabMark();
-            else
-                marked += c;
-        }
-        CXmlTextWriter::WriteAttribute(localName, namespaceUri, marked, type);
-    }
-
-private:
-    CEncodedStream& m_stream;
-};
 
 void WriteXml(const CXmlElement& root, COutput& output, const Layout& layout,
               const CSerializationContext& context) {
     CEncodedStream stream(output, layout.encoding);
-    CWriter writer(stream);
+    CXmlTextWriter writer(&stream);
+    writer.SetLossless(true);
     SetLayout(writer, layout);
     writer.BeginOutput();
     stream.Append(R"(<?xml version="1.0" encoding=")" + stream.GetDeclaredName() + R"("?>)");
@@ -103,8 +61,13 @@ void WriteXml(const CXmlElement& root, COutput& output, const Layout& layout,
 
 // --- JSON --------------------------------------------------------------------------------------------------
 
+/// Strings of JSON stand for themselves; there is no markup in them.
+void PrepareJson(CSerializationContext& context) {
+    context.GetJsonContext().SetExactStrings(true);
+}
+
 void ReadJson(const std::string& input, CXmlDocument& document) {
-    if (input == "-") {
+    if (IsStandardInput(input)) {
         const std::vector<unsigned char> data = ReadStandardInput();
         document.BuildFromJsonStream(data.data(), data.size());
     } else {
@@ -132,6 +95,7 @@ void WriteJson(const CXmlElement& root, COutput& output, const Layout& layout,
 void WriteFastInfoset(const CXmlElement& root, COutput& output, const Layout&,
                       const CSerializationContext& context) {
     CFastInfosetWriter writer(context.GetFIContext());
+    writer.SetLossless(true);
     writer.BeginOutput();
     WriteXmlTree(root, writer, context);
     writer.EndDocument();
@@ -142,9 +106,9 @@ void WriteFastInfoset(const CXmlElement& root, COutput& output, const Layout&,
 // -----------------------------------------------------------------------------------------------------------
 
 constexpr Format kFormats[] = {
-    {"xml", {".xml", ""}, ReadXml, WriteXml},
-    {"json", {".json", ""}, ReadJson, WriteJson},
-    {"fi", {".fi", ".finf"}, ReadXml, WriteFastInfoset},
+    {"xml", {".xml", ""}, nullptr, ReadXml, WriteXml},
+    {"json", {".json", ""}, PrepareJson, ReadJson, WriteJson},
+    {"fi", {".fi", ".finf"}, nullptr, ReadXml, WriteFastInfoset},
 };
 
 bool EndsWith(std::string_view text, std::string_view end) {

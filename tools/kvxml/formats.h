@@ -21,6 +21,8 @@ struct Layout {
 struct Format {
     const char* option;  // what --from and --to call it
     std::string_view suffixes[2];
+    /// Settings for reading; null where there are none.
+    void (*prepare)(KvXmlLib16::CSerializationContext& context);
     void (*read)(const std::string& input, KvXmlLib16::CXmlDocument& document);
     void (*write)(const KvXmlLib16::CXmlElement& root, COutput& output, const Layout& layout,
                   const KvXmlLib16::CSerializationContext& context);
@@ -28,7 +30,7 @@ struct Format {
 
 /// The format with this option name, or null.
 const Format* FindFormat(std::string_view option);
-/// The format that the file's name tells, with or without ".gz" behind it; XML when it tells none.
+/// The format that the file's name tells, with or without ".gz" at its end; XML when it tells none.
 const Format& FormatOf(std::string_view fileName);
 /// Whether the name ends in ".gz".
 bool IsGzipName(std::string_view fileName);

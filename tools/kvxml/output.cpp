@@ -15,14 +15,15 @@
 #include <cstring>
 #include <random>
 
+#include "tools/kvxml/messages.h"
+
 namespace tool {
 
 namespace {
 
-constexpr std::size_t kHeldPiece = std::size_t{1} << 20;
 constexpr std::size_t kMaximumTransfer = std::size_t{1} << 30;
 constexpr int kMaximumLinks = 40;
-constexpr std::array<int, 3> kFatalSignals{SIGINT, SIGTERM, SIGHUP};
+constexpr std::array<int, 5> kFatalSignals{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU};
 
 // --- signals -----------------------------------------------------------------------------------------------
 
@@ -92,10 +93,15 @@ void WriteAll(int handle, std::string_view bytes) {
     }
 }
 
-}  // namespace
+/// Puts the new name of a file on the disk. The file is whole under either name, so nothing depends on it.
+void SynchronizeFolder(const std::string& folder) {
+    const int handle = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (handle < 0) return;
+    fsync(handle);
+    close(handle);
+}
 
-CFailure::CFailure(const std::string& attempt, int error)
-    : std::runtime_error((attempt.empty() ? attempt : attempt + ": ") + std::strerror(error)) {}
+}  // namespace
 
 // --- compression -------------------------------------------------------------------------------------------
 
@@ -113,7 +119,7 @@ struct COutput::CCompressor {
     ~CCompressor() { deflateEnd(&stream); }
 
     /// Compresses the bytes; the last ones end the stream.
-    void Add(std::string_view bytes, bool isLast, COutput& output) {
+    void Add(std::string_view bytes, bool isLast, int handle) {
         do {
             const std::size_t length = std::min(bytes.size(), kMaximumTransfer);
             stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
@@ -123,7 +129,7 @@ struct COutput::CCompressor {
                 stream.next_out = reinterpret_cast<Bytef*>(buffer.data());
                 stream.avail_out = static_cast<uInt>(buffer.size());
                 deflate(&stream, isLast && bytes.empty() ? Z_FINISH : Z_NO_FLUSH);
-                output.Store({buffer.data(), buffer.size() - stream.avail_out});
+                WriteAll(handle, {buffer.data(), buffer.size() - stream.avail_out});
             } while (stream.avail_out == 0);
         } while (!bytes.empty());
     }
@@ -158,18 +164,21 @@ void COutput::Locate(const std::string& name) {
         if (links >= kMaximumLinks) throw CFailure("", ELOOP);
         m_target = std::move(next);
     }
-    struct stat existing;
-    if (stat(m_target.c_str(), &existing) != 0) {
+    m_replaces = stat(m_target.c_str(), &m_existing) == 0;
+    if (!m_replaces) {
         if (errno != ENOENT) throw CFailure("", errno);
-        CreateTemporary(nullptr);
+        CreateTemporary();
         return;
     }
-    if (S_ISDIR(existing.st_mode)) throw CFailure("", EISDIR);
+    if (S_ISDIR(m_existing.st_mode)) throw CFailure("", EISDIR);
     if (faccessat(AT_FDCWD, m_target.c_str(), W_OK, AT_EACCESS) != 0) throw CFailure("", errno);
-    if (S_ISREG(existing.st_mode)) CreateTemporary(&existing);
+    if (S_ISREG(m_existing.st_mode))
+        CreateTemporary();
+    else
+        Open();
 }
 
-void COutput::CreateTemporary(const struct stat* existing) {
+void COutput::CreateTemporary() {
     std::random_device random;
     const CSignalGuard guard;
     do {
@@ -177,7 +186,7 @@ void COutput::CreateTemporary(const struct stat* existing) {
         std::snprintf(suffix, sizeof(suffix), ".kvxml-%08x.tmp", random());
         m_temporary = FolderOf(m_target) + suffix;
         m_handle = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY,
-                        existing != nullptr ? 0600 : 0666);
+                        m_replaces ? 0600 : 0666);
     } while (m_handle < 0 && (errno == EEXIST || errno == EINTR));
     if (m_handle < 0) {
         m_temporary.clear();
@@ -185,81 +194,97 @@ void COutput::CreateTemporary(const struct stat* existing) {
     }
     m_ownsHandle = true;
     std::snprintf(g_temporary, sizeof(g_temporary), "%s", m_temporary.c_str());
-    if (existing != nullptr) KeepPermissions(*existing);
 }
 
-void COutput::KeepPermissions(const struct stat& existing) {
-    constexpr mode_t kPermissions = 0777;
-    constexpr mode_t kGroupPermissions = 0070;
-    mode_t mode = existing.st_mode & kPermissions;
-    // Who may not give files away keeps the group at least, or takes the rights of a group that would be
-    // another one.
-    if (fchown(m_handle, existing.st_uid, existing.st_gid) != 0 &&
-        fchown(m_handle, static_cast<uid_t>(-1), existing.st_gid) != 0) {
-        mode &= ~kGroupPermissions;
+/// Opens a device or a pipe.
+void COutput::Open() {
+    do {
+        m_handle = open(m_target.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+    } while (m_handle < 0 && errno == EINTR);
+    if (m_handle < 0) throw CFailure("", errno);
+    m_ownsHandle = true;
+}
+
+/// Gives the file owner, group and permissions of the one that it replaces, as far as the host permits.
+void COutput::KeepPermissions() {
+    constexpr mode_t kBits = 07777;
+    mode_t mode = m_existing.st_mode & kBits;
+    // Who may not give files away keeps the group at least. Nobody gets rights that they did not have.
+    if (fchown(m_handle, m_existing.st_uid, m_existing.st_gid) != 0) {
+        mode &= ~static_cast<mode_t>(S_ISUID);
+        if (fchown(m_handle, static_cast<uid_t>(-1), m_existing.st_gid) != 0)
+            mode &= ~static_cast<mode_t>(S_IRWXG | S_ISGID);
     }
     fchmod(m_handle, mode);
+    struct stat now;
+    if (fstat(m_handle, &now) != 0) throw CFailure("", errno);
+    const auto note = [this](const std::string& what) {
+        m_remark += (m_remark.empty() ? "not kept: " : ", ") + what;
+    };
+    if (now.st_uid != m_existing.st_uid) note("owner");
+    if (now.st_gid != m_existing.st_gid) note("group");
+    if ((now.st_mode & kBits) != (m_existing.st_mode & kBits)) {
+        char text[64];
+        std::snprintf(text, sizeof(text), "permissions (%04o instead of %04o)",
+                      static_cast<unsigned>(now.st_mode & kBits),
+                      static_cast<unsigned>(m_existing.st_mode & kBits));
+        note(text);
+    }
+}
+
+/// Puts the content of the file on the disk, where the file system can do that.
+void COutput::Synchronize() const {
+    int result;
+    do {
+        result = fsync(m_handle);
+    } while (result != 0 && errno == EINTR);
+    const bool isUnsupported = errno == EINVAL || errno == ENOTSUP || errno == ENOSYS;
+    if (result != 0 && !isUnsupported) throw CFailure("cannot write", errno);
 }
 
 void COutput::Write(std::string_view bytes) {
     if (bytes.empty()) return;
     if (m_compressor != nullptr)
-        m_compressor->Add(bytes, false, *this);
+        m_compressor->Add(bytes, false, m_handle);
     else
-        Store(bytes);
-}
-
-void COutput::Store(std::string_view bytes) {
-    if (!m_temporary.empty()) {
         WriteAll(m_handle, bytes);
-        return;
-    }
-    if (m_held.empty() || m_held.back().size() + bytes.size() > kHeldPiece) {
-        m_held.emplace_back();
-        m_held.back().reserve(std::max(kHeldPiece, bytes.size()));
-    }
-    m_held.back().append(bytes);
 }
 
 void COutput::Commit() {
-    if (m_compressor != nullptr) m_compressor->Add({}, true, *this);
+    if (m_compressor != nullptr) m_compressor->Add({}, true, m_handle);
     if (m_temporary.empty()) {
-        WriteHeld();
-        return;
-    }
-    CloseHandle();
-    const CSignalGuard guard;
-    if (rename(m_temporary.c_str(), m_target.c_str()) != 0) throw CFailure("cannot replace it", errno);
-    m_temporary.clear();
-    g_temporary[0] = '\0';
-}
-
-void COutput::WriteHeld() {
-    if (m_handle < 0) {
-        do {
-            m_handle = open(m_target.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
-        } while (m_handle < 0 && errno == EINTR);
-        if (m_handle < 0) throw CFailure("", errno);
-        m_ownsHandle = true;
-    }
-    for (std::string& piece : m_held) {
-        WriteAll(m_handle, piece);
-        std::string().swap(piece);
-    }
-    if (m_ownsHandle) {
+        if (!m_ownsHandle) {
+            // A copy is closed to learn of what only closing reveals; the descriptor itself is not ours.
+            m_handle = dup(m_handle);
+            if (m_handle < 0) return;
+            m_ownsHandle = true;
+        }
         CloseHandle();
         return;
     }
-    // A copy is closed to learn of what only closing reveals; the descriptor itself is not ours.
-    m_handle = dup(m_handle);
-    if (m_handle < 0) return;
-    m_ownsHandle = true;
+    if (m_replaces) KeepPermissions();
+    Synchronize();
     CloseHandle();
+    {
+        const CSignalGuard guard;
+        if (rename(m_temporary.c_str(), m_target.c_str()) != 0) throw CFailure("cannot replace it", errno);
+        m_temporary.clear();
+        g_temporary[0] = '\0';
+    }
+    SynchronizeFolder(FolderOf(m_target));
+}
+
+bool COutput::IsTerminal() const {
+    return isatty(m_handle) == 1;
 }
 
 void COutput::CloseHandle() {
     m_ownsHandle = false;
     if (close(m_handle) != 0 && errno != EINTR) throw CFailure("cannot write", errno);
+}
+
+std::string OutputName(const std::string& name) {
+    return name == "-" ? "standard output" : name;
 }
 
 void PrepareProcess() {

@@ -3,29 +3,21 @@
 
 #include <sys/stat.h>
 
-#include <cstddef>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace tool {
 
-/// A failure that is reported in one line with the name of the file that it is about.
-class CFailure : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-    /// What was attempted, if that needs saying, and the host's text for the error number.
-    CFailure(const std::string& attempt, int error);
-};
+/// "standard output" or the name, as messages call it.
+std::string OutputName(const std::string& name);
 
-/// Bytes that appear at their target all at once, in `Commit`, or not at all.
+/// The bytes of a document on their way to a file, or to what is none.
 ///
-/// A regular file is written under a temporary name beside its target, which is then replaced and keeps its
-/// permissions; symbolic links stay, and what they point to is replaced. The temporary file is removed when
-/// the output is destroyed before that, and by SIGINT, SIGTERM and SIGHUP. What goes to a device, a pipe or
-/// an open descriptor is held in memory until `Commit`.
+/// A regular file appears all at once, in `Commit`, or not at all: it is written under a temporary name
+/// beside its target, which is then replaced and keeps its permissions; symbolic links stay, and what they
+/// point to is replaced. The temporary file is removed when the output is destroyed before that, and by
+/// signals that end the process. What goes to a device, a pipe or an open descriptor is written as it comes.
 class COutput {
 public:
     /// `name` "-" is standard output. CFailure when the target cannot be written, as far as this can be
@@ -35,25 +27,34 @@ public:
     COutput& operator=(const COutput&) = delete;
     ~COutput();
 
+    /// CFailure when they cannot be written.
     void Write(std::string_view bytes);
-    /// Finishes compression, writes what is left, and puts the file in its place.
+    /// Finishes compression, and puts the file in its place once it is on the disk.
     void Commit();
+
+    /// Whether people read along.
+    bool IsTerminal() const;
+    /// After `Commit`: what the file has not kept of the one that it has replaced; empty when there is
+    /// nothing.
+    const std::string& GetRemark() const noexcept { return m_remark; }
 
 private:
     struct CCompressor;
 
     void Locate(const std::string& name);
-    void CreateTemporary(const struct stat* existing);
-    void KeepPermissions(const struct stat& existing);
-    void Store(std::string_view bytes);
-    void WriteHeld();
+    void CreateTemporary();
+    void Open();
+    void KeepPermissions();
+    void Synchronize() const;
     void CloseHandle();
 
     std::string m_target;
     std::string m_temporary;  // empty: there is none
     int m_handle = -1;
     bool m_ownsHandle = false;
-    std::vector<std::string> m_held;  // for targets that are not regular files
+    bool m_replaces = false;
+    struct stat m_existing {};  // of what is replaced
+    std::string m_remark;
     std::unique_ptr<CCompressor> m_compressor;
 };
 

@@ -14,7 +14,7 @@ constexpr std::chrono::milliseconds kInterval{200};
 
 }  // namespace
 
-CProgress::CProgress() : m_isOnTerminal(isatty(STDERR_FILENO) == 1), m_next(Clock::now() + kPatience) {}
+CProgress::CProgress() : m_isEnabled(isatty(STDERR_FILENO) == 1), m_next(Clock::now() + kPatience) {}
 
 void CProgress::Start(const char* work, const char* units, std::uint64_t unit) {
     m_work = work;

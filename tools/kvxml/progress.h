@@ -14,13 +14,18 @@ public:
     CProgress& operator=(const CProgress&) = delete;
     ~CProgress() { Clear(); }
 
-    bool IsOnTerminal() const noexcept { return m_isOnTerminal; }
+    bool IsEnabled() const noexcept { return m_isEnabled; }
+    /// Shows nothing from now on.
+    void Disable() noexcept {
+        Clear();
+        m_isEnabled = false;
+    }
     /// A new kind of work begins: "Reading", in units of "elements", `unit` to one that is shown.
     void Start(const char* work, const char* units, std::uint64_t unit);
     /// Cheap enough for every few thousand steps.
     void Advance(std::uint64_t count) {
         m_count += count;
-        if (m_isOnTerminal) Show();
+        if (m_isEnabled) Show();
     }
     /// Removes the line, so that a message can take its place.
     void Clear() noexcept;
@@ -30,7 +35,7 @@ private:
 
     void Show();
 
-    const bool m_isOnTerminal;
+    bool m_isEnabled;
     bool m_isShown = false;
     const char* m_work = "";
     const char* m_units = "";

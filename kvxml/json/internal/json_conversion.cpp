@@ -36,6 +36,7 @@ void Convert(std::string_view json, const CSerializationContext& context, Sink& 
     mapping.namespaces = context.GetSchemaType() != SchemaType_NoNamespaces;
     mapping.allowLate = !anyOrder;
     mapping.deliverLiteral = literal;
+    mapping.exactStrings = settings.GetExactStrings();
     CJsonToXml<Sink> handler(mapping, sink);
     try {
         if (anyOrder) {
@@ -57,6 +58,7 @@ CBinaryData JsonToXml(std::string_view json, const CSerializationContext& contex
     for (bool anyOrder = false;; anyOrder = true) {
         CTextStream stream(XmlEncoding_UTF8);
         CXmlTextWriter writer(&stream);
+        writer.SetLossless(context.GetJsonContext().GetExactStrings());
         writer.BeginOutput();
         CJsonWriterSink sink(writer, false, OrUnlimited(context.GetMaxElementDepth()));
         sink.KeepTextsWhole(writer);
@@ -76,7 +78,8 @@ CBinaryData JsonToXml(std::string_view json, const CSerializationContext& contex
 
 bool JsonToTree(std::string_view json, const CSerializationContext& context, CXmlTreeBuilder& builder,
                 bool anyOrder) {
-    CJsonTreeSink sink(builder, context.GetStripCDATA());
+    const bool stripsCData = context.GetStripCDATA() && !context.GetJsonContext().GetExactStrings();
+    CJsonTreeSink sink(builder, stripsCData);
     try {
         Convert(json, context, sink, false, anyOrder);
         return true;

@@ -201,13 +201,15 @@ void CJsonToXmlBase::HoldText(std::string_view text, bool isStable, bool isSpeci
 
 std::string_view CJsonToXmlBase::Clean(std::string_view value, bool isAttribute) {
     if (!NeedsCleaning(value, isAttribute)) return value;
+    const bool keepsBlanks = isAttribute && m_mapping.exactStrings;
     m_clean.clear();
     for (std::size_t i = 0; i < value.size(); ++i) {
         const auto byte = static_cast<unsigned char>(value[i]);
         unsigned forbidden = 0;
         if (byte == 0xEF && IsNonCharacter(value.substr(i))) {
             forbidden = value[i + 2] == '\xBE' ? 0xFFFE : 0xFFFF;
-        } else if (byte >= 0x20 || byte == '\n' || (byte == '\t' && !isAttribute)) {
+        } else if (byte >= 0x20 || byte == '\n' || (byte == '\t' && !isAttribute) ||
+                   (keepsBlanks && (byte == '\t' || byte == '\r'))) {
             m_clean += value[i];
             continue;
         } else if (byte == '\t') {

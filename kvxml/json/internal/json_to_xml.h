@@ -26,6 +26,7 @@ struct CJsonMapping {
     bool allowLate = false;       ///< throw CLateJsonAttribute, not the error that such an attribute is
     bool deliverLiteral = false;  ///< give the sink names as they stand, and declarations as attributes
     bool countItems = false;      ///< `Item` is not called
+    bool exactStrings = false;    ///< tabs and carriage returns in the values of attributes stay
 };
 
 /// What does not depend on where the elements go: paths, names, attributes of the element that is about to
