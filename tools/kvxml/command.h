@@ -11,5 +11,6 @@ struct Command {
 };
 
 int RunConvert(int argc, char** argv);
+int RunValidate(int argc, char** argv);
 
 }  // namespace tool

@@ -1,0 +1,338 @@
+/// `kvxml validate`: judges documents by a schema, or a schema by itself.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/namespace_uris.h"
+#include "kvxml/schema/schema.h"
+#include "kvxml/xml/xml_reader.h"
+#include "tools/kvxml/command.h"
+#include "tools/kvxml/input.h"
+#include "tools/kvxml/limits.h"
+#include "tools/kvxml/messages.h"
+#include "tools/kvxml/progress.h"
+#include "tools/kvxml/usage.h"
+
+namespace tool {
+
+using namespace KvXmlLib16;
+
+namespace {
+
+struct Options {
+    std::vector<std::string> schemas;
+    CSchemaLoadOptions load;
+    std::vector<std::string> mappings;  // NAMESPACE=FILE
+    std::vector<std::string> documents;
+    std::size_t maxErrors = CFaultList::kDefaultLimit;
+    bool quiet = false;
+    unsigned jobs = 1;
+    CSerializationContext context;
+};
+
+void AddOptions(CLI::App& parser, Options& options) {
+    parser.add_option("--schema", options.schemas, "Schema document; may be given several times")
+        ->allow_extra_args(false);
+    parser.add_option("--catalog", options.load.catalogs, "OASIS catalog for namespaces and locations")
+        ->allow_extra_args(false);
+    parser
+        .add_option("--map", options.mappings,
+                    "NAMESPACE=FILE or LOCATION=FILE: where a schema document is to be had")
+        ->allow_extra_args(false)
+        ->check([](const std::string& text) {
+            const std::size_t at = text.rfind('=');
+            return at == std::string::npos || at == 0 || at + 1 == text.size() ? "no NAMESPACE=FILE: " + text
+                                                                               : std::string();
+        });
+    parser
+        .add_option("--include-path", options.load.includePaths,
+                    "Folder for schema documents that are not beside others")
+        ->allow_extra_args(false);
+    parser.add_option("--max-errors", options.maxErrors, "Faults told of each document; 0 for all")
+        ->capture_default_str();
+    parser.add_flag("--quiet,-q", options.quiet, "Tell verdicts only, no faults");
+    parser.add_option("--jobs,-j", options.jobs, "Documents judged at a time")
+        ->check(CLI::Range(1, 256))
+        ->capture_default_str();
+    AddLimitOptions(parser, options.context);
+    parser.add_option(
+        "DOCUMENT", options.documents,
+        "Documents, plain or compressed, and folders of .xml files; - for standard input. None: the "
+        "schema itself is judged");
+}
+
+/// What is told about one fault, in two lines where the path in the document is known.
+void Tell(std::string& text, const CFault& fault) {
+    text += Printable(ToText(fault)) + "\n";
+    if (!fault.path.empty()) text += "    " + Printable(fault.path) + "\n";
+}
+
+void TellAll(std::string& text, const CFaultList& faults) {
+    for (const CFault& fault : faults.GetFaults())
+        Tell(text, fault);
+    if (faults.GetCount() > faults.GetFaults().size()) text += "(no further faults are told)\n";
+}
+
+/// A document with what is found of it.
+struct Result {
+    bool isValid = false;
+    bool isFailure = false;  // it could not be read
+    std::string faults;
+};
+
+/// Judges documents in one thread.
+class CJudge {
+public:
+    CJudge(const Options& options, std::shared_ptr<const CSchemaSet> schema)
+        : m_options(options), m_schema(std::move(schema)) {
+        m_validation.maxFaults = options.maxErrors;
+        m_validation.context = &options.context;
+        if (m_schema != nullptr) m_validator = std::make_unique<CSchemaValidator>(m_schema, m_validation);
+    }
+
+    Result Judge(const std::string& name) {
+        Result result;
+        try {
+            std::vector<unsigned char> data;
+            const bool isInput = IsStandardInput(name);
+            if (isInput) {
+                data = ReadStandardInput();
+            } else {
+                CheckFile(name);
+            }
+            CXmlReader reader(m_options.context);
+            const auto open = [&] {
+                if (isInput) {
+                    reader.OpenBuffer(data.data(), data.size(), InputName(name));
+                } else {
+                    reader.OpenFile(name.c_str());
+                }
+            };
+            CSchemaValidator* validator = m_validator.get();
+            if (validator == nullptr) {
+                open();
+                validator = ByHints(reader, result);
+                if (validator == nullptr) return result;
+            }
+            open();
+            const CValidationReport report = validator->Validate(reader);
+            result.isValid = report.IsValid();
+            TellAll(result.faults, report);
+        } catch (const std::exception& e) {
+            result.isFailure = true;
+            const auto* const own = dynamic_cast<const CKvException*>(&e);
+            result.faults =
+                Printable(InputName(name) + ": " + (own != nullptr ? own->GetMessage() : e.what())) + "\n";
+        }
+        return result;
+    }
+
+private:
+    using Hints = std::vector<std::pair<std::string, std::string>>;
+
+    /// The validator of the schema that the document itself names.
+    CSchemaValidator* ByHints(CXmlReader& reader, Result& result) {
+        Hints hints;
+        try {
+            while (reader.Read()) {
+                if (reader.GetEvent() == XmlEvent::StartElement) AddHints(reader, hints);
+            }
+        } catch (const CKvException& e) {
+            CFault fault;
+            fault.file = reader.GetFileName();
+            fault.line = reader.GetLine();
+            fault.column = reader.GetColumn();
+            fault.message = e.GetMessage();
+            Tell(result.faults, fault);
+            return nullptr;
+        }
+        auto& known = m_byHints[{reader.GetFileName(), hints}];
+        if (known == nullptr) {
+            CSchemaLoader loader(m_options.load);
+            for (const auto& [uri, location] : hints)
+                loader.AddHint(uri, location, reader.GetFileName());
+            CFaultList faults(m_options.maxErrors);
+            const std::shared_ptr<const CSchemaSet> schema = loader.Load(faults);
+            if (schema == nullptr) {
+                TellAll(result.faults, faults);
+                return nullptr;
+            }
+            known = std::make_unique<CSchemaValidator>(schema, m_validation);
+        }
+        return known.get();
+    }
+
+    static void AddHints(const CXmlReader& reader, Hints& hints) {
+        constexpr std::string_view kInstance = internal::kInstanceNamespace;
+        const auto add = [&](std::string uri, std::string location) {
+            std::pair<std::string, std::string> hint(std::move(uri), std::move(location));
+            if (std::find(hints.begin(), hints.end(), hint) == hints.end()) hints.push_back(std::move(hint));
+        };
+        if (const auto* attribute = reader.FindAttribute(kInstance, "noNamespaceSchemaLocation")) {
+            for (const std::string& location : Words(attribute->value))
+                add({}, location);
+        }
+        if (const auto* attribute = reader.FindAttribute(kInstance, "schemaLocation")) {
+            const std::vector<std::string> words = Words(attribute->value);
+            for (std::size_t i = 0; i + 1 < words.size(); i += 2)
+                add(words[i], words[i + 1]);
+        }
+    }
+
+    static std::vector<std::string> Words(std::string_view text) {
+        std::vector<std::string> words;
+        while (!text.empty()) {
+            const std::size_t start = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+            text.remove_prefix(start);
+            const std::size_t end = std::min(text.find_first_of(" \t\r\n"), text.size());
+            if (end != 0) words.emplace_back(text.substr(0, end));
+            text.remove_prefix(end);
+        }
+        return words;
+    }
+
+    const Options& m_options;
+    std::shared_ptr<const CSchemaSet> m_schema;
+    CValidationOptions m_validation;
+    std::unique_ptr<CSchemaValidator> m_validator;
+    std::map<std::pair<std::string, Hints>, std::unique_ptr<CSchemaValidator>> m_byHints;
+};
+
+/// Folders are replaced by the documents in them, in the order of their names.
+std::vector<std::string> Expand(const std::vector<std::string>& names) {
+    namespace fs = std::filesystem;
+    std::vector<std::string> files;
+    for (const std::string& name : names) {
+        std::error_code error;
+        if (IsStandardInput(name) || !fs::is_directory(name, error)) {
+            files.push_back(name);
+            continue;
+        }
+        std::vector<std::string> found;
+        for (const auto& entry : fs::recursive_directory_iterator(name, error)) {
+            if (entry.is_regular_file(error) && entry.path().extension() == ".xml")
+                found.push_back(entry.path().string());
+        }
+        std::sort(found.begin(), found.end());
+        files.insert(files.end(), found.begin(), found.end());
+    }
+    return files;
+}
+
+/// Tells the results in the order of the documents.
+class CTeller {
+public:
+    explicit CTeller(const Options& options) : m_options(options) {}
+
+    void Tell(const std::string& name, const Result& result) {
+        Progress().Clear();
+        if ((!m_options.quiet || result.isFailure) && !result.faults.empty())
+            std::fputs(result.faults.c_str(), stderr);
+        if (!result.isFailure) {
+            std::printf("%s: %s\n", Printable(InputName(name)).c_str(), result.isValid ? "valid" : "invalid");
+            std::fflush(stdout);
+        }
+        if (!result.isValid) m_status = kRefused;
+        Progress().Advance(1);
+    }
+    int Status() const noexcept { return m_status; }
+
+private:
+    const Options& m_options;
+    int m_status = kDone;
+};
+
+int JudgeAll(const Options& options, const std::shared_ptr<const CSchemaSet>& schema) {
+    const std::vector<std::string> names = Expand(options.documents);
+    CTeller teller(options);
+    Progress().Start("Validating", "documents", 1);
+    const std::size_t jobs = std::min<std::size_t>(options.jobs, names.size());
+    if (jobs <= 1) {
+        CJudge judge(options, schema);
+        for (const std::string& name : names)
+            teller.Tell(name, judge.Judge(name));
+        return teller.Status();
+    }
+    std::vector<std::optional<Result>> results(names.size());
+    std::mutex mutex;
+    std::condition_variable isDone;
+    std::atomic<std::size_t> next{0};
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < jobs; ++i) {
+        threads.emplace_back([&] {
+            CJudge judge(options, schema);
+            for (std::size_t at = next++; at < names.size(); at = next++) {
+                Result result = judge.Judge(names[at]);
+                const std::lock_guard<std::mutex> lock(mutex);
+                results[at] = std::move(result);
+                isDone.notify_one();
+            }
+        });
+    }
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        std::unique_lock<std::mutex> lock(mutex);
+        isDone.wait(lock, [&] { return results[i].has_value(); });
+        const Result result = std::move(*results[i]);
+        results[i].emplace();
+        lock.unlock();
+        teller.Tell(names[i], result);
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    return teller.Status();
+}
+
+}  // namespace
+
+int RunValidate(int argc, char** argv) {
+    Options options;
+    CLI::App parser("Judge documents by a schema, or a schema by itself", "kvxml validate");
+    AddOptions(parser, options);
+    if (const std::optional<int> status = Parse(parser, argc, argv)) return *status;
+    for (const std::string& mapping : options.mappings) {
+        const std::size_t at = mapping.rfind('=');
+        options.load.mappings.emplace_back(mapping.substr(0, at), mapping.substr(at + 1));
+    }
+    options.load.maxFaults = options.maxErrors;
+    if (options.schemas.empty() && options.documents.empty())
+        return RefuseUsage("a schema or a document is required", "kvxml validate --help");
+
+    std::shared_ptr<const CSchemaSet> schema;
+    if (!options.schemas.empty()) {
+        try {
+            CSchemaLoader loader(options.load);
+            for (const std::string& file : options.schemas)
+                loader.AddFile(file);
+            CFaultList faults(options.maxErrors);
+            CFaultList remarks(options.maxErrors);
+            schema = loader.Load(faults, &remarks);
+            std::string text;
+            if (schema == nullptr) {
+                TellAll(text, faults);
+            } else if (!options.quiet) {
+                TellAll(text, remarks);
+            }
+            std::fputs(text.c_str(), stderr);
+            if (schema == nullptr) return kRefused;
+        } catch (const std::exception&) {
+            SayException(options.schemas.front());
+            return kRefused;
+        }
+    }
+    return options.documents.empty() ? kDone : JudgeAll(options, schema);
+}
+
+}  // namespace tool
