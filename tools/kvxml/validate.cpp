@@ -141,6 +141,11 @@ public:
     }
 
 private:
+    static void Fail(Result& result, const std::string& name, const std::string& message) {
+        result.isFailure = true;
+        result.faults = "kvxml: " + Printable(InputName(name) + ": " + message) + "\n";
+    }
+
     using Hints = std::vector<std::pair<std::string, std::string>>;
 
     /// The validator of the schema that the document itself names.
@@ -327,7 +332,7 @@ int RunValidate(int argc, char** argv) {
             }
             std::fputs(text.c_str(), stderr);
             if (schema == nullptr) return kRefused;
-        } catch (const std::exception&) {
+        } catch (...) {
             SayException(options.schemas.front());
             return kRefused;
         }
