@@ -1,6 +1,10 @@
 /// Schema component constraints (XML Schema Part 1, 3.x.6): is this a schema?
 #pragma once
 
+#include <functional>
+#include <string>
+#include <vector>
+
 #include "kvxml/schema/model/fault.h"
 #include "kvxml/schema/model/internal/schema_store.h"
 
@@ -22,6 +26,15 @@ void CheckComplexTypes(CSchemaStore& store, CFaultList& faults);
 /// Substitution groups, value constraints, ID attributes, of elements, attributes and their uses; simple type
 /// derivation (final, circular unions); identity constraints and keyrefs; notations.
 void CheckDeclarations(CSchemaStore& store, CFaultList& faults);
+
+/// Told what is wrong: the place (without document: that of the derived component), a clause, the constraint.
+using AttributeReport = std::function<void(const CSourcePlace&, std::string, const char*)>;
+/// Attribute uses and wildcard of a restriction against those of its base (3.4.6, Derivation Valid
+/// (Restriction, Complex), 2 to 4).
+void CheckAttributeRestriction(const std::vector<const CAttributeUse*>& uses, const CWildcard* wildcard,
+                               const std::vector<const CAttributeUse*>& baseUses,
+                               const CWildcard* baseWildcard, bool isFromAnyType,
+                               const AttributeReport& report);
 
 /// Particle Valid (Restriction) of 3.9.6: `restricted` against `base`. On failure gives the constraint's
 /// name.

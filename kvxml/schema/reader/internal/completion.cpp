@@ -1,6 +1,7 @@
 // What depends on other components: simple types, circles of groups, types of substitution groups, keyrefs.
 #include <algorithm>
 
+#include "kvxml/schema/constraints/internal/schema_constraints.h"
 #include "kvxml/schema/datatypes/internal/simple_type_checker.h"
 #include "kvxml/schema/reader/internal/component_builder.h"
 #include "kvxml/schema/reader/internal/dependence.h"
@@ -101,6 +102,7 @@ void CComponentBuilder::Complete() {
     CompleteElementTypes();
     CompleteSubstitutionGroups();
     CompleteKeyrefs();
+    CheckRedefinedGroups();
 
     for (const CTypeDefinition& type : m_store.Pool<CSimpleTypeDefinition>()) {
         if (type.place.document != nullptr) m_store.allTypes.push_back(&type);
@@ -199,6 +201,34 @@ void CComponentBuilder::CutCircularGroups() {
                 "mg-props-correct.2");
         },
         [&](CModelGroupDefinition& definition) { cut(definition, nullptr, TooLong(definition), ""); });
+}
+
+/// A group that is redefined without a reference to itself must be a restriction of what it was.
+void CComponentBuilder::CheckRedefinedGroups() {
+    for (const auto& [definition, original] : m_redefinedGroups) {
+        CParticle derived;
+        CParticle base;
+        derived.term = definition->modelGroup;
+        base.term = original->modelGroup;
+        const char* constraint = nullptr;
+        if (!IsParticleRestriction(&derived, &base, &constraint)) {
+            FaultAt(
+                definition->place,
+                "The model group " + NameOf(*definition) + " is no restriction of the one that it redefines.",
+                "src-redefine.6.2.2");
+        }
+    }
+    for (const auto& [group, original] : m_redefinedAttributeGroups) {
+        const auto report = [this, redefined = group](const CSourcePlace&, const std::string& why,
+                                                      const char*) {
+            FaultAt(redefined->place,
+                    "The attribute group " + NameOf(*redefined) +
+                        " is no restriction of the one that it redefines: " + why + ".",
+                    "src-redefine.7.2.2");
+        };
+        CheckAttributeRestriction(group->attributeUses, group->attributeWildcard, original->attributeUses,
+                                  original->attributeWildcard, false, report);
+    }
 }
 
 // --- declarations ------------------------------------------------------------------------------------------

@@ -151,7 +151,17 @@ T* CComponentBuilder::Resolve(CSymbolSpace<T>& space, At at, std::string_view te
     if (m_redefining != nullptr && name == m_redefiningName) {
         CComponent* const original = m_originals[m_redefining];
         if (original != nullptr && original->kind == T().kind) {
-            m_usedOriginal = true;
+            const auto isOnce = [&](const char* count) {
+                return !at.node->Has(count) || at.node->Get(count) == "1";
+            };
+            if (++m_usedOriginal > 1) {
+                Fault(at, "A group that is redefined can refer to itself only once.",
+                      original->kind == ComponentKind::ModelGroupDefinition ? "src-redefine.6.1.1"
+                                                                            : "src-redefine.7.1");
+            } else if (!isOnce("minOccurs") || !isOnce("maxOccurs")) {
+                Fault(at, "A group that is redefined must refer to itself with minOccurs and maxOccurs 1.",
+                      "src-redefine.6.1.2");
+            }
             return static_cast<T*>(original);
         }
     }
@@ -322,7 +332,7 @@ void CComponentBuilder::Fill(const Global& global) {
     const auto original = m_originals.find(at.node);
     m_redefining = original == m_originals.end() ? nullptr : at.node;
     m_redefiningName = {at.source->targetNamespace, m_store.Keep(at.node->Get("name"))};
-    m_usedOriginal = false;
+    m_usedOriginal = 0;
     switch (component.kind) {
         case ComponentKind::SimpleTypeDefinition:
             FillSimpleType(static_cast<CSimpleTypeDefinition&>(component), at);
@@ -348,7 +358,7 @@ void CComponentBuilder::Fill(const Global& global) {
         case ComponentKind::ModelGroupDefinition: {
             auto& definition = static_cast<CModelGroupDefinition&>(component);
             FillModelGroupDefinition(definition, at);
-            if (m_redefining != nullptr && !m_usedOriginal)
+            if (m_redefining != nullptr && m_usedOriginal == 0)
                 m_redefinedGroups.emplace_back(&definition,
                                                static_cast<CModelGroupDefinition*>(original->second));
             break;
@@ -356,7 +366,7 @@ void CComponentBuilder::Fill(const Global& global) {
         case ComponentKind::AttributeGroupDefinition: {
             auto& group = static_cast<CAttributeGroupDefinition&>(component);
             FillAttributeGroup(group, at);
-            if (m_redefining != nullptr && !m_usedOriginal) {
+            if (m_redefining != nullptr && m_usedOriginal == 0) {
                 m_redefinedAttributeGroups.emplace_back(
                     &group, static_cast<CAttributeGroupDefinition*>(original->second));
             }

@@ -120,6 +120,7 @@ private:
     void CompleteElementTypes();
     void CompleteSubstitutionGroups();
     void CompleteKeyrefs();
+    void CheckRedefinedGroups();
     void CutCircularGroups();
 
     // completion_types.cpp
@@ -147,7 +148,7 @@ private:
     /// Element by name that stands where a name is asked for, inside a redefinition.
     const CSchemaNode* m_redefining = nullptr;
     CExpandedName m_redefiningName;
-    bool m_usedOriginal = false;
+    int m_usedOriginal = 0;  // how often
     std::unordered_map<const CComplexTypeDefinition*, PendingContent> m_pending;
     /// Types of simple content that get their base with the complex type that they belong to.
     std::unordered_set<const CSimpleTypeDefinition*> m_contentRestrictions;
