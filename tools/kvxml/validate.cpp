@@ -121,12 +121,9 @@ public:
                     reader.OpenFile(name.c_str());
                 }
             };
-            CSchemaValidator* validator = m_validator.get();
-            if (validator == nullptr) {
-                open();
-                validator = ByHints(reader, result);
-                if (validator == nullptr) return result;
-            }
+            open();
+            CSchemaValidator* const validator = Choose(reader, result);
+            if (validator == nullptr) return result;
             open();
             const CValidationReport report = validator->Validate(reader);
             result.isValid = report.IsValid();
@@ -146,16 +143,21 @@ private:
         result.faults = "kvxml: " + Printable(InputName(name) + ": " + message) + "\n";
     }
 
-    using Hints = std::vector<std::pair<std::string, std::string>>;
+    using Hint = std::pair<std::string, std::string>;  // namespace and location
+    using Hints = std::vector<Hint>;
 
-    /// The validator of the schema that the document itself names.
-    CSchemaValidator* ByHints(CXmlReader& reader, Result& result) {
+    /// The validator of the schemas that were given, and of those that the document itself names: of all its
+    /// elements when none was given, else of its document element, for namespaces that are not known yet.
+    CSchemaValidator* Choose(CXmlReader& reader, Result& result) {
         Hints hints;
         try {
             while (reader.Read()) {
-                if (reader.GetEvent() == XmlEvent::StartElement) AddHints(reader, hints);
+                if (reader.GetEvent() != XmlEvent::StartElement) continue;
+                AddHints(reader, hints);
+                if (m_schema != nullptr) break;
             }
         } catch (const CKvException& e) {
+            if (m_schema != nullptr) return m_validator.get();  // which tells of it
             CFault fault;
             fault.file = reader.GetFileName();
             fault.line = reader.GetLine();
@@ -164,14 +166,22 @@ private:
             Tell(result.faults, fault);
             return nullptr;
         }
+        if (m_schema != nullptr) {
+            const auto isKnown = [this](const Hint& hint) { return m_schema->HasNamespace(hint.first); };
+            hints.erase(std::remove_if(hints.begin(), hints.end(), isKnown), hints.end());
+            if (hints.empty()) return m_validator.get();
+        }
         auto& known = m_byHints[{reader.GetFileName(), hints}];
         if (known == nullptr) {
             CSchemaLoader loader(m_options.load);
+            for (const std::string& file : m_options.schemas)
+                loader.AddFile(file);
             for (const auto& [uri, location] : hints)
                 loader.AddHint(uri, location, reader.GetFileName());
             CFaultList faults(m_options.maxErrors);
             const std::shared_ptr<const CSchemaSet> schema = loader.Load(faults);
             if (schema == nullptr) {
+                if (m_schema != nullptr) return m_validator.get();
                 TellAll(result.faults, faults);
                 return nullptr;
             }

@@ -253,6 +253,36 @@ void CContentModel::Start(State& state) const {
     state.places.clear();
 }
 
+/// Whether everything that may follow `less` may follow `more` too, which is at the same leaf: its counts are
+/// equal, or lower and enough.
+bool CContentModel::AllowsAll(const Place& more, const Place& less) const {
+    for (std::uint32_t at = more.leaf; m_nodes[at].parent != kNone; at = m_nodes[at].parent) {
+        const Node& node = m_nodes[m_nodes[at].parent];
+        if (node.kind != Kind::Repeat || !node.counts) continue;
+        const std::uint64_t mine = more.counts[node.depth];
+        const std::uint64_t other = less.counts[node.depth];
+        if (mine != other && (mine > other || mine < node.min)) return false;
+    }
+    return true;
+}
+
+void CContentModel::AddPlace(std::vector<Place>& places, Place place) const {
+    for (std::size_t i = 0; i < places.size();) {
+        if (places[i].leaf != place.leaf) {
+            ++i;
+            continue;
+        }
+        if (AllowsAll(places[i], place)) return;
+        if (AllowsAll(place, places[i])) {
+            std::swap(places[i], places.back());
+            places.pop_back();
+        } else {
+            ++i;
+        }
+    }
+    if (places.size() < kMaxPlaces) places.push_back(std::move(place));
+}
+
 CMatch CContentModel::Step(State& state, const Name& name, bool lenient) const {
     if (m_root == kNone) return {};
     const auto matchOf = [this](const Target& target) {
@@ -305,8 +335,7 @@ CMatch CContentModel::Step(State& state, const Name& name, bool lenient) const {
                 if (node.max != CParticle::kUnbounded || rounds < node.min) ++rounds;
             }
             Enter(moved, target.leaf, from);
-            const bool isKnown = std::find(state.next.begin(), state.next.end(), moved) != state.next.end();
-            if (!isKnown && state.next.size() < kMaxPlaces) state.next.push_back(std::move(moved));
+            AddPlace(state.next, std::move(moved));
         });
     }
     if (best.leaf == kNone) return {};

@@ -32,9 +32,9 @@ struct CMatch {
 /// same leaf.
 class CContentModel {
 public:
-    /// Places beyond this number are dropped: then a document of a model that nests ranges of thousands may
-    /// be refused that is valid.
-    static constexpr std::size_t kMaxPlaces = 4096;
+    /// Places beyond this number are dropped: then a document may be refused that is valid by a model that
+    /// nests ranges of hundreds, `(a{1,500}){7,500}`.
+    static constexpr std::size_t kMaxPlaces = 256;
     /// Particles that group references may make of one content model, and their nesting.
     static constexpr std::size_t kMaxNodes = 1000000;
     static constexpr std::size_t kMaxNesting = 2000;
@@ -121,6 +121,8 @@ private:
     bool IsAllDone(const Node& all, const State& state) const;
     bool MayEnd(const State& state, const Place& place) const;
     void Enter(Place& place, std::uint32_t leaf, std::uint32_t from) const;
+    void AddPlace(std::vector<Place>& places, Place place) const;
+    bool AllowsAll(const Place& more, const Place& less) const;
     CMatch Step(State& state, const Name& name, bool lenient) const;
     void ListFirst(std::uint32_t node, std::vector<std::string>& names, std::size_t max) const;
 
