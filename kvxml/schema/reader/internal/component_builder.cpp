@@ -205,25 +205,26 @@ void CComponentBuilder::Declare(const CSchemaSource& source) {
 }
 
 template <class T>
-T* CComponentBuilder::DeclareIn(CSymbolSpace<T>& space, At at, T& component) {
+void CComponentBuilder::DeclareIn(CSymbolSpace<T>& space, At at, T& component) {
     const std::string_view local = at.node->Get("name");
     const CExpandedName name{at.source->targetNamespace, m_store.Keep(local)};
     component.place = Place(at);
+    m_globals.push_back({&component, at});
+    m_sourceOf[&component] = at.source;
     if (!space.Add(name, &component)) {
-        if (space.Find(name)->place.document == nullptr) return nullptr;  // the schema for schemas itself
         Fault(at,
               std::string("The ") + WordOf(at.node->tag) + " " + Quoted(local) + " is already defined at " +
                   PlaceText(space.Find(name)->place) + ".",
               "sch-props-correct.2");
-        return nullptr;
     }
-    m_globals.push_back({&component, at});
-    m_sourceOf[&component] = at.source;
-    return &component;
 }
 
 void CComponentBuilder::DeclareOne(At at) {
     const CExpandedName name{at.source->targetNamespace, m_store.Keep(at.node->Get("name"))};
+    const bool isType = at.node->tag == SchemaTag::SimpleType || at.node->tag == SchemaTag::ComplexType;
+    if (isType && name.namespaceUri == kSchemaNamespace && m_store.types.Find(name) != nullptr &&
+        m_store.types.Find(name)->place.document == nullptr)
+        return;  // the schema for schemas itself is read: its types are built in
     const auto declare = [&](auto& space, auto& component) {
         component.name = name;
         DeclareIn(space, at, component);

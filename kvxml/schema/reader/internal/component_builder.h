@@ -54,7 +54,7 @@ private:
     void Declare(const CSchemaSource& source);
     void DeclareOne(At at);
     template <class T>
-    T* DeclareIn(CSymbolSpace<T>& space, At at, T& component);
+    void DeclareIn(CSymbolSpace<T>& space, At at, T& component);
     void Redefine(const CSchemaSource& source, const CSchemaNode& redefine, const CSchemaSource& target);
     template <class T>
     void RedefineOne(CSymbolSpace<T>& space, At at, T& replacement, const CSchemaSource& target,
