@@ -8,6 +8,13 @@
 
 namespace KvXmlLib16::internal {
 
+namespace {
+
+constexpr std::size_t kFewLevels = 16;
+constexpr std::size_t kDeepest = 1024;
+
+}  // namespace
+
 CLineLayout::CLineLayout() = default;
 CLineLayout::~CLineLayout() = default;
 
@@ -25,16 +32,20 @@ void CLineLayout::SetIndentChars(std::string_view indentChars) {
     m_indentationLength = 0;
 }
 
-void CLineLayout::ExtendIndentation(std::size_t length) {
-    std::size_t wanted = std::max<std::size_t>(2 * length, 64);
+/// The length of the indentation, for which there was no room yet, or which is too deep.
+std::size_t CLineLayout::ExtendIndentation(std::size_t depth) {
+    const std::size_t length = std::min(depth, kDeepest) * m_indentChars.size();
+    if (length <= m_indentationLength) return length;
+    const std::size_t levels = std::min(std::max(2 * depth, kFewLevels), kDeepest);
     std::string indentation;
-    indentation.reserve(wanted + m_indentChars.size() + CStringBuffer::kSlack);
-    while (indentation.size() < wanted)
+    indentation.reserve(levels * m_indentChars.size() + CStringBuffer::kSlack);
+    for (std::size_t i = 0; i < levels; ++i)
         indentation += m_indentChars;
-    wanted = indentation.size();
-    indentation.resize(wanted + CStringBuffer::kSlack);
+    const std::size_t prepared = indentation.size();
+    indentation.resize(prepared + CStringBuffer::kSlack);
     m_indentation = std::move(indentation);
-    m_indentationLength = wanted;
+    m_indentationLength = prepared;
+    return length;
 }
 
 }  // namespace KvXmlLib16::internal

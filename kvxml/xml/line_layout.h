@@ -36,11 +36,11 @@ public:
         out[1] = m_eolText[1];
         return out + m_eolLength;
     }
-    /// Length of the indentation of `depth` levels, which `PutIndentation` can put from now on.
+    /// Length of the indentation of `depth` levels, which `PutIndentation` can put from now on. It stops
+    /// growing at 1,024 levels: output would else grow with the square of the depth.
     std::size_t PrepareIndentation(std::size_t depth) {
         const std::size_t length = depth * m_indentChars.size();
-        if (length > m_indentationLength) ExtendIndentation(length);
-        return length;
+        return length <= m_indentationLength ? length : ExtendIndentation(depth);
     }
     char* PutIndentation(char* out, std::size_t length) const noexcept {
         const char* const blanks = m_indentation.data();
@@ -50,7 +50,7 @@ public:
     }
 
 private:
-    void ExtendIndentation(std::size_t length);
+    std::size_t ExtendIndentation(std::size_t depth);
 
     EOLType m_eol = EOLType_LF;
     std::size_t m_eolLength = 1;
