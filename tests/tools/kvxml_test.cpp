@@ -124,7 +124,7 @@ TEST_F(KvxmlCommand, ConvertsToJsonAndBack) {
     const std::string xml =
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
         "<p:a xmlns:p=\"urn:p\" b=\"&quot;1\"><p:c>x\\</p:c><p:c/><d>2</d></p:a>";
-    const std::string json = R"({"p:a": {"@xmlns:p": "urn:p","@b": "\"1","p:c": ["x\\",null],"d": "2"}})";
+    const std::string json = R"({"p:a": {"@xmlns:p": "urn:p","@b": "\"1","p:c": ["x\\",{}],"d": "2"}})";
     EXPECT_EQ(Run("$K convert --to json --compact - -", xml).output, json);
     EXPECT_EQ(Run("$K convert --from json --compact - -", json).output, xml);
     EXPECT_EQ(Run("$K convert - o.json.gz --encoding utf-16 && $K convert o.json.gz --compact -", xml).output,
