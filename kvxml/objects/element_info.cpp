@@ -105,6 +105,16 @@ bool CElementInfo::LetsChoiceBeEmpty(const CXmlGeneratedClass*) const {
     return false;
 }
 
+bool CElementInfo::DropsNull(const CXmlGeneratedClass*) const {
+    return false;
+}
+
+bool CElementInfo::PassNull(const CXmlGeneratedClass* owner, CXmlElement** cursor) const {
+    if (!(*cursor)->IsNullMember() || !DropsNull(owner)) return false;
+    *cursor = (*cursor)->GetNextSiblingElement();
+    return true;
+}
+
 std::string CElementInfo::GetAnyDefaultNamespace(const char* restriction, const char* ns,
                                                  const char* targetNamespace) {
     std::string_view rule = OrEmpty(restriction);
@@ -272,12 +282,21 @@ void CElementInfo::ReadSimpleElement(const CSerializationContext& context, CXmlG
                                      CXmlElement** cursor, Convert convert) const {
     CXmlElement& element = **cursor;
     KvVariant value;
-    if (KvXmlLib16::internal::JudgeSimpleElement(context, element, m_nillable)) {
+    bool isNil = KvXmlLib16::internal::JudgeSimpleElement(context, element, m_nillable);
+    std::string_view text;
+    if (!isNil) {
+        text = element.GetTextView();
+        if (text.empty()) {
+            if (PassNull(owner, cursor)) return;
+            isNil = m_nillable && element.IsNull();
+            text = m_defaultValue;
+        }
+    }
+    if (isNil) {
         value.SetNil();
     } else {
         try {
-            const std::string_view text = element.GetTextView();
-            convert(text.empty() ? std::string_view(m_defaultValue) : text, value);
+            convert(text, value);
         } catch (const CKvException& e) {
             ThrowSetFailed(element, e);
         }
