@@ -10,6 +10,7 @@
 #include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/format_string.h"
+#include "kvxml/types/internal/format_override.h"
 #include "kvxml/xml/xml_element.h"
 #include "kvxml/xml/xml_writer.h"
 
@@ -50,6 +51,7 @@ CElementInfo::CElementInfo(const char* name, const char* ns, int propertyIndex, 
     m_defaultValue = OrEmpty(defaultValue);
     m_hasRestrictions = true;
     m_simpleName.type = itemType;
+    KvXmlLib16::internal::CheckFormat(itemType, m_formatOverride);
     m_isPlain = m_formatOverride.empty() && m_defaultValue.empty() && m_restrictions.IsEmpty();
 }
 
