@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace KvXmlLib16 {
@@ -15,6 +16,9 @@ public:
     COptionalValue(const COptionalValue& other)
         : m_value(other.m_value ? std::make_unique<T>(*other.m_value) : nullptr) {}
     COptionalValue(COptionalValue&&) noexcept = default;
+    COptionalValue(std::nullopt_t) noexcept {}
+    COptionalValue(std::optional<T> value)
+        : m_value(value ? std::make_unique<T>(*std::move(value)) : nullptr) {}
     COptionalValue& operator=(COptionalValue other) noexcept {
         m_value.swap(other.m_value);
         return *this;
@@ -32,6 +36,7 @@ public:
     }
     /// The value; a default-constructed one when none is set.
     T Get() const { return m_value ? *m_value : T(); }
+    operator std::optional<T>() const { return m_value ? std::optional<T>(*m_value) : std::nullopt; }
     /// The value, which must be set.
     const T& operator*() const noexcept { return *m_value; }
 

@@ -112,31 +112,18 @@ public:
         } catch (const CKvException& e) {
             throw CKvException("Error converting JSON to XML:\n" + e.GetMessage(), e);
         }
-        const CIgnoredNamespaces ignored(context);
-        Read(object, document, context);
+        if (context.GetJsonContext().GetSupportRoundtrip() == JsonRoundTrip_Full ||
+            context.GetIgnoreNamespaces()) {
+            Read(object, document, context);
+            return;
+        }
+        // Text without namespaces. The caller's context may be in use by other threads.
+        CSerializationContext reading(context);
+        reading.SetIgnoreNamespaces(true);
+        Read(object, document, reading);
     }
 
 private:
-    /// Sets the context's flag as long as an object is read from JSON text that has no namespaces.
-    class CIgnoredNamespaces {
-    public:
-        explicit CIgnoredNamespaces(const CSerializationContext& context) {
-            if (context.GetJsonContext().GetSupportRoundtrip() == JsonRoundTrip_Full ||
-                context.GetIgnoreNamespaces())
-                return;
-            m_context = const_cast<CSerializationContext*>(&context);
-            m_context->SetIgnoreNamespaces(true);
-        }
-        CIgnoredNamespaces(const CIgnoredNamespaces&) = delete;
-        CIgnoredNamespaces& operator=(const CIgnoredNamespaces&) = delete;
-        ~CIgnoredNamespaces() {
-            if (m_context != nullptr) m_context->SetIgnoreNamespaces(false);
-        }
-
-    private:
-        CSerializationContext* m_context = nullptr;
-    };
-
     template <class Writer>
     static void SetLayout(Writer& writer, bool formatted, EOLType eol, const CSerializationContext& context) {
         writer.SetFormatted(formatted);

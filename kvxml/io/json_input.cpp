@@ -32,15 +32,17 @@ public:
                 throw CKvException("The JSON text is not valid UTF-16.");
             m_text = m_utf8;
         }
-        if (m_text.substr(0, 3) == "\xEF\xBB\xBF") m_text.remove_prefix(3);
+        DropByteOrderMark();
     }
     explicit CJsonInput(const char* json) : m_text(json == nullptr ? "" : json) {
         if (m_text.empty()) ThrowEmpty();
         if (!internal::IsLocalUtf8()) m_text = m_utf8 = internal::LocalToUtf8(m_text);
+        DropByteOrderMark();
     }
     explicit CJsonInput(const wchar_t* json) {
         if (json == nullptr || *json == L'\0') ThrowEmpty();
         m_text = m_utf8 = internal::WideToUtf8(json);
+        DropByteOrderMark();
     }
     CJsonInput(const CJsonInput&) = delete;
     CJsonInput& operator=(const CJsonInput&) = delete;
@@ -55,6 +57,9 @@ private:
         if (first == "\xFF\xFE" || first == "\xFE\xFF") return "UTF-16";
         if (first.size() < 2 || (first[0] == '\0') == (first[1] == '\0')) return nullptr;
         return first[0] == '\0' ? "UTF-16BE" : "UTF-16LE";
+    }
+    void DropByteOrderMark() noexcept {
+        if (m_text.substr(0, 3) == "\xEF\xBB\xBF") m_text.remove_prefix(3);
     }
     [[noreturn]] static void ThrowEmpty() { throw CKvException("JSON String is empty!"); }
 

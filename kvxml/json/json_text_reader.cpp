@@ -68,7 +68,8 @@ CJsonTextReader::CJsonTextReader(std::unique_ptr<IJsonReaderHandler> handler, co
     : m_handler(std::move(handler)),
       m_maxDepth(maxDepth),
       m_allowComments(settings.GetAllowComments()),
-      m_rootElementName(settings.GetRootElementNameRef()) {}
+      m_rootElementName(internal::LocalToUtf8(settings.GetRootElementNameRef())),
+      m_arrayItemName(internal::LocalToUtf8(settings.GetArrayItemNameRef())) {}
 
 CJsonTextReader::~CJsonTextReader() = default;
 
@@ -76,13 +77,8 @@ void CJsonTextReader::Read(std::string_view json) {
     std::string utf8;
     if (!internal::IsLocalUtf8()) json = utf8 = internal::LocalToUtf8(json);
     m_handler->OnStartDocument();
-    if (!m_rootElementName.empty()) {
-        m_handler->OnStartObject(0);
-        m_handler->OnName(m_rootElementName);
-    }
     CAdapter adapter(*m_handler);
-    internal::CJsonScanner<CAdapter>(json, {m_maxDepth, m_allowComments}, adapter).Run();
-    if (!m_rootElementName.empty()) m_handler->OnEndObject();
+    internal::ScanJson(json, {m_maxDepth, m_allowComments}, m_rootElementName, m_arrayItemName, adapter);
     m_handler->OnEndDocument();
 }
 

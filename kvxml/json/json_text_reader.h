@@ -74,7 +74,7 @@ public:
 
     /// Comments are allowed; there is no root element name.
     explicit CJsonTextReader(std::unique_ptr<IJsonReaderHandler> handler);
-    /// Takes the root element name, and whether comments are allowed, from the settings.
+    /// Takes the names of root element and items, and whether comments are allowed, from the settings.
     CJsonTextReader(std::unique_ptr<IJsonReaderHandler> handler, const CJsonContext& settings,
                     std::int32_t maxDepth = kDefaultMaxDepth);
     CJsonTextReader(const CJsonTextReader&) = delete;
@@ -83,7 +83,8 @@ public:
 
     /// Reads the first value of the text; what comes behind it is not looked at. A text of blanks and
     /// comments has no value. With a root element name the value is reported as the member of that name of
-    /// an object of its own.
+    /// an object of its own; with an item name as well, an array as the member of that name of an object in
+    /// between.
     void Read(std::string_view json);
 
     /// Owned by the reader.
@@ -93,7 +94,8 @@ private:
     std::unique_ptr<IJsonReaderHandler> m_handler;
     std::int32_t m_maxDepth = kDefaultMaxDepth;
     bool m_allowComments = true;
-    std::string m_rootElementName;
+    std::string m_rootElementName;  // in UTF-8
+    std::string m_arrayItemName;
 };
 
 }  // namespace KvXmlLib16

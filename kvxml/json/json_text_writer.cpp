@@ -333,7 +333,7 @@ void CJsonTextWriter::WriteEndElement() {
         if (m_hasText)
             AppendValue({m_text.data(), m_textLength}, m_textType);
         else
-            Buffer().Append("null");
+            Buffer().Append(m_isNil ? "null" : "{}");
         m_hasText = false;
     } else {
         if (m_hasText) AppendHeldText(context);
@@ -343,6 +343,7 @@ void CJsonTextWriter::WriteEndElement() {
         *out++ = '}';
         Buffer().Commit(out);
     }
+    m_isNil = false;
     --m_level;
     PopContext();
     FlushIfFull();
@@ -447,7 +448,9 @@ void CJsonTextWriter::WriteTypeAttribute(std::string_view typeNamespaceUri, std:
     WriteAttribute("type", internal::kInstanceNamespace, value, type);
 }
 
-void CJsonTextWriter::WriteNilAttribute() {}
+void CJsonTextWriter::WriteNilAttribute() {
+    m_isNil = true;
+}
 
 void CJsonTextWriter::AppendDeclarations(CXmlWriterContext& context, std::string_view invented) {
     const NamespaceScope& scope = *context.scope;

@@ -33,8 +33,9 @@ struct CPreparedName;
 ///
 /// The document is one object around the member that is the document element. An element is the member of
 /// its name: an object when it has attributes or children, its text as a plain value when it has nothing
-/// else, and null when it has nothing at all. Text beside other members is the member "#text"; the items of
-/// a collection are an array. `docs/json.md` tells the mapping and what each round-trip mode keeps.
+/// else, an empty object when it has nothing at all, and null when that is nil. Text beside other members is
+/// the member "#text"; the items of a collection are an array. `docs/json.md` tells the mapping and what each
+/// round-trip mode keeps.
 ///
 /// Text is written as it is between quotation marks unless strings are escaped: then every document is
 /// valid JSON, whatever the values are. An element, attribute or type whose namespace has no prefix in scope
@@ -104,7 +105,7 @@ public:
     /// Writes the attribute in the mode that keeps namespaces, nothing in others.
     void WriteTypeAttribute(std::string_view typeNamespaceUri, std::string_view typeName,
                             ItemType type) override;
-    /// Does nothing: a nil element is written like an empty one.
+    /// Writes nothing itself; an element that is nil and has no attributes is written as null.
     void WriteNilAttribute() override;
     void WriteSimpleAttribute(const SimpleName& name, std::string_view value, bool isCanonical) override;
     void WriteSimpleElement(const SimpleName& name, std::string_view text, bool isDefaultValue,
@@ -161,6 +162,7 @@ private:
     bool m_escapesAsAscii;     // escaped strings need more than the bytes of the text
     bool m_hasMember = false;  // the outermost object has one
     bool m_hasText = false;    // m_text is the current element's and still to be written
+    bool m_isNil = false;      // of the element opened last
     ItemType m_textType = ItemType_Unknown;
     std::size_t m_level = 0;  // of indentation, of what is written into the current element
     std::string m_text;       // more room than the text has

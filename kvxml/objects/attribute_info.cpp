@@ -6,6 +6,7 @@
 #include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/format_string.h"
+#include "kvxml/types/internal/format_override.h"
 #include "kvxml/xml/internal/xml_name.h"
 #include "kvxml/xml/xml_attribute.h"
 #include "kvxml/xml/xml_writer.h"
@@ -120,7 +121,9 @@ CAttributeInfoPrimitive::CAttributeInfoPrimitive(const char* name, const char* n
       m_restrictions(restrictions),
       m_itemType(itemType),
       m_formatOverride(formatOverride == nullptr ? "" : formatOverride),
-      m_whitespaceRule(rule) {}
+      m_whitespaceRule(rule) {
+    KvXmlLib16::internal::CheckFormat(itemType, m_formatOverride);
+}
 
 CAttributeInfoPrimitive::CAttributeInfoPrimitive(const CAttributeInfoPrimitive&) = default;
 CAttributeInfoPrimitive& CAttributeInfoPrimitive::operator=(const CAttributeInfoPrimitive&) = default;

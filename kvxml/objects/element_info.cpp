@@ -10,6 +10,7 @@
 #include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/format_string.h"
+#include "kvxml/types/internal/format_override.h"
 #include "kvxml/xml/xml_element.h"
 #include "kvxml/xml/xml_writer.h"
 
@@ -50,6 +51,7 @@ CElementInfo::CElementInfo(const char* name, const char* ns, int propertyIndex, 
     m_defaultValue = OrEmpty(defaultValue);
     m_hasRestrictions = true;
     m_simpleName.type = itemType;
+    KvXmlLib16::internal::CheckFormat(itemType, m_formatOverride);
     m_isPlain = m_formatOverride.empty() && m_defaultValue.empty() && m_restrictions.IsEmpty();
 }
 
@@ -103,6 +105,16 @@ bool CElementInfo::IsListed(const CSerializationContext& context, const CXmlGene
 
 bool CElementInfo::LetsChoiceBeEmpty(const CXmlGeneratedClass*) const {
     return false;
+}
+
+bool CElementInfo::DropsNull(const CXmlGeneratedClass*) const {
+    return false;
+}
+
+bool CElementInfo::PassNull(const CXmlGeneratedClass* owner, CXmlElement** cursor) const {
+    if (!(*cursor)->IsNullMember() || !DropsNull(owner)) return false;
+    *cursor = (*cursor)->GetNextSiblingElement();
+    return true;
 }
 
 std::string CElementInfo::GetAnyDefaultNamespace(const char* restriction, const char* ns,
@@ -272,12 +284,21 @@ void CElementInfo::ReadSimpleElement(const CSerializationContext& context, CXmlG
                                      CXmlElement** cursor, Convert convert) const {
     CXmlElement& element = **cursor;
     KvVariant value;
-    if (KvXmlLib16::internal::JudgeSimpleElement(context, element, m_nillable)) {
+    bool isNil = KvXmlLib16::internal::JudgeSimpleElement(context, element, m_nillable);
+    std::string_view text;
+    if (!isNil) {
+        text = element.GetTextView();
+        if (text.empty()) {
+            if (PassNull(owner, cursor)) return;
+            isNil = m_nillable && element.IsNull();
+            text = m_defaultValue;
+        }
+    }
+    if (isNil) {
         value.SetNil();
     } else {
         try {
-            const std::string_view text = element.GetTextView();
-            convert(text.empty() ? std::string_view(m_defaultValue) : text, value);
+            convert(text, value);
         } catch (const CKvException& e) {
             ThrowSetFailed(element, e);
         }

@@ -98,6 +98,10 @@ protected:
 
     /// A choice that has this member may have none at all.
     virtual bool LetsChoiceBeEmpty(const CXmlGeneratedClass* owner) const;
+    /// A null of JSON means that the member is not there: it is optional, and cannot be nil.
+    virtual bool DropsNull(const CXmlGeneratedClass* owner) const;
+    /// Moves the cursor past an element of the record that is such a null. False for any other element.
+    bool PassNull(const CXmlGeneratedClass* owner, CXmlElement** cursor) const;
 
     void InvokePropertyGet(const CXmlGeneratedClass* owner, KvVariant& value) const;
     void ReadProperty(const CXmlGeneratedClass* owner, KvVariant& value) const {

@@ -4,6 +4,7 @@
 #include "kvxml/base/internal/c_text.h"
 #include "kvxml/objects/element.h"
 #include "kvxml/objects/internal/substitution.h"
+#include "kvxml/objects/nillable.h"
 #include "kvxml/objects/xml_collection_base.h"
 #include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/settings/serialization_context.h"
@@ -17,6 +18,7 @@ using KvXmlLib16::CElementCol;
 using KvXmlLib16::CKvValidationException;
 using KvXmlLib16::CSmartPtr;
 using KvXmlLib16::FormatString;
+using KvXmlLib16::INillable;
 using KvXmlLib16::internal::CSubstitution;
 using KvXmlLib16::internal::OrEmpty;
 
@@ -83,8 +85,15 @@ bool CElementInfoSingle<group, cardinality>::TryRead(const CSerializationContext
                                                      CXmlGeneratedClass* owner, CXmlElement*,
                                                      CXmlElement** cursor, XmlElementType) const {
     if (!this->IsThisElement(context, *cursor)) return false;
+    // A null that is dropped is no choice.
+    if (group != RecordGroup::Seq && this->PassNull(owner, cursor)) return false;
     this->ReadMatched(context, owner, cursor);
     return true;
+}
+
+template <RecordGroup group, RecordCardinality cardinality>
+bool CElementInfoSingle<group, cardinality>::DropsNull(const CXmlGeneratedClass*) const {
+    return cardinality == RecordCardinality::Opt && !this->m_nillable;
 }
 
 template <RecordGroup group, RecordCardinality cardinality>
@@ -219,9 +228,11 @@ template <RecordGroup group, RecordCardinality cardinality>
 void CElementInfoCls<group, cardinality>::ReadMatched(const CSerializationContext& context,
                                                       CXmlGeneratedClass* owner, CXmlElement** cursor) const {
     CXmlElement& element = **cursor;
+    CXmlElement* const first = element.GetFirstElement();
+    if (first == nullptr && this->PassNull(owner, cursor)) return;
     bool isNew = false;
     const CSmartPtr<CXmlObjectBase> object = MemberObject(owner, false, isNew);
-    this->FromXml_Int(object.Get(), &element, element.GetFirstElement(), context, false);
+    this->FromXml_Int(object.Get(), &element, first, context, false);
     if (isNew) this->Assign(owner, object.Get(), element);
     *cursor = element.GetNextSiblingElement();
 }
@@ -248,6 +259,15 @@ bool CElementInfoCls<group, cardinality>::TryRead(const CSerializationContext& c
     *cursor = after;
     if (isNew) this->Assign(owner, object.Get(), *parent);
     return true;
+}
+
+template <RecordGroup group, RecordCardinality cardinality>
+bool CElementInfoCls<group, cardinality>::DropsNull(const CXmlGeneratedClass* owner) const {
+    if (cardinality != RecordCardinality::Opt || m_memberType != XmlElementType_Element) return false;
+    bool isNew = false;
+    const CSmartPtr<CXmlObjectBase> object =
+        MemberObject(const_cast<CXmlGeneratedClass*>(owner), false, isNew);
+    return dynamic_cast<const INillable*>(object.Get()) == nullptr;
 }
 
 template <RecordGroup group, RecordCardinality cardinality>
@@ -293,6 +313,7 @@ bool CElementInfoAbsCls<group, cardinality>::TryRead(const CSerializationContext
     if (*cursor == nullptr) return false;
     CXmlElement& element = **cursor;
     const bool named = this->IsThisElement(context, &element);
+    if (named && this->PassNull(owner, cursor)) return false;
     const CSmartPtr<CXmlObjectBase> object = CSubstitution::Make(m_factory, element, named);
     if (object == nullptr) {
         if (named && type == XmlElementType_Element) CSubstitution::ThrowNone(this->m_name, element);
@@ -346,6 +367,7 @@ bool CElementInfoUntpd<group, cardinality>::TryRead(const CSerializationContext&
                           : m_restriction.empty() ? this->IsThisElement(context, &element)
                                                   : element.GetLocalName() == this->m_name && allowed();
     if (!accepted) return false;
+    if (!this->m_name.empty() && this->PassNull(owner, cursor)) return false;
     const CSmartPtr<CXmlObjectBase> object(new CElement());
     this->FromXml_Int(object.Get(), &element, element.GetFirstElement(), context, false);
     this->Assign(owner, object.Get(), element);
@@ -390,6 +412,14 @@ bool CElementInfoCol<group>::LetsChoiceBeEmpty(const CXmlGeneratedClass* owner) 
 }
 
 template <RecordGroup group>
+bool CElementInfoCol<group>::DropsNull(const CXmlGeneratedClass* owner) const {
+    if (IsSkippedWhenAbsent()) return true;
+    KvVariant value;
+    const CXmlCollectionBase* collection = m_name.empty() ? nullptr : MakeCollection(owner, value);
+    return collection != nullptr && collection->GetMinOccurs() <= 0;
+}
+
+template <RecordGroup group>
 bool CElementInfoCol<group>::ElementToXml(const CSerializationContext& context,
                                           const CXmlGeneratedClass* owner, CXmlWriter* writer) {
     if (group != RecordGroup::Choice && !context.GetIgnoreInvalidCollectionCounts()) {
@@ -421,6 +451,10 @@ bool CElementInfoCol<group>::ElementFromXml(const CSerializationContext& context
     CXmlCollectionBase* collection = MakeCollection(owner, value);
     if (collection == nullptr) ThrowMandatoryIsNull();
     LearnBounds(*collection);
+    // The whole collection is null, not an item.
+    if (*cursor != nullptr && (*cursor)->IsNullMember() && IsThisElement(context, *cursor) &&
+        PassNull(owner, cursor))
+        return group == RecordGroup::Seq;
     CXmlElement* const before = *cursor;
     *cursor = ReadItems(context, owner, parent, before, *collection);
     // Of a choice or an all-group another member may be meant, or this one's items come later.

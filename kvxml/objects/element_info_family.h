@@ -46,6 +46,7 @@ protected:
                        const CPrimitiveRestrictions& restrictions, const char* defaultValue);
 
     bool LetsChoiceBeEmpty(const CXmlGeneratedClass* owner) const override;
+    bool DropsNull(const CXmlGeneratedClass* owner) const override;
     /// Reads the member if what is at the cursor is the member's, and moves the cursor past it. Returns
     /// whether the member is there.
     virtual bool TryRead(const CSerializationContext& context, CXmlGeneratedClass* owner, CXmlElement* parent,
@@ -117,6 +118,7 @@ protected:
                      CXmlElement** cursor) const override;
     bool TryRead(const CSerializationContext& context, CXmlGeneratedClass* owner, CXmlElement* parent,
                  CXmlElement** cursor, XmlElementType type) const override;
+    bool DropsNull(const CXmlGeneratedClass* owner) const override;
 
 private:
     /// The object to read into: what the property holds, or with `makeNew` or when it holds none, a new one.
@@ -203,6 +205,7 @@ protected:
     bool WriteValue(const CSerializationContext& context, const KvVariant& value,
                     CXmlWriter* writer) const override;
     bool LetsChoiceBeEmpty(const CXmlGeneratedClass* owner) const override;
+    bool DropsNull(const CXmlGeneratedClass* owner) const override;
     /// Reads the items at the cursor and returns what is behind them.
     virtual CXmlElement* ReadItems(const CSerializationContext& context, CXmlGeneratedClass* owner,
                                    CXmlElement* parent, CXmlElement* cursor,

@@ -1,6 +1,7 @@
 #include "kvxml/objects/parent_element_info.h"
 
 #include "kvxml/base/internal/c_text.h"
+#include "kvxml/types/internal/format_override.h"
 
 namespace KvXmlLib16Data {
 
@@ -32,7 +33,9 @@ CParentElementInfo::CParentElementInfo(XmlElementGroupType groupType, XmlElement
       m_primitiveDataType(primitiveDataType),
       m_primitiveFormatOverride(OrEmpty(primitiveFormatOverride)),
       m_outputPrimitiveClassAsTextProperty(outputPrimitiveClassAsTextProperty),
-      m_id(NextId()) {}
+      m_id(NextId()) {
+    KvXmlLib16::internal::CheckFormat(primitiveDataType, m_primitiveFormatOverride);
+}
 
 CParentElementInfo::CParentElementInfo(const CParentElementInfo& other)
     : m_groupType(other.m_groupType),

@@ -271,8 +271,10 @@ std::string CdatetimeBaseCol::ItemToString(const CDateTime& value) const {
 
 void CdatetimeBaseCol::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext&,
                                  bool) const {
-    for (const CDateTime& value : *this)
+    for (const CDateTime& value : *this) {
+        if (!value.IsSet()) throw CKvInvalidValueException("The date is not set");
         WriteItem(writer, ItemToString(value), GetItemType());
+    }
 }
 
 }  // namespace KvXmlLib16

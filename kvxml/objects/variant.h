@@ -1,6 +1,7 @@
 /// The tagged value through which properties of generated classes are read and assigned by index.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -21,13 +22,21 @@
 
 namespace KvXmlLib16 {
 
+class CPrimitiveRestrictions;
 class CXmlCollectionBase;
 class CXmlObjectBase;
+struct KvVariant;
+
+namespace internal {
+void CheckFacets(const CPrimitiveRestrictions& restrictions, std::string_view name, const KvVariant& value,
+                 std::string_view lexical);
+}
 
 /// Holds any primitive XSD value, a reference to an object or a collection, or a nil mark. Every value lives
 /// inside the variant; setting one needs no allocation of its own.
 ///
-/// Getters do not check the kind: asking for another kind than `GetTypeAsEnum()` tells is a caller error.
+/// Asking for another kind than `GetTypeAsEnum()` tells, or for the value when there is none, is a caller
+/// error of every getter: debug builds end there, others do not notice.
 struct KVXML_EXPORT KvVariant {
 public:
     KvVariant() noexcept {}
@@ -111,32 +120,32 @@ public:
     void Own();
 
     // --- getters ----------------------------------------------------------------------------------------
-    CBinaryData GetHexBinary() const { return As<CBinaryData>(); }
-    CBinaryData GetBase64Binary() const { return As<CBinaryData>(); }
-    std::int8_t GetI1() const noexcept { return As<std::int8_t>(); }
-    std::int16_t GetI2() const noexcept { return As<std::int16_t>(); }
-    std::int32_t GetI4() const noexcept { return As<std::int32_t>(); }
-    std::int64_t GetI8() const noexcept { return As<std::int64_t>(); }
-    std::uint8_t GetUI1() const noexcept { return As<std::uint8_t>(); }
-    std::uint16_t GetUI2() const noexcept { return As<std::uint16_t>(); }
-    std::uint32_t GetUI4() const noexcept { return As<std::uint32_t>(); }
-    std::uint64_t GetUI8() const noexcept { return As<std::uint64_t>(); }
-    float GetR4() const noexcept { return As<float>(); }
-    double GetR8() const noexcept { return As<double>(); }
-    CDateTimeSpan GetDuration() const { return As<CDateTimeSpan>(); }
-    CDateTime GetYearMonth() const { return As<CDateTime>(); }
-    CDateTime GetMonthDay() const { return As<CDateTime>(); }
-    std::uint16_t GetYear() const noexcept { return As<std::uint16_t>(); }
-    std::uint8_t GetMonth() const noexcept { return As<std::uint8_t>(); }
-    std::uint8_t GetDay() const noexcept { return As<std::uint8_t>(); }
-    CDateTime GetDate() const { return As<CDateTime>(); }
-    CDateTime GetDateTime() const { return As<CDateTime>(); }
-    CDateTime GetTime() const { return As<CDateTime>(); }
-    char GetChar() const noexcept { return As<char>(); }
+    CBinaryData GetHexBinary() const { return Held<CBinaryData>(ItemType_hexBinary); }
+    CBinaryData GetBase64Binary() const { return Held<CBinaryData>(ItemType_base64Binary); }
+    std::int8_t GetI1() const noexcept { return Held<std::int8_t>(ItemType_i1); }
+    std::int16_t GetI2() const noexcept { return Held<std::int16_t>(ItemType_i2); }
+    std::int32_t GetI4() const noexcept { return Held<std::int32_t>(ItemType_i4); }
+    std::int64_t GetI8() const noexcept { return Held<std::int64_t>(ItemType_i8); }
+    std::uint8_t GetUI1() const noexcept { return Held<std::uint8_t>(ItemType_ui1); }
+    std::uint16_t GetUI2() const noexcept { return Held<std::uint16_t>(ItemType_ui2); }
+    std::uint32_t GetUI4() const noexcept { return Held<std::uint32_t>(ItemType_ui4); }
+    std::uint64_t GetUI8() const noexcept { return Held<std::uint64_t>(ItemType_ui8); }
+    float GetR4() const noexcept { return Held<float>(ItemType_r4); }
+    double GetR8() const noexcept { return Held<double>(ItemType_r8); }
+    CDateTimeSpan GetDuration() const { return Held<CDateTimeSpan>(ItemType_duration); }
+    CDateTime GetYearMonth() const { return Held<CDateTime>(ItemType_yearMonth); }
+    CDateTime GetMonthDay() const { return Held<CDateTime>(ItemType_monthDay); }
+    std::uint16_t GetYear() const noexcept { return Held<std::uint16_t>(ItemType_year); }
+    std::uint8_t GetMonth() const noexcept { return Held<std::uint8_t>(ItemType_month); }
+    std::uint8_t GetDay() const noexcept { return Held<std::uint8_t>(ItemType_day); }
+    CDateTime GetDate() const { return Held<CDateTime>(ItemType_date); }
+    CDateTime GetDateTime() const { return Held<CDateTime>(ItemType_datetime); }
+    CDateTime GetTime() const { return Held<CDateTime>(ItemType_time); }
+    char GetChar() const noexcept { return Held<char>(ItemType_char); }
     std::string GetString() const { return StringValue(); }
-    bool GetBoolean() const noexcept { return As<bool>(); }
-    CDecimal GetDecimal() const { return As<CDecimal>(); }
-    CBigInteger GetInteger() const { return As<CBigInteger>(); }
+    bool GetBoolean() const noexcept { return Held<bool>(ItemType_boolean); }
+    CDecimal GetDecimal() const { return Held<CDecimal>(ItemType_decimal); }
+    CBigInteger GetInteger() const { return Held<CBigInteger>(ItemType_integer); }
     CSmartPtr<CXmlObjectBase> GetXmlObject() const;
     CSmartPtr<CXmlCollectionBase> GetXmlCollection() const;
     /// The held object or collection without taking a reference; null when none is held.
@@ -150,17 +159,19 @@ public:
     /// Moves the value out; the variant keeps its kind and an empty value.
     std::string TakeString() {
         if (m_borrowed) return StringValue();
-        return std::move(As<std::string>());
+        return std::move(const_cast<std::string&>(StringValue()));
     }
-    CDecimal TakeDecimal() { return std::move(As<CDecimal>()); }
-    CBigInteger TakeInteger() { return std::move(As<CBigInteger>()); }
-    CBinaryData TakeBinary() { return std::move(As<CBinaryData>()); }
+    CDecimal TakeDecimal() { return std::move(const_cast<CDecimal&>(DecimalValue())); }
+    CBigInteger TakeInteger() { return std::move(const_cast<CBigInteger&>(IntegerValue())); }
+    CBinaryData TakeBinary() { return std::move(const_cast<CBinaryData&>(BinaryValue())); }
 
     // --- text forms -------------------------------------------------------------------------------------
     /// XSD text form; `format` (null or empty: the default form) shapes r4, r8 and decimal. CKvException
-    /// "Invalid Type %d to convert to string" when no primitive value is held.
+    /// "Invalid Type %d to convert to string" when no primitive value is held. A date that was never set
+    /// gives what CDateTime::ToString does.
     std::string ToString(const char* format) const;
-    /// As ToString; the result is a view of the held string or of `scratch`, valid until either changes.
+    /// As ToString for output; the result is a view of the held string or of `scratch`, valid until either
+    /// changes. CKvInvalidValueException "The date is not set" for such a date.
     std::string_view ToText(std::string& scratch, std::string_view format) const;
     /// Parses `text` as `type` under `rule`. On failure (CKvInvalidValueException and what else the
     /// conversions throw) the previous value stays.
@@ -168,15 +179,27 @@ public:
 
     /// The held string without copying it.
     const std::string& StringValue() const noexcept {
+        assert(m_holds && m_type == ItemType_string);
         return m_borrowed ? *As<const std::string*>() : As<std::string>();
     }
-    const CDecimal& DecimalValue() const noexcept { return As<CDecimal>(); }
-    const CBigInteger& IntegerValue() const noexcept { return As<CBigInteger>(); }
-    const CDateTime& DateTimeValue() const noexcept { return As<CDateTime>(); }
-    const CDateTimeSpan& DurationValue() const noexcept { return As<CDateTimeSpan>(); }
-    const CBinaryData& BinaryValue() const noexcept { return As<CBinaryData>(); }
+    const CDecimal& DecimalValue() const noexcept { return Held<CDecimal>(ItemType_decimal); }
+    const CBigInteger& IntegerValue() const noexcept { return Held<CBigInteger>(ItemType_integer); }
+    /// Of every kind that is held as a CDateTime.
+    const CDateTime& DateTimeValue() const noexcept {
+        assert(m_holds && IsDate(m_type));
+        return As<CDateTime>();
+    }
+    const CDateTimeSpan& DurationValue() const noexcept { return Held<CDateTimeSpan>(ItemType_duration); }
+    /// Of both binary kinds.
+    const CBinaryData& BinaryValue() const noexcept {
+        assert(m_holds && (m_type == ItemType_hexBinary || m_type == ItemType_base64Binary));
+        return As<CBinaryData>();
+    }
 
 private:
+    friend void internal::CheckFacets(const CPrimitiveRestrictions& restrictions, std::string_view name,
+                                      const KvVariant& value, std::string_view lexical);
+
     static constexpr std::size_t kSize = sizeof(CDateTimeSpan) > sizeof(std::string) ? sizeof(CDateTimeSpan)
                                                                                      : sizeof(std::string);
 
@@ -189,6 +212,18 @@ private:
     const T& As() const noexcept {
         static_assert(sizeof(T) <= kSize && alignof(T) <= alignof(std::max_align_t));
         return *std::launder(reinterpret_cast<const T*>(m_storage));
+    }
+
+    template <class T>
+    const T& Held([[maybe_unused]] ItemType type) const noexcept {
+        assert(m_holds && m_type == type);
+        return As<T>();
+    }
+
+    static constexpr bool IsDate(ItemType type) noexcept {
+        constexpr std::uint32_t kDates = 1U << ItemType_yearMonth | 1U << ItemType_monthDay |
+                                         1U << ItemType_date | 1U << ItemType_datetime | 1U << ItemType_time;
+        return (kDates >> type & 1U) != 0;
     }
 
     template <class T>
@@ -212,7 +247,8 @@ private:
         m_borrowed = false;
     }
     void DestroyOwned() noexcept;
-    std::string_view ToAnyText(std::string& scratch, std::string_view format) const;
+    /// The text of what `ToText` has no short way for.
+    std::string_view AppendText(std::string& scratch, std::string_view format) const;
     void CopyFrom(const KvVariant& other);
     void MoveFrom(KvVariant& other) noexcept;
 

@@ -167,7 +167,11 @@ void CXmlGeneratedClass::ReadContent(CXmlElement* element, CXmlElement*& cursor,
         SetElementName(name.shared);
     }
     ProcessAttributesFromXml(context, element, record.GetFromXmlFailIfAttributeUnknown());
-    if (IsNillableClass(record) && dynamic_cast<INillable*>(this)->IsNil()) return;
+    if (IsNillableClass(record)) {
+        auto* const nillable = dynamic_cast<INillable*>(this);
+        if (element->IsNull() && record.GetElementType() == XmlElementType_Element) nillable->SetNil(true);
+        if (nillable->IsNil()) return;
+    }
     switch (record.GetElementGroupType()) {
         case XmlElementGroupType_Sequence:
             cursor = ProcessElementSeqFromXml(context, element, cursor, record.GetElementType());
@@ -278,6 +282,20 @@ int CXmlGeneratedClass::FindElementRecord(const CSerializationContext& context, 
     return find(from);
 }
 
+/// Passes over nulls of JSON that mean that a member is not there; any other element is one too many.
+void CXmlGeneratedClass::CheckNoneRemains(const CSerializationContext& context, const CXmlElement& parent,
+                                          CXmlElement*& cursor) const {
+    CElementInfo** records = GetClassElementInfo();
+    const int count = GetClassElementInfoCount();
+    while (cursor != nullptr) {
+        CXmlElement* const remaining = cursor;
+        for (int i = 0; i < count && cursor == remaining; ++i) {
+            if (records[i]->IsThisElement(context, cursor)) records[i]->PassNull(this, &cursor);
+        }
+        if (cursor == remaining) ThrowElementRemains(parent, *remaining);
+    }
+}
+
 /// Offers elements to the records of a choice or an all-group. Records that go by the name are only asked for
 /// elements of their name.
 class CXmlGeneratedClass::RecordOfferer {
@@ -342,8 +360,10 @@ CXmlElement* CXmlGeneratedClass::ProcessElementChoiceFromXml(const CSerializatio
     RecordOfferer offerer(*this, context, parent, type);
     bool chosen = false;
     for (;;) {
+        const CXmlElement* const before = cursor;
         for (int i = 0; i < offerer.Count() && !chosen; ++i)
             chosen = offerer.Offer(i, &cursor);
+        if (!chosen && cursor != before) continue;  // a null was passed
         if (chosen || cursor == nullptr || !ignoreUnknown || type != XmlElementType_Element) break;
         cursor = cursor->GetNextSiblingElement();
         if (cursor == nullptr) break;
@@ -362,7 +382,7 @@ CXmlElement* CXmlGeneratedClass::ProcessElementChoiceFromXml(const CSerializatio
                          parent->GetLocalName().c_str()),
             parent->GetXPath());
     }
-    if (cursor != nullptr && !ignoreUnknown) ThrowElementRemains(*parent, *cursor);
+    if (cursor != nullptr && !ignoreUnknown) CheckNoneRemains(context, *parent, cursor);
     return cursor;
 }
 
@@ -387,7 +407,7 @@ CXmlElement* CXmlGeneratedClass::ProcessElementAllFromXml(const CSerializationCo
         }
     }
     if (type == XmlElementType_Element && cursor != nullptr && !context.GetIgnoreUnknownElements()) {
-        ThrowElementRemains(*parent, *cursor);
+        CheckNoneRemains(context, *parent, cursor);
     }
     return cursor;
 }
@@ -446,7 +466,10 @@ CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationCo
                 AccessProperty(record.m_propertyIndex, false, had);
         }
         if (type != XmlElementType_Element || cursor == nullptr) return cursor;
-        if (!context.GetIgnoreUnknownElements()) ThrowElementRemains(*parent, *cursor);
+        if (!context.GetIgnoreUnknownElements()) {
+            CheckNoneRemains(context, *parent, cursor);
+            return nullptr;
+        }
         cursor = cursor->GetNextSiblingElement();
         if (cursor == nullptr) return nullptr;
         // Only the last member, typically a repeating one, is offered what follows an unknown element.

@@ -125,6 +125,8 @@ private:
     void ReadSimpleContent(const CXmlElement& element);
     void WriteContent(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
                       const CSerializationContext& context, bool suppressChoiceError) const;
+    void CheckNoneRemains(const CSerializationContext& context, const CXmlElement& parent,
+                          CXmlElement*& cursor) const;
     void ReadNilAttribute(const CXmlElement& element, const CXmlAttribute& attribute);
     /// False when the record has nothing to write: `used` as GetUsedProperties returns it.
     static bool IsUsed(std::uint64_t used, const CElementInfo& record) noexcept;

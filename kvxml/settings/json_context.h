@@ -37,6 +37,13 @@ public:
     void SetRootElementName(const char* value) { m_rootElementName = value == nullptr ? "" : value; }
     void SetRootElementName(const std::string& value) { m_rootElementName = value; }
 
+    /// Name of the items when the input is an array: with a root element name, it becomes an element of that
+    /// name with one child of this name for each item. Default empty: such input is refused.
+    std::string GetArrayItemName() const { return m_arrayItemName; }
+    const std::string& GetArrayItemNameRef() const noexcept { return m_arrayItemName; }
+    void SetArrayItemName(const char* value) { m_arrayItemName = value == nullptr ? "" : value; }
+    void SetArrayItemName(const std::string& value) { m_arrayItemName = value; }
+
     /// Whether input may have "// ..." and "/* ... */" comments between its tokens. Default true.
     bool GetAllowComments() const noexcept { return m_allowComments; }
     /// Sets whether it may.
@@ -55,6 +62,7 @@ public:
 
 private:
     std::string m_rootElementName;
+    std::string m_arrayItemName;
     JsonRoundTrip m_supportRoundtrip = JsonRoundTrip_Full;
     bool m_allowComments = true;
     bool m_exactStrings = false;

@@ -6,6 +6,7 @@
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/types/internal/big_number.h"
+#include "kvxml/types/internal/value_hash.h"
 
 namespace KvXmlLib16 {
 
@@ -329,6 +330,14 @@ void CBigInteger::Divide(const DigitVector& a, const DigitVector& b, DigitVector
     BigNumber::Divide(FromDigitVector(a), FromDigitVector(b), q, r);
     ToDigitVector(q, quotient);
     ToDigitVector(r, remainder);
+}
+
+std::size_t CBigInteger::GetHash() const noexcept {
+    if (!m_isBig) return internal::HashOf(m_value);
+    std::size_t hash = internal::HashOf(m_big->negative);
+    for (const std::uint32_t limb : m_big->limbs)
+        hash = internal::HashOf(hash, limb);
+    return hash;
 }
 
 }  // namespace KvXmlLib16

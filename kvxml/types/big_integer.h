@@ -3,7 +3,9 @@
 ///     (CBigInteger::Pow10(20) + 1).ToString() == "100000000000000000001"
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -164,6 +166,12 @@ public:
     KVXML_MIXED_OPERATOR(CBigInteger, %)
 #undef KVXML_MIXED_OPERATOR
 
+    /// Equal values have equal hashes.
+    std::size_t GetHash() const noexcept;
+
+    /// Writes ToString().
+    friend KVXML_EXPORT std::ostream& operator<<(std::ostream& stream, const CBigInteger& value);
+
     /// Number of decimal digits; 1 for 0.
     std::int32_t GetDigitCount() const noexcept;
 
@@ -226,3 +234,8 @@ private:
 static_assert(sizeof(CBigInteger) <= 24, "CBigInteger is held in place by the variant");
 
 }  // namespace KvXmlLib16
+
+template <>
+struct std::hash<KvXmlLib16::CBigInteger> {
+    std::size_t operator()(const KvXmlLib16::CBigInteger& value) const noexcept { return value.GetHash(); }
+};

@@ -4,16 +4,30 @@
 ///     CBinaryData photo;
 ///     photo.SetAsBase64(text);
 ///     file.write(reinterpret_cast<const char*>(photo.GetData()), photo.GetLength());
+///     std::vector<unsigned char> bytes(photo.begin(), photo.end());
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include "kvxml/export.h"
 
 namespace KvXmlLib16 {
+
+namespace internal {
+/// Enables a template for containers that keep bytes side by side and are no text.
+template <class Bytes, class Byte = std::remove_pointer_t<decltype(std::declval<const Bytes&>().data())>,
+          class = decltype(std::declval<const Bytes&>().size())>
+using EnableIfBytes =
+    std::enable_if_t<sizeof(Byte) == 1 && !std::is_convertible<const Bytes&, std::string_view>::value &&
+                         (std::is_same<std::remove_cv_t<Byte>, unsigned char>::value ||
+                          std::is_same<std::remove_cv_t<Byte>, char>::value ||
+                          std::is_same<std::remove_cv_t<Byte>, std::byte>::value),
+                     int>;
+}  // namespace internal
 
 /// Copies share one block of bytes; the first change through one of them gives that one a block of its own.
 ///
@@ -38,6 +52,10 @@ public:
     CBinaryData(const char* text);
     /// Copies all bytes of the text.
     explicit CBinaryData(std::string_view text);
+    /// Copies the bytes of a vector, an array or a span of `char`, `unsigned char` or `std::byte`.
+    template <class Bytes, internal::EnableIfBytes<Bytes> = 0>
+    explicit CBinaryData(const Bytes& bytes)
+        : CBinaryData(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()) {}
     virtual ~CBinaryData();
 
     CBinaryData& operator=(const CBinaryData& other) noexcept;
@@ -47,6 +65,13 @@ public:
     /// copy that shares the bytes; use `operator[]` to write to this one only.
     unsigned char* GetData() const noexcept { return m_block == nullptr ? nullptr : m_block->data; }
     std::size_t GetLength() const noexcept { return m_block == nullptr ? 0 : m_block->length; }
+
+    /// The bytes as a range, which vectors are made of and spans look at. Valid until this object changes.
+    const unsigned char* begin() const noexcept { return GetData(); }
+    const unsigned char* end() const noexcept { return GetData() + GetLength(); }
+    const unsigned char* data() const noexcept { return GetData(); }
+    std::size_t size() const noexcept { return GetLength(); }
+    bool empty() const noexcept { return GetLength() == 0; }
 
     /// Adds bytes at the end, in amortised constant time each. `data` may be part of this buffer. When
     /// another thread comes to share the block during the call: CKvException "Failed to append.
@@ -86,6 +111,9 @@ public:
     /// Equal lengths and equal bytes.
     bool operator==(const CBinaryData& other) const noexcept;
     bool operator!=(const CBinaryData& other) const noexcept { return !(*this == other); }
+    std::size_t GetHash() const noexcept {
+        return std::hash<std::string_view>()({reinterpret_cast<const char*>(GetData()), GetLength()});
+    }
 
     /// The byte at `index`; CKvException "Index Out of range [%d]" for an empty object or an index beyond the
     /// length. The index that equals the length is accepted and reads as zero.
@@ -134,3 +162,8 @@ private:
 };
 
 }  // namespace KvXmlLib16
+
+template <>
+struct std::hash<KvXmlLib16::CBinaryData> {
+    std::size_t operator()(const KvXmlLib16::CBinaryData& value) const noexcept { return value.GetHash(); }
+};

@@ -9,10 +9,12 @@
 #include <type_traits>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/ascii.h"
 #include "kvxml/platform/internal/c_locale.h"
 #include "kvxml/types/base64.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/types/internal/digits.h"
+#include "kvxml/types/internal/format_override.h"
 #include "kvxml/types/internal/real_text.h"
 
 namespace KvXmlLib16 {
@@ -196,16 +198,6 @@ CDateTime ParseDate(std::string_view text, WhitespaceRule rule) {
     return value;
 }
 
-// `word` is in lower case.
-bool EqualsIgnoringCase(std::string_view text, std::string_view word) {
-    if (text.size() != word.size()) return false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i] >= 'A' && text[i] <= 'Z' ? static_cast<char>(text[i] + ('a' - 'A')) : text[i];
-        if (c != word[i]) return false;
-    }
-    return true;
-}
-
 void AppendTwoDigits(std::string& out, const char* prefix, unsigned int value) {
     out += prefix;
     if (value < 10) out += '0';
@@ -366,8 +358,8 @@ bool CConversions::booleanFromString(std::string_view text, WhitespaceRule rule)
     }
     std::string scratch;
     const std::string_view value = CWhitespaceUtils::ApplyRuleView(rule, text, scratch);
-    if (EqualsIgnoringCase(value, "true")) return true;
-    if (EqualsIgnoringCase(value, "false")) return false;
+    if (internal::EqualsIgnoreAsciiCase(value, "true")) return true;
+    if (internal::EqualsIgnoreAsciiCase(value, "false")) return false;
     if (value == "1") return true;
     if (value == "0") return false;
     throw CKvInvalidValueException(FormatString(
@@ -486,17 +478,8 @@ void CConversions::AppendDecimal(std::string& out, const CDecimal& value, std::s
         value.AppendTo(out);
         return;
     }
-    // As atoi, whatever follows the digits.
-    std::size_t i = 0;
-    while (i < format.size() && IsCSpace(format[i]))
-        ++i;
-    if (i < format.size() && format[i] == '+') ++i;
     int fractionDigits = 0;
-    const auto result = std::from_chars(format.data() + i, format.data() + format.size(), fractionDigits);
-    if (result.ec == std::errc::result_out_of_range) {
-        throw CKvInvalidParamException(
-            FormatString("The format [%s] is no count of fraction digits", std::string(format).c_str()));
-    }
+    internal::ReadFractionDigits(format, fractionDigits);
     out += value.ToString(fractionDigits);
 }
 void CConversions::AppendInteger(std::string& out, const CBigInteger& value) {

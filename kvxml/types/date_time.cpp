@@ -9,6 +9,7 @@
 #include "kvxml/types/format_string.h"
 #include "kvxml/types/internal/calendar.h"
 #include "kvxml/types/internal/date_time_numbers.h"
+#include "kvxml/types/internal/value_hash.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -466,6 +467,11 @@ CDateTime::DTCompareResult CDateTime::CompareTo(const CDateTime& other) const no
         if (Compare(typeA, earliest, typeB, b) == DTCompare_Greater) return DTCompare_Greater;
     }
     return DTCompare_Indeterminate;
+}
+
+std::size_t CDateTime::GetHash() const noexcept {
+    const Instant instant = FirstInstantUtc();
+    return HashOf(FieldsOf(GetType()), IsUTC(), instant.days, instant.second, instant.nano);
 }
 
 void CDateTime::AddDateTimeSpan(const CDateTimeSpan& span, bool subtract) {

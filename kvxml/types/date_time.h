@@ -4,11 +4,13 @@
 ///     start += CDateTimeSpan(48, 0, 0);
 ///     std::string text = start.ToString();  // "2007-10-16T10:09:57Z"
 ///
-/// Include "kvxml/types/date_time_span.h" to calculate with durations.
+/// Include "kvxml/types/date_time_span.h" to calculate with durations, and "kvxml/types/date_time_chrono.h"
+/// for conversions from and to the types of <chrono>.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -102,6 +104,10 @@ public:
     CDateTime& operator=(const SYSTEMTIME& time);
     CDateTime& operator=(const FILETIME& time);
 
+    /// Reads any of the forms below: one with "T" is a dateTime, one with a colon at its third place a time,
+    /// any other a form without a time.
+    static CDateTime FromText(std::string_view text);
+
     /// The present local time to the millisecond, a dateTime without zone.
     static CDateTime GetTickCount();
 
@@ -119,11 +125,12 @@ public:
     void ParseXSDTime(const char* text);
     void ParseXSDTime(std::string_view text);
 
-    /// The XSD form; "Error: Date Not Set" for a value without kind, and for one of any kind but time whose
-    /// fields are all zero. The fraction has 0, 3, 6 or 9 digits.
+    /// The XSD form; "Error: Date Not Set" for a value that is not set. The fraction has 0, 3, 6 or 9 digits.
     std::string ToString() const;
     /// "s": the XSD form. Null, "" and "G": the empty text. Others: "Unknown Format: " and the format.
     std::string ToString(const char* format) const;
+    /// Writes ToString().
+    friend KVXML_EXPORT std::ostream& operator<<(std::ostream& stream, const CDateTime& value);
     /// Writes the text of `ToString()` without terminator; returns its length, at most `kMaxTextLength`.
     std::size_t FormatXsd(char* buffer) const noexcept;
 
@@ -194,6 +201,13 @@ public:
     /// 1 is January 1.
     std::int32_t GetDayOfYear() const;
 
+    /// False for a value without kind, and for one of any kind but time whose fields are all zero.
+    bool IsSet() const noexcept {
+        const Fields& f = m_fields;
+        const bool allZero =
+            (f.year | f.month | f.day | f.hour | f.minute | f.second | f.milli | f.micro | f.nano) == 0;
+        return GetType() != dt_none && (!allZero || GetType() == dt_time);
+    }
     DTType GetType() const noexcept { return static_cast<DTType>(m_fields.kind & kTypeMask); }
     /// "dateTime", "date", ...; "yearZero" for a value that is not set.
     std::string GetTypeAsString() const { return GetTypeAsString(GetType()); }
@@ -227,6 +241,9 @@ public:
         const DTCompareResult result = CompareTo(other);
         return result == DTCompare_Greater || result == DTCompare_Equal;
     }
+
+    /// Equal values have equal hashes.
+    std::size_t GetHash() const noexcept;
 
     /// Adds a duration by the algorithm of W3C XML Schema 1.0 Datatypes, Appendix E: months first (the day is
     /// cut to the length of the month reached), then days and time. Kind and zone stay. Kinds without a time
@@ -298,6 +315,7 @@ private:
     /// Reads CCYY-MM-DDThh:mm:ss with or without "Z" and with every number in its range.
     bool ParsePlainDateTime(std::string_view text) noexcept;
     void SetXSDDate(std::string_view text);
+    void StoreDate(DTType type, int year, int month, int day) noexcept;
     void SetXSDTime(std::string_view text);
     void SetZone(std::string_view text);
 
@@ -316,3 +334,8 @@ private:
 };
 
 }  // namespace KvXmlLib16
+
+template <>
+struct std::hash<KvXmlLib16::CDateTime> {
+    std::size_t operator()(const KvXmlLib16::CDateTime& value) const noexcept { return value.GetHash(); }
+};

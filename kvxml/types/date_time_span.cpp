@@ -1,10 +1,12 @@
 #include "kvxml/types/date_time_span.h"
 
 #include <charconv>
+#include <utility>
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/types/internal/calendar.h"
 #include "kvxml/types/internal/digits.h"
+#include "kvxml/types/internal/value_hash.h"
 
 namespace KvXmlLib16 {
 
@@ -14,8 +16,25 @@ static_assert(sizeof(CDateTimeSpan) <= 56);
 
 namespace {
 
+// The dates from which durations are compared.
+constexpr Instant kStarts[] = {{DaysFromCivil(1696, 9, 1)},
+                               {DaysFromCivil(1697, 2, 1)},
+                               {DaysFromCivil(1903, 3, 1)},
+                               {DaysFromCivil(1903, 7, 1)}};
+
 /// What has been read of a duration, in the order of its parts.
-enum class Progress { Nothing, Years, Months, Days, TimeMark, Hours, Minutes, Seconds, Fraction };
+enum Progress : int {
+    kNothing,
+    kYears,
+    kMonths,
+    kDays,
+    kTimeMark,
+    kHours,
+    kMinutes,
+    kSeconds,
+    kFraction,
+    kRefused
+};
 
 [[noreturn]] void RefuseDuration(std::string_view text, const char* reason) {
     throw CKvInvalidValueException("Invalid XSD Duration [" + std::string(text) + "] " + reason);
@@ -101,78 +120,74 @@ void CDateTimeSpan::ParseXSDDuration(std::string_view text) {
     if (p == end || *p != 'P') RefuseDuration(text);
     ++p;
 
-    Progress progress = Progress::Nothing;
+    int progress = kNothing;
     bool inTime = false;
-    const auto expect = [text](bool condition) {
-        if (!condition) RefuseDuration(text);
-    };
     while (p != end) {
         std::uint32_t number = 0;
         for (; p != end && DigitValue(*p) <= 9; ++p)
             number = number * 10 + DigitValue(*p);
         if (p == end) RefuseDuration(text);
-        switch (*p++) {
-            case 'Y':
-                m_years = static_cast<std::uint16_t>(number);
-                progress = Progress::Years;
-                break;
-            case 'M':
-                if (progress <= Progress::Years) {
-                    m_months = number;
-                    progress = Progress::Months;
-                } else {
-                    expect(progress == Progress::TimeMark || progress == Progress::Hours);
-                    m_minutes = SignExtend(number);
-                    progress = Progress::Minutes;
-                }
-                break;
-            case 'D':
-                expect(progress <= Progress::Months);
-                m_days = number;
-                progress = Progress::Days;
-                break;
-            case 'T':
-                expect(progress <= Progress::Days && !inTime);
-                inTime = true;
-                progress = Progress::TimeMark;
-                break;
-            case 'H':
-                expect(progress == Progress::TimeMark);
-                m_hours = number;
-                progress = Progress::Hours;
-                break;
-            case 'S':
-                expect(progress >= Progress::TimeMark && progress <= Progress::Minutes);
-                m_seconds = SignExtend(number);
-                progress = Progress::Seconds;
-                break;
-            case '.': {
-                expect(progress >= Progress::TimeMark && progress <= Progress::Minutes);
-                m_seconds = SignExtend(number);
-                constexpr unsigned kWeights[3] = {100, 10, 1};
-                for (int count = 0; p != end && DigitValue(*p) <= 9; ++p, ++count) {
-                    const unsigned digit = DigitValue(*p);
-                    if (count == 9) RefuseDuration(text, "Fraction part too long");
-                    if (count < 3) {
-                        m_milliSeconds = static_cast<std::uint16_t>(m_milliSeconds + digit * kWeights[count]);
-                    } else if (count < 6) {
-                        m_microSeconds =
-                            static_cast<std::uint16_t>(m_microSeconds + digit * kWeights[count - 3]);
-                    } else {
-                        m_nanoSeconds =
-                            static_cast<std::uint16_t>(digit);  // unweighted: the last digit stays
-                    }
-                }
-                expect(p != end && *p == 'S');
-                ++p;
-                progress = Progress::Fraction;
-                break;
+        const char designator = *p++;
+        if (designator == 'T' && std::exchange(inTime, true)) RefuseDuration(text);
+        progress = StorePart(designator, number, progress);
+        if (progress == kRefused) RefuseDuration(text);
+        if (designator == '.') p = ParseFraction(text, p);
+    }
+    if (progress == kNothing || progress == kTimeMark) RefuseDuration(text);
+}
+
+// Returns the progress after the part, kRefused when it may not stand there.
+int CDateTimeSpan::StorePart(char designator, std::uint32_t number, int progress) noexcept {
+    const bool isBeforeSeconds = progress >= kTimeMark && progress <= kMinutes;
+    switch (designator) {
+        case 'Y':
+            m_years = static_cast<std::uint16_t>(number);
+            return kYears;
+        case 'M':
+            if (progress <= kYears) {
+                m_months = number;
+                return kMonths;
             }
-            default:
-                RefuseDuration(text);
+            if (progress != kTimeMark && progress != kHours) return kRefused;
+            m_minutes = SignExtend(number);
+            return kMinutes;
+        case 'D':
+            if (progress > kMonths) return kRefused;
+            m_days = number;
+            return kDays;
+        case 'T':
+            return progress <= kDays ? kTimeMark : kRefused;
+        case 'H':
+            if (progress != kTimeMark) return kRefused;
+            m_hours = number;
+            return kHours;
+        case 'S':
+        case '.':
+            if (!isBeforeSeconds) return kRefused;
+            m_seconds = SignExtend(number);
+            return designator == 'S' ? kSeconds : kFraction;
+        default:
+            return kRefused;
+    }
+}
+
+// Reads the digits after the point, at `p` in `text`, and the "S" after them; returns the end.
+const char* CDateTimeSpan::ParseFraction(std::string_view text, const char* p) {
+    const char* const end = text.data() + text.size();
+    constexpr unsigned kWeights[3] = {100, 10, 1};
+    for (int count = 0; p != end && DigitValue(*p) <= 9; ++p, ++count) {
+        const unsigned digit = DigitValue(*p);
+        if (count == 9) RefuseDuration(text, "Fraction part too long");
+        if (count < 3) {
+            m_milliSeconds = static_cast<std::uint16_t>(m_milliSeconds + digit * kWeights[count]);
+        } else if (count < 6) {
+            m_microSeconds = static_cast<std::uint16_t>(m_microSeconds + digit * kWeights[count - 3]);
+        } else {
+            m_nanoSeconds = static_cast<std::uint16_t>(digit);  // unweighted: the last digit stays
         }
     }
-    expect(progress != Progress::Nothing && progress != Progress::TimeMark);
+    if (p == end || *p != 'S') RefuseDuration(text);
+    return p + 1;
 }
 
 std::string CDateTimeSpan::ToString() const {
@@ -202,10 +217,6 @@ std::size_t CDateTimeSpan::FormatXsd(char* buffer) const noexcept {
 }
 
 CDateTime::DTCompareResult CDateTimeSpan::CompareTo(const CDateTimeSpan& other) const noexcept {
-    constexpr Instant kStarts[] = {{DaysFromCivil(1696, 9, 1)},
-                                   {DaysFromCivil(1697, 2, 1)},
-                                   {DaysFromCivil(1903, 3, 1)},
-                                   {DaysFromCivil(1903, 7, 1)}};
     const auto compareFrom = [&](const Instant& start) {
         return CompareInstants(AddSpan(start, *this, false), AddSpan(start, other, false));
     };
@@ -215,6 +226,13 @@ CDateTime::DTCompareResult CDateTimeSpan::CompareTo(const CDateTimeSpan& other) 
     }
     if (order == 0) return CDateTime::DTCompare_Equal;
     return order < 0 ? CDateTime::DTCompare_Less : CDateTime::DTCompare_Greater;
+}
+
+std::size_t CDateTimeSpan::GetHash() const noexcept {
+    // Where two durations are equal, they lead to the same dates.
+    const Instant a = AddSpan(kStarts[0], *this, false);
+    const Instant b = AddSpan(kStarts[1], *this, false);
+    return HashOf(a.days, b.days, a.second, a.nano);
 }
 
 }  // namespace KvXmlLib16

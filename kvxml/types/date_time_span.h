@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 
@@ -45,8 +46,15 @@ public:
     /// counts, as nanoseconds. A failure leaves what was read before the fault.
     void ParseXSDDuration(const char* text);
     void ParseXSDDuration(std::string_view text);
+    static CDateTimeSpan FromText(std::string_view text) {
+        CDateTimeSpan result;
+        result.ParseXSDDuration(text);
+        return result;
+    }
     /// The XSD form; "P" for zero, which the parser refuses. The fraction has 0, 3, 6 or 9 digits.
     std::string ToString() const;
+    /// Writes ToString().
+    friend KVXML_EXPORT std::ostream& operator<<(std::ostream& stream, const CDateTimeSpan& value);
     /// Writes the text of `ToString()` without terminator; returns its length, at most `kMaxTextLength`.
     std::size_t FormatXsd(char* buffer) const noexcept;
 
@@ -98,8 +106,18 @@ public:
     bool operator>(const CDateTimeSpan& other) const noexcept {
         return CompareTo(other) == CDateTime::DTCompare_Greater;
     }
+    bool operator<=(const CDateTimeSpan& other) const noexcept {
+        const CDateTime::DTCompareResult result = CompareTo(other);
+        return result == CDateTime::DTCompare_Less || result == CDateTime::DTCompare_Equal;
+    }
+    bool operator>=(const CDateTimeSpan& other) const noexcept { return other <= *this; }
+    /// Equal durations have equal hashes, whatever they are counted in.
+    std::size_t GetHash() const noexcept;
 
 private:
+    int StorePart(char designator, std::uint32_t number, int progress) noexcept;
+    const char* ParseFraction(std::string_view text, const char* p);
+
     std::uint64_t m_minutes = 0;
     std::uint64_t m_seconds = 0;
     std::uint32_t m_months = 0;
@@ -113,3 +131,8 @@ private:
 };
 
 }  // namespace KvXmlLib16
+
+template <>
+struct std::hash<KvXmlLib16::CDateTimeSpan> {
+    std::size_t operator()(const KvXmlLib16::CDateTimeSpan& value) const noexcept { return value.GetHash(); }
+};

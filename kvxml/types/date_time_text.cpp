@@ -70,6 +70,61 @@ bool ReadDate(const char* p, int& year, int& month, int& day) noexcept {
            ReadTwoDigits(p + 8, day);
 }
 
+struct DateNumbers {
+    int year = 0;
+    int month = 0;
+    int day = 0;
+};
+
+// Length of "Z" or "+hh:mm" at the end of a form without a time.
+std::size_t ZoneLength(std::string_view text) {
+    const bool hasColon = text.find(':') != std::string_view::npos;
+    if (text.back() == 'Z') {
+        if (hasColon) throw CKvInvalidValueException("Invalid Date (Bad Zone value)");
+        return 1;
+    }
+    if (!hasColon) return 0;
+    if (text.size() < 6) RefuseDate(text);
+    return 6;
+}
+
+// --MM, ---DD or --MM-DD; dt_none for anything else.
+CDateTime::DTType ReadFormWithoutYear(std::string_view body, DateNumbers& date) noexcept {
+    const char* const p = body.data();
+    switch (body.size()) {
+        case 4:
+            return ReadTwoDigits(p + 2, date.month) ? CDateTime::dt_gMonth : CDateTime::dt_none;
+        case 5:
+            return p[2] == '-' && ReadTwoDigits(p + 3, date.day) ? CDateTime::dt_gDay : CDateTime::dt_none;
+        case 6:  // the obsolete form --MM--, whose end does not matter
+            return ReadTwoDigits(p + 2, date.month) ? CDateTime::dt_gMonth : CDateTime::dt_none;
+        case 7:
+            return p[4] == '-' && ReadTwoDigits(p + 2, date.month) && ReadTwoDigits(p + 5, date.day)
+                       ? CDateTime::dt_gMonthDay
+                       : CDateTime::dt_none;
+        default:
+            return CDateTime::dt_none;
+    }
+}
+
+// [-]CCYY, [-]CCYY-MM or [-]CCYY-MM-DD; dt_none for anything else.
+CDateTime::DTType ReadFormWithYear(std::string_view body, DateNumbers& date) noexcept {
+    const bool negative = !body.empty() && body[0] == '-';
+    if (negative) body.remove_prefix(1);
+    const char* const p = body.data();
+    CDateTime::DTType type = CDateTime::dt_none;
+    if (body.size() == 4 && ReadFourDigits(p, date.year)) {
+        type = CDateTime::dt_gYear;
+    } else if (body.size() == 7 && p[4] == '-' && ReadFourDigits(p, date.year) &&
+               ReadTwoDigits(p + 5, date.month)) {
+        type = CDateTime::dt_gYearMonth;
+    } else if (body.size() == 10 && ReadDate(p, date.year, date.month, date.day)) {
+        type = CDateTime::dt_date;
+    }
+    if (negative) date.year = -date.year;
+    return type;
+}
+
 }  // namespace
 
 // --- reading ----------------------------------------------------------------------------------------------
@@ -163,70 +218,43 @@ void CDateTime::ParseXSDTime(std::string_view text) {
     Validate();
 }
 
+CDateTime CDateTime::FromText(std::string_view text) {
+    CDateTime result;
+    if (text.find('T') != std::string_view::npos) {
+        result.ParseXSDDateTime(text);
+    } else if (text.size() > 2 && text[2] == ':') {
+        result.ParseXSDTime(text);
+    } else {
+        result.ParseXSDDate(text);
+    }
+    return result;
+}
+
 void CDateTime::SetXSDDate(std::string_view text) {
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    const auto store = [&](DTType type) {
-        m_fields.year = static_cast<std::int16_t>(year);
-        m_fields.month = static_cast<std::uint8_t>(month);
-        m_fields.day = static_cast<std::uint8_t>(day);
-        SetType(type);
-    };
-    if (text.size() == 10 && ReadDate(text.data(), year, month, day)) {
-        store(dt_date);
+    DateNumbers date;
+    if (text.size() == 10 && ReadDate(text.data(), date.year, date.month, date.day)) {
+        StoreDate(dt_date, date.year, date.month, date.day);
         return;
     }
-
     if (text.empty()) throw CKvInvalidValueException("Invalid Date (Empty String)");
     if (text.find('T') != std::string_view::npos) {
         throw CKvInvalidValueException("Invalid Date ('T' not allowed)");
     }
-    const bool hasColon = text.find(':') != std::string_view::npos;
-    std::size_t zoneLength = 0;
-    if (text.back() == 'Z') {
-        if (hasColon) throw CKvInvalidValueException("Invalid Date (Bad Zone value)");
-        zoneLength = 1;
-    } else if (hasColon) {
-        if (text.size() < 6) RefuseDate(text);
-        zoneLength = 6;
-    }
-    std::string_view body = text.substr(0, text.size() - zoneLength);
-    year = month = day = 0;
-
-    if (body.size() >= 2 && body[0] == '-' && body[1] == '-') {
-        const char* p = body.data();
-        if (body.size() == 4 && ReadTwoDigits(p + 2, month)) {
-            store(dt_gMonth);
-        } else if (body.size() == 5 && p[2] == '-' && ReadTwoDigits(p + 3, day)) {
-            store(dt_gDay);
-        } else if (body.size() == 6 && ReadTwoDigits(p + 2, month)) {
-            store(dt_gMonth);  // the obsolete form --MM--, whose end does not matter
-        } else if (body.size() == 7 && p[4] == '-' && ReadTwoDigits(p + 2, month) &&
-                   ReadTwoDigits(p + 5, day)) {
-            store(dt_gMonthDay);
-        } else {
-            RefuseDate(text);
-        }
-    } else {
-        const bool negative = !body.empty() && body[0] == '-';
-        if (negative) body.remove_prefix(1);
-        const char* p = body.data();
-        DTType type = dt_none;
-        if (body.size() == 4 && ReadFourDigits(p, year)) {
-            type = dt_gYear;
-        } else if (body.size() == 7 && p[4] == '-' && ReadFourDigits(p, year) &&
-                   ReadTwoDigits(p + 5, month)) {
-            type = dt_gYearMonth;
-        } else if (body.size() == 10 && ReadDate(p, year, month, day)) {
-            type = dt_date;
-        } else {
-            RefuseDate(text);
-        }
-        if (negative) year = -year;
-        store(type);
-    }
+    const std::size_t zoneLength = ZoneLength(text);
+    const std::string_view body = text.substr(0, text.size() - zoneLength);
+    date = DateNumbers();
+    const DTType type =
+        body.substr(0, 2) == "--" ? ReadFormWithoutYear(body, date) : ReadFormWithYear(body, date);
+    if (type == dt_none) RefuseDate(text);
+    StoreDate(type, date.year, date.month, date.day);
     if (zoneLength != 0) SetZone(text.substr(text.size() - zoneLength));
+}
+
+void CDateTime::StoreDate(DTType type, int year, int month, int day) noexcept {
+    m_fields.year = static_cast<std::int16_t>(year);
+    m_fields.month = static_cast<std::uint8_t>(month);
+    m_fields.day = static_cast<std::uint8_t>(day);
+    SetType(type);
 }
 
 void CDateTime::SetXSDTime(std::string_view text) {
@@ -303,9 +331,7 @@ std::string CDateTime::ToString(const char* format) const {
 std::size_t CDateTime::FormatXsd(char* buffer) const noexcept {
     const Fields& f = m_fields;
     const DTType type = GetType();
-    const bool allZero =
-        (f.year | f.month | f.day | f.hour | f.minute | f.second | f.milli | f.micro | f.nano) == 0;
-    if (type == dt_none || (allZero && type != dt_time)) {
+    if (!IsSet()) {
         std::memcpy(buffer, kNotSet, sizeof(kNotSet) - 1);
         return sizeof(kNotSet) - 1;
     }

@@ -12,6 +12,7 @@
 #include "kvxml/types/big_integer.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/types/internal/big_number.h"
+#include "kvxml/types/internal/value_hash.h"
 #include "kvxml/types/whitespace_utils.h"
 
 namespace KvXmlLib16 {
@@ -555,6 +556,20 @@ double CDecimal::ToDouble() const {
     // Out of range: either too large, or closer to zero than the smallest double.
     if (m_isBig && static_cast<std::int64_t>(m_big->DigitCount()) > m_scale) ThrowTooLargeForDouble();
     return 0.0;
+}
+
+std::size_t CDecimal::GetHash() const noexcept {
+    if (m_isBig) {
+        std::size_t hash = internal::HashOf(m_scale, m_big->negative);
+        for (const std::uint32_t limb : m_big->limbs)
+            hash = internal::HashOf(hash, limb);
+        return hash;
+    }
+    std::int64_t value = m_value;
+    std::int32_t scale = m_scale;
+    for (; scale > 0 && value % 10 == 0; --scale)
+        value /= 10;
+    return internal::HashOf(scale, value);
 }
 
 }  // namespace KvXmlLib16

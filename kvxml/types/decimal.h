@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -154,6 +155,11 @@ public:
     friend bool operator<=(const CDecimal& a, const CDecimal& b) { return a.CompareTo(b) <= 0; }
     friend bool operator>(const CDecimal& a, const CDecimal& b) { return a.CompareTo(b) > 0; }
     friend bool operator>=(const CDecimal& a, const CDecimal& b) { return a.CompareTo(b) >= 0; }
+    /// Equal values have equal hashes, however they were written.
+    std::size_t GetHash() const noexcept;
+
+    /// Writes ToString().
+    friend KVXML_EXPORT std::ostream& operator<<(std::ostream& stream, const CDecimal& value);
 
     // --- conversions --------------------------------------------------------------------------------------
     //
@@ -201,3 +207,8 @@ private:
 static_assert(sizeof(CDecimal) == 16 || sizeof(void*) != 8, "CDecimal is passed around by value");
 
 }  // namespace KvXmlLib16
+
+template <>
+struct std::hash<KvXmlLib16::CDecimal> {
+    std::size_t operator()(const KvXmlLib16::CDecimal& value) const noexcept { return value.GetHash(); }
+};

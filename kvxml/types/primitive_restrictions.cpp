@@ -9,9 +9,11 @@
 #include <vector>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/c_text.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/types/conversions.h"
 #include "kvxml/types/internal/facets.h"
+#include "kvxml/types/internal/item_traits.h"
 
 namespace KvXmlLib16 {
 
@@ -22,6 +24,7 @@ using internal::CXsdRegex;
 using internal::Facets;
 using internal::FillBounds;
 using internal::FillEnumeration;
+using internal::OrEmpty;
 using internal::TypedFacets;
 
 namespace {
@@ -29,10 +32,6 @@ namespace {
 constexpr auto kCollapse = CWhitespaceUtils::WhitespaceRule_Collapse;
 constexpr auto kNone = CWhitespaceUtils::WhitespaceRule_None;
 constexpr std::size_t kMaxShownValue = 1000;
-
-const char* TextOf(const char* text) noexcept {
-    return text != nullptr ? text : "";
-}
 
 // --- violations -------------------------------------------------------------------------------------------
 
@@ -104,7 +103,7 @@ public:
 
     /// `compare` gives a DTCompareResult; what can not be ordered is refused by every bound.
     template <class T, class Compare>
-    void BoundsAndEnumeration(const TypedFacets<T>& typed, Compare compare) const {
+    void Bounds(const TypedFacets<T>& typed, Compare compare) const {
         if (typed.minInclusive) {
             const auto order = compare(*typed.minInclusive);
             if (order != CDateTime::DTCompare_Greater && order != CDateTime::DTCompare_Equal) {
@@ -123,11 +122,11 @@ public:
         if (typed.maxExclusive && compare(*typed.maxExclusive) != CDateTime::DTCompare_Less) {
             Fail("maxExclusive", m_facets.maxExclusive);
         }
-        if (!typed.enumeration.empty() &&
-            std::none_of(typed.enumeration.begin(), typed.enumeration.end(),
-                         [&](const T& allowed) { return compare(allowed) == CDateTime::DTCompare_Equal; })) {
-            FailEnumeration();
-        }
+    }
+
+    template <class T, class Value>
+    void Enumeration(const TypedFacets<T>& typed, const Value& value) const {
+        if (!typed.enumeration.empty() && !typed.enumeration.contains(value)) FailEnumeration();
     }
 
     [[noreturn]] void FailEnumeration() const {
@@ -189,7 +188,7 @@ const IntegerRange* RangeOf(ItemType type) {
     return type >= ItemType_i1 && type <= ItemType_ui8 ? &kRanges[type - ItemType_i1] : nullptr;
 }
 
-// Bounds may lie outside of what the kind holds, but something must be left between them.
+// Bounds may lie outside of what the kind holds, but must leave something of it.
 void CheckRange(const TypedFacets<CDecimal>& typed, const Facets& facets, std::string_view name,
                 const IntegerRange& range) {
     const CDecimal least(range.least);
@@ -201,10 +200,6 @@ void CheckRange(const TypedFacets<CDecimal>& typed, const Facets& facets, std::s
     if (typed.minExclusive && *typed.minExclusive >= most) refuse("minExclusive", facets.minExclusive);
     if (typed.maxInclusive && *typed.maxInclusive < least) refuse("maxInclusive", facets.maxInclusive);
     if (typed.maxExclusive && *typed.maxExclusive <= least) refuse("maxExclusive", facets.maxExclusive);
-    for (std::size_t i = 0; i < typed.enumeration.size(); ++i) {
-        if (typed.enumeration[i] < least || typed.enumeration[i] > most)
-            BadFacet(name, "enumeration [" + facets.enumeration[i] + "] is no value of the type.");
-    }
 }
 
 // The form that the values of a kind of dates have; dt_none for another kind.
@@ -244,23 +239,23 @@ CPrimitiveRestrictions::CPrimitiveRestrictions(const char* pattern, std::int32_t
                                                std::int32_t totalDigits, std::int32_t fractionDigits,
                                                CWhitespaceUtils::WhitespaceRule rule, const char* enumeration)
     : m_rule(rule), m_hasPattern(pattern != nullptr && *pattern != '\0') {
-    const std::string_view values = TextOf(enumeration);
-    const bool anyText =
-        !(std::string_view(TextOf(pattern)).empty() && std::string_view(TextOf(minInclusive)).empty() &&
-          std::string_view(TextOf(maxInclusive)).empty() && std::string_view(TextOf(minExclusive)).empty() &&
-          std::string_view(TextOf(maxExclusive)).empty() && values.empty());
+    const std::string_view values = OrEmpty(enumeration);
+    const bool anyText = !(
+        std::string_view(OrEmpty(pattern)).empty() && std::string_view(OrEmpty(minInclusive)).empty() &&
+        std::string_view(OrEmpty(maxInclusive)).empty() && std::string_view(OrEmpty(minExclusive)).empty() &&
+        std::string_view(OrEmpty(maxExclusive)).empty() && values.empty());
     const bool anyNumber =
         minLength >= 0 || maxLength >= 0 || length >= 0 || totalDigits >= 0 || fractionDigits >= 0;
     if (!anyText && !anyNumber) return;
     auto facets = std::make_shared<Facets>();
-    facets->pattern = TextOf(pattern);
+    facets->pattern = OrEmpty(pattern);
     facets->minLength = minLength;
     facets->maxLength = maxLength;
     facets->length = length;
-    facets->minInclusive = TextOf(minInclusive);
-    facets->maxInclusive = TextOf(maxInclusive);
-    facets->minExclusive = TextOf(minExclusive);
-    facets->maxExclusive = TextOf(maxExclusive);
+    facets->minInclusive = OrEmpty(minInclusive);
+    facets->maxInclusive = OrEmpty(maxInclusive);
+    facets->minExclusive = OrEmpty(minExclusive);
+    facets->maxExclusive = OrEmpty(maxExclusive);
     facets->totalDigits = totalDigits;
     facets->fractionDigits = fractionDigits;
     for (std::size_t begin = 0; !values.empty() && begin <= values.size();) {
@@ -275,58 +270,24 @@ CPrimitiveRestrictions::CPrimitiveRestrictions(const char* pattern, std::int32_t
 // --- checks -----------------------------------------------------------------------------------------------
 
 void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std::string_view value) const {
-    switch (type) {
-        case ItemType_i1:
-            return CheckInt64(name, type, CConversions::i1FromString(value, kCollapse), value);
-        case ItemType_i2:
-            return CheckInt64(name, type, CConversions::i2FromString(value, kCollapse), value);
-        case ItemType_i4:
-            return CheckInt64(name, type, CConversions::i4FromString(value, kCollapse), value);
-        case ItemType_i8:
-            return CheckInt64(name, type, CConversions::i8FromString(value, kCollapse), value);
-        case ItemType_ui1:
-            return CheckUInt64(name, type, CConversions::ui1FromString(value, kCollapse), value);
-        case ItemType_ui2:
-            return CheckUInt64(name, type, CConversions::ui2FromString(value, kCollapse), value);
-        case ItemType_ui4:
-            return CheckUInt64(name, type, CConversions::ui4FromString(value, kCollapse), value);
-        case ItemType_ui8:
-            return CheckUInt64(name, type, CConversions::ui8FromString(value, kCollapse), value);
-        case ItemType_r4:
-            return CheckDouble(name, type, static_cast<double>(CConversions::r4FromString(value, kCollapse)),
-                               value);
-        case ItemType_r8:
-            return CheckDouble(name, type, CConversions::r8FromString(value, kCollapse), value);
-        case ItemType_year:
-            return CheckUInt64(name, type, CConversions::yearFromString(value, kCollapse), value);
-        case ItemType_month:
-            return CheckUInt64(name, type, CConversions::monthFromString(value, kCollapse), value);
-        case ItemType_day:
-            return CheckUInt64(name, type, CConversions::dayFromString(value, kCollapse), value);
-        case ItemType_date:
-        case ItemType_yearMonth:
-        case ItemType_monthDay:
-            return CheckDateTime(name, type, CConversions::dateFromString(value, kCollapse), value);
-        case ItemType_datetime:
-            return CheckDateTime(name, type, CConversions::datetimeFromString(value, kCollapse), value);
-        case ItemType_time:
-            return CheckDateTime(name, type, CConversions::timeFromString(value, kCollapse), value);
-        case ItemType_duration:
-            return CheckDuration(name, type, CConversions::durationFromString(value, kCollapse), value);
-        case ItemType_decimal:
-            return CheckDecimal(name, type, CConversions::decimalFromString(value, kCollapse), value);
-        case ItemType_integer:
-            return CheckInteger(name, type, CConversions::integerFromString(value, kCollapse), value);
-        case ItemType_boolean:
-            return CheckBoolean(name, CConversions::booleanFromString(value, kCollapse), value);
-        case ItemType_hexBinary:
-            return CheckBinary(name, type, CConversions::hexBinaryFromString(value, kCollapse), value);
-        case ItemType_base64Binary:
-            return CheckBinary(name, type, CConversions::base64BinaryFromString(value, kCollapse), value);
-        default:
-            break;
-    }
-    // The value is its own text, also when it is empty. It is in the local code page.
+    const bool isValueKind = internal::VisitItemType(type, [&](auto traits) {
+        using Traits = decltype(traits);
+        if constexpr (internal::IsText<Traits>) {
+            CheckString(name, type, value);
+        } else {
+            // The space around a value is no part of what a pattern is matched against.
+            const auto typed = Traits::FromString(value, kCollapse);
+            std::string scratch;
+            Check(name, type, typed, CWhitespaceUtils::ApplyRuleView(kCollapse, value, scratch));
+        }
+    });
+    if (!isValueKind) CheckString(name, type, value);
+}
+
+// The value is its own text, also when it is empty. It is in the local code page.
+void CPrimitiveRestrictions::CheckString(std::string_view name, ItemType type, std::string_view value) const {
+    std::string scratch;
+    if (type != ItemType_char) value = CWhitespaceUtils::ApplyRuleView(m_facets->rule, value, scratch);
     const Checker check(*m_facets, name, value, [](std::string&) {});
     const auto& typed = m_facets->Typed<std::string>(
         type == ItemType_char ? type : ItemType_string, name, [&](TypedFacets<std::string>& made) {
@@ -336,7 +297,6 @@ void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std
                 if (made.type == ItemType_char) CConversions::charFromString(allowed, kNone);
                 return allowed;
             });
-            std::sort(made.enumeration.begin(), made.enumeration.end());
         });
     const bool isAscii = internal::IsAllAscii(value);
     const bool isUtf8 = isAscii || internal::IsLocalUtf8();
@@ -344,12 +304,7 @@ void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std
     const std::string_view characters = isUtf8 ? value : converted;
     check.Length([&] { return CountCharacters(characters); });
     check.Pattern(characters, isAscii);
-    const std::vector<std::string>& allowed = typed.enumeration;
-    if (!allowed.empty() &&
-        !std::binary_search(allowed.begin(), allowed.end(), value,
-                            [](std::string_view a, std::string_view b) { return a < b; })) {
-        check.FailEnumeration();
-    }
+    check.Enumeration(typed, value);
 }
 
 void CPrimitiveRestrictions::CheckBoolean(std::string_view name, bool value, std::string_view lexical) const {
@@ -361,10 +316,7 @@ void CPrimitiveRestrictions::CheckBoolean(std::string_view name, bool value, std
         });
     });
     check.Pattern();
-    const std::vector<bool>& allowed = typed.enumeration;
-    if (!allowed.empty() && std::find(allowed.begin(), allowed.end(), value) == allowed.end()) {
-        check.FailEnumeration();
-    }
+    check.Enumeration(typed, value);
 }
 
 void CPrimitiveRestrictions::CheckInt64(std::string_view name, ItemType type, std::int64_t value,
@@ -416,8 +368,13 @@ void CPrimitiveRestrictions::CheckDecimal(std::string_view name, ItemType type, 
         };
         if (!isDatePart) CheckDigits(*m_facets, name);
         FillBounds(made, *m_facets, name, parse, compare);
-        FillEnumeration(made, *m_facets, name, parse);
         if (range != nullptr) CheckRange(made, *m_facets, name, *range);
+        FillEnumeration(made, *m_facets, name, [&](const std::string& text) {
+            CDecimal number = parse(text);
+            if (range != nullptr && (number < CDecimal(range->least) || number > CDecimal(range->most)))
+                throw CKvInvalidValueException("The value [" + text + "] is out of range");
+            return number;
+        });
     });
     check.Pattern();
     if (!isDatePart) {
@@ -428,7 +385,8 @@ void CPrimitiveRestrictions::CheckDecimal(std::string_view name, ItemType type, 
             check.Fail("fractionDigits", m_facets->fractionDigits);
         }
     }
-    check.BoundsAndEnumeration(typed, [&](const CDecimal& other) { return compare(value, other); });
+    check.Bounds(typed, [&](const CDecimal& other) { return compare(value, other); });
+    check.Enumeration(typed, value);
 }
 
 void CPrimitiveRestrictions::CheckDouble(std::string_view name, ItemType type, double value,
@@ -459,7 +417,8 @@ void CPrimitiveRestrictions::CheckDouble(std::string_view name, ItemType type, d
             FillEnumeration(made, *m_facets, name, parse);
         });
     check.Pattern();
-    check.BoundsAndEnumeration(typed, [&](double other) { return compare(value, other); });
+    check.Bounds(typed, [&](double other) { return compare(value, other); });
+    check.Enumeration(typed, value);
 }
 
 void CPrimitiveRestrictions::CheckDateTime(std::string_view name, ItemType type, const CDateTime& value,
@@ -483,7 +442,8 @@ void CPrimitiveRestrictions::CheckDateTime(std::string_view name, ItemType type,
         FillEnumeration(made, *m_facets, name, parse);
     });
     check.Pattern();
-    check.BoundsAndEnumeration(typed, [&](const CDateTime& other) { return compare(value, other); });
+    check.Bounds(typed, [&](const CDateTime& other) { return compare(value, other); });
+    check.Enumeration(typed, value);
 }
 
 void CPrimitiveRestrictions::CheckDuration(std::string_view name, ItemType, const CDateTimeSpan& value,
@@ -500,7 +460,8 @@ void CPrimitiveRestrictions::CheckDuration(std::string_view name, ItemType, cons
             FillEnumeration(made, *m_facets, name, parse);
         });
     check.Pattern();
-    check.BoundsAndEnumeration(typed, [&](const CDateTimeSpan& other) { return compare(value, other); });
+    check.Bounds(typed, [&](const CDateTimeSpan& other) { return compare(value, other); });
+    check.Enumeration(typed, value);
 }
 
 void CPrimitiveRestrictions::CheckBinary(std::string_view name, ItemType type, const CBinaryData& value,
@@ -527,10 +488,7 @@ void CPrimitiveRestrictions::CheckBinary(std::string_view name, ItemType type, c
         });
     check.Length([&] { return value.GetLength(); });
     check.Pattern();
-    const std::vector<CBinaryData>& allowed = typed.enumeration;
-    if (!allowed.empty() && std::find(allowed.begin(), allowed.end(), value) == allowed.end()) {
-        check.FailEnumeration();
-    }
+    check.Enumeration(typed, value);
 }
 
 }  // namespace KvXmlLib16

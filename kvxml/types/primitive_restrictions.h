@@ -53,15 +53,16 @@ public:
     ///
     /// `pattern`: a regular expression of XML Schema that the whole text must match; alternative patterns of
     ///     one derivation step are joined by "|". Repetitions may be up to 10,000,000 ("a{3,10000000}"); a
-    ///     larger upper number is no bound. A match that would take very many steps is refused.
+    ///     larger upper number is no bound. A match that would have to keep track of very many possibilities
+    ///     at once is refused.
     /// `minLength`, `maxLength`, `length`: characters of text, octets of binary values.
     /// Bounds: lexical values of the member's type, compared by the order of that type; what can not be
     ///     ordered (NaN, some dates and durations) violates every bound. Strings have no order.
     /// `enumeration`: lexical values with line feeds between them, compared as values ("1.0" allows 1.00, "1"
     ///     allows true). Every line feed separates two values: "a\n" is "a" and the empty value.
     /// `totalDigits`, `fractionDigits`: of decimals and integers; zeros without significance do not count.
-    /// `rule`: applied to the enumeration of strings, and kept for GetWhitespaceRule; a rule alone is no
-    ///     facet.
+    /// `rule`: applied to strings and their enumeration before anything is checked, and kept for
+    ///     GetWhitespaceRule; a rule alone is no facet.
     CPrimitiveRestrictions(const char* pattern, std::int32_t minLength, std::int32_t maxLength,
                            const char* minInclusive, const char* maxInclusive, const char* minExclusive,
                            const char* maxExclusive, std::int32_t length, std::int32_t totalDigits,
@@ -80,7 +81,8 @@ public:
     CWhitespaceUtils::WhitespaceRule GetWhitespaceRule() const noexcept { return m_rule; }
 
     /// Checks `value`, which is of kind `type` and belongs to the member `name`. The text of a kind other
-    /// than string, char and unknown is converted first, with the errors of its conversion.
+    /// than string, char and unknown is converted first, with the errors of its conversion, and stripped of
+    /// whitespace for the pattern.
     void Check(std::string_view name, ItemType type, std::string_view value) const {
         if (!IsEmpty()) CheckText(name, type, value);
     }
@@ -131,6 +133,7 @@ public:
 
 private:
     void CheckText(std::string_view name, ItemType type, std::string_view value) const;
+    void CheckString(std::string_view name, ItemType type, std::string_view value) const;
     void CheckBoolean(std::string_view name, bool value, std::string_view lexical) const;
     void CheckInt64(std::string_view name, ItemType type, std::int64_t value, std::string_view lexical) const;
     void CheckUInt64(std::string_view name, ItemType type, std::uint64_t value,

@@ -29,7 +29,8 @@ public:
     /// Indentation of one level; a tab unless set.
     void SetIndentChars(std::string_view indentChars);
     const std::string& GetIndentChars() const noexcept { return m_indentChars; }
-    /// Levels further inside are indented like this one.
+    /// Levels further inside are indented like this one; default 1,024, since output would else grow with the
+    /// square of the depth.
     void SetMaxIndentedDepth(std::size_t depth);
 
     std::string_view LineEnd() const noexcept { return {m_eolText, m_eolLength}; }
@@ -59,7 +60,7 @@ private:
     std::string m_indentChars = "\t";
     std::string m_indentation;  // m_indentChars repeated, and slack behind what is used of it
     std::size_t m_indentationLength = 0;
-    std::size_t m_maxIndentedDepth = static_cast<std::size_t>(-1);
+    std::size_t m_maxIndentedDepth = 1024;
 };
 
 }  // namespace KvXmlLib16::internal

@@ -67,6 +67,11 @@ public:
     /// several: "/a/x:b[2]". Names carry the prefixes that the document's table has at the time of the call.
     std::string GetXPath() const;
 
+    /// Whether JSON input gave the element as null: as the value of a member, or as an item of an array. Such
+    /// an element is empty. What null means depends on what reads it.
+    bool IsNull() const noexcept { return m_textKind == TextKind_None && m_textLength != 0; }
+    bool IsNullMember() const noexcept { return IsNull() && m_textLength == kNullMember; }
+
     /// For the library: the name as the document keeps it.
     const internal::CXmlName* GetName() const noexcept { return m_name; }
 
@@ -77,6 +82,10 @@ private:
     CXmlElement() = default;
 
     std::string_view GetJoinedText() const;
+
+    /// `m_textLength` of elements without text that JSON gave as null.
+    static constexpr std::uint32_t kNullMember = 1;
+    static constexpr std::uint32_t kNullItem = 2;
 
     /// What `m_text` holds.
     enum TextKind : std::uint32_t {
@@ -98,7 +107,7 @@ private:
     CXmlElement* m_firstChild;
     const internal::CXmlName* m_name;
     mutable Text m_text;
-    std::uint32_t m_textLength;  // of characters
+    std::uint32_t m_textLength;  // of characters; without text, whether the element is null
     std::uint32_t m_attributeCount : 29;
     mutable std::uint32_t m_textKind : 3;
 };

@@ -11,12 +11,15 @@
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/fastinfoset/fast_infoset_writer.h"
+#include "kvxml/json/json_text_writer.h"
 #include "kvxml/objects/xml_tree_writer.h"
 #include "kvxml/platform/text_settings.h"
 #include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/internal/compression.h"
+#include "kvxml/xml/text_stream.h"
 #include "kvxml/xml/xml_document.h"
 #include "kvxml/xml/xml_element.h"
+#include "kvxml/xml/xml_text_writer.h"
 #include "tests/support/error_of.h"
 
 namespace KvXmlLib16 {
@@ -284,6 +287,32 @@ TEST_F(LimitsTest, Inflation) {
     context.SetMaxInflationRatio(1);
     CXmlDocument document(context);
     EXPECT_EQ(ErrorOf([&] { load(document, small); }), "(no error)");
+}
+
+TEST_F(LimitsTest, IndentationDoesNotGrowWithTheSquareOfTheDepth) {
+    Context context;
+    context.SetMaxElementDepth(0);
+    for (const bool isJson : {false, true}) {
+        const auto sizeAt = [&](std::size_t depth) {
+            std::string xml;
+            for (std::size_t i = 0; i < depth; ++i)
+                xml += "<a>";
+            for (std::size_t i = 0; i < depth; ++i)
+                xml += "</a>";
+            CXmlDocument document(context);
+            document.LoadXml(xml.c_str());
+            CTextStream stream(XmlEncoding_UTF8);
+            CXmlTextWriter text(&stream);
+            CJsonTextWriter json(&stream);
+            CXmlWriter& writer = isJson ? static_cast<CXmlWriter&>(json) : text;
+            writer.BeginOutput();
+            WriteXmlTree(*document.GetDocumentElement(), writer, context);
+            writer.EndDocument();
+            return stream.TakeText().size();
+        };
+        EXPECT_EQ(sizeAt(1000) - sizeAt(999), isJson ? 2008U : 2006U);  // about two tabs per level
+        EXPECT_LT(sizeAt(16000), 5 * sizeAt(4000));
+    }
 }
 
 }  // namespace

@@ -113,6 +113,8 @@ TEST(JsonTextReader, SyntaxErrors) {
         {"f", std::string(kEnd) + "Expected value 'false'", "line 1, position 1"},
         {"-", std::string(kEnd) + "Expected a number", "line 1, position 1"},
         {"-x", "Expected a digit '0' to '9', found 'x'", "line 1, position 2"},
+        {"-\xC3\xA4", "Expected a digit '0' to '9', found '\xC3\xA4'", "line 1, position 2"},
+        {"-\xC3", "Expected a digit '0' to '9', found '\\xC3'", "line 1, position 2"},
         {"1.", std::string(kEnd) + "Expected a digit '0' to '9'", "line 1, position 2"},
         {"1e", std::string(kEnd) + "Expected '+', '-' or a number", "line 1, position 2"},
         {"1e+", std::string(kEnd) + "Expected a digit '0' to '9'", "line 1, position 3"},

@@ -82,22 +82,22 @@ TEST(JsonTextWriter, Shapes) {
     const std::string n(100, 'n');
     const std::vector<Row> rows = {
         {"no element", [](Output&) {}, "{}"},
-        {"empty root", [](Output& o) { o.Start("a").End(); }, R"({"a": null})"},
+        {"empty root", [](Output& o) { o.Start("a").End(); }, R"({"a": {}})"},
         {"empty strings and other empty texts",
          [](Output& o) {
              o.Start("a").Start("s").Text("").End().Start("i").Text("", ItemType_i4).End();
              o.Start("u").Text("", ItemType_Unknown).End(2);
          },
-         R"({"a": {"s": "","i": null,"u": null}})"},
+         R"({"a": {"s": "","i": {},"u": {}}})"},
         {"text around children and before attributes",
          [](Output& o) {
              o.Start("a").Text("x").Attribute("b", "y").Start("c").End().Text("z").Start("d").Text("w");
              o.Text("1", ItemType_i4).End(2);
          },
-         R"({"a": {"@b": "y","#text": "x","c": null,"#text": "z","d": "w1"}})"},
+         R"({"a": {"@b": "y","#text": "x","c": {},"#text": "z","d": "w1"}})"},
         {"nil", [](Output& o) { o.Start("a").writer.WriteNilAttribute(), o.End(); }, R"({"a": null})"},
         {"raw text", [](Output& o) { o.writer.WriteRaw("<?x?>"), o.writer.WriteRawAfterSpace("y"); }, "{}"},
-        {"two roots", [](Output& o) { o.Start("a").End().Start("b").End(); }, R"({"a": null,"b": null})"},
+        {"two roots", [](Output& o) { o.Start("a").End().Start("b").End(); }, R"({"a": {},"b": {}})"},
         {"several collections and what stands between",
          [](Output& o) {
              o.Start("r").Begin().Item("a", "1").Item("a", "2").EndItems().Begin().Item("b", "3").EndItems();
@@ -115,7 +115,7 @@ TEST(JsonTextWriter, Shapes) {
              o.Start("r").Begin().Start("a").Begin().Item("a", "1").EndItems().End().Start("a").End();
              o.Start("a").Attribute("x", "y").End().EndItems().End();
          },
-         R"({"r": {"a": [{"a": [1]},null,{"@x": "y"}]}})"},
+         R"({"r": {"a": [{"a": [1]},{},{"@x": "y"}]}})"},
         {"a collection begun within another, as by members without a tag",
          [](Output& o) {
              o.Start("r").Begin().Item("a", "1").Begin().Item("b", "2").Item("b", "3").EndItems();
@@ -197,11 +197,10 @@ TEST(JsonTextWriter, Namespaces) {
     EXPECT_EQ(write(JsonRoundTrip_Full),
               R"({"AA:r": {"@xmlns": "urn:d","@xmlns:xsi": "http://www.w3.org/2001/XMLSchema-instance",)"
               R"("@xmlns:p": "urn:p","@xmlns:AA": "urn:r","@p:a": "1","@xml:lang": "de",)"
-              R"("d": [{"p:e": null}],"p:d": [null],"t": {"@xsi:type": "p:T"}}})");
+              R"("d": [{"p:e": {}}],"p:d": [{}],"t": {"@xsi:type": "p:T"}}})");
     EXPECT_EQ(write(JsonRoundTrip_NoNamespaces),
-              R"({"r": {"@a": "1","@lang": "de","d": [{"e": null},null],"t": null}})");
-    EXPECT_EQ(write(JsonRoundTrip_None),
-              R"({"r": {"a": "1","lang": "de","d": [{"e": null},null],"t": null}})");
+              R"({"r": {"@a": "1","@lang": "de","d": [{"e": {}},{}],"t": {}}})");
+    EXPECT_EQ(write(JsonRoundTrip_None), R"({"r": {"a": "1","lang": "de","d": [{"e": {}},{}],"t": {}}})");
 
     Output out;
     out.Start("r", "urn:r");
@@ -288,7 +287,7 @@ TEST(JsonTextWriter, CharactersOfStrings) {
     Output out;
     out.Start("a");
     out.writer.WriteComment("x */ y\n\x01**/");
-    EXPECT_EQ(out.End().Finish(), "{\"a\": /* x * / y\n\\u0001** / */\nnull}");
+    EXPECT_EQ(out.End().Finish(), "{\"a\": /* x * / y\n\\u0001** / */\n{}}");
     Output none(JsonRoundTrip_Full, true);
     none.writer.WriteComment("x");
     EXPECT_EQ(none.Finish(), "{}");
@@ -337,8 +336,8 @@ TEST(JsonTextWriter, UntypedContentDeclaresItsNamespaces) {
     const CSmartPtr<CElement> element(new CElement());
     element->FromXml(xml);
     EXPECT_EQ(element->ToJson(false, EOLType_LF, Context(true, JsonRoundTrip_NoNamespaces)),
-              R"({"r": {"a": [{"@k": "1","@l": "2"},"t"],"b": {"@m": "3"},"c": {"#text": "text","d": null},)"
-              R"("c": null}})");
+              R"({"r": {"a": [{"@k": "1","@l": "2"},"t"],"b": {"@m": "3"},"c": {"#text": "text","d": {}},)"
+              R"("c": {}}})");
     const CSmartPtr<CElement> read(new CElement());
     read->FromJson(element->ToJson(true, EOLType_LF, Context()).c_str());
     EXPECT_EQ(read->ToXml(false, false), element->ToXml(false, false, EOLType_LF, Context()));

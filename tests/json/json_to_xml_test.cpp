@@ -36,12 +36,14 @@ public:
     std::string GetNamespace() const override { return std::string(); }
 
     std::string text;
+    const CSerializationContext* callers = nullptr;  // a context that must not change
 
 protected:
     void ToXml_Int(CXmlWriter*, bool, const char*, const CSerializationContext&, bool) const override {}
     CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement*, const CSerializationContext& context,
                              bool) override {
         text = (context.GetIgnoreNamespaces() ? "ignoring " : "") + testsupport::Dump(element);
+        if (callers != nullptr && callers->GetIgnoreNamespaces()) text += " changed";
         return nullptr;
     }
 };
@@ -88,7 +90,8 @@ TEST(JsonToXml, Mapping) {
         {R"({"a":123456789012345678901234567890.5e-999})", "a'123456789012345678901234567890.5e-999'"},
         {R"({"a":{"b":[1,"x",true,false,null,{"c":2}],"d":[],"b":9}})",
          "a(b'1' b'x' b'true' b'false' b b(c'2') b'9')"},
-        {R"({"a":{"@x":1,"@y":true,"@z":null,"#text":"t"}})", "a@x=1@y=true@z='t'"},
+        {R"({"a":{"@x":1,"@y":true,"@z":null,"@xmlns":null,"#text":"t"}})", "a@x=1@y=true't'"},
+        {R"({"a":{"#text":null,"b":{"@x":null}}})", "a(b)"},
         {R"({"a":{"#text":1.5,"@x":"late"}})", "a@x=late'1.5'"},
         {R"({"a":{"#text":"one","b":{},"#text":"two"}})", "a'onetwo'(b)"},
         {R"({"a":{"b":{"c":"\u0041","@y":"\u0042"},"@w":3,"d":[{"e":1,"@f":2},5]}})",
@@ -136,6 +139,16 @@ TEST(JsonToXml, Settings) {
          {MappingRow{"12", "root'12'"}, MappingRow{"{\"a\":1,\"b\":[2]}", "root(a'1' b'2')"},
           MappingRow{"[{\"@a\":1}]", "root@a=1"}, MappingRow{"null", "root"}})
         Check(row, named);
+    named.GetJsonContext().SetArrayItemName("item");
+    for (const MappingRow& row :
+         {MappingRow{" /**/ [1,{\"a\":2},null]", "root(item'1' item(a'2') item)"}, MappingRow{"[]", "root"},
+          MappingRow{"[{\"a\":1,\"@b\":2}]", "root(item@b=2(a'1'))"}, MappingRow{"{\"a\":[1]}", "root(a'1')"},
+          MappingRow{"12", "root'12'"}})
+        Check(row, named);
+    EXPECT_EQ(ErrorOf([&] { Direct("[1,[2]]", named); })
+                  .find("Error converting JSON to XML:\nJSON Array has no "
+                        "Name.\nPath: $.root.item[1]"),
+              0U);
 }
 
 TEST(JsonToXml, XmlText) {
@@ -279,6 +292,10 @@ TEST_F(JsonInputTest, Encodings) {
     CDump dump;
     dump.FromJson(L"{\"a\":\"\u00e4\u20ac\U0001F41F\"}");
     EXPECT_EQ(dump.text, "a'\xC3\xA4\xE2\x82\xAC\xF0\x9F\x90\x9F'");
+    dump.FromJson("\xEF\xBB\xBF{\"a\":1}");
+    EXPECT_EQ(dump.text, "a'1'");
+    dump.FromJson(L"\uFEFF{\"a\":2}");
+    EXPECT_EQ(dump.text, "a'2'");
 }
 
 TEST_F(JsonInputTest, CompressedBytesAndFiles) {
@@ -320,7 +337,12 @@ const fixture::Model& MeasureModel() {
 }
 using Measure = fixture::Typed<MeasureModel>;
 
-TEST_F(JsonInputTest, IgnoreNamespacesIsRestored) {
+TEST_F(JsonInputTest, TheContextIsLeftAsItIs) {
+    const CSerializationContext none = Context(JsonRoundTrip_None);
+    CDump dump;
+    dump.callers = &none;
+    dump.FromJson("{\"a\":1}", none);
+    EXPECT_EQ(dump.text, "ignoring a'1'");
     for (const JsonRoundTrip mode : {JsonRoundTrip_None, JsonRoundTrip_Full}) {
         CSerializationContext context = Context(mode);
         for (const char* json : {"{\"Measure\":1}", "{\"Measure\":\"no number\"}", "{", ""}) {

@@ -117,6 +117,54 @@ TEST(VariantTest, NoValue) {
     EXPECT_FALSE(value.IsNil() || value.IsValid());
 }
 
+TEST(VariantTest, UnsetDatesAreNotForOutput) {
+    std::string scratch;
+    KvVariant value;
+    void (KvVariant::*const setters[])(const CDateTime&) = {&KvVariant::SetDateTime, &KvVariant::SetDate,
+                                                            &KvVariant::SetTime, &KvVariant::SetYearMonth,
+                                                            &KvVariant::SetMonthDay};
+    for (const auto set : setters) {
+        (value.*set)(CDateTime());
+        EXPECT_EQ(ErrorOf<CKvInvalidValueException>([&] { value.ToText(scratch, ""); }),
+                  "The date is not set");
+        EXPECT_EQ(value.ToString(nullptr), "Error: Date Not Set");
+    }
+    value.SetTime(CDateTime(CDateTime::dt_time));
+    EXPECT_EQ(value.ToText(scratch, ""), "00:00:00");
+}
+
+#ifndef NDEBUG
+TEST(VariantDeathTest, GettersOfAnotherKind) {
+    KvVariant value;
+    value.SetI4(1);
+    EXPECT_DEATH(value.GetI8(), "");
+    EXPECT_DEATH(value.GetString(), "");
+    EXPECT_DEATH(value.TakeDecimal(), "");
+    value.SetNil();
+    EXPECT_DEATH(value.GetI4(), "");
+    value.SetDate(CDateTime(2024, 2, 29));
+    EXPECT_DEATH(value.GetDateTime(), "");
+    EXPECT_DEATH(value.BinaryValue(), "");
+}
+#endif
+
+TEST(VariantTest, FormatsOfRecordsMustBeFormats) {
+    const auto buildAll = [](ItemType type, const char* format) {
+        const CPrimitiveRestrictions none;
+        KvXmlLib16Data::CElementInfoSeqPrimMnd("a", "", 0, false, type, format, kNone, none, "");
+        KvXmlLib16Data::CAttributeInfoPrimitive("a", "", 0, false, type, format, kNone, none, "");
+        KvXmlLib16Data::CParentElementInfo(KvXmlLib16Data::XmlElementGroupType_Sequence,
+                                           KvXmlLib16Data::XmlElementType_Element, "a", "", false, false, 0,
+                                           type, format, false);
+    };
+    for (const auto& [type, format] : std::vector<std::pair<ItemType, const char*>>{
+             {ItemType_r8, "%d"}, {ItemType_r4, "%s"}, {ItemType_decimal, "%.2f"}, {ItemType_decimal, "x"}})
+        EXPECT_THROW(buildAll(type, format), CKvInvalidParamException) << format;
+    for (const auto& [type, format] : std::vector<std::pair<ItemType, const char*>>{
+             {ItemType_r8, "%.2f"}, {ItemType_decimal, " +2"}, {ItemType_i4, "%s"}, {ItemType_r4, nullptr}})
+        EXPECT_NO_THROW(buildAll(type, format));
+}
+
 TEST(VariantTest, Texts) {
     for (const Kind& kind : Kinds()) {
         if (kind.bad == nullptr) continue;

@@ -142,7 +142,7 @@ TEST_F(KvxmlCommand, ConvertsToJsonAndBack) {
         "<p:a xmlns:p=\"urn:p\" "
         "b=\"&quot;&#x9;&#xA;&#xD;\"><p:c>&lt;![CDATA[\\]]&gt;</p:c><p:c/><d>2</d></p:a>";
     const std::string json =
-        R"({"p:a": {"@xmlns:p": "urn:p","@b": "\"\t\n\r","p:c": ["<![CDATA[\\]]>",null],"d": "2"}})";
+        R"({"p:a": {"@xmlns:p": "urn:p","@b": "\"\t\n\r","p:c": ["<![CDATA[\\]]>",{}],"d": "2"}})";
     EXPECT_EQ(Run("$K convert --to json --compact - -", xml).output, json);
     EXPECT_EQ(Run("$K convert --from json --compact - -", json).output, xml);
     EXPECT_EQ(Run("$K convert - o.json.gz --encoding utf-16 && $K convert o.json.gz --compact -", xml).output,

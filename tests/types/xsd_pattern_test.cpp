@@ -3,12 +3,29 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstddef>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "kvxml/types/primitive_restrictions.h"
 #include "tests/support/error_of.h"
+
+namespace {
+// How many allocations without exceptions are left before one fails; negative: none does.
+std::atomic<int> allocationsLeft{-1};
+}  // namespace
+
+// The memory of the pattern engine. Memory from here is given back to the ordinary operator delete.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    if (allocationsLeft >= 0 && allocationsLeft-- == 0) return nullptr;
+    try {
+        return ::operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
 
 namespace KvXmlLib16 {
 namespace {
@@ -69,6 +86,8 @@ TEST(XsdPattern, Matching) {
         {"[\\w-.]+@[0-9-_]+", {"a-b.c@1-2_"}, {"a@b"}},
         {"[a^][^^]", {"^a"}, {"^^", "b^"}},
         {"[\u00E4-\u00F6\U0001F600-\U0001F64F]+", {"\u00E5\U0001F601"}, {"a", "\u00FC"}},
+        {"[\\i-[:]][\\c-[:]]{0,600}", {"a", "_" + std::string(600, '-')}, {":", "a:", "-"}},
+        {"[a-[a]]?[\\s\\S]", {"a"}, {"aa", ""}},
         {"[\t-\\r &-\\+]+", {"\t\n\v\r (+"}, {"%", ","}},
         // Counts beyond what one repetition of the engine can hold.
         {".{0,4294967296}", {std::string(70000, 'x')}, {"\n"}},
@@ -87,6 +106,57 @@ TEST(XsdPattern, Matching) {
         for (const std::string& text : row.bad)
             EXPECT_FALSE(Matches(restrictions, text)) << text.substr(0, 100);
     }
+}
+
+TEST(XsdPattern, SubtractionLeavesWhatIsInOneSetAndNotInTheOther) {
+    const char* const sets[] = {"\\p{L}", "\\i",        "A-Za-z0-9_",         "\\w\\-.", "\\P{Lu}",
+                                "\\s\\d", "\\p{Lu}0-9", "\\p{IsGreek}\u00E9", "^a-z\\d", "\\C"};
+    std::vector<std::string> characters = {"\u0663", "\u2028", "\u4E00", "\uE000", "\U0001D7D8"};
+    for (char c = '\t'; c != '\x7F'; ++c)
+        characters.emplace_back(1, c);
+    for (int c = 0xA0; c < 0x400; c += 3)
+        characters.push_back({static_cast<char>(0xC0 | c >> 6), static_cast<char>(0x80 | (c & 0x3F))});
+    const auto matches = [&](const std::string& pattern) {
+        const CPrimitiveRestrictions restrictions = WithPattern(pattern);
+        std::vector<bool> result;
+        for (const std::string& character : characters)
+            result.push_back(Matches(restrictions, character));
+        return result;
+    };
+    for (const std::string from : sets) {
+        const std::vector<bool> in = matches("[" + from + "]");
+        for (const std::string taken : sets) {
+            std::vector<bool> expected = in;
+            const std::vector<bool> out = matches("[" + taken + "]");
+            for (std::size_t i = 0; i < expected.size(); ++i)
+                expected[i] = in[i] && !out[i];
+            EXPECT_EQ(matches("[" + from + "-[" + taken + "]]"), expected) << from << " without " << taken;
+        }
+    }
+}
+
+TEST(XsdPattern, FailedAllocationsAreNoVerdictAndPass) {
+    bool hasFailed = true;
+    int allowed = 0;
+    for (; hasFailed; ++allowed) {
+        const std::string suffix = std::to_string(allowed);
+        std::thread([&] {
+            // The second one takes the way of long matches.
+            for (const std::string pattern : {"(a|b)*", "(a+)+"}) {
+                const CPrimitiveRestrictions restrictions = WithPattern(pattern + suffix);
+                const std::string text = std::string(3000, 'a') + suffix;
+                allocationsLeft = allowed;
+                try {
+                    EXPECT_FALSE(Matches(restrictions, text + "!")) << suffix;
+                } catch (const std::bad_alloc&) {
+                }
+                hasFailed = allocationsLeft < 0;
+                allocationsLeft = -1;
+                EXPECT_TRUE(Matches(restrictions, text)) << suffix;
+            }
+        }).join();
+    }
+    EXPECT_GT(allowed, 3);
 }
 
 TEST(XsdPattern, RefusedPatterns) {
@@ -130,6 +200,7 @@ TEST(XsdPattern, RunawayMatchesEnd) {
     // Long texts that do match are found to.
     for (const char* pattern : {"(a|b)*", "([a-z]+ ?)+", "(a+)+", "([a-z-[b]]|\\d)*", "(a|b)*a(a|b){10}"})
         EXPECT_TRUE(Matches(WithPattern(pattern), text)) << pattern;
+    EXPECT_TRUE(Matches(WithPattern("([^\n]{0,80}\n?)*"), text.substr(0, 300000)));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
     const std::string message =
         ErrorOf([&] { WithPattern("((.?){300})*x").Check("Size", ItemType_string, text); });

@@ -13,18 +13,12 @@ namespace KvXmlLib16::internal {
 
 namespace {
 
-/// Reads the text into a handler. A root element name makes it the value of a member of that name.
 template <class Handler>
 void Scan(std::string_view json, const CJsonContext& settings, Handler& handler) {
     CJsonSyntax syntax;
     syntax.allowComments = settings.GetAllowComments();
-    const std::string root = LocalToUtf8(settings.GetRootElementNameRef());
-    if (!root.empty()) {
-        handler.StartObject(0);
-        handler.Name({root, false, false});
-    }
-    CJsonScanner<Handler>(json, syntax, handler).Run();
-    if (!root.empty()) handler.EndObject();
+    ScanJson(json, syntax, LocalToUtf8(settings.GetRootElementNameRef()),
+             LocalToUtf8(settings.GetArrayItemNameRef()), handler);
 }
 
 template <class Sink>

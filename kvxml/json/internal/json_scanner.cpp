@@ -286,7 +286,22 @@ void CJsonScannerBase::FailAtCharacter(const char* format) {
     int line = 0;
     int position = 0;
     Locate({m_begin, static_cast<std::size_t>(m_next - m_begin)}, line, position);
-    throw CKvValidationException(FormatString(format, m_current, line, position), GetErrorPath());
+    std::string whole(format);
+    whole.replace(whole.find("%c"), 2, "%s");
+    throw CKvValidationException(FormatString(whole.c_str(), CurrentCharacter().c_str(), line, position),
+                                 GetErrorPath());
+}
+
+/// The character that begins with the byte just read; "\xFF" for a byte that begins none.
+std::string CJsonScannerBase::CurrentCharacter() const {
+    const auto byte = static_cast<unsigned char>(m_current);
+    if (byte < 0x80) return std::string(1, m_current);
+    const std::size_t length = byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+    const std::string_view rest(m_next - 1, static_cast<std::size_t>(m_end - m_next) + 1);
+    const std::string_view character = rest.substr(0, length);
+    if (character.size() == length && WellFormedUtf8Length(character) == length)
+        return std::string(character);
+    return FormatString("\\x%02X", static_cast<unsigned>(byte));
 }
 
 void CJsonScannerBase::Fail(const char* format) {

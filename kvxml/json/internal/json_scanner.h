@@ -74,6 +74,7 @@ private:
     unsigned ReadHexDigits();
     void ReadDigits(const char* atEnd);
     void CheckUtf8(const char* begin);
+    std::string CurrentCharacter() const;
 
     const char* const m_begin;
     const char* const m_end;
@@ -90,9 +91,15 @@ public:
     CJsonScanner(std::string_view text, const CJsonSyntax& syntax, Handler& handler)
         : CJsonScannerBase(text, syntax), m_handler(handler) {}
 
+    /// Whether the value is an array. To be called before `Run`, if at all.
+    bool BeginsWithArray() {
+        m_hasBegun = Next();
+        m_isAtBegin = false;
+        return m_hasBegun && m_current == '[';
+    }
     /// Reads one value; what comes behind it is not looked at. False when there is none.
     bool Run() {
-        if (!Next()) return false;
+        if (m_isAtBegin ? !Next() : !m_hasBegun) return false;
         do {
             ReadValue();
         } while (EnterNextValue());
@@ -226,6 +233,31 @@ private:
     }
 
     Handler& m_handler;
+    bool m_isAtBegin = true;
+    bool m_hasBegun = false;  // there is a value, whose first character is the current one
 };
+
+/// Reads the text into a handler. A root element name makes the value that of a member of that name of an
+/// object of its own; with an item name, an array becomes a member of that name of an object in between. The
+/// names are UTF-8.
+template <class Handler>
+void ScanJson(std::string_view json, const CJsonSyntax& syntax, const std::string& root,
+              const std::string& item, Handler& handler) {
+    CJsonScanner<Handler> scanner(json, syntax, handler);
+    if (root.empty()) {
+        scanner.Run();
+        return;
+    }
+    handler.StartObject(0);
+    handler.Name({root, false, false});
+    const bool isList = !item.empty() && scanner.BeginsWithArray();
+    if (isList) {
+        handler.StartObject(1);
+        handler.Name({item, false, false});
+    }
+    scanner.Run();
+    if (isList) handler.EndObject();
+    handler.EndObject();
+}
 
 }  // namespace KvXmlLib16::internal

@@ -33,6 +33,7 @@ public:
             m_builder.AppendText(text.data(), text.size());
         }
     }
+    void Null(bool isItem) { m_builder.MarkNull(isItem); }
     void EndElement() { m_builder.EndElement(); }
 
 private:
@@ -100,6 +101,7 @@ public:
             m_writer.WriteText(text, ItemType_string, false);
         }
     }
+    void Null(bool) {}
     void EndElement() {
         const bool endsText = m_textDepth == m_writer.GetDepth();
         m_writer.WriteEndElement();

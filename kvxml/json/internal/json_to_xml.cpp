@@ -136,6 +136,15 @@ void CJsonToXmlBase::AddAttribute(std::string_view value, bool isSpecial) {
     if (!m_names.Declare(prefix, uri)) ThrowValue(value, true, "The namespace can not be declared so");
 }
 
+void CJsonToXmlBase::AddNullAttribute() {
+    const std::string_view name = m_top->name.substr(1);
+    if (m_names.HasNamespaces() && IsDeclaration(name)) {
+        AddAttribute({}, false);
+    } else if (!m_names.IsName(name)) {
+        ThrowName(name, true);
+    }
+}
+
 void CJsonToXmlBase::DeclarationOf(const Attribute& attribute, std::string_view& prefix,
                                    std::string_view& uri) const {
     prefix = std::string_view(m_pending).substr(attribute.name, attribute.nameLength);

@@ -87,9 +87,12 @@ protected:
         return m_top->container == Container::Element && m_member != Member::Element;
     }
     bool IsAttribute() const noexcept { return m_member == Member::Attribute; }
+    bool IsInArray() const noexcept { return m_top->container == Container::Array; }
     [[noreturn]] void RefuseContainer(const char* shown);
 
     void AddAttribute(std::string_view value, bool isSpecial);
+    /// An attribute that is null is not there. A declaration that is null has the empty value.
+    void AddNullAttribute();
     /// Resolves the names of the element that is about to start. Its attributes are in `m_pairs`.
     const CJsonNames::Name& PrepareStart(std::string_view elementName);
     void DropPending() {
@@ -142,6 +145,7 @@ private:
 ///     void DeclarePrefix(std::string_view prefix, std::string_view uri);
 ///     void StartElement(const CJsonNames::Name& name, const char* const* attributes);
 ///     void Text(std::string_view text);
+///     void Null(bool isItem);  // of an array
 ///     void EndElement();
 template <class Sink>
 class CJsonToXml final : public CJsonToXmlBase {
@@ -151,7 +155,15 @@ public:
     void String(const CJsonText& text) { Value(text.text, text.isStable, text.isSpecial); }
     void Number(std::string_view text) { Value(text, true, false); }
     void Boolean(bool value) { Value(value ? "true" : "false", true, false); }
-    void Null() { Value({}, true, false); }
+    void Null() {
+        if (!IsEmpty() && IsTextOrAttribute()) {
+            if (IsAttribute()) AddNullAttribute();
+            return;
+        }
+        StartValue();
+        m_sink.Null(IsInArray());
+        m_sink.EndElement();
+    }
 
     void StartObject(int) {
         if (IsEmpty()) {
@@ -193,14 +205,18 @@ private:
             }
             return;
         }
+        StartValue();
+        Write(text, isSpecial);
+        m_sink.EndElement();
+    }
+    /// Starts the element of a plain value.
+    void StartValue() {
         if (!IsEmpty()) StartPending();
         const std::string_view name = BeginItem();
         static constexpr const char* kNoAttributes[] = {nullptr};
         const CJsonNames::Name* const resolved = m_names.Element(name);
         if (resolved == nullptr) ThrowName(name, false);
         m_sink.StartElement(*resolved, kNoAttributes);
-        Write(text, isSpecial);
-        m_sink.EndElement();
     }
     void AddText(std::string_view text, bool isStable, bool isSpecial) {
         if (!Top().isStarted && !m_hasHeldText) {

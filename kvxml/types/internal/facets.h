@@ -2,12 +2,17 @@
 #pragma once
 
 #include <atomic>
+#include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <unordered_set>
 #include <vector>
 
 #include "kvxml/base/exceptions.h"
@@ -18,6 +23,32 @@
 #include "kvxml/types/whitespace_utils.h"
 
 namespace KvXmlLib16::internal {
+
+/// The hash of a value that enumerations list: equal values have equal ones. Texts are found by views of
+/// them.
+struct AllowedHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const noexcept {
+        return std::hash<std::string_view>()(text);
+    }
+    std::size_t operator()(bool value) const noexcept { return value ? 1 : 0; }
+    std::size_t operator()(double value) const noexcept {
+        return std::isnan(value) ? 0 : std::hash<double>()(value);
+    }
+    template <class T>
+    auto operator()(const T& value) const noexcept -> decltype(value.GetHash()) {
+        return value.GetHash();
+    }
+};
+
+struct AllowedEqual {
+    using is_transparent = void;
+    template <class A, class B>
+    bool operator()(const A& a, const B& b) const noexcept {
+        if constexpr (std::is_floating_point_v<A>) return a == b || (std::isnan(a) && std::isnan(b));
+        return a == b;
+    }
+};
 
 // Bounds and enumeration as values of one kind; made, and all facets of the kind checked against each other,
 // by the first check of a value.
@@ -38,7 +69,7 @@ struct TypedFacets : TypedFacetsBase {
     std::optional<T> maxInclusive;
     std::optional<T> minExclusive;
     std::optional<T> maxExclusive;
-    std::vector<T> enumeration;
+    std::unordered_set<T, AllowedHash, AllowedEqual> enumeration;
 };
 
 /// The state that copies of a CPrimitiveRestrictions share. What is mutable is set once, under the mutex.
@@ -119,7 +150,7 @@ T ParseFacet(std::string_view name, const char* facet, const std::string& text, 
 template <class T, class Parse>
 void FillEnumeration(TypedFacets<T>& typed, const Facets& facets, std::string_view name, Parse parse) {
     for (const std::string& value : facets.enumeration)
-        typed.enumeration.push_back(ParseFacet<T>(name, "enumeration", value, parse));
+        typed.enumeration.insert(ParseFacet<T>(name, "enumeration", value, parse));
 }
 
 // `compare` gives the DTCompareResult of two values. Bounds whose order is not certain pass.

@@ -149,12 +149,15 @@ char* WriteXsdReal(char* out, double value, int digits) noexcept {
     return WriteReal(out, value, digits);
 }
 
+void CheckRealFormat(std::string_view format) {
+    if (IsRealFormat(format)) return;
+    throw CKvInvalidParamException(
+        FormatString("The format [%s] must have at most one conversion, of a floating point value",
+                     std::string(format).c_str()));
+}
+
 void AppendFormattedReal(std::string& out, double value, std::string_view format) {
-    if (!IsRealFormat(format)) {
-        throw CKvInvalidParamException(
-            FormatString("The format [%s] must have at most one conversion, of a floating point value",
-                         std::string(format).c_str()));
-    }
+    CheckRealFormat(format);
     const std::string terminated(format);
     const CScopedCLocale locale;
 #if defined(__GNUC__)

@@ -20,8 +20,10 @@ char* WriteReal(char* out, double value, int digits) noexcept;
 /// Writes any `value` in its XSD form: as WriteReal, or "NaN", "INF", "-INF".
 char* WriteXsdReal(char* out, double value, int digits) noexcept;
 
-/// Appends what printf makes of `format` and `value` in the "C" locale. CKvInvalidParamException for a format
-/// that is not text with at most one conversion of a double.
+/// CKvInvalidParamException for a format that is not text with at most one conversion of a double.
+void CheckRealFormat(std::string_view format);
+
+/// Appends what printf makes of `format` and `value` in the "C" locale, after CheckRealFormat.
 void AppendFormattedReal(std::string& out, double value, std::string_view format);
 
 }  // namespace KvXmlLib16::internal

@@ -26,9 +26,9 @@ constexpr std::uint32_t kBacktrackingSteps = 2000000;
 constexpr std::uint32_t kHeapLimit = 64 * 1024;  // KiB
 // Possibilities side by side. Each may be compared with each other at every character, so that a long text
 // leaves room for fewer.
-constexpr std::size_t kMaxStates = 1000;
+constexpr std::size_t kMaxStates = 4000;
 constexpr std::size_t kMinStates = 16;
-constexpr std::size_t kComparisons = std::size_t{1} << 33;
+constexpr std::size_t kComparisons = std::size_t{1} << 35;
 
 std::size_t WorkspaceSize(std::size_t textLength) {
     std::size_t states = kMaxStates;
@@ -37,33 +37,71 @@ std::size_t WorkspaceSize(std::size_t textLength) {
     return 20 + states * 6;
 }
 
-// What matching needs besides the pattern; one per thread.
-struct Scratch {
-    pcre2_match_data* data = pcre2_match_data_create(1, nullptr);
-    pcre2_match_context* context = pcre2_match_context_create(nullptr);
-    std::vector<int> workspace;
-    std::uint32_t limit = 0;  // as set in the context
+// --- memory: from operator new, as for all else ------------------------------------------------------------
 
-    Scratch() {
-        if (context != nullptr) pcre2_set_heap_limit(context, kHeapLimit);
-    }
-    void SetMatchLimit(std::uint32_t wanted) {
-        if (limit == wanted) return;
-        limit = wanted;
-        pcre2_set_match_limit(context, wanted);
-    }
+void* Allocate(std::size_t size, void*) {
+    return ::operator new(size, std::nothrow);
+}
+
+void Free(void* memory, void*) {
+    ::operator delete(memory);
+}
+
+template <class T>
+T* OrBadAlloc(T* made) {
+    if (made == nullptr) throw std::bad_alloc();
+    return made;
+}
+
+pcre2_general_context* Memory() {
+    static pcre2_general_context* const memory =
+        OrBadAlloc(pcre2_general_context_create(Allocate, Free, nullptr));
+    return memory;
+}
+
+// What matching needs besides the pattern; one per thread. Made on first use, and again should that fail.
+class Scratch {
+public:
+    Scratch() = default;
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
     ~Scratch() {
-        pcre2_match_context_free(context);
-        pcre2_match_data_free(data);
+        pcre2_match_context_free(m_context);
+        pcre2_match_data_free(m_data);
     }
+
+    void Prepare() {
+        if (m_data == nullptr) m_data = OrBadAlloc(pcre2_match_data_create(1, Memory()));
+        if (m_context != nullptr) return;
+        m_context = OrBadAlloc(pcre2_match_context_create(Memory()));
+        pcre2_set_heap_limit(m_context, kHeapLimit);
+    }
+    /// After Prepare.
+    void SetMatchLimit(std::uint32_t wanted) {
+        if (m_limit == wanted) return;
+        m_limit = wanted;
+        pcre2_set_match_limit(m_context, wanted);
+    }
+    pcre2_match_data* Data() noexcept { return m_data; }
+    pcre2_match_context* Context() noexcept { return m_context; }
+    std::vector<int>& Workspace() noexcept { return m_workspace; }
+
+private:
+    pcre2_match_data* m_data = nullptr;
+    pcre2_match_context* m_context = nullptr;
+    std::uint32_t m_limit = 0;  // as set in the context
+    std::vector<int> m_workspace;
 };
 
+// Null, and the error, for a pattern that PCRE2 refuses.
 pcre2_code* Compile(const std::string& translated, int& error) {
+    static pcre2_compile_context* const context = OrBadAlloc(pcre2_compile_context_create(Memory()));
     PCRE2_SIZE offset = 0;
-    return pcre2_compile(reinterpret_cast<PCRE2_SPTR>(translated.data()), translated.size(),
-                         PCRE2_UTF | PCRE2_ANCHORED | PCRE2_NO_AUTO_CAPTURE, &error, &offset, nullptr);
+    pcre2_code* const code =
+        pcre2_compile(reinterpret_cast<PCRE2_SPTR>(translated.data()), translated.size(),
+                      PCRE2_UTF | PCRE2_ANCHORED | PCRE2_NO_AUTO_CAPTURE, &error, &offset, context);
+    if (code == nullptr && error == PCRE2_ERROR_HEAP_FAILED) throw std::bad_alloc();
+    return code;
 }
 
 bool IsLimit(int result) noexcept {
@@ -121,23 +159,22 @@ std::shared_ptr<const CXsdRegex> CXsdRegex::Get(const std::string& pattern) {
 
 CXsdRegex::Result CXsdRegex::Match(std::string_view text, bool isAscii) const {
     thread_local Scratch scratch;
-    if (scratch.data == nullptr || scratch.context == nullptr) throw std::bad_alloc();
+    scratch.Prepare();
     const auto* const code = static_cast<const pcre2_code*>(m_code);
     const auto* const subject = reinterpret_cast<PCRE2_SPTR>(text.empty() ? "" : text.data());
     const std::size_t steps = kBacktrackingWork / (text.size() + 1);
     scratch.SetMatchLimit(static_cast<std::uint32_t>(std::min<std::size_t>(steps, kBacktrackingSteps)));
     // The fast path of compiled patterns takes the text as it is, which for ASCII is well-formed UTF-8.
     int result = m_isJit && isAscii
-                     ? pcre2_jit_match(code, subject, text.size(), 0, 0, scratch.data, scratch.context)
-                     : pcre2_match(code, subject, text.size(), 0, 0, scratch.data, scratch.context);
+                     ? pcre2_jit_match(code, subject, text.size(), 0, 0, scratch.Data(), scratch.Context())
+                     : pcre2_match(code, subject, text.size(), 0, 0, scratch.Data(), scratch.Context());
     if (IsLimit(result)) {
         const std::size_t workspace = WorkspaceSize(text.size());
-        scratch.workspace.resize(workspace);
-        // Here the limit counts look-aheads, which a subtraction from a class makes at every character.
-        scratch.SetMatchLimit(UINT32_MAX);
+        scratch.Workspace().resize(workspace);
+        scratch.SetMatchLimit(UINT32_MAX);  // counts something else here
         result = pcre2_dfa_match(static_cast<const pcre2_code*>(SideBySideCode()), subject, text.size(), 0,
-                                 PCRE2_NO_UTF_CHECK | PCRE2_DFA_SHORTEST, scratch.data, scratch.context,
-                                 scratch.workspace.data(), workspace);
+                                 PCRE2_NO_UTF_CHECK | PCRE2_DFA_SHORTEST, scratch.Data(), scratch.Context(),
+                                 scratch.Workspace().data(), workspace);
     }
     if (result >= 0) return Result::Match;
     if (result == PCRE2_ERROR_NOMEMORY) throw std::bad_alloc();

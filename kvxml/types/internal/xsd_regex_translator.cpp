@@ -1,14 +1,13 @@
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/types/format_string.h"
+#include "kvxml/types/internal/character_set.h"
 #include "kvxml/types/internal/unicode_blocks.h"
 #include "kvxml/types/internal/xsd_regex.h"
 
@@ -16,73 +15,29 @@ namespace KvXmlLib16::internal {
 
 namespace {
 
-constexpr char32_t kLastCodePoint = 0x10FFFF;
 constexpr int kMaxClassNesting = 50;
 // Longest repetition that PCRE2 takes, and the longest that is put together from such.
 constexpr std::uint32_t kMaxRepeat = 65535;
 constexpr std::uint32_t kMaxCount = 10000000;
 constexpr std::size_t kMaxTranslation = std::size_t{1} << 20;
 
-struct Range {
-    char32_t first;
-    char32_t last;
-};
-
 // NameStartChar of XML 1.0 (Fifth Edition), sorted.
-constexpr Range kNameStart[] = {
+constexpr CodePointRange kNameStart[] = {
     {':', ':'},       {'A', 'Z'},       {'_', '_'},       {'a', 'z'},
     {0xC0, 0xD6},     {0xD8, 0xF6},     {0xF8, 0x2FF},    {0x370, 0x37D},
     {0x37F, 0x1FFF},  {0x200C, 0x200D}, {0x2070, 0x218F}, {0x2C00, 0x2FEF},
     {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF},
 };
 // NameChar, sorted.
-constexpr Range kName[] = {
+constexpr CodePointRange kName[] = {
     {'-', '.'},       {'0', ':'},       {'A', 'Z'},         {'_', '_'},       {'a', 'z'},
     {0xB7, 0xB7},     {0xC0, 0xD6},     {0xD8, 0xF6},       {0xF8, 0x37D},    {0x37F, 0x1FFF},
     {0x200C, 0x200D}, {0x203F, 0x2040}, {0x2070, 0x218F},   {0x2C00, 0x2FEF}, {0x3001, 0xD7FF},
     {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF},
 };
-constexpr Range kSpace[] = {{'\t', '\n'}, {'\r', '\r'}, {' ', ' '}};
+constexpr CodePointRange kSpace[] = {{'\t', '\n'}, {'\r', '\r'}, {' ', ' '}};
 
-constexpr std::string_view kCategories[] = {"L",  "Lu", "Ll", "Lt", "Lm", "Lo", "M",  "Mn", "Mc",
-                                            "Me", "N",  "Nd", "Nl", "No", "P",  "Pc", "Pd", "Ps",
-                                            "Pe", "Pi", "Pf", "Po", "Z",  "Zs", "Zl", "Zp", "S",
-                                            "Sm", "Sc", "Sk", "So", "C",  "Cc", "Cf", "Co", "Cn"};
-
-void AppendCodePoint(std::string& out, char32_t codePoint) {
-    char digits[8];
-    const auto result =
-        std::to_chars(digits, digits + sizeof digits, static_cast<std::uint32_t>(codePoint), 16);
-    out += "\\x{";
-    out.append(digits, result.ptr);
-    out += '}';
-}
-
-// Surrogates are no characters and no bounds of a range either.
-void AppendRange(std::string& out, char32_t first, char32_t last) {
-    if (first >= 0xD800 && first <= 0xDFFF) first = 0xE000;
-    if (last >= 0xD800 && last <= 0xDFFF) last = 0xD7FF;
-    AppendCodePoint(out, first);
-    if (first != last) {
-        out += '-';
-        AppendCodePoint(out, last);
-    }
-}
-
-// Members of a class, without its brackets.
-template <std::size_t N>
-void AppendRanges(std::string& out, const Range (&ranges)[N], bool complement) {
-    char32_t next = 0;
-    for (const Range& range : ranges) {
-        if (!complement) {
-            AppendRange(out, range.first, range.last);
-        } else if (next < range.first) {
-            AppendRange(out, next, range.first - 1);
-        }
-        next = range.last + 1;
-    }
-    if (complement) AppendRange(out, next, kLastCodePoint);
-}
+constexpr CodePointRange kLineEnds[] = {{'\n', '\n'}, {'\r', '\r'}};
 
 bool IsAsciiPunctuation(char c) {
     return (c >= '!' && c <= '/') || (c >= ':' && c <= '@') || (c >= '[' && c <= '`') ||
@@ -227,18 +182,20 @@ private:
     void Atom() {
         const char c = Peek();
         if (c == '.') {
-            Skip("[^\\n\\r]");
+            ++m_position;
+            CCharacterSet set;
+            set.AddAllBut(kLineEnds);
+            m_out += set.ToClass();
         } else if (c == '[') {
-            m_out += Class(0);
+            m_out += Class(0).ToClass();
+            if (m_out.size() > kMaxTranslation) Fail("regular expression is too large");
         } else if (c == ']') {
             Fail("unmatched ']'");
         } else if (c == '\\') {
-            std::string members;
+            CCharacterSet set;
             char32_t single = 0;
-            if (Escape(members, single)) AppendCodePoint(members, single);
-            m_out += '[';
-            m_out += members;
-            m_out += ']';
+            if (Escape(set, single)) set.Add(single);
+            m_out += set.ToClass();
         } else {
             // "^" and "$" are ordinary characters here.
             if (IsAsciiPunctuation(c)) m_out += '\\';
@@ -248,13 +205,15 @@ private:
         }
     }
 
-    // Reads an escape. A single character is returned in `single`; a set is appended to `members`. Many
+    // Reads an escape. A single character is returned in `single`; a set is added to `members`. Many
     // schemas escape punctuation that has no meaning ("\\/", "\\_"); it stands for itself.
-    bool Escape(std::string& members, char32_t& single) {
+    bool Escape(CCharacterSet& members, char32_t& single) {
         ++m_position;
         if (AtEnd()) Fail("'\\' at the end");
         const char c = Peek();
         ++m_position;
+        // All but punctuation, separators and others are characters of words.
+        static const CategoryMask noWord = FindCategories("P") | FindCategories("Z") | FindCategories("C");
         switch (c) {
             case 'n':
                 single = '\n';
@@ -266,28 +225,34 @@ private:
                 single = '\t';
                 return true;
             case 's':
+                members.Add(kSpace);
+                return false;
             case 'S':
-                AppendRanges(members, kSpace, c == 'S');
+                members.AddAllBut(kSpace);
                 return false;
             case 'i':
+                members.Add(kNameStart);
+                return false;
             case 'I':
-                AppendRanges(members, kNameStart, c == 'I');
+                members.AddAllBut(kNameStart);
                 return false;
             case 'c':
+                members.Add(kName);
+                return false;
             case 'C':
-                AppendRanges(members, kName, c == 'C');
+                members.AddAllBut(kName);
                 return false;
             case 'd':
-                members += "\\p{Nd}";
+                members.AddCategories(FindCategories("Nd"));
                 return false;
             case 'D':
-                members += "\\P{Nd}";
+                members.AddAllButCategories(FindCategories("Nd"));
                 return false;
-            case 'w':  // all but punctuation, separators and others
-                members += "\\p{L}\\p{M}\\p{N}\\p{S}";
+            case 'w':
+                members.AddAllButCategories(noWord);
                 return false;
             case 'W':
-                members += "\\p{P}\\p{Z}\\p{C}";
+                members.AddCategories(noWord);
                 return false;
             case 'p':
             case 'P':
@@ -303,24 +268,25 @@ private:
         }
     }
 
-    // Behind "\p" or "\P".
-    void Property(std::string& members, bool complement) {
+    // After "\p" or "\P".
+    void Property(CCharacterSet& members, bool complement) {
         const std::size_t end = m_pattern.find('}', m_position);
         if (!NextIs(0, '{') || end == std::string_view::npos) Fail("'{name}' expected");
-        const std::string_view name = m_pattern.substr(m_position + 1, end - m_position - 1);
-        Range block{};
-        if (std::find(std::begin(kCategories), std::end(kCategories), name) != std::end(kCategories)) {
-            members += complement ? "\\P{" : "\\p{";
-            members += name;
-            members += '}';
-        } else if (name == "IsPrivateUse") {  // three blocks of one name
-            members += complement ? "\\P{Co}" : "\\p{Co}";
-        } else if (name.substr(0, 2) == "Is" && FindUnicodeBlock(name.substr(2), block.first, block.last)) {
-            if (!complement) {
-                AppendRange(members, block.first, block.last);
+        std::string_view name = m_pattern.substr(m_position + 1, end - m_position - 1);
+        if (name == "IsPrivateUse") name = "Co";  // three blocks of one name
+        CodePointRange block[1] = {};
+        if (const CategoryMask categories = FindCategories(name); categories != 0) {
+            if (complement) {
+                members.AddAllButCategories(categories);
             } else {
-                if (block.first > 0) AppendRange(members, 0, block.first - 1);
-                if (block.last < kLastCodePoint) AppendRange(members, block.last + 1, kLastCodePoint);
+                members.AddCategories(categories);
+            }
+        } else if (name.substr(0, 2) == "Is" &&
+                   FindUnicodeBlock(name.substr(2), block[0].first, block[0].last)) {
+            if (complement) {
+                members.AddAllBut(block);
+            } else {
+                members.Add(block);
             }
         } else {
             Fail("unknown category or block");
@@ -349,56 +315,56 @@ private:
         return codePoint;
     }
 
-    // "[...]", as one class or, with a subtraction "[...-[...]]", as a class that a look-ahead narrows.
-    std::string Class(int depth) {
+    // "[...]" or, with a subtraction, "[...-[...]]".
+    CCharacterSet Class(int depth) {
         if (depth > kMaxClassNesting) Fail("too many nested classes");
         ++m_position;
-        std::string members = "[";
-        if (NextIs(0, '^')) {
-            ++m_position;
-            members += '^';
-        }
-        const std::size_t empty = members.size();
-        std::string subtraction;
-        for (;;) {
+        const bool isComplement = NextIs(0, '^');
+        if (isComplement) ++m_position;
+        CCharacterSet members;
+        CCharacterSet subtrahend;
+        bool isEmpty = true;
+        for (;; isEmpty = false) {
             if (AtEnd()) Fail("missing ']'");
             if (Peek() == ']') break;
             if (Peek() == '[') Fail("'[' inside of a class");
             if (Peek() == '-' && NextIs(1, '[')) {
-                if (members.size() == empty) Fail("nothing to subtract from");
+                if (isEmpty) Fail("nothing to subtract from");
                 ++m_position;
-                subtraction = Class(depth + 1);
-                if (!NextIs(0, ']')) Fail("']' expected behind a subtraction");
+                subtrahend = Class(depth + 1);
+                if (!NextIs(0, ']')) Fail("']' expected after a subtraction");
                 break;
             }
-            char32_t first = 0;
-            if (Peek() != '\\') {
-                first = CodePoint();
-            } else if (!Escape(members, first)) {
-                continue;
-            }
-            // A hyphen makes a range unless it ends the class, begins a subtraction or stands before one.
-            const bool isLast = NextIs(1, ']') || NextIs(1, '[') || (NextIs(1, '-') && NextIs(2, '['));
-            if (NextIs(0, '-') && !isLast && m_position + 1 < m_pattern.size()) {
-                ++m_position;
-                char32_t last = 0;
-                std::string set;
-                if (Peek() != '\\') {
-                    last = CodePoint();
-                } else if (!Escape(set, last)) {
-                    Fail("a range can not end in a set");
-                }
-                if (last < first) Fail("range out of order");
-                AppendRange(members, first, last);
-            } else {
-                AppendCodePoint(members, first);
-            }
+            Member(members);
         }
-        if (members.size() == empty) Fail("empty class");
+        if (isEmpty) Fail("empty class");
         ++m_position;
-        members += ']';
-        if (subtraction.empty()) return members;
-        return "(?:(?!" + subtraction + ")" + members + ")";
+        if (isComplement) members.Complement();
+        members.Subtract(subtrahend);
+        return members;
+    }
+
+    // One character, range or set of a class.
+    void Member(CCharacterSet& members) {
+        char32_t first = 0;
+        if (Peek() != '\\') {
+            first = CodePoint();
+        } else if (!Escape(members, first)) {
+            return;
+        }
+        // A hyphen makes a range unless it ends the class, begins a subtraction or stands before one.
+        const bool isLast = NextIs(1, ']') || NextIs(1, '[') || (NextIs(1, '-') && NextIs(2, '['));
+        if (!NextIs(0, '-') || isLast || m_position + 1 >= m_pattern.size()) return members.Add(first);
+        ++m_position;
+        char32_t last = 0;
+        CCharacterSet set;
+        if (Peek() != '\\') {
+            last = CodePoint();
+        } else if (!Escape(set, last)) {
+            Fail("a range can not end in a set");
+        }
+        if (last < first) Fail("range out of order");
+        members.Add({first, last});
     }
 
     std::string_view m_pattern;

@@ -53,6 +53,10 @@ public:
     bool AppendCharacter(char character) noexcept { return m_arena.AppendToRun(character); }
     /// The same for text that lies in the tree's shared characters.
     void AppendShared(const char* text, std::size_t length);
+    /// Marks the element opened last, which must be empty, as null.
+    void MarkNull(bool isItem) noexcept {
+        m_open->element->m_textLength = isItem ? CXmlElement::kNullItem : CXmlElement::kNullMember;
+    }
     /// Enters a prefix, or gives it another namespace.
     void DeclarePrefix(std::string_view prefix, std::string_view uri);
     /// To be called when reading ends before the document does: keeps the text that is still held back.
