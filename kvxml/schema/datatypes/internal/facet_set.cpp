@@ -322,7 +322,7 @@ private:
                                const std::optional<std::uint64_t>& before, bool isMin) {
             if (!now) return;
             const bool contradicts = isMin ? *now > *m_facets.length : *now < *m_facets.length;
-            const bool isNew = own != nullptr && (length != nullptr || now != before);
+            const bool isNew = own != nullptr && now != before;
             const CFacet* const place = own != nullptr ? own : length;
             if (place != nullptr && (contradicts || isNew))
                 Refuse(*place, "length cannot be given together with minLength or maxLength.",

@@ -36,6 +36,8 @@ public:
         m_rest.remove_prefix(count);
         return digits;
     }
+    bool StartsWith(std::string_view text) const noexcept { return m_rest.substr(0, text.size()) == text; }
+    void Skip(std::size_t count) noexcept { m_rest.remove_prefix(count); }
     char Next() noexcept {
         const char c = m_rest.front();
         m_rest.remove_prefix(1);
@@ -133,7 +135,10 @@ bool TakeDate(BuiltInType type, Cursor& in, Fields& date) noexcept {
             return in.Take('-') && in.Take('-') && in.Take('-') && in.TakeTwoDigits(1, 31, date.day);
         case BuiltInType::GMonth:
             date.day = 1;
-            return in.Take('-') && in.Take('-') && in.TakeTwoDigits(1, 12, date.month);
+            if (!in.Take('-') || !in.Take('-') || !in.TakeTwoDigits(1, 12, date.month)) return false;
+            // The form of the recommendation's first edition, "--03--", is read too.
+            if (in.StartsWith("--")) in.Skip(2);
+            return true;
         default:
             return true;
     }
