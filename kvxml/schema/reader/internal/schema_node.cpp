@@ -134,6 +134,10 @@ int VersionOf(std::string_view text) {
 
 }  // namespace
 
+std::string_view TagName(SchemaTag tag) noexcept {
+    return kTagNames[static_cast<std::size_t>(tag)];
+}
+
 std::string_view Collapse(std::string_view text, CSchemaStore& store) {
     while (!text.empty() && IsBlank(text.front()))
         text.remove_prefix(1);

@@ -62,6 +62,9 @@ enum class SchemaTag : std::uint8_t {
     WhiteSpace,
 };
 
+/// Its name in schema documents; empty for Other.
+std::string_view TagName(SchemaTag tag) noexcept;
+
 struct CSchemaNodeAttribute {
     std::string_view namespaceUri;
     std::string_view localName;
