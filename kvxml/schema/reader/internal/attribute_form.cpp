@@ -112,7 +112,7 @@ bool HasForm(std::string_view text, AttributeForm form) noexcept {
         case AttributeForm::SimpleDerivationSet:
             return IsSetOf(text, {"restriction", "list", "union"});
         case AttributeForm::Language:
-            return text.empty() || IsLanguage(text);
+            return IsLanguage(text);
         case AttributeForm::Space:
             return IsOneOf(text, {"default", "preserve"});
     }

@@ -28,7 +28,7 @@ enum class AttributeForm : std::uint8_t {
     DerivationSet,        ///< #all, or extension, restriction
     FullDerivationSet,    ///< #all, or extension, restriction, list, union
     SimpleDerivationSet,  ///< #all, or restriction, list, union
-    Language,             ///< of xml:lang; may be empty
+    Language,             ///< of xml:lang
     Space,                ///< of xml:space
 };
 

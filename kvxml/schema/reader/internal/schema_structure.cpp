@@ -133,7 +133,10 @@ private:
     }
 
     void CheckXmlAttribute(const CSchemaNode& node, const CSchemaNodeAttribute& attribute) {
-        if (attribute.localName == "lang") CheckForm(node, attribute, AttributeForm::Language);
+        // Elsewhere only what XML itself says of it holds, by which it may be empty (XML 1.0, 2.12).
+        const bool isOwn = node.tag == SchemaTag::Schema || node.tag == SchemaTag::Documentation;
+        if (attribute.localName == "lang" && (isOwn || !attribute.value.empty()))
+            CheckForm(node, attribute, AttributeForm::Language);
         if (attribute.localName == "space") CheckForm(node, attribute, AttributeForm::Space);
         if (attribute.localName == "base") CheckForm(node, attribute, AttributeForm::AnyUri);
     }

@@ -2,7 +2,7 @@
 
 #include <initializer_list>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 namespace KvXmlLib16::internal {
 
@@ -76,19 +76,6 @@ public:
         }
         Fault("A complex type that is redefined is a restriction or extension of itself.", "src-redefine.5");
     }
-    void CheckRedefinedGroup() {
-        for (const CSchemaNode* reference : FindReferencesToSelf("src-redefine.6.1.1")) {
-            for (const std::string_view name : {"minOccurs", "maxOccurs"}) {
-                if (reference->Has(name) && !HasForm(reference->Get(name), AttributeForm::One)) {
-                    m_report.Report(*reference,
-                                    "Where a group that is redefined refers to itself, " + std::string(name) +
-                                        " must be 1.",
-                                    "src-redefine.6.1.2");
-                }
-            }
-        }
-    }
-    void CheckRedefinedAttributeGroup() { FindReferencesToSelf("src-redefine.7.1"); }
 
 private:
     void Fault(std::string message, const char* constraint) {
@@ -129,38 +116,6 @@ private:
             Fault("The attribute [type] and a type inside exclude each other.", constraint);
     }
 
-    /// References to the group itself, at any depth; more than one are a fault.
-    std::vector<const CSchemaNode*> FindReferencesToSelf(const char* constraint) {
-        std::vector<const CSchemaNode*> references;
-        std::vector<const CSchemaNode*> open{&m_node};
-        while (!open.empty()) {
-            const CSchemaNode& node = *open.back();
-            open.pop_back();
-            if (&node != &m_node && node.tag == m_node.tag && IsReferenceToSelf(node))
-                references.push_back(&node);
-            open.insert(open.end(), node.children.rbegin(), node.children.rend());
-        }
-        if (references.size() > 1) {
-            m_report.Report(*references[1],
-                            "A group that is redefined can refer to itself once only: [" +
-                                std::string(references[1]->Get("ref")) + "] is there already.",
-                            constraint);
-        }
-        return references;
-    }
-    bool IsReferenceToSelf(const CSchemaNode& node) const {
-        const std::string_view name = node.Get("ref");
-        const std::size_t colon = name.find(':');
-        const std::string_view prefix = colon == std::string_view::npos ? "" : name.substr(0, colon);
-        if (name.substr(colon == std::string_view::npos ? 0 : colon + 1) != m_node.Get("name")) return false;
-        std::string_view uri;
-        for (const auto& [known, value] : *node.scope) {
-            if (known == prefix) uri = value;
-        }
-        // Without a target namespace: names without namespace mean the one of the including document.
-        return uri == m_node.parent->parent->Get("targetNamespace");
-    }
-
     const CSchemaNode& m_node;
     IStructureReport& m_report;
 };
@@ -191,12 +146,6 @@ void CheckLocalRules(const CSchemaNode& node, Construct construct, IStructureRep
             break;
         case Construct::GlobalComplexType:
             if (isRedefined) rules.CheckRedefinedComplexType();
-            break;
-        case Construct::GroupDefinition:
-            if (isRedefined) rules.CheckRedefinedGroup();
-            break;
-        case Construct::AttributeGroupDefinition:
-            if (isRedefined) rules.CheckRedefinedAttributeGroup();
             break;
         default:
             break;
