@@ -15,9 +15,9 @@
 namespace KvXmlLib16Data {
 
 /// Group that a record's member belongs to.
-enum class RecordGroup { Seq, Choice, All };
+enum class KVXML_EXPORT_ENUM RecordGroup { Seq, Choice, All };
 /// How often a record's member occurs.
-enum class RecordCardinality { Mnd, Opt };
+enum class KVXML_EXPORT_ENUM RecordCardinality { Mnd, Opt };
 
 // --- members that occur at most once -----------------------------------------------------------------------
 

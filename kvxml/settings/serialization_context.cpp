@@ -61,6 +61,10 @@ CSerializationContext& CSerializationContext::operator=(const CSerializationCont
 
 CSerializationContext::~CSerializationContext() = default;
 
+CSerializationContext& DefaultContext() {
+    return CSerializationContext::GetDefaultContext();
+}
+
 CSerializationContext& CSerializationContext::GetDefaultContext() {
     static CSerializationContext context;
     return context;
