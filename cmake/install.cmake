@@ -1,4 +1,4 @@
-# Install rules: library, public headers, CMake package and pkg-config file.
+# Install rules: library, public headers, documentation, CMake package and pkg-config file.
 include(CMakePackageConfigHelpers)
 
 set(KVXML_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/kvxml)
@@ -9,6 +9,8 @@ install(TARGETS kvxml EXPORT kvxmlTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/kvxml/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kvxml
         FILES_MATCHING PATTERN "*.h" PATTERN "internal" EXCLUDE)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}
+        FILES_MATCHING PATTERN "*.md")
 
 # --- find_package(kvxml) -----------------------------------------------------------------------
 install(EXPORT kvxmlTargets NAMESPACE kvxml:: DESTINATION ${KVXML_CMAKE_DIR})

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "kvxml/export.h"
+#include "kvxml/settings/default_context.h"
 #include "kvxml/settings/namespace_alias_map.h"
 
 namespace KvXmlLib16 {
