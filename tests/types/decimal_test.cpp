@@ -243,21 +243,5 @@ TEST(Decimal, ConvertsToNativeTypesOrSaysThatItCannot) {
     }
 }
 
-TEST(Decimal, CopiesAreIndependentAndMovesLeaveZero) {
-    for (const std::string& text : {std::string("1.5"), kNines}) {
-        CDecimal a(text);
-        CDecimal b(a);
-        b += 1;
-        EXPECT_EQ(a.ToString(), text);
-        CDecimal c(std::move(b));
-        EXPECT_EQ(c - 1, a);
-        EXPECT_EQ(b, 0);  // NOLINT(bugprone-use-after-move): the state is documented by the test
-        c = a;
-        c = *&c;
-        a = CDecimal(7);
-        EXPECT_EQ(a.ToString() + " " + c.ToString(), "7 " + text);
-    }
-}
-
 }  // namespace
 }  // namespace KvXmlLib16
