@@ -1,6 +1,7 @@
 #include "kvxml/objects/attribute_info.h"
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/c_text.h"
 #include "kvxml/objects/attribute_col.h"
 #include "kvxml/objects/internal/variant_facets.h"
 #include "kvxml/objects/xml_generated_class.h"
@@ -17,15 +18,16 @@ using KvXmlLib16::CKvException;
 using KvXmlLib16::CKvInvalidParamException;
 using KvXmlLib16::CKvValidationException;
 using KvXmlLib16::FormatString;
+using KvXmlLib16::internal::OrEmpty;
 
 CAttributeInfo::CAttributeInfo(const char* name, const char* ns, int propertyIndex, bool optional,
                                const char* defaultValue)
     : m_nameId(CXmlWriter::NewNameId()),
-      m_name(name == nullptr ? "" : name),
-      m_namespace(ns == nullptr ? "" : ns),
+      m_name(OrEmpty(name)),
+      m_namespace(OrEmpty(ns)),
       m_propertyIndex(propertyIndex),
       m_optional(optional),
-      m_defaultValue(defaultValue == nullptr ? "" : defaultValue) {}
+      m_defaultValue(OrEmpty(defaultValue)) {}
 
 CAttributeInfo::CAttributeInfo(const CAttributeInfo&) = default;
 CAttributeInfo& CAttributeInfo::operator=(const CAttributeInfo&) = default;
@@ -119,7 +121,7 @@ CAttributeInfoPrimitive::CAttributeInfoPrimitive(const char* name, const char* n
     : CAttributeInfo(name, ns, propertyIndex, optional, defaultValue),
       m_restrictions(restrictions),
       m_itemType(itemType),
-      m_formatOverride(formatOverride == nullptr ? "" : formatOverride),
+      m_formatOverride(OrEmpty(formatOverride)),
       m_whitespaceRule(rule) {}
 
 CAttributeInfoPrimitive::CAttributeInfoPrimitive(const CAttributeInfoPrimitive&) = default;
@@ -187,7 +189,7 @@ void CAttributeInfoEnum::AttributeToXml(const CSerializationContext& context, co
     KvVariant value;
     if (!ReadForOutput(owner, value)) return;
     const char* text = m_enumToString(value.GetI4());
-    WriteAttribute(context, writer, text == nullptr ? "" : text, KvXmlLib16::ItemType_string, true);
+    WriteAttribute(context, writer, OrEmpty(text), KvXmlLib16::ItemType_string, true);
 }
 
 bool CAttributeInfoEnum::AttributeFromXml(const CSerializationContext& context, CXmlGeneratedClass* owner,
@@ -227,8 +229,8 @@ CAttributeInfoAny::CAttributeInfoAny(const char* name, const char* ns, int prope
                                      const char* restriction, const char* targetNamespace,
                                      const char* defaultValue)
     : CAttributeInfo(name, ns, propertyIndex, optional, defaultValue),
-      m_restriction(restriction == nullptr ? "" : restriction),
-      m_targetNamespace(targetNamespace == nullptr ? "" : targetNamespace) {}
+      m_restriction(OrEmpty(restriction)),
+      m_targetNamespace(OrEmpty(targetNamespace)) {}
 
 CAttributeInfoAny::CAttributeInfoAny(const CAttributeInfoAny&) = default;
 CAttributeInfoAny& CAttributeInfoAny::operator=(const CAttributeInfoAny&) = default;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/c_text.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/types/conversions.h"
 #include "kvxml/types/internal/facets.h"
@@ -22,6 +23,7 @@ using internal::CXsdRegex;
 using internal::Facets;
 using internal::FillBounds;
 using internal::FillEnumeration;
+using internal::OrEmpty;
 using internal::TypedFacets;
 
 namespace {
@@ -29,10 +31,6 @@ namespace {
 constexpr auto kCollapse = CWhitespaceUtils::WhitespaceRule_Collapse;
 constexpr auto kNone = CWhitespaceUtils::WhitespaceRule_None;
 constexpr std::size_t kMaxShownValue = 1000;
-
-const char* TextOf(const char* text) noexcept {
-    return text != nullptr ? text : "";
-}
 
 // --- violations -------------------------------------------------------------------------------------------
 
@@ -244,23 +242,23 @@ CPrimitiveRestrictions::CPrimitiveRestrictions(const char* pattern, std::int32_t
                                                std::int32_t totalDigits, std::int32_t fractionDigits,
                                                CWhitespaceUtils::WhitespaceRule rule, const char* enumeration)
     : m_rule(rule), m_hasPattern(pattern != nullptr && *pattern != '\0') {
-    const std::string_view values = TextOf(enumeration);
-    const bool anyText =
-        !(std::string_view(TextOf(pattern)).empty() && std::string_view(TextOf(minInclusive)).empty() &&
-          std::string_view(TextOf(maxInclusive)).empty() && std::string_view(TextOf(minExclusive)).empty() &&
-          std::string_view(TextOf(maxExclusive)).empty() && values.empty());
+    const std::string_view values = OrEmpty(enumeration);
+    const bool anyText = !(
+        std::string_view(OrEmpty(pattern)).empty() && std::string_view(OrEmpty(minInclusive)).empty() &&
+        std::string_view(OrEmpty(maxInclusive)).empty() && std::string_view(OrEmpty(minExclusive)).empty() &&
+        std::string_view(OrEmpty(maxExclusive)).empty() && values.empty());
     const bool anyNumber =
         minLength >= 0 || maxLength >= 0 || length >= 0 || totalDigits >= 0 || fractionDigits >= 0;
     if (!anyText && !anyNumber) return;
     auto facets = std::make_shared<Facets>();
-    facets->pattern = TextOf(pattern);
+    facets->pattern = OrEmpty(pattern);
     facets->minLength = minLength;
     facets->maxLength = maxLength;
     facets->length = length;
-    facets->minInclusive = TextOf(minInclusive);
-    facets->maxInclusive = TextOf(maxInclusive);
-    facets->minExclusive = TextOf(minExclusive);
-    facets->maxExclusive = TextOf(maxExclusive);
+    facets->minInclusive = OrEmpty(minInclusive);
+    facets->maxInclusive = OrEmpty(maxInclusive);
+    facets->minExclusive = OrEmpty(minExclusive);
+    facets->maxExclusive = OrEmpty(maxExclusive);
     facets->totalDigits = totalDigits;
     facets->fractionDigits = fractionDigits;
     for (std::size_t begin = 0; !values.empty() && begin <= values.size();) {

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <fstream>
 #include <functional>
-#include <random>
 #include <stdexcept>
 #include <string>
 #include <string_view>
