@@ -1,8 +1,11 @@
 #include "kvxml/types/whitespace_utils.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/words.h"
 
 namespace KvXmlLib16 {
 
@@ -51,19 +54,36 @@ void CollapseFrom(std::size_t first, std::string_view text, std::string& out) {
 // Length of a part in front in which Collapse changes nothing, found eight bytes at a time: control
 // characters and spaces in a row end it.
 std::size_t CollapsedLength(std::string_view text) noexcept {
-    constexpr std::uint64_t kLows = 0x7f7f7f7f7f7f7f7f;
-    // The high bit of every byte that is zero.
-    const auto zeros = [](std::uint64_t word) { return ~(((word & kLows) + kLows) | word | kLows); };
     std::size_t length = 0;
     // One byte is looked at twice, so that no pair of spaces is missed.
     for (; length + sizeof(std::uint64_t) <= text.size(); length += sizeof(std::uint64_t) - 1) {
-        std::uint64_t word;
-        std::memcpy(&word, text.data() + length, sizeof word);
-        const std::uint64_t spaces = zeros(word ^ 0x2020202020202020);
-        const std::uint64_t controls = zeros(word & 0xe0e0e0e0e0e0e0e0);
+        const auto word = internal::Load<std::uint64_t>(text.data() + length);
+        const std::uint64_t spaces = internal::ZeroBytes(word ^ internal::kOnes * ' ');
+        const std::uint64_t controls = internal::ZeroBytes(word & internal::kOnes * 0xe0);
         if ((controls | (spaces & (spaces >> 8))) != 0) break;
     }
     return length;
+}
+
+// Whether all bytes are above `last`, up to which a rule may have something to change; false where that does
+// not show at a glance.
+bool IsAbove(unsigned char last, std::string_view text) noexcept {
+    const auto bound = static_cast<std::uint8_t>(last + 1);
+    const char* const data = text.data();
+    const std::size_t size = text.size();
+    if (size >= 8) {
+        for (std::size_t i = 0; i + 8 <= size; i += 8) {
+            if (internal::HasBelow(internal::Load<std::uint64_t>(data + i), bound) != 0) return false;
+        }
+        return internal::HasBelow(internal::Load<std::uint64_t>(data + size - 8), bound) == 0;
+    }
+    if (size >= 4) {
+        const auto first = std::uint64_t{internal::Load<std::uint32_t>(data)};
+        const auto second = std::uint64_t{internal::Load<std::uint32_t>(data + size - 4)};
+        return internal::HasBelow(first << 32 | second, bound) == 0;
+    }
+    return std::all_of(text.begin(), text.end(),
+                       [last](char c) { return static_cast<unsigned char>(c) > last; });
 }
 
 }  // namespace
@@ -93,8 +113,12 @@ std::string CWhitespaceUtils::ApplyRule(WhitespaceRule rule, std::string_view te
     return std::string(result);
 }
 
-std::string_view CWhitespaceUtils::ApplyRuleSlow(WhitespaceRule rule, std::string_view text,
+std::string_view CWhitespaceUtils::ApplyRuleView(WhitespaceRule rule, std::string_view text,
                                                  std::string& scratch) {
+    // Most values need no change, which shows at a glance.
+    const bool isRule = static_cast<std::uint32_t>(rule) <= WhitespaceRule_Collapse;
+    const unsigned char last = rule == WhitespaceRule_Preserve ? '\r' : ' ';
+    if (isRule && IsAbove(last, text)) return text;
     switch (rule) {
         case WhitespaceRule_None:
             return text;
