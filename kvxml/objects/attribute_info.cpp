@@ -7,6 +7,7 @@
 #include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/format_string.h"
+#include "kvxml/types/internal/whitespace.h"
 #include "kvxml/xml/internal/xml_name.h"
 #include "kvxml/xml/xml_attribute.h"
 #include "kvxml/xml/xml_writer.h"
@@ -157,7 +158,7 @@ void CAttributeInfoPrimitive::ReadMatched(const CSerializationContext&, CXmlGene
         value.FromString(text, m_itemType, m_whitespaceRule);
         if (m_restrictions.HasPattern()) {
             std::string scratch;
-            CheckRestriction(value, CWhitespaceUtils::ApplyRuleView(m_whitespaceRule, text, scratch));
+            CheckRestriction(value, KvXmlLib16::internal::ApplyRule(m_whitespaceRule, text, scratch));
         } else {
             CheckRestriction(value, {});
         }

@@ -34,7 +34,7 @@ public:
     /// Default empty: the input is an object with one member, the document element.
     std::string GetRootElementName() const { return m_rootElementName; }
     const std::string& GetRootElementNameRef() const noexcept { return m_rootElementName; }
-    void SetRootElementName(const char* value) { m_rootElementName = value == nullptr ? "" : value; }
+    void SetRootElementName(const char* value);
     void SetRootElementName(const std::string& value) { m_rootElementName = value; }
 
     /// Name of the items when the input is an array: with a root element name, it becomes an element of that

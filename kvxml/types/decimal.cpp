@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/c_text.h"
 #include "kvxml/types/big_integer.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/types/internal/big_number.h"
@@ -102,6 +103,8 @@ char* WriteWithPoint(char* out, const char* digits, std::size_t count, std::size
 }  // namespace
 
 // --- construction -----------------------------------------------------------------------------------------
+
+CDecimal::CDecimal(const char* text) : CDecimal(std::string_view(internal::OrEmpty(text))) {}
 
 CDecimal::CDecimal(double value) : CDecimal() {
     if (!std::isfinite(value)) {

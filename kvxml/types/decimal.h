@@ -50,7 +50,7 @@ public:
     /// bytes, from 0) and the text for anything else, and for an exponent beyond kMaxExponent.
     CDecimal(std::string_view text) : CDecimal() { Parse(text); }
     /// As above. Null counts as empty, which is an error.
-    CDecimal(const char* text) : CDecimal(std::string_view(text != nullptr ? text : "")) {}
+    CDecimal(const char* text);
     CDecimal(const std::string& text) : CDecimal(std::string_view(text)) {}
     /// Any integer type.
     template <class T, internal::EnableIfInteger<T> = 0>

@@ -272,6 +272,10 @@ CPrimitiveRestrictions::CPrimitiveRestrictions(const char* pattern, std::int32_t
 
 // --- checks -----------------------------------------------------------------------------------------------
 
+void CPrimitiveRestrictions::Check(std::string_view name, ItemType type, const char* value) const {
+    Check(name, type, std::string_view(OrEmpty(value)));
+}
+
 void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std::string_view value) const {
     switch (type) {
         case ItemType_i1:

@@ -1,11 +1,11 @@
 #include "kvxml/types/whitespace_utils.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/words.h"
+#include "kvxml/types/internal/whitespace.h"
 
 namespace KvXmlLib16 {
 
@@ -65,27 +65,6 @@ std::size_t CollapsedLength(std::string_view text) noexcept {
     return length;
 }
 
-// Whether all bytes are above `last`, up to which a rule may have something to change; false where that does
-// not show at a glance.
-bool IsAbove(unsigned char last, std::string_view text) noexcept {
-    const auto bound = static_cast<std::uint8_t>(last + 1);
-    const char* const data = text.data();
-    const std::size_t size = text.size();
-    if (size >= 8) {
-        for (std::size_t i = 0; i + 8 <= size; i += 8) {
-            if (internal::HasBelow(internal::Load<std::uint64_t>(data + i), bound) != 0) return false;
-        }
-        return internal::HasBelow(internal::Load<std::uint64_t>(data + size - 8), bound) == 0;
-    }
-    if (size >= 4) {
-        const auto first = std::uint64_t{internal::Load<std::uint32_t>(data)};
-        const auto second = std::uint64_t{internal::Load<std::uint32_t>(data + size - 4)};
-        return internal::HasBelow(first << 32 | second, bound) == 0;
-    }
-    return std::all_of(text.begin(), text.end(),
-                       [last](char c) { return static_cast<unsigned char>(c) > last; });
-}
-
 }  // namespace
 
 std::string CWhitespaceUtils::Preserve(const char* text, int length) {
@@ -115,37 +94,38 @@ std::string CWhitespaceUtils::ApplyRule(WhitespaceRule rule, std::string_view te
 
 std::string_view CWhitespaceUtils::ApplyRuleView(WhitespaceRule rule, std::string_view text,
                                                  std::string& scratch) {
-    // Most values need no change, which shows at a glance.
-    const bool isRule = static_cast<std::uint32_t>(rule) <= WhitespaceRule_Collapse;
-    const unsigned char last = rule == WhitespaceRule_Preserve ? '\r' : ' ';
-    if (isRule && IsAbove(last, text)) return text;
+    return internal::ApplyRule(rule, text, scratch);
+}
+
+std::string_view internal::ApplyRuleSlowly(CWhitespaceUtils::WhitespaceRule rule, std::string_view text,
+                                           std::string& scratch) {
     switch (rule) {
-        case WhitespaceRule_None:
+        case CWhitespaceUtils::WhitespaceRule_None:
             return text;
-        case WhitespaceRule_Preserve:
+        case CWhitespaceUtils::WhitespaceRule_Preserve:
             if (text.empty() || std::memchr(text.data(), '\r', text.size()) == nullptr) return text;
             scratch.clear();
             NormalizeLineEnds(text, scratch);
             return scratch;
-        case WhitespaceRule_Replace:
+        case CWhitespaceUtils::WhitespaceRule_Replace:
             for (std::size_t i = 0; i < text.size(); ++i) {
-                if (text[i] <= '\r' && text[i] != ' ' && IsWhiteSpace(text[i])) {
+                if (text[i] <= '\r' && text[i] != ' ' && CWhitespaceUtils::IsWhiteSpace(text[i])) {
                     scratch.clear();
                     ReplaceFrom(i, text, scratch);
                     return scratch;
                 }
             }
             return text;
-        case WhitespaceRule_Collapse: {
-            while (!text.empty() && IsWhiteSpace(text.front()))
+        case CWhitespaceUtils::WhitespaceRule_Collapse: {
+            while (!text.empty() && CWhitespaceUtils::IsWhiteSpace(text.front()))
                 text.remove_prefix(1);
-            while (!text.empty() && IsWhiteSpace(text.back()))
+            while (!text.empty() && CWhitespaceUtils::IsWhiteSpace(text.back()))
                 text.remove_suffix(1);
             for (std::size_t i = CollapsedLength(text); i < text.size(); ++i) {
                 const char c = text[i];
-                if (c > ' ' || !IsWhiteSpace(c)) continue;
+                if (c > ' ' || !CWhitespaceUtils::IsWhiteSpace(c)) continue;
                 // The last character is no whitespace, so there is a next one.
-                if (c != ' ' || IsWhiteSpace(text[i + 1])) {
+                if (c != ' ' || CWhitespaceUtils::IsWhiteSpace(text[i + 1])) {
                     scratch.clear();
                     CollapseFrom(i, text, scratch);
                     return scratch;
