@@ -179,7 +179,7 @@ void CJsonTextWriter::CloseArray(CXmlWriterContext& context) {
     Buffer().Commit(out);
 }
 
-/// Writes line and name of a member or of the document element, behind `separator` if it is not zero.
+/// Writes line and name of a member or of the document element, after `separator` if it is not zero.
 void CJsonTextWriter::AppendLineAndName(char separator, std::string_view mark, std::string_view qualifier,
                                         std::string_view localName) {
     const std::size_t indentation = LineIndentation(m_level);

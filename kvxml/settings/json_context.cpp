@@ -13,4 +13,8 @@ void CJsonContext::SetRootElementName(const char* value) {
     m_rootElementName = internal::OrEmpty(value);
 }
 
+void CJsonContext::SetArrayItemName(const char* value) {
+    m_arrayItemName = internal::OrEmpty(value);
+}
+
 }  // namespace KvXmlLib16

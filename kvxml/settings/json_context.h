@@ -41,7 +41,7 @@ public:
     /// name with one child of this name for each item. Default empty: such input is refused.
     std::string GetArrayItemName() const { return m_arrayItemName; }
     const std::string& GetArrayItemNameRef() const noexcept { return m_arrayItemName; }
-    void SetArrayItemName(const char* value) { m_arrayItemName = value == nullptr ? "" : value; }
+    void SetArrayItemName(const char* value);
     void SetArrayItemName(const std::string& value) { m_arrayItemName = value; }
 
     /// Whether input may have "// ..." and "/* ... */" comments between its tokens. Default true.

@@ -335,7 +335,7 @@ std::string CDecimal::ToString(int fractionDigits) const {
 
 // --- digits -----------------------------------------------------------------------------------------------
 
-// At most `fractionDigits` digits behind the point.
+// At most `fractionDigits` digits after the point.
 CDecimal CDecimal::ScaledTo(int fractionDigits, bool round) const {
     fractionDigits = std::max(fractionDigits, 0);
     if (m_scale <= fractionDigits) return *this;
@@ -468,7 +468,7 @@ CDecimal CDecimal::Divide(const CDecimal& divisor, int fractionDigits) const {
     if (divisor.GetSign() == 0) throw CKvInvalidValueException("ERROR: Overflow in operator/.");
     fractionDigits = std::max(fractionDigits, 0);
     // The quotient of the integers with one more digit than wanted, which decides the rounding: what lies
-    // behind a digit 5 can only confirm it.
+    // after a digit 5 can only confirm it.
     BigNumber dividend = Unscaled();
     BigNumber other = divisor.Unscaled();
     const std::int64_t shift = std::int64_t{fractionDigits} + 1 + divisor.m_scale - m_scale;

@@ -42,7 +42,7 @@ public:
     virtual void WriteComment(std::string_view text) = 0;
     /// Writes `text` as it is, on lines of its own.
     virtual void WriteRaw(std::string_view text) = 0;
-    /// Writes `text` as it is, behind a blank and a line end.
+    /// Writes `text` as it is, after a blank and a line end.
     virtual void WriteRawAfterSpace(std::string_view text) = 0;
     virtual void WriteStartElement(std::string_view localName, std::string_view namespaceUri) = 0;
     /// Writes the text of the current element. `type` tells formats that distinguish them what kind of

@@ -23,7 +23,7 @@ bool IsStop(char character) noexcept {
 }
 
 /// First byte that is no plain character of a string, or `end`. Sets `isSpecial` when bytes up to there, or
-/// close behind, are not ASCII.
+/// shortly after, are not ASCII.
 const char* SkipPlain(const char* text, const char* end, bool& isSpecial) noexcept {
     std::uint64_t seen = 0;
     if constexpr (std::endian::native == std::endian::little) {

@@ -45,7 +45,7 @@ inline bool ReadEightDigits(std::uint64_t word, std::uint64_t& value) noexcept {
     return valid;
 }
 
-/// Reads one to eight digits; false when one of them is none. Reads nothing behind them.
+/// Reads one to eight digits; false when one of them is none. Reads nothing after them.
 inline bool ReadUpToEightDigits(const char* text, std::size_t count, std::uint64_t& value) noexcept {
     if (count == 8) return ReadEightDigits(LoadEight(text), value);
     if constexpr (std::endian::native != std::endian::little) {

@@ -303,7 +303,7 @@ private:
         }
     }
 
-    // Behind "\p" or "\P".
+    // After "\p" or "\P".
     void Property(std::string& members, bool complement) {
         const std::size_t end = m_pattern.find('}', m_position);
         if (!NextIs(0, '{') || end == std::string_view::npos) Fail("'{name}' expected");
