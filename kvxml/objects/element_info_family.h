@@ -206,7 +206,7 @@ protected:
                     CXmlWriter* writer) const override;
     bool LetsChoiceBeEmpty(const CXmlGeneratedClass* owner) const override;
     bool DropsNull(const CXmlGeneratedClass* owner) const override;
-    /// Reads the items at the cursor and returns what is behind them.
+    /// Reads the items at the cursor and returns what is after them.
     virtual CXmlElement* ReadItems(const CSerializationContext& context, CXmlGeneratedClass* owner,
                                    CXmlElement* parent, CXmlElement* cursor,
                                    CXmlCollectionBase& collection) const;

@@ -320,7 +320,7 @@ public:
     int Count() const noexcept { return m_count; }
     CElementInfo& Record(int index) const noexcept { return *m_records[index]; }
 
-    /// Whether the record read what is at the cursor, which then is behind it.
+    /// Whether the record read what is at the cursor, which then is after it.
     bool Offer(int index, CXmlElement** cursor) {
         CElementInfo& record = *m_records[index];
         if (record.m_claimsByName) {

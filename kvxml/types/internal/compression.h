@@ -20,7 +20,7 @@ struct InflateLimits {
     std::uint32_t maxRatio = 0;  ///< bytes for each byte of input, looked at once 8 MiB have come out
 };
 
-/// Inflates a gzip stream (with all its members) or a zlib stream into `out`; bytes behind the stream are
+/// Inflates a gzip stream (with all its members) or a zlib stream into `out`; bytes after the stream are
 /// ignored. Returns false, with `out` empty, when the input is no such stream or is damaged or cut off. The
 /// first two bytes tell most other input apart at once. What is beyond a limit is a CKvException.
 bool Inflate(const unsigned char* data, std::size_t length, const InflateLimits& limits, CBinaryData& out);
