@@ -1,14 +1,16 @@
-# Install rules: library, public headers, CMake package and pkg-config file.
+# Install rules: library, public headers, documentation, CMake package and pkg-config file.
 include(CMakePackageConfigHelpers)
 
 set(KVXML_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/kvxml)
 
-install(TARGETS kvxml EXPORT kvxmlTargets
+install(TARGETS kvxml kvxml-schema EXPORT kvxmlTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/kvxml/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kvxml
         FILES_MATCHING PATTERN "*.h" PATTERN "internal" EXCLUDE)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}
+        FILES_MATCHING PATTERN "*.md")
 
 # --- find_package(kvxml) -----------------------------------------------------------------------
 install(EXPORT kvxmlTargets NAMESPACE kvxml:: DESTINATION ${KVXML_CMAKE_DIR})
@@ -54,4 +56,6 @@ if(NOT BUILD_SHARED_LIBS)
   set(KVXML_PC_CFLAGS " -DKVXML_STATIC")
 endif()
 configure_file(${CMAKE_CURRENT_LIST_DIR}/kvxml.pc.in ${PROJECT_BINARY_DIR}/kvxml.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/kvxml.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/kvxml-schema.pc.in ${PROJECT_BINARY_DIR}/kvxml-schema.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/kvxml.pc ${PROJECT_BINARY_DIR}/kvxml-schema.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

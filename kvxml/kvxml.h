@@ -23,6 +23,7 @@
 #include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/objects/xml_object_base.h"
 #include "kvxml/objects/xml_tree_writer.h"
+#include "kvxml/platform/critical_section.h"
 #include "kvxml/platform/text_settings.h"
 #include "kvxml/settings/fast_infoset_context.h"
 #include "kvxml/settings/fast_infoset_decl.h"

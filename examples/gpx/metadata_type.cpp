@@ -3,7 +3,11 @@
 #include <mutex>
 
 #include "examples/gpx/class_factory.h"
+#include "kvxml/objects/attribute_info.h"
 #include "kvxml/objects/element_info_family.h"
+#include "kvxml/objects/parent_element_info.h"
+#include "kvxml/objects/variant.h"
+#include "kvxml/platform/critical_section.h"
 
 namespace Gpx {
 

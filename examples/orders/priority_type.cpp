@@ -3,6 +3,10 @@
 #include <string_view>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/objects/element_info.h"
+#include "kvxml/objects/parent_element_info.h"
+#include "kvxml/objects/variant.h"
+#include "kvxml/platform/critical_section.h"
 #include "kvxml/types/format_string.h"
 
 namespace Orders {

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/words.h"
 
 namespace KvXmlLib16::internal {
 
@@ -23,20 +24,18 @@ std::size_t Hash(std::string_view text) noexcept {
         hash = (hash ^ part) * 0x9E3779B97F4A7C15U;
         hash ^= hash >> 32;
     };
-    const auto load = [text](std::size_t at, auto part) {
-        std::memcpy(&part, text.data() + at, sizeof part);
-        return std::uint64_t{part};
-    };
+    const char* const at = text.data();
+    const std::size_t length = text.size();
     // The last part may overlap the one before.
-    if (text.size() >= 8) {
-        for (std::size_t at = 0; at + 8 < text.size(); at += 8)
-            mix(load(at, std::uint64_t{}));
-        mix(load(text.size() - 8, std::uint64_t{}));
-    } else if (text.size() >= 4) {
-        mix(load(0, std::uint32_t{}) << 32 | load(text.size() - 4, std::uint32_t{}));
+    if (length >= 8) {
+        for (std::size_t i = 0; i + 8 < length; i += 8)
+            mix(Load<std::uint64_t>(at + i));
+        mix(Load<std::uint64_t>(at + length - 8));
+    } else if (length >= 4) {
+        mix(std::uint64_t{Load<std::uint32_t>(at)} << 32 | Load<std::uint32_t>(at + length - 4));
     } else {
-        for (std::size_t at = 0; at < text.size(); ++at)
-            mix(load(at, std::uint8_t{}));
+        for (const char character : text)
+            mix(static_cast<unsigned char>(character));
     }
     return static_cast<std::size_t>(hash);
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/c_text.h"
 #include "kvxml/io/internal/input_file.h"
 #include "kvxml/json/internal/json_conversion.h"
 #include "kvxml/platform/internal/code_page.h"
@@ -34,7 +35,7 @@ public:
         }
         DropByteOrderMark();
     }
-    explicit CJsonInput(const char* json) : m_text(json == nullptr ? "" : json) {
+    explicit CJsonInput(const char* json) : m_text(internal::OrEmpty(json)) {
         if (m_text.empty()) ThrowEmpty();
         if (!internal::IsLocalUtf8()) m_text = m_utf8 = internal::LocalToUtf8(m_text);
         DropByteOrderMark();
@@ -72,7 +73,7 @@ private:
 
 CBinaryData CXmlDocument::LoadJsonFile(const char* fileName) {
     Cleanup();
-    const std::vector<unsigned char> data = internal::ReadWhole(fileName == nullptr ? "" : fileName);
+    const std::vector<unsigned char> data = internal::ReadWhole(internal::OrEmpty(fileName));
     return LoadJsonStream(data.data(), data.size());
 }
 
@@ -92,7 +93,7 @@ CBinaryData CXmlDocument::LoadJson(const wchar_t* json) {
 }
 
 void CXmlDocument::BuildFromJsonFile(const char* fileName) {
-    const std::vector<unsigned char> data = internal::ReadWhole(fileName == nullptr ? "" : fileName);
+    const std::vector<unsigned char> data = internal::ReadWhole(internal::OrEmpty(fileName));
     BuildFromJsonStream(data.data(), data.size());
 }
 

@@ -81,7 +81,7 @@ public:
     CJsonTextReader& operator=(const CJsonTextReader&) = delete;
     virtual ~CJsonTextReader();
 
-    /// Reads the first value of the text; what comes behind it is not looked at. A text of blanks and
+    /// Reads the first value of the text; what comes after it is not looked at. A text of blanks and
     /// comments has no value. With a root element name the value is reported as the member of that name of
     /// an object of its own; with an item name as well, an array as the member of that name of an object in
     /// between.

@@ -11,6 +11,7 @@
 #include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/plain_text.h"
 #include "kvxml/xml/internal/prepared_names.h"
+#include "kvxml/xml/internal/writer_context.h"
 
 namespace KvXmlLib16 {
 
@@ -20,12 +21,11 @@ using internal::HasControl;
 using internal::IsBare;
 using internal::IsCanonicalLiteral;
 using internal::IsLiteral;
+using internal::kPieceLength;
 using internal::Put;
 
 namespace {
 
-/// Strings are transformed in pieces of this length; each needs contiguous room.
-constexpr std::size_t kPieceLength = 1024;
 /// The longest replacement of one character.
 constexpr std::size_t kLongestEscape = 6;
 constexpr char kHexDigits[] = "0123456789ABCDEF";
@@ -179,7 +179,7 @@ void CJsonTextWriter::CloseArray(CXmlWriterContext& context) {
     Buffer().Commit(out);
 }
 
-/// Writes line and name of a member or of the document element, behind `separator` if it is not zero.
+/// Writes line and name of a member or of the document element, after `separator` if it is not zero.
 void CJsonTextWriter::AppendLineAndName(char separator, std::string_view mark, std::string_view qualifier,
                                         std::string_view localName) {
     const std::size_t indentation = LineIndentation(m_level);
@@ -542,26 +542,9 @@ void CJsonTextWriter::AppendEscaped(std::string_view text) {
 
 template <class Rules>
 void CJsonTextWriter::AppendTransformed(std::string_view text) {
-    CStringBuffer& buffer = Buffer();
-    while (!text.empty()) {
-        const std::size_t length = std::min(text.size(), kPieceLength);
-        char* out = buffer.Reserve(length);
-        const std::size_t plain = CopyPlain<Rules>(out, text.data(), length);
-        buffer.Commit(out + plain);
-        text.remove_prefix(plain);
-        if (plain == length) continue;
-        // The next ones need a closer look.
-        const std::size_t suspicious = std::min<std::size_t>(text.size(), 8);
-        out = buffer.Reserve(suspicious * kLongestEscape);
-        for (const char character : text.substr(0, suspicious)) {
-            if (Rules::OfByte(character) == 0)
-                *out++ = character;
-            else
-                out = Rules::Put(out, character, m_layout);
-        }
-        buffer.Commit(out);
-        text.remove_prefix(suspicious);
-    }
+    internal::AppendEscapedInPieces<Rules>(
+        Buffer(), text, kLongestEscape,
+        [this](char* out, std::string_view rest) { return Rules::Put(out, rest.front(), m_layout); });
 }
 
 /// Escapes all that is not ASCII, for text whose bytes may not stand in a document as they are.

@@ -1,12 +1,14 @@
 #include "kvxml/objects/attribute_info.h"
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/c_text.h"
 #include "kvxml/objects/attribute_col.h"
 #include "kvxml/objects/internal/variant_facets.h"
 #include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/types/internal/format_override.h"
+#include "kvxml/types/internal/whitespace.h"
 #include "kvxml/xml/internal/xml_name.h"
 #include "kvxml/xml/xml_attribute.h"
 #include "kvxml/xml/xml_writer.h"
@@ -18,15 +20,16 @@ using KvXmlLib16::CKvException;
 using KvXmlLib16::CKvInvalidParamException;
 using KvXmlLib16::CKvValidationException;
 using KvXmlLib16::FormatString;
+using KvXmlLib16::internal::OrEmpty;
 
 CAttributeInfo::CAttributeInfo(const char* name, const char* ns, int propertyIndex, bool optional,
                                const char* defaultValue)
     : m_nameId(CXmlWriter::NewNameId()),
-      m_name(name == nullptr ? "" : name),
-      m_namespace(ns == nullptr ? "" : ns),
+      m_name(OrEmpty(name)),
+      m_namespace(OrEmpty(ns)),
       m_propertyIndex(propertyIndex),
       m_optional(optional),
-      m_defaultValue(defaultValue == nullptr ? "" : defaultValue) {}
+      m_defaultValue(OrEmpty(defaultValue)) {}
 
 CAttributeInfo::CAttributeInfo(const CAttributeInfo&) = default;
 CAttributeInfo& CAttributeInfo::operator=(const CAttributeInfo&) = default;
@@ -120,7 +123,7 @@ CAttributeInfoPrimitive::CAttributeInfoPrimitive(const char* name, const char* n
     : CAttributeInfo(name, ns, propertyIndex, optional, defaultValue),
       m_restrictions(restrictions),
       m_itemType(itemType),
-      m_formatOverride(formatOverride == nullptr ? "" : formatOverride),
+      m_formatOverride(OrEmpty(formatOverride)),
       m_whitespaceRule(rule) {
     KvXmlLib16::internal::CheckFormat(itemType, m_formatOverride);
 }
@@ -158,7 +161,7 @@ void CAttributeInfoPrimitive::ReadMatched(const CSerializationContext&, CXmlGene
         value.FromString(text, m_itemType, m_whitespaceRule);
         if (m_restrictions.HasPattern()) {
             std::string scratch;
-            CheckRestriction(value, CWhitespaceUtils::ApplyRuleView(m_whitespaceRule, text, scratch));
+            CheckRestriction(value, KvXmlLib16::internal::ApplyRule(m_whitespaceRule, text, scratch));
         } else {
             CheckRestriction(value, {});
         }
@@ -190,7 +193,7 @@ void CAttributeInfoEnum::AttributeToXml(const CSerializationContext& context, co
     KvVariant value;
     if (!ReadForOutput(owner, value)) return;
     const char* text = m_enumToString(value.GetI4());
-    WriteAttribute(context, writer, text == nullptr ? "" : text, KvXmlLib16::ItemType_string, true);
+    WriteAttribute(context, writer, OrEmpty(text), KvXmlLib16::ItemType_string, true);
 }
 
 bool CAttributeInfoEnum::AttributeFromXml(const CSerializationContext& context, CXmlGeneratedClass* owner,
@@ -230,8 +233,8 @@ CAttributeInfoAny::CAttributeInfoAny(const char* name, const char* ns, int prope
                                      const char* restriction, const char* targetNamespace,
                                      const char* defaultValue)
     : CAttributeInfo(name, ns, propertyIndex, optional, defaultValue),
-      m_restriction(restriction == nullptr ? "" : restriction),
-      m_targetNamespace(targetNamespace == nullptr ? "" : targetNamespace) {}
+      m_restriction(OrEmpty(restriction)),
+      m_targetNamespace(OrEmpty(targetNamespace)) {}
 
 CAttributeInfoAny::CAttributeInfoAny(const CAttributeInfoAny&) = default;
 CAttributeInfoAny& CAttributeInfoAny::operator=(const CAttributeInfoAny&) = default;

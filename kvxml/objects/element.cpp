@@ -207,7 +207,7 @@ void CElement::WriteTree(CTreeOutput& output, std::string_view ns,
     const auto end = [&](const CElement& element) {
         output.EndElement();
         if (output.HasArrays() && !open.empty())
-            output.BehindChild(open.back().IsLikeNext(element), open.back().inArray);
+            output.AfterChild(open.back().IsLikeNext(element), open.back().inArray);
     };
     const auto enter = [&](const CElement& element, std::string_view outer,
                            const CSerializationContext* root) {

@@ -100,8 +100,7 @@ public:
 
     // --- other objects --------------------------------------------------------------------------------
     /// Becomes what the object writes, as document root.
-    void FromObject(const CXmlObjectBase& object,
-                    const CSerializationContext& context = CSerializationContext::GetDefaultContext());
+    void FromObject(const CXmlObjectBase& object, const CSerializationContext& context = DefaultContext());
 
 protected:
     /// Writes the element in its own namespace; in `namespaceUri` when none was set.

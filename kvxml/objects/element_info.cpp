@@ -11,6 +11,7 @@
 #include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/types/internal/format_override.h"
+#include "kvxml/types/internal/whitespace.h"
 #include "kvxml/xml/xml_element.h"
 #include "kvxml/xml/xml_writer.h"
 
@@ -313,7 +314,7 @@ void CElementInfo::ElementFromXmlPrim(const CSerializationContext& context, CXml
         value.FromString(text, m_itemType, m_whitespaceRule);
         if (m_restrictions.HasPattern()) {
             std::string scratch;
-            CheckRestriction(value, CWhitespaceUtils::ApplyRuleView(m_whitespaceRule, text, scratch));
+            CheckRestriction(value, KvXmlLib16::internal::ApplyRule(m_whitespaceRule, text, scratch));
         } else if (!m_restrictions.IsEmpty()) {
             CheckRestriction(value);
         }

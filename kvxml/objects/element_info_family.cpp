@@ -5,6 +5,7 @@
 #include "kvxml/objects/element.h"
 #include "kvxml/objects/internal/substitution.h"
 #include "kvxml/objects/nillable.h"
+#include "kvxml/objects/variant.h"
 #include "kvxml/objects/xml_collection_base.h"
 #include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/settings/serialization_context.h"

@@ -15,9 +15,9 @@
 namespace KvXmlLib16Data {
 
 /// Group that a record's member belongs to.
-enum class RecordGroup { Seq, Choice, All };
+enum class KVXML_EXPORT_ENUM RecordGroup { Seq, Choice, All };
 /// How often a record's member occurs.
-enum class RecordCardinality { Mnd, Opt };
+enum class KVXML_EXPORT_ENUM RecordCardinality { Mnd, Opt };
 
 // --- members that occur at most once -----------------------------------------------------------------------
 
@@ -206,7 +206,7 @@ protected:
                     CXmlWriter* writer) const override;
     bool LetsChoiceBeEmpty(const CXmlGeneratedClass* owner) const override;
     bool DropsNull(const CXmlGeneratedClass* owner) const override;
-    /// Reads the items at the cursor and returns what is behind them.
+    /// Reads the items at the cursor and returns what is after them.
     virtual CXmlElement* ReadItems(const CSerializationContext& context, CXmlGeneratedClass* owner,
                                    CXmlElement* parent, CXmlElement* cursor,
                                    CXmlCollectionBase& collection) const;

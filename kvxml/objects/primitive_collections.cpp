@@ -4,6 +4,7 @@
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/types/conversions.h"
+#include "kvxml/types/internal/whitespace.h"
 #include "kvxml/xml/xml_writer.h"
 
 namespace KvXmlLib16 {
@@ -89,7 +90,7 @@ void CPrimitiveCollection<T>::AppendRead(T value, std::string_view text) {
     if (!GetRestrictions().HasPattern()) return InsertItem(GetCount(), std::move(value));
     std::string scratch;
     const WhitespaceRule rule = GetRestrictions().GetWhitespaceRule();
-    InsertItem(GetCount(), std::move(value), CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    InsertItem(GetCount(), std::move(value), internal::ApplyRule(rule, text, scratch));
 }
 
 template <class T>
@@ -261,7 +262,7 @@ void CdatetimeBaseCol::AddFromString(std::string_view text) {
         ~Scope() { lexical = {}; }
         std::string_view& lexical;
     } scope{m_lexical};
-    m_lexical = CWhitespaceUtils::ApplyRuleView(rule, text, scratch);
+    m_lexical = internal::ApplyRule(rule, text, scratch);
     AddAt(GetCount(), value);
 }
 

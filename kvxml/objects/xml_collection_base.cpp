@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/format_string.h"
 
 namespace KvXmlLib16 {

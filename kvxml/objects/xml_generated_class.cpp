@@ -5,8 +5,14 @@
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/ascii.h"
 #include "kvxml/objects/attribute_col.h"
+#include "kvxml/objects/attribute_info.h"
+#include "kvxml/objects/element_info.h"
 #include "kvxml/objects/nillable.h"
+#include "kvxml/objects/parent_element_info.h"
+#include "kvxml/objects/variant.h"
+#include "kvxml/platform/critical_section.h"
 #include "kvxml/settings/namespace_alias_map.h"
+#include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/tree_limits.h"
 #include "kvxml/xml/internal/xml_name.h"
@@ -314,7 +320,7 @@ public:
     int Count() const noexcept { return m_count; }
     CElementInfo& Record(int index) const noexcept { return *m_records[index]; }
 
-    /// Whether the record read what is at the cursor, which then is behind it.
+    /// Whether the record read what is at the cursor, which then is after it.
     bool Offer(int index, CXmlElement** cursor) {
         CElementInfo& record = *m_records[index];
         if (record.m_claimsByName) {

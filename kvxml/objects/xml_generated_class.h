@@ -1,19 +1,26 @@
 /// Base of every schema-generated class: reads and writes an object by its metadata tables.
 ///
-/// docs/generated-code.md tells step by step what a class derived from this one must provide.
+/// docs/generated-code.md tells step by step what a class derived from this one must provide. Records,
+/// variant and lock are only named here, so that this header costs little: sources that use them include
+/// their headers or kvxml/kvxml.h.
 #pragma once
 
 #include <cstdint>
 
 #include "kvxml/export.h"
-#include "kvxml/objects/attribute_info.h"
-#include "kvxml/objects/element_info.h"
-#include "kvxml/objects/parent_element_info.h"
-#include "kvxml/objects/variant.h"
 #include "kvxml/objects/xml_object_base.h"
-#include "kvxml/platform/critical_section.h"
+
+namespace KvXmlLib16Data {
+class CParentElementInfo;
+enum XmlElementGroupType : std::int32_t;
+enum XmlElementType : std::int32_t;
+}  // namespace KvXmlLib16Data
 
 namespace KvXmlLib16 {
+
+class CKVCriticalSection;
+class CXmlAttribute;
+struct KvVariant;
 
 namespace internal {
 class CEntryPoints;

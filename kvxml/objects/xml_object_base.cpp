@@ -7,6 +7,7 @@
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/c_text.h"
 #include "kvxml/objects/xml_collection_base.h"
+#include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/xml_name.h"
 #include "kvxml/xml/xml_element.h"

@@ -16,9 +16,9 @@
 #include "kvxml/base/smart_ptr.h"
 #include "kvxml/export.h"
 #include "kvxml/objects/event_sink.h"
+#include "kvxml/settings/default_context.h"
 #include "kvxml/settings/eol_type.h"
 #include "kvxml/settings/fast_infoset_decl.h"
-#include "kvxml/settings/serialization_context.h"
 #include "kvxml/settings/xml_encoding.h"
 #include "kvxml/types/binary_data.h"
 #include "kvxml/types/compression_type.h"
@@ -62,81 +62,68 @@ public:
     /// write may leave a partial file.
     virtual void ToXmlFile(const char* fileName, bool includeDocHeader = true, bool formatted = true,
                            XmlEncoding encoding = XmlEncoding_UTF8, EOLType eol = EOLType_LF,
-                           const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
+                           const CSerializationContext& context = DefaultContext(),
                            CompressionType compression = CompressionType_None) const;
     /// Not built in yet: throws CKvException.
-    virtual void ToFastInfosetFile(
-        const char* fileName, FInfoDecl decl = FInfoDecl_None,
-        const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
-        CompressionType compression = CompressionType_None) const;
+    virtual void ToFastInfosetFile(const char* fileName, FInfoDecl decl = FInfoDecl_None,
+                                   const CSerializationContext& context = DefaultContext(),
+                                   CompressionType compression = CompressionType_None) const;
     /// Writes the object as a JSON file, under the rules of ToXmlFile for compression and failures.
     virtual void ToJsonFile(const char* fileName, bool formatted = true,
                             XmlEncoding encoding = XmlEncoding_UTF8, EOLType eol = EOLType_LF,
-                            const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
+                            const CSerializationContext& context = DefaultContext(),
                             CompressionType compression = CompressionType_None) const;
     /// The object as XML text in the local code page.
-    virtual std::string ToXml(
-        bool includeDocHeader = true, bool formatted = true, EOLType eol = EOLType_LF,
-        const CSerializationContext& context = CSerializationContext::GetDefaultContext()) const;
+    virtual std::string ToXml(bool includeDocHeader = true, bool formatted = true, EOLType eol = EOLType_LF,
+                              const CSerializationContext& context = DefaultContext()) const;
     /// The object as JSON text in the local code page; `context.GetJsonContext()` has the settings.
-    virtual std::string ToJson(
-        bool formatted = true, EOLType eol = EOLType_LF,
-        const CSerializationContext& context = CSerializationContext::GetDefaultContext()) const;
+    virtual std::string ToJson(bool formatted = true, EOLType eol = EOLType_LF,
+                               const CSerializationContext& context = DefaultContext()) const;
     /// The object as XML bytes in `encoding`, without byte-order mark, compressed on request.
-    virtual CBinaryData ToXmlStream(
-        bool includeDocHeader = true, bool formatted = true, XmlEncoding encoding = XmlEncoding_UTF8,
-        EOLType eol = EOLType_LF,
-        const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
-        CompressionType compression = CompressionType_None) const;
+    virtual CBinaryData ToXmlStream(bool includeDocHeader = true, bool formatted = true,
+                                    XmlEncoding encoding = XmlEncoding_UTF8, EOLType eol = EOLType_LF,
+                                    const CSerializationContext& context = DefaultContext(),
+                                    CompressionType compression = CompressionType_None) const;
     /// Not built in yet: throws CKvException.
-    virtual CBinaryData ToFastInfosetStream(
-        FInfoDecl decl = FInfoDecl_None,
-        const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
-        CompressionType compression = CompressionType_None) const;
+    virtual CBinaryData ToFastInfosetStream(FInfoDecl decl = FInfoDecl_None,
+                                            const CSerializationContext& context = DefaultContext(),
+                                            CompressionType compression = CompressionType_None) const;
     /// The object as JSON bytes in `encoding`, without byte-order mark, compressed on request.
-    virtual CBinaryData ToJsonStream(
-        bool formatted = true, XmlEncoding encoding = XmlEncoding_UTF8, EOLType eol = EOLType_LF,
-        const CSerializationContext& context = CSerializationContext::GetDefaultContext(),
-        CompressionType compression = CompressionType_None) const;
+    virtual CBinaryData ToJsonStream(bool formatted = true, XmlEncoding encoding = XmlEncoding_UTF8,
+                                     EOLType eol = EOLType_LF,
+                                     const CSerializationContext& context = DefaultContext(),
+                                     CompressionType compression = CompressionType_None) const;
 
     // --- reading --------------------------------------------------------------------------------------
     /// Reads an XML file, plain or compressed with gzip or zlib; in chunks, and then plain only, with
     /// `AsyncFromXmlFile(true)`.
-    virtual void FromXmlFile(const char* fileName, const CSerializationContext& context =
-                                                       CSerializationContext::GetDefaultContext());
+    virtual void FromXmlFile(const char* fileName, const CSerializationContext& context = DefaultContext());
     /// Reads a JSON file, plain or compressed with gzip or zlib. Text that is no JSON, or no document, is a
     /// CKvException "Error converting JSON to XML:\n%s" with the cause inside. Unless the JSON settings keep
     /// namespaces, the context ignores them during the call; then no other thread may use it.
-    virtual void FromJsonFile(const char* fileName, const CSerializationContext& context =
-                                                        CSerializationContext::GetDefaultContext());
-    virtual void FromXml(const wchar_t* xml,
-                         const CSerializationContext& context = CSerializationContext::GetDefaultContext());
+    virtual void FromJsonFile(const char* fileName, const CSerializationContext& context = DefaultContext());
+    virtual void FromXml(const wchar_t* xml, const CSerializationContext& context = DefaultContext());
     /// Reads XML text; its declaration tells the encoding of the bytes.
-    virtual void FromXml(const char* xml,
-                         const CSerializationContext& context = CSerializationContext::GetDefaultContext());
-    virtual void FromJson(const wchar_t* json,
-                          const CSerializationContext& context = CSerializationContext::GetDefaultContext());
+    virtual void FromXml(const char* xml, const CSerializationContext& context = DefaultContext());
+    virtual void FromJson(const wchar_t* json, const CSerializationContext& context = DefaultContext());
     /// Reads JSON text in the local code page.
-    virtual void FromJson(const char* json,
-                          const CSerializationContext& context = CSerializationContext::GetDefaultContext());
+    virtual void FromJson(const char* json, const CSerializationContext& context = DefaultContext());
     /// Reads XML bytes, plain or compressed with gzip or zlib.
-    virtual void FromXmlStream(const CBinaryData& data, const CSerializationContext& context =
-                                                            CSerializationContext::GetDefaultContext());
-    virtual void FromXmlStream(
-        const unsigned char* data, std::size_t length,
-        const CSerializationContext& context = CSerializationContext::GetDefaultContext());
+    virtual void FromXmlStream(const CBinaryData& data,
+                               const CSerializationContext& context = DefaultContext());
+    virtual void FromXmlStream(const unsigned char* data, std::size_t length,
+                               const CSerializationContext& context = DefaultContext());
     /// Reads JSON bytes in UTF-8 or UTF-16, with or without byte-order mark, plain or compressed.
-    virtual void FromJsonStream(const CBinaryData& data, const CSerializationContext& context =
-                                                             CSerializationContext::GetDefaultContext());
-    virtual void FromJsonStream(
-        const unsigned char* data, std::size_t length,
-        const CSerializationContext& context = CSerializationContext::GetDefaultContext());
+    virtual void FromJsonStream(const CBinaryData& data,
+                                const CSerializationContext& context = DefaultContext());
+    virtual void FromJsonStream(const unsigned char* data, std::size_t length,
+                                const CSerializationContext& context = DefaultContext());
     /// Reads what the untyped element writes, as a document of its own: names are checked.
-    virtual void FromXmlElement(const CElement* element, const CSerializationContext& context =
-                                                             CSerializationContext::GetDefaultContext());
+    virtual void FromXmlElement(const CElement* element,
+                                const CSerializationContext& context = DefaultContext());
     /// Reads from an element of a tree that the caller keeps; the element's own name is not checked.
-    virtual void FromXmlElement(const CXmlElement* element, const CSerializationContext& context =
-                                                                CSerializationContext::GetDefaultContext());
+    virtual void FromXmlElement(const CXmlElement* element,
+                                const CSerializationContext& context = DefaultContext());
 
     virtual ~CXmlObjectBase();
 

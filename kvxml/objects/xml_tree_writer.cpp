@@ -65,7 +65,7 @@ void WriteXmlTree(const CXmlElement& element, CXmlWriter& writer, const CSeriali
     const CSerializationContext* rootContext = isRoot ? &context : nullptr;
     const auto end = [&] {
         output.EndElement();
-        if (at != &element) output.BehindChild(IsLikeNext(*at), open.back().inArray);
+        if (at != &element) output.AfterChild(IsLikeNext(*at), open.back().inArray);
     };
     for (;;) {
         if (at != &element) output.BeforeChild(IsLikeNext(*at), open.back().inArray);

@@ -6,10 +6,11 @@
 #pragma once
 
 #include "kvxml/export.h"
-#include "kvxml/settings/serialization_context.h"
+#include "kvxml/settings/default_context.h"
 
 namespace KvXmlLib16 {
 
+class CSerializationContext;
 class CXmlElement;
 class CXmlWriter;
 
@@ -20,8 +21,7 @@ class CXmlWriter;
 ///
 /// Takes no stack per level. CKvException beyond the context's maximum element depth,
 /// CKvInvalidStateException for a name that the output cannot represent; what was written until then stays.
-KVXML_EXPORT void WriteXmlTree(
-    const CXmlElement& element, CXmlWriter& writer,
-    const CSerializationContext& context = CSerializationContext::GetDefaultContext());
+KVXML_EXPORT void WriteXmlTree(const CXmlElement& element, CXmlWriter& writer,
+                               const CSerializationContext& context = DefaultContext());
 
 }  // namespace KvXmlLib16

@@ -13,7 +13,7 @@ constexpr std::size_t kFailed = static_cast<std::size_t>(-1);
 // Room for what one call may write at least: a character with its shift sequences.
 constexpr std::size_t kMinimumRoom = 64;
 // Input of one call. Hosts convert some of it in advance, for nothing when they must stop: pieces shrink at a
-// stop and grow again behind it, so that text that stops at every character takes time with its length only.
+// stop and grow again after it, so that text that stops at every character takes time with its length only.
 constexpr std::size_t kLongestPiece = 4096;
 
 // Hosts load and unload the modules of their converters here. They lock on their own, but in ways that thread

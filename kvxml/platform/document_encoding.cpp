@@ -34,7 +34,7 @@ struct EncodingDescription {
 };
 
 // A name as documents write it; upper case, which is how it is kept. Empty when it is not one: the host's
-// converter would take options behind it.
+// converter would take options after it.
 std::string NormalizeName(const char* name) {
     std::string result;
     if (name == nullptr || std::strlen(name) > kMaximumNameLength) return result;

@@ -1,7 +1,7 @@
 // UTF-8, UTF-16 and wchar_t text; needs nothing of the host.
 #include <cstdint>
-#include <cstring>
 
+#include "kvxml/base/internal/words.h"
 #include "kvxml/platform/internal/code_page.h"
 
 namespace KvXmlLib16::internal {
@@ -10,23 +10,13 @@ namespace {
 
 constexpr std::string_view kReplacementUtf8 = "\xEF\xBF\xBD";
 constexpr std::uint32_t kReplacement = 0xFFFD;
-constexpr std::uint64_t kHighBits = 0x8080808080808080U;
 
-std::uint64_t LoadWord(const char* text) noexcept {
-    std::uint64_t word;
-    std::memcpy(&word, text, sizeof(word));
-    return word;
-}
-
-// First byte at or behind `text` that is not ASCII, or `end`.
+/// The first byte that is not ASCII, or `end`.
 const char* SkipAscii(const char* text, const char* end) noexcept {
-    while (end - text >= 32) {
-        if (((LoadWord(text) | LoadWord(text + 8) | LoadWord(text + 16) | LoadWord(text + 24)) & kHighBits) !=
-            0)
-            break;
+    const auto eight = [&text](std::size_t at) { return Load<std::uint64_t>(text + at); };
+    while (end - text >= 32 && HasNonAscii(eight(0) | eight(8) | eight(16) | eight(24)) == 0)
         text += 32;
-    }
-    while (end - text >= 8 && (LoadWord(text) & kHighBits) == 0)
+    while (end - text >= 8 && HasNonAscii(eight(0)) == 0)
         text += 8;
     while (text != end && static_cast<unsigned char>(*text) < 0x80)
         ++text;

@@ -34,14 +34,14 @@ public:
     /// Default empty: the input is an object with one member, the document element.
     std::string GetRootElementName() const { return m_rootElementName; }
     const std::string& GetRootElementNameRef() const noexcept { return m_rootElementName; }
-    void SetRootElementName(const char* value) { m_rootElementName = value == nullptr ? "" : value; }
+    void SetRootElementName(const char* value);
     void SetRootElementName(const std::string& value) { m_rootElementName = value; }
 
     /// Name of the items when the input is an array: with a root element name, it becomes an element of that
     /// name with one child of this name for each item. Default empty: such input is refused.
     std::string GetArrayItemName() const { return m_arrayItemName; }
     const std::string& GetArrayItemNameRef() const noexcept { return m_arrayItemName; }
-    void SetArrayItemName(const char* value) { m_arrayItemName = value == nullptr ? "" : value; }
+    void SetArrayItemName(const char* value);
     void SetArrayItemName(const std::string& value) { m_arrayItemName = value; }
 
     /// Whether input may have "// ..." and "/* ... */" comments between its tokens. Default true.

@@ -3,9 +3,9 @@
 ///     context.GetNamespaceAliases().Add("gpx", "http://www.topografix.com/GPX/1/1");
 #pragma once
 
-#include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "kvxml/export.h"
 
@@ -16,7 +16,11 @@ namespace KvXmlLib16 {
 /// A URI has one alias; an alias may serve several URIs. Texts are compared exactly, upper and lower case
 /// being different.
 class KVXML_EXPORT CNamespaceAliasMap {
-    using Map = std::map<std::string, std::string, std::less<>>;
+    struct Order {
+        using is_transparent = void;
+        bool operator()(std::string_view left, std::string_view right) const noexcept { return left < right; }
+    };
+    using Map = std::map<std::string, std::string, Order>;
 
 public:
     using const_iterator = Map::const_iterator;

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/c_text.h"
 #include "kvxml/settings/fast_infoset_context.h"
 #include "kvxml/settings/internal/shared_settings.h"
 #include "kvxml/settings/json_context.h"
@@ -61,6 +62,10 @@ CSerializationContext& CSerializationContext::operator=(const CSerializationCont
 
 CSerializationContext::~CSerializationContext() = default;
 
+CSerializationContext& DefaultContext() {
+    return CSerializationContext::GetDefaultContext();
+}
+
 CSerializationContext& CSerializationContext::GetDefaultContext() {
     static CSerializationContext context;
     return context;
@@ -74,6 +79,14 @@ void CSerializationContext::SetIgnoreUnknownElements(bool value) {
 void CSerializationContext::SetIgnoreMissingMandatoryElements(bool value) {
     if (value && m_ignoreUnknownElements) throw CKvInvalidStateException(kMissingConflict);
     m_ignoreMissingMandatoryElements = value;
+}
+
+void CSerializationContext::SetDefaultNamespaceURI(const char* value) {
+    m_defaultNamespaceUri = internal::OrEmpty(value);
+}
+
+void CSerializationContext::SetInLineSchema(const char* value) {
+    m_inLineSchema = internal::OrEmpty(value);
 }
 
 void CSerializationContext::SetIndentChars(const char* value) {

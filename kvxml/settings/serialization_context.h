@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "kvxml/export.h"
+#include "kvxml/settings/default_context.h"
 #include "kvxml/settings/namespace_alias_map.h"
 
 namespace KvXmlLib16 {
@@ -118,7 +119,7 @@ public:
     /// Namespace written as the default namespace of the document. Default empty: none.
     std::string GetDefaultNamespaceURI() const { return m_defaultNamespaceUri; }
     const std::string& GetDefaultNamespaceURIRef() const noexcept { return m_defaultNamespaceUri; }
-    void SetDefaultNamespaceURI(const char* value) { m_defaultNamespaceUri = value == nullptr ? "" : value; }
+    void SetDefaultNamespaceURI(const char* value);
     /// Prefixes declared on the root element. Default empty.
     CNamespaceAliasMap& GetNamespaceAliases() noexcept { return m_namespaceAliases; }
     const CNamespaceAliasMap& GetNamespaceAliases() const noexcept { return m_namespaceAliases; }
@@ -147,7 +148,7 @@ public:
     /// Text of a schema, written inside the root element. Default empty: none.
     std::string GetInLineSchema() const { return m_inLineSchema; }
     const std::string& GetInLineSchemaRef() const noexcept { return m_inLineSchema; }
-    void SetInLineSchema(const char* value) { m_inLineSchema = value == nullptr ? "" : value; }
+    void SetInLineSchema(const char* value);
     /// Attributes written on the root element, in any namespace. Created empty by the first call; the same
     /// collection from then on, also in copies of this context made later.
     CSmartPtr<CAttributeCol> GetAdditionalRootAttributes();

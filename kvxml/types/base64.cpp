@@ -111,7 +111,7 @@ std::size_t CBase64::Decode(unsigned char* out) noexcept {
                 internal::DecodeBase64Blocks(p, static_cast<std::size_t>(end - p), out);
             p += decoded;
             out += decoded / 4 * 3;
-            // Whole groups. Each store spills two bytes over, for which the four characters behind leave
+            // Whole groups. Each store spills two bytes over, for which the four characters after them leave
             // room.
             for (; end - p >= 12; p += 8, out += 6) {
                 const std::uint32_t high = ReadGroup(p);

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/c_text.h"
 #include "kvxml/types/internal/big_number.h"
 #include "kvxml/types/internal/value_hash.h"
 
@@ -13,6 +14,8 @@ namespace KvXmlLib16 {
 using internal::BigNumber;
 
 // --- construction -----------------------------------------------------------------------------------------
+
+CBigInteger::CBigInteger(const char* text) : CBigInteger(std::string_view(internal::OrEmpty(text))) {}
 
 CBigInteger::CBigInteger(double value) : m_value(0) {
     if (!std::isfinite(value)) throw CKvInvalidValueException("ERROR: Value out of bound of double.");
@@ -73,6 +76,10 @@ BigNumber CBigInteger::Number() const {
 }
 
 // --- text -------------------------------------------------------------------------------------------------
+
+void CBigInteger::Parse(const char* text) {
+    Parse(std::string_view(internal::OrEmpty(text)));
+}
 
 void CBigInteger::Parse(std::string_view text) {
     if (text.find_first_not_of("0123456789+- \t\n\r") != std::string_view::npos) {

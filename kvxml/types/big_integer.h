@@ -37,7 +37,7 @@ public:
     /// The integer part.
     CBigInteger(const CDecimal& value);
     /// Parse(text).
-    CBigInteger(const char* text) : CBigInteger(std::string_view(text != nullptr ? text : "")) {}
+    CBigInteger(const char* text);
     CBigInteger(std::string_view text) : m_value(0) { Parse(text); }
     CBigInteger(const std::string& text) : CBigInteger(std::string_view(text)) {}
     CBigInteger(const CBigInteger& other) : m_value(other.m_value) {
@@ -69,7 +69,7 @@ public:
     /// ("12-3" is 3). Text with any character besides digits, signs and whitespace is read as a CDecimal,
     /// with its errors, and loses its fraction ("1.9" is 1, "1E3" is 1000).
     void Parse(std::string_view text);
-    void Parse(const char* text) { Parse(std::string_view(text != nullptr ? text : "")); }
+    void Parse(const char* text);
     void Parse(const std::string& text) { Parse(std::string_view(text)); }
     /// Digits with a leading "-" for negative values.
     std::string ToString() const;

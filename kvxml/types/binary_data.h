@@ -118,7 +118,7 @@ public:
     /// The byte at `index`; CKvException "Index Out of range [%d]" for an empty object or an index beyond the
     /// length. The index that equals the length is accepted and reads as zero.
     const unsigned char& operator[](std::size_t index) const;
-    /// As above, for writing; the byte behind the last one may be written but is not part of the contents.
+    /// As above, for writing; the byte after the last one may be written but is not part of the contents.
     /// The reference is valid until this object changes or is copied.
     unsigned char& operator[](std::size_t index);
 

@@ -16,6 +16,7 @@
 #include "kvxml/types/internal/digits.h"
 #include "kvxml/types/internal/format_override.h"
 #include "kvxml/types/internal/real_text.h"
+#include "kvxml/types/internal/whitespace.h"
 
 namespace KvXmlLib16 {
 
@@ -49,7 +50,7 @@ template <class T>
 [[gnu::noinline]] T ParseAnyInteger(std::string_view text, WhitespaceRule rule, const char* kind) {
     using Unsigned = std::make_unsigned_t<T>;
     std::string scratch;
-    text = CWhitespaceUtils::ApplyRuleView(rule, text, scratch);
+    text = internal::ApplyRule(rule, text, scratch);
     const char* p = text.data();
     const char* const end = p + text.size();
     while (p != end && IsCSpace(*p))
@@ -133,7 +134,7 @@ bool ParseDouble(std::string_view text, double& value) {
 
 [[gnu::noinline]] double ParseAnyReal(std::string_view text, WhitespaceRule rule, const char* kind) {
     std::string scratch;
-    text = CWhitespaceUtils::ApplyRuleView(rule, text, scratch);
+    text = internal::ApplyRule(rule, text, scratch);
     if (text.empty()) ThrowNotConvertible(text, kind);
     if (internal::DigitValue(text.back()) > 9) {
         if (text == "NaN" || text == "1.#QNAN" || text == "-NAN")
@@ -194,7 +195,7 @@ void AppendReal(std::string& out, double value, int digits, std::string_view for
 CDateTime ParseDate(std::string_view text, WhitespaceRule rule) {
     std::string scratch;
     CDateTime value;
-    value.ParseXSDDate(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    value.ParseXSDDate(internal::ApplyRule(rule, text, scratch));
     return value;
 }
 
@@ -452,7 +453,7 @@ CDateTime CConversions::datetimeFromString(std::string_view text, WhitespaceRule
     CDateTime value;
     if (!IsRule(rule) || !value.ParsePlainDateTime(text)) {
         std::string scratch;
-        value.ParseXSDDateTime(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+        value.ParseXSDDateTime(internal::ApplyRule(rule, text, scratch));
     }
     return value;
 }
@@ -460,14 +461,14 @@ CDateTime CConversions::datetimeFromString(std::string_view text, WhitespaceRule
 CDateTime CConversions::timeFromString(std::string_view text, WhitespaceRule rule) {
     std::string scratch;
     CDateTime value;
-    value.ParseXSDTime(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    value.ParseXSDTime(internal::ApplyRule(rule, text, scratch));
     return value;
 }
 
 CDateTimeSpan CConversions::durationFromString(std::string_view text, WhitespaceRule rule) {
     std::string scratch;
     CDateTimeSpan value;
-    value.ParseXSDDuration(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    value.ParseXSDDuration(internal::ApplyRule(rule, text, scratch));
     return value;
 }
 
@@ -498,12 +499,12 @@ std::string CConversions::integerToString(const CBigInteger& value) {
 
 CDecimal CConversions::decimalFromString(std::string_view text, WhitespaceRule rule) {
     std::string scratch;
-    return CDecimal(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    return CDecimal(internal::ApplyRule(rule, text, scratch));
 }
 
 CBigInteger CConversions::integerFromString(std::string_view text, WhitespaceRule rule) {
     std::string scratch;
-    return CBigInteger(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    return CBigInteger(internal::ApplyRule(rule, text, scratch));
 }
 
 // --- binary -----------------------------------------------------------------------------------------------

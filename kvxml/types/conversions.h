@@ -30,7 +30,7 @@ public:
 
     // --- integers -----------------------------------------------------------------------------------------
     //
-    // Blanks and a sign in front are accepted, nothing behind the digits. Negative text for an unsigned kind
+    // Blanks and a sign in front are accepted, nothing after the digits. Negative text for an unsigned kind
     // is taken modulo 2^32 or 2^64 ("-1" is 4294967295 for ui4).
 
     static std::string i1ToString(std::int8_t value);

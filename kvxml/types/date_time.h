@@ -121,7 +121,7 @@ public:
     /// Any of the forms without a time: date, gYearMonth, gYear, gMonthDay, gMonth, gDay.
     void ParseXSDDate(const char* text);
     void ParseXSDDate(std::string_view text);
-    /// hh:mm:ss[.f][zone]. Text behind the seconds that does not begin like a zone is passed over.
+    /// hh:mm:ss[.f][zone]. Text after the seconds that does not begin like a zone is passed over.
     void ParseXSDTime(const char* text);
     void ParseXSDTime(std::string_view text);
 

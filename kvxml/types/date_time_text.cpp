@@ -51,7 +51,7 @@ constexpr PairPattern kTimeOfDay("00:00:00");
 class PairsOfDigits {
 public:
     PairsOfDigits(const char* text, const PairPattern& pattern) noexcept {
-        const std::uint64_t values = LoadEightBytes(text) ^ pattern.text;
+        const std::uint64_t values = LoadEight(text) ^ pattern.text;
         m_isValid = ((values & pattern.fixed) | ((values + 0x0606060606060606) & pattern.digits)) == 0;
         m_pairs = values * 10 + (values >> 8);
     }

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/c_text.h"
 #include "kvxml/types/big_integer.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/types/internal/big_number.h"
@@ -103,6 +104,8 @@ char* WriteWithPoint(char* out, const char* digits, std::size_t count, std::size
 }  // namespace
 
 // --- construction -----------------------------------------------------------------------------------------
+
+CDecimal::CDecimal(const char* text) : CDecimal(std::string_view(internal::OrEmpty(text))) {}
 
 CDecimal::CDecimal(double value) : CDecimal() {
     if (!std::isfinite(value)) {
@@ -333,7 +336,7 @@ std::string CDecimal::ToString(int fractionDigits) const {
 
 // --- digits -----------------------------------------------------------------------------------------------
 
-// At most `fractionDigits` digits behind the point.
+// At most `fractionDigits` digits after the point.
 CDecimal CDecimal::ScaledTo(int fractionDigits, bool round) const {
     fractionDigits = std::max(fractionDigits, 0);
     if (m_scale <= fractionDigits) return *this;
@@ -466,7 +469,7 @@ CDecimal CDecimal::Divide(const CDecimal& divisor, int fractionDigits) const {
     if (divisor.GetSign() == 0) throw CKvInvalidValueException("ERROR: Overflow in operator/.");
     fractionDigits = std::max(fractionDigits, 0);
     // The quotient of the integers with one more digit than wanted, which decides the rounding: what lies
-    // behind a digit 5 can only confirm it.
+    // after a digit 5 can only confirm it.
     BigNumber dividend = Unscaled();
     BigNumber other = divisor.Unscaled();
     const std::int64_t shift = std::int64_t{fractionDigits} + 1 + divisor.m_scale - m_scale;

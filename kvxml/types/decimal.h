@@ -51,7 +51,7 @@ public:
     /// bytes, from 0) and the text for anything else, and for an exponent beyond kMaxExponent.
     CDecimal(std::string_view text) : CDecimal() { Parse(text); }
     /// As above. Null counts as empty, which is an error.
-    CDecimal(const char* text) : CDecimal(std::string_view(text != nullptr ? text : "")) {}
+    CDecimal(const char* text);
     CDecimal(const std::string& text) : CDecimal(std::string_view(text)) {}
     /// Any integer type.
     template <class T, internal::EnableIfInteger<T> = 0>
@@ -99,7 +99,7 @@ public:
     void Parse(std::string_view text);
     /// The shortest form: no exponent, no plus sign, no insignificant zeros.
     std::string ToString() const;
-    /// Exactly `fractionDigits` digits behind the point (none and no point for 0 or less), rounded half away
+    /// Exactly `fractionDigits` digits after the point (none and no point for 0 or less), rounded half away
     /// from zero.
     std::string ToString(int fractionDigits) const;
     /// Appends ToString() without temporaries for values held in place.
@@ -113,15 +113,15 @@ public:
     bool IsSmall() const noexcept { return !m_isBig; }
 
     // --- digits -------------------------------------------------------------------------------------------
-    /// Cuts the fraction off behind `fractionDigits` digits, without rounding; 0 or less leaves the integer
+    /// Cuts the fraction off after `fractionDigits` digits, without rounding; 0 or less leaves the integer
     /// part. A fraction that is not longer stays as it is.
     void ChangeFractionalDivider(int fractionDigits);
-    /// Rounds half away from zero to at most `fractionDigits` digits behind the point.
+    /// Rounds half away from zero to at most `fractionDigits` digits after the point.
     CDecimal Round(int fractionDigits) const;
     /// Digits that the totalDigits facet counts: the least n such that the value is i / 10^k with |i| < 10^n
     /// and k <= n. 0 has one, 0.001 three, 100 three, 1.50 two.
     std::int32_t GetTotalDigits() const noexcept;
-    /// Digits behind the point without trailing zeros.
+    /// Digits after the point without trailing zeros.
     std::int32_t GetFractionDigits() const noexcept;
     /// -1, 0 or 1.
     int GetSign() const noexcept;
@@ -137,7 +137,7 @@ public:
     friend CDecimal operator*(const CDecimal& a, const CDecimal& b) { return Product(a, b); }
     /// Divide(a, b) with kDivisionDigits.
     friend CDecimal operator/(const CDecimal& a, const CDecimal& b) { return a.Divide(b, kDivisionDigits); }
-    /// Quotient with at most `fractionDigits` digits behind the point, rounded half away from zero.
+    /// Quotient with at most `fractionDigits` digits after the point, rounded half away from zero.
     /// CKvInvalidValueException for a zero divisor.
     CDecimal Divide(const CDecimal& divisor, int fractionDigits) const;
 

@@ -71,7 +71,7 @@ Size ParseSize(const char*& text) {
     return Size::Default;
 }
 
-// Parses what follows a '%'. On success `text` stands behind the conversion; false for one that is unknown.
+// Parses what follows a '%'. On success `text` stands after the conversion; false for one that is unknown.
 bool ParseConversion(const char*& text, Conversion& conversion) {
     const char* next = text;
     for (; *next != '\0' && std::strchr("-+0 #", *next) != nullptr; ++next) {

@@ -3,11 +3,13 @@
 
 #include <cstdint>
 
+#include "kvxml/export.h"
+
 namespace KvXmlLib16 {
 
 /// Primitive kind of a value: 1 to 26 are the XSD kinds; 27 and 28 are the references that a variant can
 /// hold.
-enum ItemType : std::int32_t {
+enum KVXML_EXPORT_ENUM ItemType : std::int32_t {
     ItemType_Unknown = 0,
     ItemType_hexBinary = 1,
     ItemType_base64Binary = 2,

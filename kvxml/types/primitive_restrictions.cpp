@@ -269,6 +269,10 @@ CPrimitiveRestrictions::CPrimitiveRestrictions(const char* pattern, std::int32_t
 
 // --- checks -----------------------------------------------------------------------------------------------
 
+void CPrimitiveRestrictions::Check(std::string_view name, ItemType type, const char* value) const {
+    Check(name, type, std::string_view(OrEmpty(value)));
+}
+
 void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std::string_view value) const {
     const bool isValueKind = internal::VisitItemType(type, [&](auto traits) {
         using Traits = decltype(traits);

@@ -89,9 +89,7 @@ public:
     void Check(std::string_view name, ItemType type, const std::string& value) const {
         Check(name, type, std::string_view(value));
     }
-    void Check(std::string_view name, ItemType type, const char* value) const {
-        Check(name, type, std::string_view(value != nullptr ? value : ""));
-    }
+    void Check(std::string_view name, ItemType type, const char* value) const;
     /// The typed forms: no text is made unless there is a pattern, or an error to report. A pattern is
     /// matched against `lexical`, the text that the value was read from or will be written as; when that is
     /// empty, against the text form that CConversions gives the value.

@@ -1,8 +1,11 @@
 #include "kvxml/types/whitespace_utils.h"
 
+#include <cstdint>
 #include <cstring>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/words.h"
+#include "kvxml/types/internal/whitespace.h"
 
 namespace KvXmlLib16 {
 
@@ -51,16 +54,12 @@ void CollapseFrom(std::size_t first, std::string_view text, std::string& out) {
 // Length of a part in front in which Collapse changes nothing, found eight bytes at a time: control
 // characters and spaces in a row end it.
 std::size_t CollapsedLength(std::string_view text) noexcept {
-    constexpr std::uint64_t kLows = 0x7f7f7f7f7f7f7f7f;
-    // The high bit of every byte that is zero.
-    const auto zeros = [](std::uint64_t word) { return ~(((word & kLows) + kLows) | word | kLows); };
     std::size_t length = 0;
     // One byte is looked at twice, so that no pair of spaces is missed.
     for (; length + sizeof(std::uint64_t) <= text.size(); length += sizeof(std::uint64_t) - 1) {
-        std::uint64_t word;
-        std::memcpy(&word, text.data() + length, sizeof word);
-        const std::uint64_t spaces = zeros(word ^ 0x2020202020202020);
-        const std::uint64_t controls = zeros(word & 0xe0e0e0e0e0e0e0e0);
+        const auto word = internal::Load<std::uint64_t>(text.data() + length);
+        const std::uint64_t spaces = internal::ZeroBytes(word ^ internal::kOnes * ' ');
+        const std::uint64_t controls = internal::ZeroBytes(word & internal::kOnes * 0xe0);
         if ((controls | (spaces & (spaces >> 8))) != 0) break;
     }
     return length;
@@ -93,35 +92,40 @@ std::string CWhitespaceUtils::ApplyRule(WhitespaceRule rule, std::string_view te
     return std::string(result);
 }
 
-std::string_view CWhitespaceUtils::ApplyRuleSlow(WhitespaceRule rule, std::string_view text,
+std::string_view CWhitespaceUtils::ApplyRuleView(WhitespaceRule rule, std::string_view text,
                                                  std::string& scratch) {
+    return internal::ApplyRule(rule, text, scratch);
+}
+
+std::string_view internal::ApplyRuleSlowly(CWhitespaceUtils::WhitespaceRule rule, std::string_view text,
+                                           std::string& scratch) {
     switch (rule) {
-        case WhitespaceRule_None:
+        case CWhitespaceUtils::WhitespaceRule_None:
             return text;
-        case WhitespaceRule_Preserve:
+        case CWhitespaceUtils::WhitespaceRule_Preserve:
             if (text.empty() || std::memchr(text.data(), '\r', text.size()) == nullptr) return text;
             scratch.clear();
             NormalizeLineEnds(text, scratch);
             return scratch;
-        case WhitespaceRule_Replace:
+        case CWhitespaceUtils::WhitespaceRule_Replace:
             for (std::size_t i = 0; i < text.size(); ++i) {
-                if (text[i] <= '\r' && text[i] != ' ' && IsWhiteSpace(text[i])) {
+                if (text[i] <= '\r' && text[i] != ' ' && CWhitespaceUtils::IsWhiteSpace(text[i])) {
                     scratch.clear();
                     ReplaceFrom(i, text, scratch);
                     return scratch;
                 }
             }
             return text;
-        case WhitespaceRule_Collapse: {
-            while (!text.empty() && IsWhiteSpace(text.front()))
+        case CWhitespaceUtils::WhitespaceRule_Collapse: {
+            while (!text.empty() && CWhitespaceUtils::IsWhiteSpace(text.front()))
                 text.remove_prefix(1);
-            while (!text.empty() && IsWhiteSpace(text.back()))
+            while (!text.empty() && CWhitespaceUtils::IsWhiteSpace(text.back()))
                 text.remove_suffix(1);
             for (std::size_t i = CollapsedLength(text); i < text.size(); ++i) {
                 const char c = text[i];
-                if (c > ' ' || !IsWhiteSpace(c)) continue;
+                if (c > ' ' || !CWhitespaceUtils::IsWhiteSpace(c)) continue;
                 // The last character is no whitespace, so there is a next one.
-                if (c != ' ' || IsWhiteSpace(text[i + 1])) {
+                if (c != ' ' || CWhitespaceUtils::IsWhiteSpace(text[i + 1])) {
                     scratch.clear();
                     CollapseFrom(i, text, scratch);
                     return scratch;

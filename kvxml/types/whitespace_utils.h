@@ -3,9 +3,7 @@
 ///     CWhitespaceUtils::Collapse("\t a  b \r\n") == "a b"
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -38,48 +36,11 @@ public:
     static std::string ApplyRule(WhitespaceRule rule, std::string_view text);
     /// As ApplyRule without copying where possible: the result is a view of `text` when the rule changes
     /// nothing or only cuts off the ends, otherwise of `scratch`, whose former content is lost.
-    static std::string_view ApplyRuleView(WhitespaceRule rule, std::string_view text, std::string& scratch) {
-        const bool isRule = static_cast<std::uint32_t>(rule) <= WhitespaceRule_Collapse;
-        // Up to which character the rule may have something to change.
-        const unsigned char last = rule == WhitespaceRule_Preserve ? '\r' : ' ';
-        if (rule == WhitespaceRule_None || (isRule && IsAbove(last, text))) return text;
-        return ApplyRuleSlow(rule, text, scratch);
-    }
+    static std::string_view ApplyRuleView(WhitespaceRule rule, std::string_view text, std::string& scratch);
     /// True for space, tab, line feed and carriage return.
     static constexpr bool IsWhiteSpace(char c) noexcept {
         return c == ' ' || c == '\t' || c == '\n' || c == '\r';
     }
-
-private:
-    /// False when a byte may be `last` or below: quick and not exact.
-    static bool IsAbove(unsigned char last, std::string_view text) noexcept {
-        constexpr std::uint64_t kOnes = 0x0101010101010101u;
-        constexpr std::uint64_t kHighs = 0x8080808080808080u;
-        const std::uint64_t bounds = kOnes * (last + 1u);
-        const auto suspicious = [bounds](const char* at) {
-            std::uint64_t word;
-            std::memcpy(&word, at, sizeof(word));
-            return (word - bounds) & ~word & kHighs;
-        };
-        if (text.size() < sizeof(std::uint64_t)) {
-            if (text.size() >= sizeof(std::uint32_t)) {
-                char both[sizeof(std::uint64_t)];
-                std::memcpy(both, text.data(), sizeof(std::uint32_t));
-                std::memcpy(both + sizeof(std::uint32_t), text.data() + text.size() - sizeof(std::uint32_t),
-                            sizeof(std::uint32_t));
-                return suspicious(both) == 0;
-            }
-            for (const char c : text) {
-                if (static_cast<unsigned char>(c) <= last) return false;
-            }
-            return true;
-        }
-        for (std::size_t i = 0; i + sizeof(std::uint64_t) <= text.size(); i += sizeof(std::uint64_t)) {
-            if (suspicious(text.data() + i) != 0) return false;
-        }
-        return suspicious(text.data() + text.size() - sizeof(std::uint64_t)) == 0;
-    }
-    static std::string_view ApplyRuleSlow(WhitespaceRule rule, std::string_view text, std::string& scratch);
 };
 
 }  // namespace KvXmlLib16

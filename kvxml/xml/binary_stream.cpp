@@ -1,6 +1,7 @@
 #include "kvxml/xml/binary_stream.h"
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/c_text.h"
 #include "kvxml/platform/internal/file.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/text_encoding.h"
@@ -14,7 +15,7 @@ CBinaryStream::CBinaryStream(const CBinaryData& data) : m_data(data) {}
 CBinaryStream::~CBinaryStream() = default;
 
 CFileBinaryStream::CFileBinaryStream(const CBinaryData& data, const char* fileName, XmlEncoding encoding)
-    : CBinaryStream(data), m_fileName(fileName != nullptr ? fileName : ""), m_encoding(encoding) {}
+    : CBinaryStream(data), m_fileName(internal::OrEmpty(fileName)), m_encoding(encoding) {}
 
 CFileBinaryStream::~CFileBinaryStream() = default;
 

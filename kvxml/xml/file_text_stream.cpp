@@ -1,6 +1,7 @@
 #include "kvxml/xml/file_text_stream.h"
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/c_text.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/platform/internal/file.h"
 #include "kvxml/types/format_string.h"
@@ -10,7 +11,7 @@ namespace KvXmlLib16 {
 
 CFileTextStream::CFileTextStream(const char* fileName, XmlEncoding encoding)
     : CTextStream(encoding),
-      m_fileName(fileName != nullptr ? fileName : ""),
+      m_fileName(internal::OrEmpty(fileName)),
       m_file(std::make_unique<internal::CFile>()) {}
 
 CFileTextStream::~CFileTextStream() = default;

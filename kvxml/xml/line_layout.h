@@ -12,7 +12,7 @@
 namespace KvXmlLib16::internal {
 
 /// Keeps what a line begins and ends with ready to be copied. `Put...` functions write into room of at least
-/// what is put, with 16 bytes behind it that may be overwritten, and return the end of what they put.
+/// what is put, with 16 bytes after it that may be overwritten, and return the end of what they put.
 class KVXML_EXPORT CLineLayout {
 public:
     /// The longest line end.
@@ -58,7 +58,7 @@ private:
     std::size_t m_eolLength = 1;
     char m_eolText[kLineEndLength] = {'\n', '\n'};
     std::string m_indentChars = "\t";
-    std::string m_indentation;  // m_indentChars repeated, and slack behind what is used of it
+    std::string m_indentation;  // m_indentChars repeated, and slack after what is used of it
     std::size_t m_indentationLength = 0;
     std::size_t m_maxIndentedDepth = 1024;
 };

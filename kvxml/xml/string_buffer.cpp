@@ -15,19 +15,6 @@ constexpr std::size_t kLargestGrownBlock = 32768;
 /// A longer block is not worth keeping for what comes after a reset.
 constexpr std::size_t kLongestKeptBlock = 65536;
 
-bool IsAscii(std::string_view text) noexcept {
-    std::uint64_t seen = 0;
-    std::size_t i = 0;
-    for (; i + 32 <= text.size(); i += 32) {
-        std::uint64_t words[4];
-        std::memcpy(words, text.data() + i, sizeof(words));
-        seen |= words[0] | words[1] | words[2] | words[3];
-    }
-    for (; i < text.size(); ++i)
-        seen |= static_cast<unsigned char>(text[i]);
-    return (seen & 0x8080808080808080u) == 0;
-}
-
 }  // namespace
 
 CStringBuffer::CStringBuffer(std::size_t blockSize) noexcept
@@ -81,7 +68,7 @@ bool CStringBuffer::CopyTo(char* target) const noexcept {
     ForEachBlock([&](std::string_view block) {
         std::memcpy(target, block.data(), block.size());
         target += block.size();
-        ascii = ascii && IsAscii(block);
+        ascii = ascii && internal::IsAllAscii(block);
     });
     return ascii;
 }
@@ -92,7 +79,7 @@ bool CStringBuffer::CopyTo(std::string& text) const {
     result.reserve(GetLength());
     ForEachBlock([&](std::string_view block) {
         result.append(block);
-        ascii = ascii && IsAscii(block);
+        ascii = ascii && internal::IsAllAscii(block);
     });
     text = std::move(result);
     return ascii;

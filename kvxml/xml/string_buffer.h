@@ -20,7 +20,7 @@ public:
     /// Characters in the first blocks; those of a long text are larger. A longer reservation gets a block of
     /// its own size.
     static constexpr std::size_t kBlockSize = 4095;
-    /// Bytes behind every reservation that may be overwritten (but not committed), so that short runs can
+    /// Bytes after every reservation that may be overwritten (but not committed), so that short runs can
     /// be copied in fixed widths.
     static constexpr std::size_t kSlack = 32;
 

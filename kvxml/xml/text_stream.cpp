@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/words.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/types/binary_data.h"
 #include "kvxml/xml/internal/text_encoding.h"
@@ -101,9 +102,8 @@ private:
         std::size_t i = 0;
         if constexpr (std::endian::native == std::endian::little) {
             for (; i + 4 <= text.size(); i += 4) {
-                std::uint32_t word;
-                std::memcpy(&word, text.data() + i, sizeof(word));
-                if ((word & 0x80808080u) != 0) break;
+                const auto word = internal::Load<std::uint32_t>(text.data() + i);
+                if (internal::HasNonAscii(word) != 0) break;
                 const std::uint64_t units = Spread(word);
                 std::memcpy(out + 2 * i, &units, sizeof(units));
             }

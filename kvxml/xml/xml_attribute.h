@@ -66,7 +66,7 @@ private:
         internal::CXmlTextBox* box;
     };
 
-    // Attributes lie behind their element, one after the other; the index leads back to it.
+    // Attributes lie after their element, one after the other; the index leads back to it.
     const internal::CXmlName* m_name;
     mutable Value m_value;
     std::uint32_t m_length;  // of the characters

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/c_text.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/xml/internal/xml_reading.h"
 #include "kvxml/xml/internal/xml_tree.h"
@@ -60,12 +61,12 @@ const CXmlElement* CXmlDocument::GetDocumentElement() const noexcept {
 std::string CXmlDocument::LookupNamespaceFromAlias(const char* prefix) const {
     if (m_tree == nullptr) return std::string();
     const auto& prefixes = m_tree->Prefixes();
-    const auto found = prefixes.find(std::string_view(prefix == nullptr ? "" : prefix));
+    const auto found = prefixes.find(std::string_view(internal::OrEmpty(prefix)));
     return found == prefixes.end() ? std::string() : found->second;
 }
 
 std::string CXmlDocument::LookupAliasFromNamespace(const char* uri) const {
-    return m_tree == nullptr ? std::string() : m_tree->FindPrefix(uri == nullptr ? "" : uri);
+    return m_tree == nullptr ? std::string() : m_tree->FindPrefix(internal::OrEmpty(uri));
 }
 
 // --- loading ----------------------------------------------------------------------------------------------

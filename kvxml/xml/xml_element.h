@@ -40,9 +40,9 @@ public:
     CXmlElement* GetNextSiblingElement() noexcept { return m_next; }
     const CXmlElement* GetNextSiblingElement() const noexcept { return m_next; }
     CXmlAttributeList GetAttributes() const noexcept {
-        // Attributes lie directly behind their element.
-        auto* behind = reinterpret_cast<CXmlAttribute*>(const_cast<CXmlElement*>(this) + 1);
-        return CXmlAttributeList(behind, m_attributeCount);
+        // Attributes lie directly after their element.
+        auto* first = reinterpret_cast<CXmlAttribute*>(const_cast<CXmlElement*>(this) + 1);
+        return CXmlAttributeList(first, m_attributeCount);
     }
 
     const std::string& GetLocalName() const noexcept;

@@ -10,19 +10,19 @@
 #include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/plain_text.h"
 #include "kvxml/xml/internal/prepared_names.h"
+#include "kvxml/xml/internal/writer_context.h"
 
 namespace KvXmlLib16 {
 
 using internal::CopyPlain;
 using internal::HasByte;
+using internal::kPieceLength;
 using internal::Put;
 
 namespace {
 
 constexpr std::string_view kSectionStart = "<![CDATA[";
 constexpr std::string_view kSectionEnd = "]]>";
-/// Text is escaped in pieces of this length; each needs contiguous room.
-constexpr std::size_t kPieceLength = 1024;
 /// The longest replacement of one character.
 constexpr std::size_t kLongestReference = 6;
 
@@ -176,6 +176,10 @@ void CXmlTextWriter::WriteRawAfterSpace(std::string_view text) {
 }
 
 // --- elements --------------------------------------------------------------------------------------------
+
+inline std::size_t CXmlTextWriter::IndentationOf(const CXmlWriterContext& context) {
+    return m_layout.PrepareIndentation(static_cast<std::size_t>(context.depth));
+}
 
 void CXmlTextWriter::WriteStartElement(std::string_view localName, std::string_view namespaceUri) {
     CXmlWriterContext* const parent = GetCurrentContext();
@@ -450,61 +454,42 @@ inline void CXmlTextWriter::AppendEscaped(std::string_view lead, std::string_vie
 
 template <bool kAttribute>
 void CXmlTextWriter::AppendEscapedInPieces(std::string_view text) {
-    CStringBuffer& buffer = Buffer();
-    while (!text.empty()) {
-        const std::size_t length = std::min(text.size(), kPieceLength);
-        char* out = buffer.Reserve(length);
-        const std::size_t plain = CopyPlain<Suspects<kAttribute>>(out, text.data(), length);
-        buffer.Commit(out + plain);
-        text.remove_prefix(plain);
-        if (plain == length) continue;
-        // The next ones need a closer look.
-        const std::size_t suspicious = std::min<std::size_t>(text.size(), 8);
-        out = buffer.Reserve(suspicious * kLongestReference);
-        for (std::size_t i = 0; i < suspicious; ++i) {
-            const char character = text[i];
-            switch (ClassOf(character)) {
-                case kPlain:
-                    *out++ = character;
-                    break;
-                case kTab:
-                    if (kAttribute && m_lossless)
-                        out = Put(out, "&#x9;");
-                    else
-                        *out++ = character;
-                    break;
-                case kLineFeed:
-                    out = kAttribute ? Put(out, "&#xA;") : m_layout.PutLineEnd(out);
-                    break;
-                case kCarriageReturn:
-                    if (m_lossless) out = Put(out, "&#xD;");
-                    break;
-                case kQuote:
-                    if (kAttribute)
-                        out = Put(out, "&quot;");
-                    else
-                        *out++ = character;
-                    break;
-                case kAmpersand:
-                    out = Put(out, "&amp;");
-                    break;
-                case kLess:
-                    out = Put(out, "&lt;");
-                    break;
-                case kGreater:
-                    out = Put(out, "&gt;");
-                    break;
-                case kForbidden:
-                    ThrowForbidden(static_cast<unsigned char>(character));
-                case kNonCharacterLead:
-                    if (m_isUtf8) CheckNonCharacter(text.substr(i));
-                    *out++ = character;
-                    break;
-            }
-        }
-        buffer.Commit(out);
-        text.remove_prefix(suspicious);
+    internal::AppendEscapedInPieces<Suspects<kAttribute>>(
+        Buffer(), text, kLongestReference,
+        [this](char* out, std::string_view rest) { return PutEscaped<kAttribute>(out, rest); });
+}
+
+/// Puts what stands for the character that `rest` begins with.
+template <bool kAttribute>
+char* CXmlTextWriter::PutEscaped(char* out, std::string_view rest) const {
+    const char character = rest.front();
+    switch (ClassOf(character)) {
+        case kTab:
+            if (kAttribute && m_lossless) return Put(out, "&#x9;");
+            break;
+        case kLineFeed:
+            return kAttribute ? Put(out, "&#xA;") : m_layout.PutLineEnd(out);
+        case kCarriageReturn:
+            return m_lossless ? Put(out, "&#xD;") : out;
+        case kAmpersand:
+            return Put(out, "&amp;");
+        case kLess:
+            return Put(out, "&lt;");
+        case kGreater:
+            return Put(out, "&gt;");
+        case kQuote:
+            if (kAttribute) return Put(out, "&quot;");
+            break;
+        case kForbidden:
+            ThrowForbidden(static_cast<unsigned char>(character));
+        case kNonCharacterLead:
+            if (m_isUtf8) CheckNonCharacter(rest);
+            break;
+        case kPlain:
+            break;
     }
+    *out = character;
+    return out + 1;
 }
 
 void CXmlTextWriter::AppendWithSections(std::string_view text) {

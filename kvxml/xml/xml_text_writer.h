@@ -111,9 +111,7 @@ private:
         if (m_needsFlush && m_stream->GetBufferedLength() >= CTextStream::kFlushLength) m_stream->Flush();
     }
     /// Length of the element's indentation.
-    std::size_t IndentationOf(const CXmlWriterContext& context) {
-        return m_layout.PrepareIndentation(static_cast<std::size_t>(context.depth));
-    }
+    inline std::size_t IndentationOf(const CXmlWriterContext& context);
     const internal::CPreparedName* PrepareName(const SimpleName& name);
     const internal::CPreparedName* PrepareAttribute(const SimpleName& name);
     void RequireOpenStartTag() const;
@@ -125,6 +123,8 @@ private:
     void AppendEscaped(std::string_view lead, std::string_view text);
     template <bool kAttribute>
     void AppendEscapedInPieces(std::string_view text);
+    template <bool kAttribute>
+    char* PutEscaped(char* out, std::string_view rest) const;
     void AppendWithSections(std::string_view text);
 
     CTextStream* m_stream;

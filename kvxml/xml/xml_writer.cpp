@@ -6,6 +6,7 @@
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/namespace_uris.h"
+#include "kvxml/xml/internal/writer_context.h"
 
 namespace KvXmlLib16 {
 
@@ -67,8 +68,8 @@ bool CXmlWriter::NamespaceScope::IsPrefixUsed(std::string_view prefix) const noe
 
 // --- CXmlWriter ----------------------------------------------------------------------------------------
 
-CXmlWriter::CXmlWriter() {
-    m_documentScope.Set("xml", internal::kXmlNamespace);
+CXmlWriter::CXmlWriter() : m_documentScope(std::make_unique<NamespaceScope>()) {
+    m_documentScope->Set("xml", internal::kXmlNamespace);
 }
 
 CXmlWriter::~CXmlWriter() {
@@ -106,16 +107,28 @@ void CXmlWriter::EndDocument() {
 }
 
 void CXmlWriter::SetDefaultNamespace(std::string_view uri) {
-    NamespaceScope& scope = m_current != nullptr ? OwnScope(*m_current) : m_documentScope;
+    NamespaceScope& scope = m_current != nullptr ? OwnScope(*m_current) : *m_documentScope;
     scope.defaultNamespace = uri;
 }
 
 void CXmlWriter::AddNamespaceAlias(std::string_view prefix, std::string_view uri) {
-    NamespaceScope& scope = m_current != nullptr ? OwnScope(*m_current) : m_documentScope;
+    NamespaceScope& scope = m_current != nullptr ? OwnScope(*m_current) : *m_documentScope;
     if (prefix.empty())
         scope.Remove(uri);
     else
         scope.Set(prefix, uri);
+}
+
+std::int32_t CXmlWriter::GetDepth() const noexcept {
+    return m_current == nullptr ? 0 : m_current->depth + 1;
+}
+
+void CXmlWriter::BeginArray() noexcept {
+    if (m_current != nullptr) m_current->arrayMode = kArrayStarting;
+}
+
+void CXmlWriter::EndArray() noexcept {
+    if (m_current != nullptr) m_current->arrayMode = kArrayEnded;
 }
 
 bool CXmlWriter::IsXmlNamespace(std::string_view uri) noexcept {
@@ -133,10 +146,10 @@ void CXmlWriter::EnterDocument(CXmlWriterContext& context) {
     NamespaceScope& scope = *context.m_ownScope;
     scope = NamespaceScope();
     ForgetNames();
-    scope.defaultNamespace = m_documentScope.defaultNamespace;
+    scope.defaultNamespace = m_documentScope->defaultNamespace;
     // What a start tag cannot declare without being ill-formed is left out: such a namespace gets an
     // invented prefix when it is used.
-    for (const NamespaceScope::Alias& alias : m_documentScope.aliases) {
+    for (const NamespaceScope::Alias& alias : m_documentScope->aliases) {
         const bool isXml = alias.uri == internal::kXmlNamespace;
         if (alias.uri.empty() || alias.Prefix() == "xmlns") continue;
         if (isXml != (alias.Prefix() == "xml") || scope.IsPrefixUsed(alias.Prefix())) continue;

@@ -318,53 +318,6 @@ TEST(FastInfosetReader, TruncatedAndDamaged) {
     EXPECT_EQ(DumpOf(kStart + Octets("3C 00'a'")), Message("The document ends early", 8));
 }
 
-TEST(FastInfosetReader, IndexesOfEveryLength) {
-    // Differs for numbers that are to be told apart.
-    const auto text = [](std::uint32_t i) {
-        return BigEndian(0x61616161 + (i / 400 % 20 * 0x10000) + (i / 20 % 20 * 0x100) + i % 20, 4);
-    };
-    // The last chunk finds its table full.
-    constexpr std::uint32_t kFull = 1048576;
-    std::string chunks = kStart + Octets("3C 00'a'");
-    for (std::uint32_t i = 0; i <= kFull; ++i)
-        chunks += "\x92\x01" + text(i);
-    EXPECT_EQ(DumpOf(chunks + Octets("B8 0B FB F0")), Message(kNoEntry, chunks.size()));
-    struct Index {
-        std::uint32_t index;
-        const char* hex;
-    };
-    const Index indexes[] = {
-        {0, "A0"},          {15, "AF"},           {16, "B0 00"},           {1039, "B3 FF"},
-        {1040, "B4 00 00"}, {263183, "B7 FF FF"}, {263184, "B8 00 00 00"}, {kFull - 1, "B8 0B FB EF"}};
-    for (const Index& row : indexes)
-        chunks += Octets("3C 00'b'") + Octets(row.hex) + '\xF0';
-    CXmlDocument document;
-    Load(document, chunks + '\xFF');
-    const CXmlElement* element = document.GetDocumentElement()->GetFirstElement();
-    for (const Index& row : indexes) {
-        EXPECT_EQ(element->GetText(), text(row.index)) << row.hex;
-        element = element->GetNextSiblingElement();
-    }
-
-    std::string names = kStart + Octets("3C 00'a'");
-    for (std::uint32_t i = 1; i <= 526368; ++i)
-        names += i < 3000 || i > 526300 ? "\x3C\x04n" + text(i) + '\xF0' : Octets("3C 80 F0");
-    const Index elements[] = {
-        {0, "00"}, {31, "1F"}, {32, "20 00"}, {2080, "28 00 00"}, {526368, "30 00 00 00"}};
-    names += Octets("3C 00'z'");
-    for (const Index& row : elements)
-        names += Octets(row.hex) + '\xF0';
-    Load(document, names + Octets("FF F0"));
-    element = document.GetDocumentElement()->GetFirstElement();
-    while (element->GetNextSiblingElement() != nullptr)
-        element = element->GetNextSiblingElement();
-    element = element->GetFirstElement();
-    for (const Index& row : elements) {
-        EXPECT_EQ(element->GetLocalName(), row.index == 0 ? "a" : "n" + text(row.index));
-        element = element->GetNextSiblingElement();
-    }
-}
-
 TEST(FastInfosetReader, LongTextIsSharedAndStaysWhole) {
     const std::string x(300, 'x');
     const std::string document = kStart + Octets("3C 00'a'") + Chunk(x, true) +

@@ -53,14 +53,6 @@ TEST(JsonRoundTripTest, AllKinds) {
     ExpectSame<fixture::AllKinds>(*object, context);
 }
 
-TEST(JsonRoundTripTest, ValuesWithoutNamespaces) {
-    const CSmartPtr<fixture::AllKinds> object(new fixture::AllKinds());
-    fixture::Fill(*object, fixture::Nils::Unset);
-    const auto& values = object->At("Values");
-    for (const auto mode : {JsonRoundTrip_NoNamespaces, JsonRoundTrip_Full})
-        ExpectSame<fixture::Values>(values, Context(fixture::kNamespace, mode));
-}
-
 template <class T>
 void ExpectDocument(const std::string& fileName, const char* ns) {
     SCOPED_TRACE(fileName);

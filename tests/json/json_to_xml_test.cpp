@@ -360,28 +360,5 @@ TEST_F(JsonInputTest, TheContextIsLeftAsItIs) {
     }
 }
 
-TEST_F(JsonInputTest, ObjectsWhateverTheOrderOfMembers) {
-    // Attributes and declarations come last, and items stand apart.
-    const fixture::Model& model = fixture::Model::New("Box")
-                                      .Attribute("id", ItemType_i4, false)
-                                      .Prim("Title", fixture::kMnd, ItemType_string)
-                                      .Cls<Measure>("Length", fixture::kOpt)
-                                      .ClsCol<Measure>("Point", 1, 3);
-    const CSmartPtr<fixture::Object> box(new fixture::Object(model));
-    box->FromJson(R"({"p:Box":{"p:Title":"a\"b\nc","p:Length":{"#text":2.5,"@unit":"m"},"p:Point":[1,)"
-                  R"({"@unit":"k","#text":2}],"p:Point":3,"@id":"-7","@xmlns:p":"urn:fixture"}})");
-    EXPECT_EQ(box->Dump(),
-              "Box{id=i4:-7 Title=string:a\"b\nc Length=Length/Measure{text=r8:2.5 unit=string:m} "
-              "Point=[Point/Measure{text=r8:1} Point/Measure{text=r8:2 unit=string:k} "
-              "Point/Measure{text=r8:3}]}");
-    // What fits no class names its place.
-    EXPECT_EQ(ErrorOf([&] { box->FromJson(R"({"Other":{"@xmlns":"urn:fixture"}})"); }),
-              "Invalid Element [Other] found.\nPath: /Other");
-    const std::string error = ErrorOf([&] {
-        fixture::Make<Measure>()->FromJson(R"({"Measure":{"@xmlns":"urn:fixture","@none":1,"#text":1}})");
-    });
-    EXPECT_NE(error.find("Path: /Measure/@none"), std::string::npos) << error;
-}
-
 }  // namespace
 }  // namespace KvXmlLib16

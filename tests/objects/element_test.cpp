@@ -297,6 +297,11 @@ TEST(ElementTest, OtherObjects) {
     CElement copy;
     copy.FromXmlElement(&back);
     EXPECT_EQ(copy.ToXml(), back.ToXml());
+    CElement list;
+    list.FromXml("<a xmlns='urn:a'><b/><b xmlns=''/></a>");
+    EXPECT_EQ(list.FindElement("b", "")->GetNamespace(), "");
+    EXPECT_EQ(list.FindElement("b", "urn:a").Get(), *list.GetElements()->begin());
+    EXPECT_EQ(list.FindElement("c", "urn:a"), nullptr);
 }
 
 // --- sizes ------------------------------------------------------------------------------------------------

@@ -143,32 +143,6 @@ TEST(PrimitiveCollections, EveryKindReadsAndWrites) {
     }
 }
 
-TEST(PrimitiveCollections, ItemsThatAreNoSimpleElements) {
-    CSmartPtr<List> list(new List(new Ci4Col("item", kNamespace, 1, 2)));
-    struct Case {
-        const char* content;
-        const char* error;
-    };
-    const Case cases[] = {
-        {"<item a='1'>1</item>", "Unexpected Attribute found.\nPath: /List/item/@a"},
-        {"<item>1<b/></item>",
-         "Failed read all the elements held within the element [item]. The unexpected element [b] remains un "
-         "processed\nPath: /List/item"},
-        {"<item xsi:nil='true'/>",
-         "Invalid use of 'nil' attribute in non-nillable element.\nPath: /List/item"},
-        {"<item>1</item><item>1</item><item>1</item>",
-         "Failed to process the element.\nPath: /List\nThe Maximum number of [item] elements allowed in this "
-         "collection is 2"},
-        {"",
-         "Failed to process the element.\nPath: /List\nThe Minimum number of [item] elements allowed in this "
-         "collection is 1"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.content);
-        EXPECT_EQ(list->ReadingError(c.content), c.error);
-    }
-}
-
 TEST(PrimitiveCollections, FacetsInTheOrderOfTheConstructor) {
     constexpr auto kRule = CWhitespaceUtils::WhitespaceRule_Replace;
     const char* const ns = kNamespace;
@@ -315,54 +289,26 @@ TEST(PrimitiveCollections, Events) {
     };
     EXPECT_EQ(ErrorOf([&] { c.Clear(); }), "refused");
     EXPECT_EQ(Join(c), "5");
-}
 
-TEST(PrimitiveCollections, ListenersThatChangeTheCollection) {
-    struct Case {
-        const char* what;
-        IEventSink::MsgType at;
-        std::function<void(Ci4Col&)> reaction;
-        std::function<void(Ci4Col&)> action;
-        const char* result;
-    };
-    const auto clear = [](Ci4Col& c) { c.Clear(); };
-    const auto append = [](Ci4Col& c) { c.Add(8); };
-    const auto insert = [](Ci4Col& c) { c.AddAt(2, 7); };
-    const Case cases[] = {
-        {"clear while inserting", IEventSink::MsgType_Add, clear, insert, "7"},
-        {"append while appending", IEventSink::MsgType_Add, [](Ci4Col& c) { c.Add(9); }, append, "12398"},
-        {"clear while removing", IEventSink::MsgType_Remove, clear, [](Ci4Col& c) { c.Remove(2); }, ""},
-        {"clear while clearing", IEventSink::MsgType_Remove, clear, clear, ""},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        Ci4Col collection("n", "", 0, -1);
+    // A listener that empties the list in the middle of a change.
+    for (const bool adds : {true, false}) {
+        Ci4Col list("n", "", 0, -1);
         for (const int value : {1, 2, 3})
-            collection.Add(value);
-        Listener listener;
-        Listener last;  // sees what was added even when the first has removed it
-        bool reacted = false;
-        listener.action = [&](IEventSink::MsgType type) {
-            if (type != c.at || reacted) return;
-            reacted = true;
-            c.reaction(collection);
+            list.Add(value);
+        Listener emptying;
+        bool isDone = false;
+        emptying.action = [&](IEventSink::MsgType) {
+            if (isDone) return;
+            isDone = true;
+            list.Clear();
         };
-        collection.AddEventListener(&listener);
-        collection.AddEventListener(&last);
-        c.action(collection);
-        EXPECT_EQ(Join(collection), c.result);
+        list.AddEventListener(&emptying);
+        if (adds)
+            list.AddAt(2, 7);
+        else
+            list.Remove(2);
+        EXPECT_EQ(Join(list), adds ? "7" : "");
     }
-    // One that puts back what is removed does not keep Clear from ending.
-    Ci4Col collection("n", "", 0, -1);
-    collection.Add(1);
-    collection.Add(2);
-    Listener listener;
-    listener.action = [&](IEventSink::MsgType type) {
-        if (type == IEventSink::MsgType_RemoveComplete) collection.Add(9);
-    };
-    collection.AddEventListener(&listener);
-    collection.Clear();
-    EXPECT_EQ(Join(collection), "99");
 }
 
 // --- dates -------------------------------------------------------------------------------------------------

@@ -144,31 +144,6 @@ TEST(XmlGeneratedClassTest, SimpleContentAndNone) {
     EXPECT_EQ(raw->ToXml(false, false, EOLType_LF, context), xml);
 }
 
-TEST(XmlGeneratedClassTest, ElementsInTheList) {
-    CXmlDocument document;
-    document.LoadXml("<Note xmlns='urn:fixture'><Text xmlns=''/><Text/><X/></Note>");
-    const CXmlElement* const other = document.GetDocumentElement()->GetFirstElement();
-    const CXmlElement* const own = other->GetNextSiblingElement();
-    const Note note;
-    EXPECT_FALSE(note.IsElementInList(Ignoring(""), other));
-    EXPECT_TRUE(note.IsElementInList(Ignoring("n"), other));
-    EXPECT_TRUE(note.IsElementInList(Ignoring(""), own));
-    EXPECT_FALSE(note.IsElementInList(Ignoring(""), own->GetNextSiblingElement()));
-    EXPECT_FALSE(note.IsElementInList(Ignoring(""), nullptr));
-}
-
-TEST(XmlGeneratedClassTest, RoundTripIntoOneObject) {
-    const auto all = Make<AllKinds>();
-    Fill(*all);
-    const auto read = Make<AllKinds>();
-    std::string xml = all->ToXml();
-    for (const bool isFormatted : {true, false, false}) {
-        ASSERT_EQ(ErrorOf([&] { read->FromXml(xml.c_str()); }), kNoError);
-        Check(*read);
-        xml = read->ToXml(true, isFormatted);
-    }
-}
-
 TEST(XmlGeneratedClassTest, ReadingReplacesTheContent) {
     const auto node = Make<Node>();
     node->Set("name", "a").Create("Next").Set("name", "b");
@@ -187,30 +162,6 @@ TEST(XmlGeneratedClassTest, ReadingReplacesTheContent) {
     nil->SetNil(true);
     nil->FromXml("<Note xmlns='urn:fixture'><Text>t</Text></Note>");
     EXPECT_FALSE(nil->IsNil());
-}
-
-TEST(XmlGeneratedClassTest, InnermostPathWins) {
-    struct Case {
-        const char* rest;
-        std::string message;
-        const char* path;
-    };
-    const Case cases[] = {
-        {"><f:Node/><f:Node><f:Next><X/></f:Next></f:Node></f:Node>",
-         Remains("Next", "/f:Node/f:Node[2]/f:Next"), "/f:Node/f:Node[2]/f:Next"},
-        {"><f:Next><f:Node x=''/></f:Next></f:Node>",
-         "Unexpected Attribute found.\nPath: /f:Node/f:Next/f:Node/@x", "/f:Node/f:Next/f:Node/@x"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.rest);
-        try {
-            Make<Node>()->FromXml((std::string("<f:Node xmlns:f='urn:fixture'") + c.rest).c_str());
-            ADD_FAILURE() << "nothing was thrown";
-        } catch (const CKvException& e) {
-            EXPECT_EQ(e.GetFullMessage(), c.message);
-            EXPECT_EQ(e.GetPath(), c.path);
-        }
-    }
 }
 
 // --- writing -----------------------------------------------------------------------------------------------

@@ -110,20 +110,6 @@ protected:
 
 // --- life --------------------------------------------------------------------------------------------------
 
-TEST(XmlObjectBaseTest, CopiesCarryNameAndCount) {
-    Probe source;
-    source.SetElementName("a");
-    source.AddRef();
-    Probe copy(source);
-    Probe assigned;
-    assigned = source;
-    source.SetElementName(static_cast<const char*>(nullptr));
-    EXPECT_EQ(copy.GetElementName() + assigned.GetElementName() + source.GetElementName(), "aa");
-    EXPECT_EQ(copy.AddRef(), 2);
-    EXPECT_EQ(assigned.AddRef(), 2);
-    EXPECT_EQ(assigned.Release(), 1);
-}
-
 TEST(XmlObjectBaseTest, SmartPointersCountAndReleaseLast) {
     int destroyed = 0;
     CSmartPtr<Probe> first(new Probe());
@@ -202,19 +188,6 @@ TEST(XmlObjectBaseTest, StaticObjectsAreDestroyedAtExit) {
         std::exit(0);
     };
     EXPECT_EXIT(leave(), testing::ExitedWithCode(0), "");
-}
-
-TEST(XmlObjectBaseTest, OptionalValuesAreCopied) {
-    COptionalValue<std::string> value;
-    EXPECT_EQ(value.Get(), "");
-    value.Set("a");
-    COptionalValue<std::string> copy(value);
-    value.Set("b");
-    EXPECT_EQ(*copy + *value, "ab");
-    copy = value;
-    value.Reset();
-    EXPECT_FALSE(value.IsSet());
-    EXPECT_EQ(copy.Get(), "b");
 }
 
 // --- helpers of generated code -----------------------------------------------------------------------------
@@ -360,31 +333,6 @@ TEST(XmlObjectBaseTest, NamespaceLists) {
     EXPECT_THROW(probe.TestNamespace("urn:x", "##local", nullptr), CKvInvalidNamespaceException);
 }
 
-TEST(XmlObjectBaseTest, EventsCarryTypeAndData) {
-    CAttributeCol collection;
-    Probe sink;
-    std::vector<std::string> events;
-    sink.onEvent = [&](CXmlObjectBase* source, IEventSink::MsgType type, void* data) {
-        EXPECT_EQ(source, &collection);
-        std::string text = std::to_string(type);
-        if (type == IEventSink::MsgType_Remove || type == IEventSink::MsgType_RemoveComplete) {
-            text += data == nullptr ? " null" : " " + std::to_string(*static_cast<std::int32_t*>(data));
-        } else {
-            text += data == &sink ? " item" : data == nullptr ? " null" : " other";
-        }
-        events.push_back(text);
-    };
-    Probe::FireOnCollectionChangeEvent(&sink, &collection);
-    Probe::FireOnCollectionAddEvent(&sink, &collection, &sink);
-    Probe::FireOnCollectionAddCompleteEvent(&sink, &collection, &sink);
-    Probe::FireOnCollectionRemoveEvent(&sink, &collection, 3);
-    Probe::FireOnCollectionRemoveEvent(&sink, &collection, -1);
-    Probe::FireOnCollectionRemoveCompleteEvent(&sink, &collection, 0);
-    Probe::FireOnCollectionRemoveCompleteEvent(&sink, &collection, -1);
-    EXPECT_EQ(events,
-              (std::vector<std::string>{"0 null", "1 item", "2 item", "3 3", "3 null", "4 0", "4 null"}));
-}
-
 // --- entry points ------------------------------------------------------------------------------------------
 
 TEST(XmlObjectBaseTest, EmptyAndBrokenInput) {
@@ -416,19 +364,6 @@ TEST(XmlObjectBaseTest, EmptyAndBrokenInput) {
     }
     object->FromXml("<Measure xmlns='urn:fixture'>1</Measure>");
     EXPECT_EQ(object->Dump(), "Measure{text=r8:1}");
-}
-
-TEST(XmlObjectBaseTest, LineEnds) {
-    const auto object = fixture::Make<fixture::AllKinds>();
-    fixture::Fill(*object);
-    std::string crlf;
-    for (const char c : object->ToXml(true, true, EOLType_LF))
-        crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
-    EXPECT_EQ(object->ToXml(true, true, EOLType_CRLF), crlf);
-    EXPECT_EQ(ErrorOf([&] { object->ToXml(true, true, static_cast<EOLType>(2)); }), "Invalid EOL type.");
-    const auto read = fixture::Make<fixture::AllKinds>();
-    read->FromXml(crlf.c_str());
-    fixture::Check(*read);
 }
 
 TEST(XmlObjectBaseTest, WideText) {

@@ -65,19 +65,5 @@ TEST(StringBuffer, EmptyBeforeAndAfterReset) {
     ExpectText(buffer, "");
 }
 
-TEST(StringBuffer, TellsWhetherTextIsAscii) {
-    for (const std::size_t position : {0u, 31u, 32u, 70u, 4094u, 4095u, 9999u}) {
-        CStringBuffer buffer;
-        std::string text = Text(10000);
-        text[position] = '\x80';
-        buffer.Append(text);
-        std::string copy;
-        EXPECT_FALSE(buffer.CopyTo(copy)) << position;
-        EXPECT_FALSE(buffer.CopyTo(copy.data())) << position;
-        EXPECT_FALSE(buffer.MoveTo(copy)) << position;
-        EXPECT_EQ(copy, text);
-    }
-}
-
 }  // namespace
 }  // namespace KvXmlLib16

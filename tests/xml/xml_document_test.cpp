@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <fstream>
 #include <functional>
-#include <random>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -79,49 +78,6 @@ TEST(XmlDocument, TextOfTheDocumentElement) {
         CXmlDocument other(keep);
         other.LoadXml(row.xml);
         EXPECT_EQ(other.GetDocumentElement()->GetText(), row.kept);
-    }
-}
-
-/// Random documents with texts and attributes of all sizes, beside what they must give. Pieces come from a
-/// small stock, so that they repeat in changing patterns.
-TEST(XmlDocument, GeneratedContentIsKeptExactly) {
-    std::mt19937 random(7);
-    const auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random() % limit); };
-    std::vector<std::string> stock = {"\n", "\n  ", "\n\t\t",
-                                      " ",  "x",    "text of some length, longer than it"};
-    stock.push_back(std::string(100, ' '));
-    stock.push_back(std::string(300, '\t'));
-    stock.push_back(std::string(5000, 'y'));
-    for (int round = 0; round < 60; ++round) {
-        const std::size_t kinds = 1 + below(stock.size());
-        const std::size_t largest = below(3) == 0 ? 20000 : 30;
-        std::string xml = "<r>";
-        std::string rootText;
-        std::vector<std::string> expected;
-        for (std::size_t children = below(120); children > 0; --children) {
-            const std::string& piece = stock[below(kinds)];
-            xml += piece + "<e";
-            rootText += piece;
-            std::string dump = "e";
-            for (std::size_t attributes = below(5); attributes > 0; --attributes) {
-                const std::string name = 'n' + std::to_string(attributes) + '=';
-                const std::string value(below(largest), static_cast<char>('a' + below(26)));
-                xml += ' ' + name + '\'' + value + '\'';
-                dump += '@' + name + value;
-            }
-            const std::string text =
-                below(2) == 0 ? stock[below(kinds)] : std::string(1 + below(largest), 'q');
-            xml += '>' + text + "</e>";
-            expected.push_back(dump + '\'' + text + '\'');
-        }
-        xml += "</r>";
-        CXmlDocument document;
-        document.LoadXml(xml.c_str());
-        ASSERT_EQ(document.GetDocumentElement()->GetTextView(), rootText);
-        const std::vector<const CXmlElement*> children = Children(document);
-        ASSERT_EQ(children.size(), expected.size());
-        for (std::size_t i = 0; i < expected.size(); ++i)
-            ASSERT_EQ(Dump(children[i]), expected[i]) << "round " << round;
     }
 }
 

@@ -246,33 +246,6 @@ TEST(XmlReading, IllFormedTextIsRefusedWithItsLine) {
     EXPECT_EQ(Dump(document), "fine");
 }
 
-TEST(XmlReading, EveryBeginningOfADocumentIsRefused) {
-    const std::string xml = "\xEF\xBB\xBF<?xml version='1.0'?>\n<!DOCTYPE a [<!ENTITY e 'x<i/>'>]>\n" +
-                            MakeDocument(400).substr(40) + "<!-- end -->";
-    const std::size_t last = xml.rfind("</r>") + 3;
-    CXmlDocument document;
-    LoadStream(document, xml);
-    const std::string expected = Dump(document);
-    const std::string gzip = Compressed(xml, 31);
-    EXPECT_EQ(ErrorOf([&] { document.LoadXmlStream(nullptr, 5); }), "XML Stream is empty!");
-    for (std::size_t length = 0; length <= last; ++length) {
-        const std::string cut = xml.substr(0, length);
-        const std::string message = ErrorOf([&] { document.LoadXml(cut.c_str()); });
-        ASSERT_TRUE(length > 0 ? message.find(" at line ") != std::string::npos
-                               : message == "XML String is empty!")
-            << message;
-        ASSERT_EQ(ErrorOf([&] { LoadStream(document, cut); }), length > 0 ? message : "XML Stream is empty!");
-        ASSERT_NE(ErrorOf([&] { LoadStream(document, gzip.substr(0, length % gzip.size())); }), "(no error)");
-        if (length % 16 != 1) continue;
-        const TemporaryFile file(cut);
-        ASSERT_EQ(ErrorOf([&] { document.Load(file.Name()); }), message);
-        const Chunked chunked;
-        ASSERT_EQ(ErrorOf([&] { document.Load(file.Name()); }), message);
-    }
-    LoadStream(document, xml);
-    EXPECT_EQ(Dump(document), expected);
-}
-
 TEST(XmlReading, CompressedInput) {
     const std::string gzip = Compressed("<a>" + std::string(100000, 'x') + "</a>", 31);
     EXPECT_EQ(DumpOfStream(gzip).size(), 100003U);

@@ -6,14 +6,13 @@
 #include <cstring>
 #include <type_traits>
 
+#include "kvxml/base/internal/words.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/types/base64.h"
 
 namespace KvXmlLib16::internal {
 
 namespace {
-
-constexpr std::uint64_t kEach = 0x0101010101010101U;
 
 unsigned ByteAt(std::string_view octets, std::size_t at) noexcept {
     return static_cast<unsigned char>(octets[at]);
@@ -122,11 +121,9 @@ bool IsXmlText(std::string_view text, bool& hasReturns) noexcept {
     while (at != end) {
         const char* blockEnd = end;
         if (end - at >= 8) {
-            std::uint64_t word;
-            std::memcpy(&word, at, 8);
+            const auto word = Load<std::uint64_t>(at);
             blockEnd = at + 8;
-            // Marks of bytes above 127 and of those below 32; a borrow only reaches words that are looked at.
-            if (((word | (word - 0x20 * kEach)) & 0x80 * kEach) == 0) {
+            if ((HasControl(word) | HasNonAscii(word)) == 0) {
                 at = blockEnd;
                 continue;
             }

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "kvxml/base/internal/words.h"
 #include "kvxml/xml/internal/arena.h"
-#include "kvxml/xml/internal/plain_text.h"
 
 namespace KvXmlLib16::internal {
 
@@ -22,14 +22,15 @@ public:
         std::size_t left = text.size();
         std::uint64_t hash = m_first ^ left;
         for (; left > 16; left -= 16, from += 16)
-            hash = Fold(Load(from, 8) ^ m_second, Load(from + 8, 8) ^ hash);
+            hash = Fold(Load<std::uint64_t>(from) ^ m_second, Load<std::uint64_t>(from + 8) ^ hash);
         std::uint64_t low;
         std::uint64_t high = 0;
         if (left >= 8) {
-            low = Load(from, 8);
-            high = Load(from + left - 8, 8);
+            low = Load<std::uint64_t>(from);
+            high = Load<std::uint64_t>(from + left - 8);
         } else if (left >= 4) {
-            low = Load(from, 4) << 32 | Load(from + left - 4, 4);
+            low = std::uint64_t{Load<std::uint32_t>(from)} << 32 |
+                  std::uint64_t{Load<std::uint32_t>(from + left - 4)};
         } else {
             low = left == 0 ? 0 : Byte(from[0]) << 16 | Byte(from[left / 2]) << 8 | Byte(from[left - 1]);
         }
@@ -41,16 +42,6 @@ public:
 
 private:
     static std::uint64_t Byte(char c) noexcept { return static_cast<unsigned char>(c); }
-    static std::uint64_t Load(const char* from, std::size_t size) noexcept {
-        std::uint64_t word = 0;
-        if (size == 4) {
-            std::uint32_t half;
-            std::memcpy(&half, from, 4);
-            return half;
-        }
-        std::memcpy(&word, from, 8);
-        return word;
-    }
     /// Both halves of the product, folded.
     static std::uint64_t Fold(std::uint64_t a, std::uint64_t b) noexcept {
 #ifdef __SIZEOF_INT128__

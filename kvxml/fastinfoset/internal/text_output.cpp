@@ -4,10 +4,10 @@
 #include <cstdint>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/words.h"
 #include "kvxml/fastinfoset/internal/value_encoding.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/types/format_string.h"
-#include "kvxml/xml/internal/plain_text.h"
 
 namespace KvXmlLib16::internal {
 
@@ -41,7 +41,7 @@ bool IsPlain(std::string_view text) noexcept {
     if (length < 8) return std::none_of(text.begin(), text.end(), IsSuspect);
     const auto suspects = [data](std::size_t at) {
         const auto word = Load<std::uint64_t>(data + at);
-        return HasControl(word) | (word & kHighs);
+        return HasControl(word) | HasNonAscii(word);
     };
     for (std::size_t at = 0; at + 8 <= length; at += 8) {
         if (suspects(at) != 0) return false;

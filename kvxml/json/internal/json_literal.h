@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "kvxml/base/internal/ascii.h"
+#include "kvxml/base/internal/words.h"
 #include "kvxml/types/item_type.h"
-#include "kvxml/xml/internal/plain_text.h"
 
 namespace KvXmlLib16::internal {
 
@@ -20,20 +20,6 @@ constexpr bool IsBare(ItemType type) noexcept {
     constexpr std::uint64_t kBare =
         kinds(ItemType_i1, ItemType_r8) | kinds(ItemType_boolean, ItemType_integer);
     return (kBare >> type & 1) != 0;
-}
-
-/// One to eight characters, the first one in the lowest byte.
-inline std::uint64_t LoadShort(std::string_view text) noexcept {
-    const std::size_t last = text.size() - 1;
-    if (text.size() >= 4) {
-        const auto low = Load<std::uint32_t>(text.data());
-        const auto high = std::uint64_t{Load<std::uint32_t>(text.data() + last - 3)};
-        return high << 8 * (last - 3) | low;
-    }
-    const auto at = [text](std::size_t i) {
-        return std::uint64_t{static_cast<unsigned char>(text[i])} << 8 * i;
-    };
-    return at(0) | at(text.size() / 2) | at(last);
 }
 
 /// Whether one to eight characters, which are in the low bytes of `text`, are a number without an exponent.
@@ -53,7 +39,9 @@ inline bool IsLiteral(std::string_view text) noexcept {
     const char* at = text.data();
     const char* const end = at + text.size();
     if constexpr (std::endian::native == std::endian::little) {
-        if (!text.empty() && text.size() <= 8 && IsShortNumber(LoadShort(text), text.size())) return true;
+        if (!text.empty() && text.size() <= 8 &&
+            IsShortNumber(LoadUpToEight(text.data(), text.size()), text.size()))
+            return true;
     }
     const auto digits = [&at, end] {
         const char* const begin = at;

@@ -1,12 +1,11 @@
 #include "kvxml/json/internal/json_scanner.h"
 
-#include "kvxml/base/internal/ascii.h"
-
 #include <bit>
 #include <climits>
-#include <cstring>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/base/internal/ascii.h"
+#include "kvxml/base/internal/words.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/types/format_string.h"
 
@@ -14,17 +13,9 @@ namespace KvXmlLib16::internal {
 
 namespace {
 
-constexpr std::uint64_t kOnes = 0x0101010101010101U;
-constexpr std::uint64_t kHighs = 0x8080808080808080U;
-
-constexpr std::uint64_t ZeroBytes(std::uint64_t word) noexcept {
-    return (word - kOnes) & ~word & kHighs;
-}
-
 /// Marks bytes that end a run of plain characters; the lowest mark is exact.
 constexpr std::uint64_t StopBytes(std::uint64_t word) noexcept {
-    return ZeroBytes(word ^ (kOnes * '"')) | ZeroBytes(word ^ (kOnes * '\\')) |
-           ((word - kOnes * 0x20) & ~word & kHighs);
+    return HasByte(word, '"') | HasByte(word, '\\') | HasControl(word);
 }
 
 bool IsStop(char character) noexcept {
@@ -32,23 +23,22 @@ bool IsStop(char character) noexcept {
 }
 
 /// First byte that is no plain character of a string, or `end`. Sets `isSpecial` when bytes up to there, or
-/// close behind, are not ASCII.
+/// shortly after, are not ASCII.
 const char* SkipPlain(const char* text, const char* end, bool& isSpecial) noexcept {
     std::uint64_t seen = 0;
     if constexpr (std::endian::native == std::endian::little) {
         for (; end - text >= 8; text += 8) {
-            std::uint64_t word;
-            std::memcpy(&word, text, sizeof word);
+            const auto word = Load<std::uint64_t>(text);
             seen |= word;
             if (const std::uint64_t stops = StopBytes(word)) {
-                if ((seen & kHighs) != 0) isSpecial = true;
+                if (HasNonAscii(seen) != 0) isSpecial = true;
                 return text + (std::countr_zero(stops) >> 3);
             }
         }
     }
     for (; text != end && !IsStop(*text); ++text)
         seen |= static_cast<unsigned char>(*text);
-    if ((seen & kHighs) != 0) isSpecial = true;
+    if (HasNonAscii(seen) != 0) isSpecial = true;
     return text;
 }
 

@@ -51,11 +51,11 @@ protected:
         }
         return false;
     }
-    /// The string behind the quotation mark just read.
+    /// The string after the quotation mark just read.
     CJsonText ReadString();
     /// The number that begins with the character just read.
     std::string_view ReadNumber();
-    /// Reads the letters behind the first one.
+    /// Reads the letters after the first one.
     void ReadLiteral(std::string_view rest, const char* mismatch, const char* atEnd);
 
     /// Errors about the character just read, and about what is missing at the end.
@@ -97,7 +97,7 @@ public:
         m_isAtBegin = false;
         return m_hasBegun && m_current == '[';
     }
-    /// Reads one value; what comes behind it is not looked at. False when there is none.
+    /// Reads one value; what comes after it is not looked at. False when there is none.
     bool Run() {
         if (m_isAtBegin ? !Next() : !m_hasBegun) return false;
         do {
@@ -172,7 +172,7 @@ private:
         }
     }
 
-    /// Closes what ends behind the value just read, up to the next value; false at the end of it all.
+    /// Closes what ends after the value just read, up to the next value; false at the end of it all.
     bool EnterNextValue() {
         while (!m_open.empty()) {
             if (m_open.back() == '{') {

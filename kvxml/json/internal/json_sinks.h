@@ -71,7 +71,7 @@ public:
     CJsonWriterSink(CXmlWriter& writer, bool convert, std::uint32_t maxDepth)
         : m_writer(writer), m_convert(convert), m_maxDepth(maxDepth) {}
 
-    /// Formatting, which is `writer`'s, adds no blanks behind the texts of elements that have children as
+    /// Formatting, which is `writer`'s, adds no blanks after the texts of elements that have children as
     /// well.
     void KeepTextsWhole(CXmlTextWriter& writer) { m_formatted = &writer; }
 

@@ -39,7 +39,7 @@ private:
     enum class Kind : std::uint8_t { Name, String, Number, True, False, Null, Object, Array };
     struct Token {
         std::string_view text;
-        std::size_t next;  // behind it and all that is in it
+        std::size_t next;  // after it and all that is in it
         Kind kind;
         bool isSpecial;
     };

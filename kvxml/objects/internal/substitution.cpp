@@ -1,6 +1,7 @@
 #include "kvxml/objects/internal/substitution.h"
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/objects/parent_element_info.h"
 #include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/xml/xml_attribute.h"

@@ -1,20 +1,17 @@
 /// Files as the library needs them: sequential reads and writes, whole or in pieces.
 ///
 /// Functions report the host's error number and throw nothing; callers put it into their messages. Calls
-/// are repeated on EINTR and short transfers, and handles are close-on-exec. Exported for the tests; not
-/// part of the interface.
+/// are repeated on EINTR and short transfers, and handles are close-on-exec.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
-#include "kvxml/export.h"
-
 namespace KvXmlLib16::internal {
 
 /// RAII file handle.
-class KVXML_EXPORT CFile {
+class CFile {
 public:
     CFile() = default;
     CFile(const CFile&) = delete;
@@ -70,6 +67,6 @@ inline constexpr int kFaultEndOfFile = -1;
 inline constexpr int kFaultShortTransfer = -2;
 
 /// One fault at a time; null removes it. Not to be changed while other threads use files.
-KVXML_EXPORT void InjectFileFault(const FileFault* fault) noexcept;
+void InjectFileFault(const FileFault* fault) noexcept;
 
 }  // namespace KvXmlLib16::internal

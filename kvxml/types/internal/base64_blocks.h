@@ -15,7 +15,7 @@ std::size_t EncodeBase64Blocks(const unsigned char* source, std::size_t length, 
 
 /// Decodes blocks of 16 characters up to the first that holds a character outside the alphabet (of which only
 /// the low seven bits count). Returns the number of characters used; 3/4 of that many bytes count in `out`,
-/// and up to four behind them are overwritten, for which the eight characters always left over give room.
+/// and up to four after them are overwritten, for which the eight characters always left over give room.
 std::size_t DecodeBase64Blocks(const unsigned char* text, std::size_t length, unsigned char* out) noexcept;
 
 }  // namespace KvXmlLib16::internal

@@ -15,7 +15,6 @@ constexpr std::uint32_t kPow10[] = {1,      10,      100,      1000,      10000,
 using Limbs = BigNumber::Limbs;
 constexpr std::uint64_t kBase = BigNumber::kBase;
 constexpr std::uint32_t kBase32 = 1000000000;
-constexpr std::size_t kLimbDigits = BigNumber::kLimbDigits;
 
 Limbs AddLimbs(const Limbs& a, const Limbs& b) {
     const Limbs& longer = a.size() >= b.size() ? a : b;

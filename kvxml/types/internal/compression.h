@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <memory>
 
-#include "kvxml/export.h"
 #include "kvxml/types/binary_data.h"
 #include "kvxml/types/compression_type.h"
 
@@ -14,7 +13,7 @@ namespace KvXmlLib16::internal {
 /// Replaces the bytes by their compressed form. Nothing happens to an empty buffer and for any type but gzip
 /// and zlib. Input that does not shrink is refused: CKvException "Failed to compress data. [Error Code: %d]",
 /// after which `data` is as before.
-KVXML_EXPORT void Compress(CBinaryData& data, CompressionType type);
+void Compress(CBinaryData& data, CompressionType type);
 
 /// What compressed input may inflate to; 0 means without limit.
 struct InflateLimits {
@@ -22,11 +21,10 @@ struct InflateLimits {
     std::uint32_t maxRatio = 0;  ///< bytes for each byte of input, looked at once 8 MiB have come out
 };
 
-/// Inflates a gzip stream (with all its members) or a zlib stream into `out`; bytes behind the stream are
+/// Inflates a gzip stream (with all its members) or a zlib stream into `out`; bytes after the stream are
 /// ignored. Returns false, with `out` empty, when the input is no such stream or is damaged or cut off. The
 /// first two bytes tell most other input apart at once. What is beyond a limit is a CKvException.
-KVXML_EXPORT bool Inflate(const unsigned char* data, std::size_t length, const InflateLimits& limits,
-                          CBinaryData& out);
+bool Inflate(const unsigned char* data, std::size_t length, const InflateLimits& limits, CBinaryData& out);
 
 /// Inflates a gzip stream (with all its members) or a zlib stream piece by piece.
 class KVXML_EXPORT CInflater {

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kvxml/base/internal/words.h"
+
 namespace KvXmlLib16::internal {
 
 /// Value of a decimal digit; more than 9 for any other character.
@@ -30,18 +32,6 @@ inline bool ReadFourDigits(const char* text, int& value) noexcept {
     return valid;
 }
 
-/// Eight bytes of text as a number, the first byte lowest.
-inline std::uint64_t LoadEightBytes(const char* text) noexcept {
-    std::uint64_t word = 0;
-    if constexpr (std::endian::native == std::endian::little) {
-        std::memcpy(&word, text, sizeof word);
-    } else {
-        for (int i = 7; i >= 0; --i)
-            word = word << 8 | static_cast<unsigned char>(text[i]);
-    }
-    return word;
-}
-
 /// Reads the eight digits in `word`; false when one of them is none.
 inline bool ReadEightDigits(std::uint64_t word, std::uint64_t& value) noexcept {
     constexpr std::uint64_t kHighHalves = 0xf0f0f0f0f0f0f0f0;
@@ -55,9 +45,9 @@ inline bool ReadEightDigits(std::uint64_t word, std::uint64_t& value) noexcept {
     return valid;
 }
 
-/// Reads one to eight digits; false when one of them is none. Reads nothing behind them.
+/// Reads one to eight digits; false when one of them is none. Reads nothing after them.
 inline bool ReadUpToEightDigits(const char* text, std::size_t count, std::uint64_t& value) noexcept {
-    if (count == 8) return ReadEightDigits(LoadEightBytes(text), value);
+    if (count == 8) return ReadEightDigits(LoadEight(text), value);
     if constexpr (std::endian::native != std::endian::little) {
         value = 0;
         for (std::size_t i = 0; i < count; ++i) {
@@ -66,20 +56,7 @@ inline bool ReadUpToEightDigits(const char* text, std::size_t count, std::uint64
         }
         return true;
     }
-    // Loads that overlap, since what they share is the same.
-    std::uint64_t word = 0;
-    if (count >= 4) {
-        std::uint32_t first = 0;
-        std::uint32_t last = 0;
-        std::memcpy(&first, text, sizeof first);
-        std::memcpy(&last, text + count - 4, sizeof last);
-        word = first | std::uint64_t{last} << (8 * (count - 4));
-    } else {
-        const auto byte = [text](std::size_t i) {
-            return std::uint64_t{static_cast<unsigned char>(text[i])} << (8 * i);
-        };
-        word = byte(0) | byte(count / 2) | byte(count - 1);
-    }
+    const std::uint64_t word = LoadUpToEight(text, count);
     // Filled up with zeros in front.
     return ReadEightDigits(word << (64 - 8 * count) | std::uint64_t{0x3030303030303030} >> (8 * count),
                            value);
@@ -93,13 +70,13 @@ inline bool ReadDigits(const char* text, std::size_t count, std::uint64_t& value
     constexpr std::uint64_t kEightDigits = 100000000;
     if (count <= 8) return ReadUpToEightDigits(text, count, value);
     std::uint64_t last = 0;
-    bool valid = ReadEightDigits(LoadEightBytes(text + count - 8), last);
+    bool valid = ReadEightDigits(LoadEight(text + count - 8), last);
     std::uint64_t front = 0;
     if (count <= 16) {
         valid = ReadUpToEightDigits(text, count - 8, front) && valid;
     } else {
         std::uint64_t middle = 0;
-        valid = ReadEightDigits(LoadEightBytes(text + count - 16), middle) && valid;
+        valid = ReadEightDigits(LoadEight(text + count - 16), middle) && valid;
         valid = ReadUpToEightDigits(text, count - 16, front) && valid;
         front = front * kEightDigits + middle;
     }

@@ -3,14 +3,13 @@
 
 #include <string_view>
 
-#include "kvxml/export.h"
 #include "kvxml/types/binary_data.h"
 
 namespace KvXmlLib16::internal {
 
 /// The text in UTF-8.
-KVXML_EXPORT CBinaryData Utf8FromWide(std::wstring_view text);
+CBinaryData Utf8FromWide(std::wstring_view text);
 /// Text of the local code page in UTF-16, little-endian, without byte-order mark.
-KVXML_EXPORT CBinaryData Utf16LeFromLocal(std::string_view text);
+CBinaryData Utf16LeFromLocal(std::string_view text);
 
 }  // namespace KvXmlLib16::internal

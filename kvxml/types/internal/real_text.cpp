@@ -52,9 +52,9 @@ void WriteEightDigits(char* out, std::uint32_t value) noexcept {
 // How many of sixteen digits are zeros at the end.
 int TrailingZeros(const char* digits) noexcept {
     constexpr std::uint64_t kZeros = 0x3030303030303030;
-    const std::uint64_t last = LoadEightBytes(digits + 8) ^ kZeros;
+    const std::uint64_t last = LoadEight(digits + 8) ^ kZeros;
     if (last != 0) return std::countl_zero(last) / 8;
-    const std::uint64_t first = LoadEightBytes(digits) ^ kZeros;
+    const std::uint64_t first = LoadEight(digits) ^ kZeros;
     return 8 + std::countl_zero(first) / 8;
 }
 

@@ -9,7 +9,6 @@
 #include <memory>
 #include <string>
 
-#include "kvxml/export.h"
 #include "kvxml/xml/internal/xml_events.h"
 #include "kvxml/xml/internal/xml_tree_builder.h"
 
@@ -88,6 +87,6 @@ private:
 
 /// Tests only: makes `WholeLimit` smaller than it is, to reach the reading of large texts in pieces. 0
 /// restores it.
-KVXML_EXPORT void SetWholeLimit(std::size_t limit) noexcept;
+void SetWholeLimit(std::size_t limit) noexcept;
 
 }  // namespace KvXmlLib16::internal

@@ -1,49 +1,16 @@
-/// Short texts without calls: comparing, copying of what needs no escaping, appending to reserved room.
+/// Writing of text that mostly needs no escaping: copying what can stay as it is, replacing the rest.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
 
+#include "kvxml/base/internal/words.h"
 #include "kvxml/xml/string_buffer.h"
 
 namespace KvXmlLib16::internal {
-
-/// Compares up to 16 bytes without a call.
-inline bool EqualShort(const char* a, const char* b, std::size_t length) noexcept {
-    if (length > 16) return std::memcmp(a, b, length) == 0;
-    if (length >= 8) return std::memcmp(a, b, 8) == 0 && std::memcmp(a + length - 8, b + length - 8, 8) == 0;
-    if (length >= 4) return std::memcmp(a, b, 4) == 0 && std::memcmp(a + length - 4, b + length - 4, 4) == 0;
-    return length == 0 || (a[0] == b[0] && a[length / 2] == b[length / 2] && a[length - 1] == b[length - 1]);
-}
-
-// --- looking at eight bytes at once ----------------------------------------------------------------------
-
-inline constexpr std::uint64_t kOnes = 0x0101010101010101u;
-inline constexpr std::uint64_t kHighs = 0x8080808080808080u;
-
-constexpr std::uint64_t HasZeroByte(std::uint64_t word) noexcept {
-    return (word - kOnes) & ~word & kHighs;
-}
-constexpr std::uint64_t HasByte(std::uint64_t word, std::uint8_t byte) noexcept {
-    return HasZeroByte(word ^ (kOnes * byte));
-}
-/// Non-zero when a byte is below 0x20.
-constexpr std::uint64_t HasControl(std::uint64_t word) noexcept {
-    return (word - kOnes * 0x20) & ~word & kHighs;
-}
-
-template <typename Word>
-Word Load(const char* from) noexcept {
-    Word word;
-    std::memcpy(&word, from, sizeof(word));
-    return word;
-}
-template <typename Word>
-void Store(char* to, Word word) noexcept {
-    std::memcpy(to, &word, sizeof(word));
-}
 
 // --- looking at sixteen ----------------------------------------------------------------------------------
 
@@ -92,11 +59,11 @@ std::size_t CopyPlainWords(char* target, const char* source, std::size_t length)
     return isPlain ? length : done;
 }
 
-/// Copies `length` bytes, or as many as are found to need nothing but copying at a glance; returns how many
-/// they were. `target` may be overwritten up to `length` in any case.
+/// Copies text and stops at or shortly before the first byte that may need escaping, a suspect. Returns how
+/// many bytes were copied; up to `length` bytes at `target` may be overwritten in any case.
 ///
-/// `Suspects::OfByte(char)` is non-zero for a byte that may need more than copying, `OfWord(std::uint64_t)`
-/// when one of eight bytes does, and `OfBytes` tells which of sixteen do.
+/// `Suspects::OfByte(char)` is non-zero for a suspect, `OfWord(std::uint64_t)` when one of eight bytes is
+/// one, and `OfBytes` marks those among sixteen.
 template <class Suspects>
 inline std::size_t CopyPlain(char* target, const char* source, std::size_t length) noexcept {
     if (length > 16) return CopyPlainWords<Suspects>(target, source, length);
@@ -125,6 +92,35 @@ inline std::size_t CopyPlain(char* target, const char* source, std::size_t lengt
 inline char* Put(char* out, std::string_view text) noexcept {
     CStringBuffer::CopyBytes(out, text.data(), text.size());
     return out + text.size();
+}
+
+/// Text is escaped in pieces of this length, each of which needs contiguous room.
+inline constexpr std::size_t kPieceLength = 1024;
+
+/// Appends text of any length. `put(out, rest)` puts what stands for the suspect that `rest` begins with,
+/// at most `longest` characters, and returns their end.
+template <class Suspects, class Replacement>
+void AppendEscapedInPieces(CStringBuffer& buffer, std::string_view text, std::size_t longest,
+                           const Replacement& put) {
+    while (!text.empty()) {
+        const std::size_t length = std::min(text.size(), kPieceLength);
+        char* out = buffer.Reserve(length);
+        const std::size_t plain = CopyPlain<Suspects>(out, text.data(), length);
+        buffer.Commit(out + plain);
+        text.remove_prefix(plain);
+        if (plain == length) continue;
+        // A suspect is among the next ones, or they were too few to be copied at a glance.
+        const std::size_t count = std::min<std::size_t>(text.size(), 8);
+        out = buffer.Reserve(count * longest);
+        for (std::size_t i = 0; i < count; ++i) {
+            if (Suspects::OfByte(text[i]) == 0)
+                *out++ = text[i];
+            else
+                out = put(out, text.substr(i));
+        }
+        buffer.Commit(out);
+        text.remove_prefix(count);
+    }
 }
 
 }  // namespace KvXmlLib16::internal

@@ -9,11 +9,11 @@
 
 namespace KvXmlLib16::internal {
 
-/// What stands before and behind the text of an element in one piece each: line, indentation, prefix, name.
+/// What stands before and after the text of an element in one piece each: line, indentation, prefix, name.
 struct CPreparedName {
     /// Characters on both sides of the text.
     static constexpr std::size_t kLongest = 94;
-    /// What `PutStart` and `PutEnd` may overwrite behind what they put.
+    /// What `PutStart` and `PutEnd` may overwrite after what they put.
     static constexpr std::size_t kSlack = 16;
 
     std::uint32_t id = 0;

@@ -8,6 +8,7 @@
 #include "kvxml/settings/namespace_alias_map.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/tree_limits.h"
+#include "kvxml/xml/internal/writer_context.h"
 #include "kvxml/xml/internal/xml_name_check.h"
 
 namespace KvXmlLib16::internal {
@@ -56,7 +57,7 @@ CTreeOutput::~CTreeOutput() {
 }
 
 const CTreeOutput::Scope& CTreeOutput::CurrentScope() const noexcept {
-    return m_writer.m_current != nullptr ? *m_writer.m_current->scope : m_writer.m_documentScope;
+    return m_writer.m_current != nullptr ? *m_writer.m_current->scope : *m_writer.m_documentScope;
 }
 
 // --- names -------------------------------------------------------------------------------------------------
@@ -99,7 +100,7 @@ void CTreeOutput::BeginDocument(std::string_view rootUri, std::string_view rootP
         for (const auto& [uri, alias] : m_context.GetNamespaceAliases())
             m_writer.AddNamespaceAlias(alias, uri);
     }
-    const Scope& scope = m_writer.m_documentScope;
+    const Scope& scope = *m_writer.m_documentScope;
     const std::string& wanted = m_context.GetDefaultNamespaceURIRef();
     std::string_view defaultNamespace = wanted.empty() ? std::string_view(scope.defaultNamespace) : wanted;
     if (rootUri.empty()) {

@@ -51,7 +51,7 @@ public:
     void Text(std::string_view text, bool hasChildren, bool keepBlanks);
     void EndElement();
 
-    /// Children of one name in a row are the items of an array. Called before and behind each child; `like`:
+    /// Children of one name in a row are the items of an array. Called before and after each child; `like`:
     /// the next one has its name. `inArray` is kept per parent, false at first.
     bool HasArrays() const noexcept { return m_text == nullptr; }
     void BeforeChild(bool like, bool& inArray) {
@@ -59,7 +59,7 @@ public:
         m_writer.BeginArray();
         inArray = true;
     }
-    void BehindChild(bool like, bool& inArray) {
+    void AfterChild(bool like, bool& inArray) {
         if (!inArray || like) return;
         m_writer.EndArray();
         inArray = false;

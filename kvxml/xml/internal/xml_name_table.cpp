@@ -7,6 +7,7 @@
 #include <random>
 
 #include "kvxml/base/internal/namespace_uris.h"
+#include "kvxml/base/internal/words.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/xml/internal/tree_limits.h"
 
@@ -41,9 +42,7 @@ std::size_t Hash(std::string_view text) {
     std::uint64_t hash = HashSeed() ^ text.size();
     std::size_t at = 0;
     for (; at + 8 <= text.size(); at += 8) {
-        std::uint64_t piece;
-        std::memcpy(&piece, text.data() + at, 8);
-        hash = Mix(hash ^ piece) + HashSeed();
+        hash = Mix(hash ^ Load<std::uint64_t>(text.data() + at)) + HashSeed();
     }
     std::uint64_t rest = 0;
     if (at < text.size()) std::memcpy(&rest, text.data() + at, text.size() - at);

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "kvxml/base/internal/words.h"
 #include "kvxml/xml/internal/arena.h"
-#include "kvxml/xml/internal/plain_text.h"
 
 namespace KvXmlLib16::internal {
 

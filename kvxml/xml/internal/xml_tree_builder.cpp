@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kFirstFrames = 64;
 
-// Shorter text is rather copied behind other text than linked to it.
+// Shorter text is rather copied after other text than linked to it.
 constexpr std::size_t kLeastShared = 64;
 
 }  // namespace
@@ -135,7 +135,7 @@ CXmlElement* CXmlTreeBuilder::MakeElement(const char* name, const char* const* a
     return element;
 }
 
-/// Writes the attributes to where they stand behind the element, and their values behind the last of them.
+/// Writes the attributes to where they stand after the element, and their values after the last of them.
 /// Returns the end of the values; null when the chunk is too small.
 char* CXmlTreeBuilder::AddAttributes(const char* const* attributes, std::size_t count) {
     auto* const first = reinterpret_cast<CXmlAttribute*>(m_arena.AlignedTip() + sizeof(CXmlElement));

@@ -140,7 +140,7 @@ private:
     const bool m_convert;
     const bool m_isPlain;  // elements need nothing but to be made
     Frame* m_open;         // of the element opened last; the first one stands for the document
-    Frame* m_framesEnd;    // behind the last one that may be opened without a look
+    Frame* m_framesEnd;    // after the last one that may be opened without a look
     std::vector<Frame> m_frames;
 };
 
