@@ -3,8 +3,10 @@
 namespace KvXmlLib16::internal {
 
 std::uint32_t CElementNames::NumberOf(std::string_view namespaceUri) {
-    return m_namespaceNumbers.emplace(namespaceUri, static_cast<std::uint32_t>(m_namespaceNumbers.size()))
-        .first->second;
+    const auto [found, isNew] =
+        m_namespaceNumbers.emplace(namespaceUri, static_cast<std::uint32_t>(m_namespaces.size()));
+    if (isNew) m_namespaces.push_back(namespaceUri);
+    return found->second;
 }
 
 CElementNames::Names CElementNames::Own(const CElementDeclaration& element) {

@@ -24,6 +24,7 @@ public:
     /// All declarations that may stand for the head, itself included.
     Names Substitutable(const CElementDeclaration& head);
     std::uint32_t NumberOf(std::string_view namespaceUri);
+    std::string_view NamespaceOf(std::uint32_t number) const noexcept { return m_namespaces[number]; }
     const CElementDeclaration& DeclarationOf(std::uint64_t mark) const noexcept {
         return *m_declarations[static_cast<std::size_t>(mark)];
     }
@@ -51,6 +52,7 @@ private:
     CKeySets& m_sets;
     std::unordered_map<CExpandedName, std::uint32_t, CExpandedNameHash> m_nameNumbers;
     std::unordered_map<std::string_view, std::uint32_t> m_namespaceNumbers;
+    std::vector<std::string_view> m_namespaces;              // by number
     std::vector<const CElementDeclaration*> m_declarations;  // by mark
     std::unordered_map<const CElementDeclaration*, Names> m_own;
     std::unordered_map<Member, Names, MemberHash> m_members;
