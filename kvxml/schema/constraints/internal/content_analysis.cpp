@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "kvxml/schema/constraints/internal/reporter.h"
 #include "kvxml/schema/constraints/internal/schema_constraints.h"
 
 namespace KvXmlLib16::internal {
@@ -133,16 +134,16 @@ void CContentAnalysis::ReportOverlap(const CParticle& a, const CParticle& b, con
     const CParticle& earlier = a.order < b.order ? a : b;
     if (!m_overlaps.emplace(&earlier, &later).second) return;
     if (&a == &b) {
-        return AddFault(m_faults, at.place,
-                        DescribeParticle(a) + " of " + DescribePlace(a.place, at.place) +
-                            " can take the same element at two places of the content, since its group is "
-                            "referred to more than once.",
-                        "cos-nonambig");
+        return Report(m_faults, at.place,
+                      DescribeParticle(a) + " of " + DescribePlace(a.place, at.place) +
+                          " can take the same element at two places of the content, since its group is "
+                          "referred to more than once.",
+                      "cos-nonambig");
     }
-    AddFault(m_faults, later.place,
-             DescribeParticle(later) + " and " + DescribeParticle(earlier) + " of " +
-                 DescribePlace(earlier.place, later.place) + " can take the same element.",
-             "cos-nonambig");
+    Report(m_faults, later.place,
+           DescribeParticle(later) + " and " + DescribeParticle(earlier) + " of " +
+               DescribePlace(earlier.place, later.place) + " can take the same element.",
+           "cos-nonambig");
 }
 
 /// All elements of one name must have one type.
@@ -155,10 +156,10 @@ void CContentAnalysis::AddNames(Content& all, const Content& next) {
         if (!m_inconsistent.emplace(one.particle, other.particle).second) return true;
         const bool isFirstLater = one.particle->order > other.particle->order;
         const CSourcePlace& place = (isFirstLater ? one : other).particle->place;
-        AddFault(m_faults, place,
-                 "The element [" + std::string(a.name.localName) + "] has another type than that of " +
-                     DescribePlace((isFirstLater ? other : one).particle->place, place) + ".",
-                 "cos-element-consistent");
+        Report(m_faults, place,
+               "The element [" + std::string(a.name.localName) + "] has another type than that of " +
+                   DescribePlace((isFirstLater ? other : one).particle->place, place) + ".",
+               "cos-element-consistent");
         return --left > 0;
     };
     Meet(all.names, next.names, visit);
@@ -319,13 +320,12 @@ void CContentAnalysis::Count(Content& all, const Content& part, const CParticle&
     all.particles += part.particles;
     all.nesting = std::max(all.nesting, part.nesting + 1);
     if (all.particles <= kMaxContentParticles && all.nesting <= kMaxContentNesting) return;
-    AddFault(
-        m_faults, at.place,
-        all.nesting > kMaxContentNesting
-            ? "The content model is nested deeper than " + std::to_string(kMaxContentNesting) + " groups."
-            : "With all references to groups the content model has more than " +
-                  std::to_string(kMaxContentParticles) + " particles.",
-        "");
+    Report(m_faults, at.place,
+           all.nesting > kMaxContentNesting
+               ? "The content model is nested deeper than " + std::to_string(kMaxContentNesting) + " groups."
+               : "With all references to groups the content model has more than " +
+                     std::to_string(kMaxContentParticles) + " particles.",
+           "");
     all.particles = 1;
     all.nesting = 0;
 }

@@ -89,8 +89,6 @@ private:
     bool m_isUnused = false;
 };
 
-/// Adds a fault at the place.
-void AddFault(CFaultList& faults, const CSourcePlace& place, std::string message, const char* constraint);
 /// "The element [a]", "The wildcard [##other]", "The group [g]".
 std::string DescribeParticle(const CParticle& particle);
 /// "line 3, column 5", with the file when it is not that of `from`.

@@ -2,19 +2,10 @@
 #include <unordered_set>
 
 #include "kvxml/schema/constraints/internal/content_analysis.h"
+#include "kvxml/schema/constraints/internal/reporter.h"
 #include "kvxml/schema/constraints/internal/schema_constraints.h"
 
 namespace KvXmlLib16::internal {
-
-void AddFault(CFaultList& faults, const CSourcePlace& place, std::string message, const char* constraint) {
-    CFault fault;
-    if (place.document != nullptr) fault.file = place.document->file;
-    fault.line = place.line;
-    fault.column = place.column;
-    fault.message = std::move(message);
-    fault.constraint = constraint;
-    faults.Add(std::move(fault));
-}
 
 std::string DescribeParticle(const CParticle& particle) {
     if (const CElementDeclaration* element = particle.AsElement())
@@ -51,8 +42,7 @@ void CheckAllGroups(CSchemaStore& store, CFaultList& faults) {
         if (complex == nullptr || complex->particle == nullptr) continue;
         const CParticle& content = *complex->particle;
         if (IsAll(content) && content.maxOccurs > 1) {
-            AddFault(faults, content.place, "An all-group cannot occur more than once.",
-                     "cos-all-limited.1.2");
+            Report(faults, content.place, "An all-group cannot occur more than once.", "cos-all-limited.1.2");
         }
         if (complex->derivationMethod != Derivation_Extension || complex->ownParticle == nullptr ||
             complex->particle == complex->ownParticle)
@@ -61,10 +51,10 @@ void CheckAllGroups(CSchemaStore& store, CFaultList& faults) {
         for (const CParticle* particle : group.particles) {
             if (!IsAll(*particle)) continue;
             extensions.insert(&group);
-            AddFault(faults, particle == complex->ownParticle ? particle->place : complex->place,
-                     "An all-group must be the whole content of a type; it can neither extend other content "
-                     "nor be extended.",
-                     "cos-all-limited.1.2");
+            Report(faults, particle == complex->ownParticle ? particle->place : complex->place,
+                   "An all-group must be the whole content of a type; it can neither extend other content "
+                   "nor be extended.",
+                   "cos-all-limited.1.2");
             break;
         }
     }
@@ -72,14 +62,14 @@ void CheckAllGroups(CSchemaStore& store, CFaultList& faults) {
         const bool isAll = group.compositor == CModelGroup::Compositor::All;
         for (const CParticle* particle : group.particles) {
             if (isAll && particle->maxOccurs > 1) {
-                AddFault(faults, particle->place,
-                         DescribeParticle(*particle) + " of an all-group can occur once at most.",
-                         "cos-all-limited.2");
+                Report(faults, particle->place,
+                       DescribeParticle(*particle) + " of an all-group can occur once at most.",
+                       "cos-all-limited.2");
             }
             if (IsAll(*particle) && extensions.count(&group) == 0) {
-                AddFault(faults, particle->place,
-                         "An all-group must be the whole content of a type, not part of another group.",
-                         "cos-all-limited.1.2");
+                Report(faults, particle->place,
+                       "An all-group must be the whole content of a type, not part of another group.",
+                       "cos-all-limited.1.2");
             }
         }
     }
