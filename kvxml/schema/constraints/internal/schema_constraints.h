@@ -15,6 +15,11 @@ namespace KvXmlLib16::internal {
 /// components (products of two content models at most), never with minOccurs and maxOccurs.
 void CheckSchemaConstraints(CSchemaStore& store, CFaultList& faults);
 
+/// Particles that group references may make of one content model, and their nesting: more cannot be validated
+/// against.
+inline constexpr std::size_t kMaxContentParticles = 1000000;
+inline constexpr std::size_t kMaxContentNesting = 2000;
+
 // Its parts, a file each.
 
 /// Unique particle attribution (cos-nonambig), element declarations consistent (cos-element-consistent), all
