@@ -57,6 +57,15 @@ bool MayBeFewer(std::uint64_t rounds, std::uint64_t min, std::uint64_t max) noex
     return max > min && rounds >= (max - 1) / (max - min) + 1;
 }
 
+/// One particle at one place.
+bool IsSamePlace(const CKeySet& a, const CKeySet& b) noexcept {
+    return a == b;
+}
+/// One declaration, wherever it stands.
+bool IsSameDeclaration(const CKeySet& a, const CKeySet& b) noexcept {
+    return a.node == b.node && a.mark == b.mark;
+}
+
 }  // namespace
 
 // --- sets --------------------------------------------------------------------------------------------------
@@ -73,7 +82,7 @@ CKeySet CContentAnalysis::Collisions(const CKeySet& a, const CKeySet& b) {
         collisions = m_sets.Unite(collisions, place);
         return true;
     };
-    Meet(a, b, visit);
+    Meet(a, b, IsSamePlace, visit);
     return collisions;
 }
 
@@ -105,11 +114,11 @@ void CContentAnalysis::Compare(const Positions& a, const Positions& b, const CPa
         ReportOverlap(*one.particle, *other.particle, at);
         return --left > 0;
     };
-    Meet(a.names, b.names, visit);
-    Meet(a.elementNamespaces, b.wildcardNamespaces, visit);
-    Meet(a.wildcardNamespaces, b.elementNamespaces, visit);
-    Meet(a.wildcardNamespaces, b.wildcardNamespaces, visit);
-    Meet(a.open, b.open, visit);
+    Meet(a.names, b.names, IsSamePlace, visit);
+    Meet(a.elementNamespaces, b.wildcardNamespaces, IsSamePlace, visit);
+    Meet(a.wildcardNamespaces, b.elementNamespaces, IsSamePlace, visit);
+    Meet(a.wildcardNamespaces, b.wildcardNamespaces, IsSamePlace, visit);
+    Meet(a.open, b.open, IsSamePlace, visit);
     CompareOpen(a.open, b, at);
     CompareOpen(b.open, a, at);
 }
@@ -162,7 +171,7 @@ void CContentAnalysis::AddNames(Content& all, const Content& next) {
                "cos-element-consistent");
         return --left > 0;
     };
-    Meet(all.names, next.names, visit);
+    Meet(all.names, next.names, IsSameDeclaration, visit);
     all.names = m_sets.Unite(all.names, next.names);
 }
 

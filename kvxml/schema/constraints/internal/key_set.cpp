@@ -1,5 +1,8 @@
 #include "kvxml/schema/constraints/internal/key_set.h"
 
+#include <functional>
+#include <utility>
+
 namespace KvXmlLib16::internal {
 
 namespace {
@@ -30,12 +33,44 @@ CKeySet CKeySets::Single(std::uint32_t key, std::uint64_t mark, const CParticle*
 }
 
 CKeySet CKeySets::Branch(std::uint32_t key, std::uint32_t bit, const CKeySet& low, const CKeySet& high) {
-    CKeyNode& made = m_nodes.emplace_back();
-    made.key = key & ~(bit | (bit - 1));
-    made.bit = bit;
-    made.low = low;
-    made.high = high;
-    return {&made, 0, nullptr};
+    CKeyNode branch;
+    branch.key = key & ~(bit | (bit - 1));
+    branch.bit = bit;
+    branch.low = low;
+    branch.high = high;
+    if (m_branchCount * 2 >= m_branches.size()) {
+        const std::vector<const CKeyNode*> old = std::exchange(
+            m_branches, std::vector<const CKeyNode*>(m_branches.empty() ? 256 : m_branches.size() * 2));
+        for (const CKeyNode* node : old) {
+            if (node != nullptr) SlotOf(*node) = node;
+        }
+    }
+    const CKeyNode*& slot = SlotOf(branch);
+    if (slot == nullptr) {
+        slot = &m_nodes.emplace_back(branch);
+        ++m_branchCount;
+    }
+    return {slot, 0, nullptr};
+}
+
+/// Where the node is, or would be.
+const CKeyNode*& CKeySets::SlotOf(const CKeyNode& branch) {
+    const auto mix = [](std::uint64_t hash, const CKeySet& part) {
+        const std::hash<const void*> address;
+        hash = (hash ^ address(part.node)) * 0x9E3779B97F4A7C15u;
+        hash = (hash ^ (hash >> 29) ^ part.mark ^ address(part.particle)) * 0xBF58476D1CE4E5B9u;
+        return hash ^ (hash >> 32);
+    };
+    const std::uint64_t hash =
+        mix(mix(branch.key ^ std::uint64_t{branch.bit} << 32, branch.low), branch.high);
+    const std::size_t mask = m_branches.size() - 1;
+    std::size_t slot = static_cast<std::size_t>(hash) & mask;
+    for (;; slot = (slot + 1) & mask) {
+        const CKeyNode* const node = m_branches[slot];
+        if (node == nullptr || (node->key == branch.key && node->bit == branch.bit &&
+                                node->low == branch.low && node->high == branch.high))
+            return m_branches[slot];
+    }
 }
 
 /// Two sets that part above both of their nodes.
@@ -45,7 +80,7 @@ CKeySet CKeySets::Join(const CKeySet& a, const CKeySet& b) {
 }
 
 CKeySet CKeySets::Unite(const CKeySet& a, const CKeySet& b) {
-    if (b.IsEmpty() || a == b) return a;
+    if (b.IsEmpty() || a.node == b.node) return a;
     if (a.IsEmpty()) return b;
     const CKeyNode& x = *a.node;
     const CKeyNode& y = *b.node;

@@ -1,5 +1,5 @@
-/// Sets of numbered keys that share their parts: joining two costs about the size of the smaller one, copying
-/// nothing.
+/// Sets of numbered keys that share their parts: joining or comparing two costs about the size of the smaller
+/// one, or of the difference where they share nodes; copying costs nothing.
 #pragma once
 
 #include <cstddef>
@@ -43,7 +43,7 @@ inline CKeySet PartOf(const CKeySet& whole, const CKeySet& part) noexcept {
     return {part.node, part.mark + whole.mark, whole.particle != nullptr ? whole.particle : part.particle};
 }
 
-/// Makes and owns the nodes. Nothing recurses deeper than a key has bits.
+/// Makes and owns the nodes, equal ones once. Nothing recurses deeper than a key has bits.
 class CKeySets {
 public:
     CKeySet Single(std::uint32_t key, std::uint64_t mark, const CParticle* particle);
@@ -53,24 +53,28 @@ public:
 private:
     CKeySet Branch(std::uint32_t key, std::uint32_t bit, const CKeySet& low, const CKeySet& high);
     CKeySet Join(const CKeySet& a, const CKeySet& b);
+    const CKeyNode*& SlotOf(const CKeyNode& branch);
 
     std::deque<CKeyNode> m_nodes;
-    std::vector<const CKeyNode*> m_leaves;  // by key
+    std::vector<const CKeyNode*> m_leaves;    // by key
+    std::vector<const CKeyNode*> m_branches;  // a hash table, half of it free
+    std::size_t m_branchCount = 0;
 };
 
-/// Calls `visit(key, a, b)` for each key that is in both sets with different mark or particle, `a` and `b`
-/// being the sets of that key alone. It returns false to stop; so does Meet.
-template <class Visit>
-bool Meet(const CKeySet& a, const CKeySet& b, Visit& visit) {
-    if (a.IsEmpty() || b.IsEmpty() || a == b) return true;
+/// Calls `visit(key, a, b)` for each key that is in both sets, `a` and `b` being the sets of that key alone,
+/// but where `same(a, b)` holds for them or for sets that they are in. It returns false to stop; so does
+/// Meet.
+template <class Same, class Visit>
+bool Meet(const CKeySet& a, const CKeySet& b, const Same& same, Visit& visit) {
+    if (a.IsEmpty() || b.IsEmpty() || same(a, b)) return true;
     const CKeyNode& x = *a.node;
     const CKeyNode& y = *b.node;
-    if (x.bit > y.bit) return !x.Covers(y.key) || Meet(PartOf(a, x.Side(y.key)), b, visit);
-    if (x.bit < y.bit) return !y.Covers(x.key) || Meet(a, PartOf(b, y.Side(x.key)), visit);
+    if (x.bit > y.bit) return !x.Covers(y.key) || Meet(PartOf(a, x.Side(y.key)), b, same, visit);
+    if (x.bit < y.bit) return !y.Covers(x.key) || Meet(a, PartOf(b, y.Side(x.key)), same, visit);
     if (x.key != y.key) return true;
     if (x.IsLeaf()) return visit(x.key, a, b);
-    return Meet(PartOf(a, x.low), PartOf(b, y.low), visit) &&
-           Meet(PartOf(a, x.high), PartOf(b, y.high), visit);
+    return Meet(PartOf(a, x.low), PartOf(b, y.low), same, visit) &&
+           Meet(PartOf(a, x.high), PartOf(b, y.high), same, visit);
 }
 
 /// Calls `visit(key, one)` for each key until it returns false.

@@ -42,7 +42,7 @@ void CheckAttributeRestriction(const std::vector<const CAttributeUse*>& uses, co
                                const AttributeReport& report);
 
 /// Particle Valid (Restriction) of 3.9.6: `restricted` against `base`. On failure gives the constraint's
-/// name.
+/// name; an empty one when references to groups make too many particles of them to look at.
 bool IsParticleRestriction(const CParticle* restricted, const CParticle* base, const char** constraint);
 /// Wildcard Subset (3.10.6).
 bool IsSubset(const CWildcard& sub, const CWildcard& super) noexcept;
@@ -50,9 +50,8 @@ bool IsSubset(const CWildcard& sub, const CWildcard& super) noexcept;
 bool Unite(const CWildcard& a, const CWildcard& b, CWildcard& result);
 bool Intersect(const CWildcard& a, const CWildcard& b, CWildcard& result);
 /// Particle Emptiable (3.9.6).
-bool IsEmptiable(const CParticle* particle) noexcept;
+bool IsEmptiable(const CParticle* particle);
 /// Type Derivation OK (3.4.6, 3.14.6) with the subset of derivations that are blocked.
-bool IsDerivationOk(const CTypeDefinition& derived, const CTypeDefinition& base,
-                    DerivationSet blocked) noexcept;
+bool IsDerivationOk(const CTypeDefinition& derived, const CTypeDefinition& base, DerivationSet blocked);
 
 }  // namespace KvXmlLib16::internal
