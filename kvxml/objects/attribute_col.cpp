@@ -48,6 +48,10 @@ CAttribute::CAttribute(const CXmlAttribute& attribute) : m_value(attribute.GetVa
     if (m_isTypeValue) m_valueNamespace = CSharedName(typeNamespace);
 }
 
+CAttribute::CAttribute(const CAttribute&) = default;
+CAttribute& CAttribute::operator=(const CAttribute&) = default;
+CAttribute::CAttribute(CAttribute&&) noexcept = default;
+CAttribute& CAttribute::operator=(CAttribute&&) noexcept = default;
 CAttribute::~CAttribute() = default;
 
 void CAttribute::SetName(const char* name) {
@@ -107,6 +111,10 @@ CAttributeCol::CAttributeCol(const char* restriction, const char* targetNamespac
       m_restriction(OrEmpty(restriction)),
       m_targetNamespace(OrEmpty(targetNamespace)) {}
 
+CAttributeCol::CAttributeCol(const CAttributeCol&) = default;
+CAttributeCol& CAttributeCol::operator=(const CAttributeCol&) = default;
+CAttributeCol::CAttributeCol(CAttributeCol&&) noexcept = default;
+CAttributeCol& CAttributeCol::operator=(CAttributeCol&&) noexcept = default;
 CAttributeCol::~CAttributeCol() = default;
 
 bool CAttributeCol::AcceptsNamespace(std::string_view ns) const noexcept {

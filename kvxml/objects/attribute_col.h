@@ -30,6 +30,10 @@ public:
     CAttribute(const char* name, const char* ns, const char* value);
     /// A copy of an attribute of a document.
     explicit CAttribute(const CXmlAttribute& attribute);
+    CAttribute(const CAttribute&);
+    CAttribute& operator=(const CAttribute&);
+    CAttribute(CAttribute&&) noexcept;
+    CAttribute& operator=(CAttribute&&) noexcept;
     ~CAttribute() override;
 
     CXmlObjectBase* GetBase() override { return this; }
@@ -72,6 +76,7 @@ protected:
 
 private:
     friend class CAttributeCol;
+    friend class internal::CObjectGraph;
 
     void Write(internal::CTreeOutput& output) const;
 
@@ -88,6 +93,10 @@ public:
     /// `restriction` is a wildcard's namespace list; "##targetNamespace" and "##other" are judged against
     /// `targetNamespace`.
     explicit CAttributeCol(const char* restriction = "##any", const char* targetNamespace = "");
+    CAttributeCol(const CAttributeCol&);
+    CAttributeCol& operator=(const CAttributeCol&);
+    CAttributeCol(CAttributeCol&&) noexcept;
+    CAttributeCol& operator=(CAttributeCol&&) noexcept;
     ~CAttributeCol() override;
 
     /// Appends. CKvInvalidNamespaceException "Invalid Namespace [%s]." when the restriction rejects `ns`. A
@@ -95,6 +104,7 @@ public:
     CSmartPtr<CAttribute> Add(const char* name, const char* ns, const char* value);
     /// Appends an attribute, which is shared; errors as above.
     void Add(const CSmartPtr<CAttribute>& attribute);
+    void push_back(const CSmartPtr<CAttribute>& attribute) { Add(attribute); }
     /// Gives the attribute of that name and namespace a value; appends it when there is none. Errors as
     /// above.
     CSmartPtr<CAttribute> Set(const char* name, const char* ns, const char* value);

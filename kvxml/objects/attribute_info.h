@@ -56,6 +56,7 @@ public:
 
     const std::string& GetAttributeName() const noexcept { return m_name; }
     const std::string& GetAttributeNamespace() const noexcept { return m_namespace; }
+    int GetPropertyIndex() const noexcept { return m_propertyIndex; }
 
 protected:
     /// `optional`: the attribute may be absent. A null `defaultValue` counts as empty, that is none.

@@ -43,6 +43,8 @@ CElement::CElement(const char* name, const char* ns, const char* value)
     SetName(name);
 }
 
+CElement::CElement(CElement&&) noexcept = default;
+CElement& CElement::operator=(CElement&&) noexcept = default;
 CElement::~CElement() = default;
 
 void CElement::SetName(const char* name) {
@@ -253,6 +255,10 @@ CElementCol::CElementCol(const char* elementName, const char* ns, int minOccurs,
       m_restriction(OrEmpty(restriction)),
       m_targetNamespace(OrEmpty(targetNamespace)) {}
 
+CElementCol::CElementCol(const CElementCol&) = default;
+CElementCol& CElementCol::operator=(const CElementCol&) = default;
+CElementCol::CElementCol(CElementCol&&) noexcept = default;
+CElementCol& CElementCol::operator=(CElementCol&&) noexcept = default;
 CElementCol::~CElementCol() = default;
 
 bool CElementCol::AcceptsNamespace(std::string_view ns) const noexcept {

@@ -45,6 +45,9 @@ public:
     explicit CElement(const char* name, const char* ns = nullptr, const char* value = nullptr);
     CElement(const CElement&) = delete;
     CElement& operator=(const CElement&) = delete;
+    /// Leaves `other` without content. For copies see Clone.
+    CElement(CElement&& other) noexcept;
+    CElement& operator=(CElement&& other) noexcept;
     ~CElement() override;
 
     CXmlObjectBase* GetBase() override { return this; }
@@ -112,6 +115,7 @@ protected:
 
 private:
     friend class CElementCol;
+    friend class internal::CObjectGraph;
 
     void Clear();
     /// Takes over name, attributes and text. Returns whether blanks in the element, and in what it contains,
@@ -147,6 +151,10 @@ public:
     /// `maxOccurs` -1: unbounded.
     CElementCol(const char* elementName, const char* ns, int minOccurs, int maxOccurs,
                 const char* restriction = "##any", const char* targetNamespace = "");
+    CElementCol(const CElementCol&);
+    CElementCol& operator=(const CElementCol&);
+    CElementCol(CElementCol&&) noexcept;
+    CElementCol& operator=(CElementCol&&) noexcept;
     ~CElementCol() override;
 
     /// Whether the element is one that the collection takes when it reads. With a restriction, namespaces
@@ -156,6 +164,7 @@ public:
     bool AcceptsNamespace(std::string_view ns) const noexcept;
 
     void Add(const CSmartPtr<CElement>& element);
+    void push_back(const CSmartPtr<CElement>& element) { Add(element); }
     /// Appends a new element and returns it. A null `ns`: the namespace of the collection.
     CSmartPtr<CElement> Add(const char* name, const char* ns, const char* value);
     void AddAt(int index, const CSmartPtr<CElement>& element);

@@ -118,6 +118,10 @@ bool CElementInfo::PassNull(const CXmlGeneratedClass* owner, CXmlElement** curso
     return true;
 }
 
+KvXmlLib16::CSmartPtr<CXmlObjectBase> CElementInfo::NewMemberLike(const CXmlObjectBase&) const {
+    return nullptr;
+}
+
 std::string CElementInfo::GetAnyDefaultNamespace(const char* restriction, const char* ns,
                                                  const char* targetNamespace) {
     std::string_view rule = OrEmpty(restriction);

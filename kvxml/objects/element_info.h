@@ -20,7 +20,13 @@ class CXmlCollectionBase;
 class CXmlElement;
 class CXmlGeneratedClass;
 class CXmlObjectBase;
+template <class T>
+class CSmartPtr;
 struct KvVariant;
+
+namespace internal {
+class CObjectGraph;
+}
 }  // namespace KvXmlLib16
 
 namespace KvXmlLib16Data {
@@ -102,6 +108,9 @@ protected:
     virtual bool DropsNull(const CXmlGeneratedClass* owner) const;
     /// Moves the cursor past an element of the record that is such a null. False for any other element.
     bool PassNull(const CXmlGeneratedClass* owner, CXmlElement** cursor) const;
+    /// A new object for the member, of the class of `object`; null when the record does not know how to make
+    /// one. Here it never does.
+    virtual KvXmlLib16::CSmartPtr<CXmlObjectBase> NewMemberLike(const CXmlObjectBase& object) const;
 
     void InvokePropertyGet(const CXmlGeneratedClass* owner, KvVariant& value) const;
     void ReadProperty(const CXmlGeneratedClass* owner, KvVariant& value) const {
@@ -190,6 +199,7 @@ protected:
 
 private:
     friend class KvXmlLib16::CXmlGeneratedClass;
+    friend class KvXmlLib16::internal::CObjectGraph;
 
     /// Reads the simple element under the cursor into the property; `convert` makes the value from its text.
     template <class Convert>

@@ -272,6 +272,11 @@ bool CElementInfoCls<group, cardinality>::DropsNull(const CXmlGeneratedClass* ow
 }
 
 template <RecordGroup group, RecordCardinality cardinality>
+CSmartPtr<CXmlObjectBase> CElementInfoCls<group, cardinality>::NewMemberLike(const CXmlObjectBase&) const {
+    return m_factory == nullptr ? nullptr : m_factory(m_classId, this->m_name.c_str());
+}
+
+template <RecordGroup group, RecordCardinality cardinality>
 bool CElementInfoCls<group, cardinality>::Validate(const CSerializationContext& context,
                                                    const CXmlGeneratedClass* owner, bool found,
                                                    bool isElement) {
@@ -327,6 +332,12 @@ bool CElementInfoAbsCls<group, cardinality>::TryRead(const CSerializationContext
 }
 
 template <RecordGroup group, RecordCardinality cardinality>
+CSmartPtr<CXmlObjectBase> CElementInfoAbsCls<group, cardinality>::NewMemberLike(
+    const CXmlObjectBase& object) const {
+    return CSubstitution::MakeLike(m_factory, object, this->m_name, this->m_namespace);
+}
+
+template <RecordGroup group, RecordCardinality cardinality>
 void CElementInfoAbsCls<group, cardinality>::PseudoChildAttributeToXml(const CSerializationContext& context,
                                                                        const CXmlGeneratedClass* owner,
                                                                        CXmlWriter* writer) {
@@ -352,6 +363,11 @@ bool CElementInfoUntpd<group, cardinality>::WriteValue(const CSerializationConte
                                                         m_defaultNamespace.c_str());
     this->ToXml_Int(object, writer, ns.c_str(), context, false);
     return true;
+}
+
+template <RecordGroup group, RecordCardinality cardinality>
+CSmartPtr<CXmlObjectBase> CElementInfoUntpd<group, cardinality>::NewMemberLike(const CXmlObjectBase&) const {
+    return CSmartPtr<CElement>(new CElement());
 }
 
 template <RecordGroup group, RecordCardinality cardinality>

@@ -119,6 +119,7 @@ protected:
     bool TryRead(const CSerializationContext& context, CXmlGeneratedClass* owner, CXmlElement* parent,
                  CXmlElement** cursor, XmlElementType type) const override;
     bool DropsNull(const CXmlGeneratedClass* owner) const override;
+    KvXmlLib16::CSmartPtr<CXmlObjectBase> NewMemberLike(const CXmlObjectBase& object) const override;
 
 private:
     /// The object to read into: what the property holds, or with `makeNew` or when it holds none, a new one.
@@ -154,6 +155,7 @@ protected:
                     CXmlWriter* writer) const override;
     bool TryRead(const CSerializationContext& context, CXmlGeneratedClass* owner, CXmlElement* parent,
                  CXmlElement** cursor, XmlElementType type) const override;
+    KvXmlLib16::CSmartPtr<CXmlObjectBase> NewMemberLike(const CXmlObjectBase& object) const override;
 
 private:
     XmlElementType m_memberType;
@@ -178,6 +180,7 @@ protected:
                     CXmlWriter* writer) const override;
     bool TryRead(const CSerializationContext& context, CXmlGeneratedClass* owner, CXmlElement* parent,
                  CXmlElement** cursor, XmlElementType type) const override;
+    KvXmlLib16::CSmartPtr<CXmlObjectBase> NewMemberLike(const CXmlObjectBase& object) const override;
 
 private:
     std::string m_restriction;

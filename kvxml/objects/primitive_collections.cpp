@@ -1,6 +1,7 @@
 #include "kvxml/objects/primitive_collections.h"
 
 #include <type_traits>
+#include <utility>
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/types/conversions.h"
@@ -48,6 +49,10 @@ template <class T>
 CPrimitiveCollection<T>::CPrimitiveCollection(const CPrimitiveCollection&) = default;
 template <class T>
 CPrimitiveCollection<T>& CPrimitiveCollection<T>::operator=(const CPrimitiveCollection&) = default;
+template <class T>
+CPrimitiveCollection<T>::CPrimitiveCollection(CPrimitiveCollection&&) noexcept = default;
+template <class T>
+CPrimitiveCollection<T>& CPrimitiveCollection<T>::operator=(CPrimitiveCollection&&) noexcept = default;
 template <class T>
 CPrimitiveCollection<T>::~CPrimitiveCollection() = default;
 
@@ -182,6 +187,11 @@ template <ItemType kind, class T>
 CPrimitiveKindCollection<kind, T>& CPrimitiveKindCollection<kind, T>::operator=(
     const CPrimitiveKindCollection&) = default;
 template <ItemType kind, class T>
+CPrimitiveKindCollection<kind, T>::CPrimitiveKindCollection(CPrimitiveKindCollection&&) noexcept = default;
+template <ItemType kind, class T>
+CPrimitiveKindCollection<kind, T>& CPrimitiveKindCollection<kind, T>::operator=(
+    CPrimitiveKindCollection&&) noexcept = default;
+template <ItemType kind, class T>
 CPrimitiveKindCollection<kind, T>::~CPrimitiveKindCollection() = default;
 
 template <ItemType kind, class T>
@@ -240,6 +250,12 @@ CdatetimeBaseCol::CdatetimeBaseCol(ItemType type, const char* elementName, const
 CdatetimeBaseCol::CdatetimeBaseCol(const CdatetimeBaseCol& other) : CPrimitiveCollection(other) {}
 CdatetimeBaseCol& CdatetimeBaseCol::operator=(const CdatetimeBaseCol& other) {
     CPrimitiveCollection::operator=(other);
+    return *this;
+}
+CdatetimeBaseCol::CdatetimeBaseCol(CdatetimeBaseCol&& other) noexcept
+    : CPrimitiveCollection(std::move(other)) {}
+CdatetimeBaseCol& CdatetimeBaseCol::operator=(CdatetimeBaseCol&& other) noexcept {
+    CPrimitiveCollection::operator=(std::move(other));
     return *this;
 }
 CdatetimeBaseCol::~CdatetimeBaseCol() = default;

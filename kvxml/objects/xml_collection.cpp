@@ -35,6 +35,35 @@ CXmlCollection& CXmlCollection::operator=(const CXmlCollection& other) {
     return *this;
 }
 
+CXmlCollection::CXmlCollection(CXmlCollection&& other) noexcept : CXmlCollectionBase(std::move(other)) {
+    Swap(other);
+}
+
+CXmlCollection& CXmlCollection::operator=(CXmlCollection&& other) noexcept {
+    if (this != &other) {
+        while (m_tail != nullptr)
+            FreeNode(m_tail);
+        CXmlCollectionBase::operator=(std::move(other));
+        Swap(other);
+    }
+    return *this;
+}
+
+void CXmlCollection::Swap(CXmlCollection& other) noexcept {
+    std::swap(m_head, other.m_head);
+    std::swap(m_tail, other.m_tail);
+    std::swap(m_count, other.m_count);
+    std::swap(m_lastNode, other.m_lastNode);
+    std::swap(m_lastIndex, other.m_lastIndex);
+    std::swap(m_block, other.m_block);
+    std::swap(m_blockUsed, other.m_blockUsed);
+    std::swap(m_blockSize, other.m_blockSize);
+    std::swap(m_free, other.m_free);
+    m_isSubstitutable = other.m_isSubstitutable;
+    ++m_removals;
+    ++other.m_removals;
+}
+
 CXmlCollection::~CXmlCollection() {
     // In the reverse order of making, which costs the heap least.
     for (CNode* node = m_tail; node != nullptr; node = node->previous)
@@ -44,6 +73,7 @@ CXmlCollection::~CXmlCollection() {
 }
 
 void CXmlCollection::CopyItems(const CXmlCollection& other) {
+    m_isSubstitutable = other.m_isSubstitutable;
     for (const CNode* node = other.m_head; node != nullptr; node = node->next) {
         CNode* copy = NewNode();
         copy->item = node->item;
@@ -216,6 +246,15 @@ void CXmlCollection::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSer
 
 void CXmlCollection::AttributesToXml_Int(CXmlWriter* writer, const CSerializationContext& context) const {
     if (m_head != nullptr) CXmlObjectBase::AttributesToXml_Int(m_head->item.Get(), writer, context);
+}
+
+CSmartPtr<CXmlObjectBase> CXmlCollection::NewItemLike(const CXmlObjectBase&) const {
+    return nullptr;
+}
+
+CSmartPtr<CXmlObjectBase> CXmlCollection::NewSubstituteLike(const CXmlObjectBase& item,
+                                                            CreateSubstitute create) const {
+    return internal::CSubstitution::MakeLike(create, item, GetElementNameView(), GetItemNamespace());
 }
 
 CXmlElement* CXmlCollection::ReadItems(CXmlElement* cursor, const CSerializationContext& context,

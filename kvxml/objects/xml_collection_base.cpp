@@ -1,6 +1,7 @@
 #include "kvxml/objects/xml_collection_base.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/settings/serialization_context.h"
@@ -17,6 +18,21 @@ CXmlCollectionBase::CXmlCollectionBase(const char* elementName, const char* ns, 
 
 CXmlCollectionBase::CXmlCollectionBase(const CXmlCollectionBase&) = default;
 CXmlCollectionBase& CXmlCollectionBase::operator=(const CXmlCollectionBase&) = default;
+CXmlCollectionBase::CXmlCollectionBase(CXmlCollectionBase&& other) noexcept
+    : CXmlObjectBase(std::move(other)),
+      m_namespace(other.m_namespace),
+      m_listeners(std::exchange(other.m_listeners, {})),
+      m_minOccurs(other.m_minOccurs),
+      m_maxOccurs(other.m_maxOccurs) {}
+CXmlCollectionBase& CXmlCollectionBase::operator=(CXmlCollectionBase&& other) noexcept {
+    if (this == &other) return *this;
+    CXmlObjectBase::operator=(std::move(other));
+    m_namespace = other.m_namespace;
+    m_listeners = std::exchange(other.m_listeners, {});
+    m_minOccurs = other.m_minOccurs;
+    m_maxOccurs = other.m_maxOccurs;
+    return *this;
+}
 CXmlCollectionBase::~CXmlCollectionBase() = default;
 
 std::string CXmlCollectionBase::GetTargetNamespace() const {

@@ -1,7 +1,9 @@
 /// What all collections share: element name, bounds, listeners.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +21,9 @@ namespace KvXmlLib16 {
 /// changed.
 class KVXML_EXPORT CXmlCollectionBase : public CXmlObjectBase {
 public:
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+
     ~CXmlCollectionBase() override;
 
     CXmlObjectBase* GetBase() override { return this; }
@@ -28,6 +33,8 @@ public:
     std::string GetNamespace() const override;
 
     virtual std::int32_t GetCount() const = 0;
+    std::size_t size() const { return static_cast<std::size_t>(GetCount()); }
+    bool empty() const { return GetCount() == 0; }
     /// Removes every item.
     virtual void Clear() = 0;
     /// Removes one item; CKvInvalidParamException "Index %d is out of range, use 0 - %d" for a bad index.
@@ -52,6 +59,9 @@ protected:
     CXmlCollectionBase(const char* elementName, const char* ns, int minOccurs, int maxOccurs);
     CXmlCollectionBase(const CXmlCollectionBase&);
     CXmlCollectionBase& operator=(const CXmlCollectionBase&);
+    /// Takes the listeners; name, namespace and bounds are in both then.
+    CXmlCollectionBase(CXmlCollectionBase&& other) noexcept;
+    CXmlCollectionBase& operator=(CXmlCollectionBase&& other) noexcept;
 
     void FireOnCollectionChange();
     void FireOnCollectionAdd(void* item);
@@ -65,8 +75,15 @@ protected:
 
     /// CKvInvalidParamException unless 0 <= index < count.
     void CheckItemIndex(int index) const;
+    /// The same index as an int, for operations that check it: what no int can be is out of range for all.
+    static int ToItemIndex(std::size_t index) noexcept {
+        constexpr auto kMax = static_cast<std::size_t>(std::numeric_limits<int>::max());
+        return static_cast<int>(index < kMax ? index : kMax);
+    }
 
 private:
+    friend class internal::CObjectGraph;
+
     template <class Fire>
     void ForEachListener(Fire fire);
 

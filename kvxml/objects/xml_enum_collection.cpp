@@ -16,6 +16,8 @@ CXmlEnumCollection::CXmlEnumCollection(const char* elementName, const char* ns, 
 
 CXmlEnumCollection::CXmlEnumCollection(const CXmlEnumCollection&) = default;
 CXmlEnumCollection& CXmlEnumCollection::operator=(const CXmlEnumCollection&) = default;
+CXmlEnumCollection::CXmlEnumCollection(CXmlEnumCollection&&) noexcept = default;
+CXmlEnumCollection& CXmlEnumCollection::operator=(CXmlEnumCollection&&) noexcept = default;
 CXmlEnumCollection::~CXmlEnumCollection() = default;
 
 void CXmlEnumCollection::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext&,

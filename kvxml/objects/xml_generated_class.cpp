@@ -100,6 +100,8 @@ std::uint64_t CacheKey(std::uint64_t classId, NameUse use, bool ignoreNamespaces
 CXmlGeneratedClass::CXmlGeneratedClass() noexcept = default;
 CXmlGeneratedClass::CXmlGeneratedClass(const CXmlGeneratedClass& other) noexcept = default;
 CXmlGeneratedClass& CXmlGeneratedClass::operator=(const CXmlGeneratedClass& other) noexcept = default;
+CXmlGeneratedClass::CXmlGeneratedClass(CXmlGeneratedClass&& other) noexcept = default;
+CXmlGeneratedClass& CXmlGeneratedClass::operator=(CXmlGeneratedClass&& other) noexcept = default;
 CXmlGeneratedClass::~CXmlGeneratedClass() = default;
 
 std::uint64_t CXmlGeneratedClass::GetUsedProperties() const {

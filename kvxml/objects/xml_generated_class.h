@@ -41,6 +41,8 @@ public:
     CXmlGeneratedClass() noexcept;
     CXmlGeneratedClass(const CXmlGeneratedClass& other) noexcept;
     CXmlGeneratedClass& operator=(const CXmlGeneratedClass& other) noexcept;
+    CXmlGeneratedClass(CXmlGeneratedClass&& other) noexcept;
+    CXmlGeneratedClass& operator=(CXmlGeneratedClass&& other) noexcept;
     ~CXmlGeneratedClass() override;
 
 protected:
@@ -120,6 +122,7 @@ private:
     friend class KvXmlLib16Data::CAttributeInfo;
     friend class KvXmlLib16Data::CElementInfo;
     friend class internal::CEntryPoints;
+    friend class internal::CObjectGraph;
     friend class internal::CSubstitution;
 
     class RecordOfferer;

@@ -76,6 +76,13 @@ CXmlObjectBase& CXmlObjectBase::operator=(const CXmlObjectBase& other) noexcept 
     return *this;
 }
 
+CXmlObjectBase::CXmlObjectBase(CXmlObjectBase&& other) noexcept : m_elementName(other.m_elementName) {}
+
+CXmlObjectBase& CXmlObjectBase::operator=(CXmlObjectBase&& other) noexcept {
+    m_elementName = other.m_elementName;
+    return *this;
+}
+
 CXmlObjectBase::~CXmlObjectBase() = default;
 
 void CXmlObjectBase::DeleteThis() const noexcept {

@@ -1,5 +1,7 @@
 #include "kvxml/objects/xml_type_collection.h"
 
+#include <utility>
+
 #include "kvxml/base/exceptions.h"
 #include "kvxml/objects/internal/simple_element.h"
 #include "kvxml/xml/xml_element.h"
@@ -21,6 +23,16 @@ CXmlTypeCollection::CXmlTypeCollection(ItemType type, const char* elementName, c
 
 CXmlTypeCollection::CXmlTypeCollection(const CXmlTypeCollection&) = default;
 CXmlTypeCollection& CXmlTypeCollection::operator=(const CXmlTypeCollection&) = default;
+CXmlTypeCollection::CXmlTypeCollection(CXmlTypeCollection&& other) noexcept
+    : CXmlCollectionBase(std::move(other)),
+      m_itemType(other.m_itemType),
+      m_restrictions(other.m_restrictions) {}
+CXmlTypeCollection& CXmlTypeCollection::operator=(CXmlTypeCollection&& other) noexcept {
+    CXmlCollectionBase::operator=(std::move(other));
+    m_itemType = other.m_itemType;
+    m_restrictions = other.m_restrictions;
+    return *this;
+}
 CXmlTypeCollection::~CXmlTypeCollection() = default;
 
 CXmlElement* CXmlTypeCollection::FromXml_Int(CXmlElement*, CXmlElement* cursor,

@@ -30,6 +30,9 @@ public:
 protected:
     CXmlTypeCollection(const CXmlTypeCollection&);
     CXmlTypeCollection& operator=(const CXmlTypeCollection&);
+    /// The facets are in both then.
+    CXmlTypeCollection(CXmlTypeCollection&& other) noexcept;
+    CXmlTypeCollection& operator=(CXmlTypeCollection&& other) noexcept;
 
     /// Appends the value that `text` stands for. CKvException of the conversion or the facets.
     virtual void AddFromString(std::string_view text) = 0;
@@ -48,6 +51,8 @@ protected:
     const CPrimitiveRestrictions& GetRestrictions() const noexcept { return m_restrictions; }
 
 private:
+    friend class internal::CObjectGraph;
+
     ItemType m_itemType;
     CPrimitiveRestrictions m_restrictions;
 };

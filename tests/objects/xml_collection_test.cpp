@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "kvxml/kvxml.h"
@@ -156,6 +160,64 @@ TEST(XmlCollectionTest, Counts) {
         ErrorOf([&] { c.GetTargetNamespace(); }),
         "CXmlCollectionBase::GetTargetNamespace Should not be used from within a Collection (program logic "
         "error)");
+}
+
+TEST(XmlCollectionTest, StandardContainerOperations) {
+    CSmartPtr<Collection> c(new Collection(0, -1));
+    static_assert(std::is_same_v<Collection::value_type, Node*>);
+    EXPECT_TRUE(c->empty());
+    EXPECT_EQ(ErrorOf([&] { c->front(); }), "Index 0 is out of range, use 0 - -1");
+    EXPECT_EQ(ErrorOf([&] { c->back(); }), "Index 0 is out of range, use 0 - -1");
+    c->push_back(Named("a"));
+    const std::vector<CSmartPtr<Node>> more = {Named("b"), Named("c")};
+    std::copy(more.begin(), more.end(), std::back_inserter(*c));
+    EXPECT_EQ(c->size(), 3U);
+    EXPECT_EQ(NameOf(*c->front()) + NameOf(*c->back()) + NameOf(*(*c)[1]), "acb");
+    EXPECT_EQ(c[2], c->back()) << "of the collection that a smart pointer holds";
+    EXPECT_EQ(c->front()->Name(), "Item");
+    EXPECT_EQ(ErrorOf([&] { c[3]; }), "Index 3 is out of range, use 0 - 2");
+    EXPECT_EQ(ErrorOf([&] { c[std::size_t{1} << 32]; }), "Index 2147483647 is out of range, use 0 - 2");
+    EXPECT_EQ(std::distance(c->cbegin(), c->cend()), 3);
+
+    // The collections of untyped content check what they are given, however that is.
+    CElementCol own("", "", 0, -1, "##targetNamespace", "urn:t");
+    EXPECT_NE(ErrorOf([&] { own.push_back(new CElement("e", "urn:o")); }), "(no error)");
+    CAttributeCol attributes("##targetNamespace", "urn:t");
+    EXPECT_NE(ErrorOf([&] { attributes.push_back(new CAttribute("a", "urn:o", "")); }), "(no error)");
+}
+
+TEST(XmlCollectionTest, Moving) {
+    using Nodes = CXmlTypedCollection<Node>;
+    Listener listener;
+    Nodes source("Item", "urn:i", 0, -1);
+    const auto item = Named("a");
+    source.Add(item);
+    source.AddEventListener(&listener);
+    Nodes moved(std::move(source));
+    EXPECT_EQ(moved.front(), item.Get());
+    EXPECT_EQ(item->AddRef(), 3) << "not shared, but taken";
+    item->Release();
+    EXPECT_TRUE(source.empty());
+    EXPECT_EQ(listener.events, "");
+    moved.Add(Named("b"));
+    EXPECT_EQ(listener.events, "1b:1 2b:2 0:2");
+    listener.events.clear();
+    source.Add(Named("c"));
+    EXPECT_EQ(listener.events, "");
+    EXPECT_EQ(source.front()->Name(), "Item");
+
+    moved = std::move(source);
+    EXPECT_EQ(moved.size(), 1U);
+    EXPECT_EQ(NameOf(*moved.front()), "c");
+    EXPECT_EQ(item->AddRef(), 2) << "what was there is let go";
+    item->Release();
+    Nodes& self = moved;
+    moved = std::move(self);
+    EXPECT_EQ(moved.size(), 1U);
+    // References stay with the object that they are to.
+    const CSmartPtr<Nodes> shared(new Nodes("Item", "urn:i", 0, -1));
+    const Nodes unshared(std::move(*shared));
+    EXPECT_EQ(unshared.AddRef(), 1);
 }
 
 TEST(XmlCollectionTest, ItemsAreSharedAndNamed) {
