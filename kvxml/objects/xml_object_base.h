@@ -87,7 +87,14 @@ public:
     virtual std::string ToJson(bool formatted = true, EOLType eol = EOLType_LF,
                                const CSerializationContext& context = DefaultContext()) const;
     /// The object as XML bytes in `encoding`, without byte-order mark, compressed on request.
-#include "kvxml/settings/write_options.h"
+    virtual CBinaryData ToXmlStream(bool includeDocHeader = true, bool formatted = true,
+                                    XmlEncoding encoding = XmlEncoding_UTF8, EOLType eol = EOLType_LF,
+                                    const CSerializationContext& context = DefaultContext(),
+                                    CompressionType compression = CompressionType_None) const;
+    /// The object as a Fast Infoset document, compressed on request.
+    virtual CBinaryData ToFastInfosetStream(FInfoDecl decl = FInfoDecl_None,
+                                            const CSerializationContext& context = DefaultContext(),
+                                            CompressionType compression = CompressionType_None) const;
     /// The object as JSON bytes in `encoding`, without byte-order mark, compressed on request.
     virtual CBinaryData ToJsonStream(bool formatted = true, XmlEncoding encoding = XmlEncoding_UTF8,
                                      EOLType eol = EOLType_LF,
@@ -96,26 +103,22 @@ public:
 
     // The same by named options: each calls the one above.
 
-    std::string ToXml(const CWriteOptions& options, const CSerializationContext& context =
-                                                        DefaultContext()) const;
-    std::string ToJson(const CWriteOptions& options, const CSerializationContext& context =
-                                                         DefaultContext()) const;
-    CBinaryData ToXmlStream(
-        const CWriteOptions& options,
-        const CSerializationContext& context = DefaultContext()) const;
-    CBinaryData ToJsonStream(
-        const CWriteOptions& options,
-        const CSerializationContext& context = DefaultContext()) const;
-    CBinaryData ToFastInfosetStream(
-        const CWriteOptions& options,
-        const CSerializationContext& context = DefaultContext()) const;
+    std::string ToXml(const CWriteOptions& options,
+                      const CSerializationContext& context = DefaultContext()) const;
+    std::string ToJson(const CWriteOptions& options,
+                       const CSerializationContext& context = DefaultContext()) const;
+    CBinaryData ToXmlStream(const CWriteOptions& options,
+                            const CSerializationContext& context = DefaultContext()) const;
+    CBinaryData ToJsonStream(const CWriteOptions& options,
+                             const CSerializationContext& context = DefaultContext()) const;
+    CBinaryData ToFastInfosetStream(const CWriteOptions& options,
+                                    const CSerializationContext& context = DefaultContext()) const;
     void ToXmlFile(const char* fileName, const CWriteOptions& options,
                    const CSerializationContext& context = DefaultContext()) const;
     void ToJsonFile(const char* fileName, const CWriteOptions& options,
                     const CSerializationContext& context = DefaultContext()) const;
-    void ToFastInfosetFile(
-        const char* fileName, const CWriteOptions& options,
-        const CSerializationContext& context = DefaultContext()) const;
+    void ToFastInfosetFile(const char* fileName, const CWriteOptions& options,
+                           const CSerializationContext& context = DefaultContext()) const;
 
     /// Write the bytes that the operation without a stream returns, and flush the stream. XML and JSON that
     /// are not compressed are passed on while they are written, in pieces of a few kilobytes. CKvException
@@ -123,12 +126,10 @@ public:
     /// itself; what was written stays, also when the object cannot be written to its end.
     void ToXmlStream(std::ostream& out, const CWriteOptions& options = {},
                      const CSerializationContext& context = DefaultContext()) const;
-    void ToJsonStream(
-        std::ostream& out, const CWriteOptions& options = {},
-        const CSerializationContext& context = DefaultContext()) const;
-    void ToFastInfosetStream(
-        std::ostream& out, const CWriteOptions& options = {},
-        const CSerializationContext& context = DefaultContext()) const;
+    void ToJsonStream(std::ostream& out, const CWriteOptions& options = {},
+                      const CSerializationContext& context = DefaultContext()) const;
+    void ToFastInfosetStream(std::ostream& out, const CWriteOptions& options = {},
+                             const CSerializationContext& context = DefaultContext()) const;
 
     // --- reading --------------------------------------------------------------------------------------
     /// Reads an XML file, plain or compressed with gzip or zlib; in chunks, and then plain only, with
@@ -164,22 +165,18 @@ public:
     /// As from zero-terminated text, for `std::string`, `std::string_view` and what converts to a view; a
     /// zero byte is a part of the text.
     template <class Text, internal::IfTextView<Text> = 0>
-    void FromXml(const Text& xml,
-                 const CSerializationContext& context = DefaultContext()) {
+    void FromXml(const Text& xml, const CSerializationContext& context = DefaultContext()) {
         ReadXmlText(xml, context);
     }
     template <class Text, internal::IfTextView<Text> = 0>
-    void FromJson(const Text& json,
-                  const CSerializationContext& context = DefaultContext()) {
+    void FromJson(const Text& json, const CSerializationContext& context = DefaultContext()) {
         ReadJsonText(json, context);
     }
     /// Read all that is left in the stream, as from bytes. CKvException "Failed to read from the stream." for
     /// a stream that has failed or fails, whether or not it throws by itself; its state is then as the
     /// failure left it, and otherwise eofbit.
-    void FromXmlStream(std::istream& in,
-                       const CSerializationContext& context = DefaultContext());
-    void FromJsonStream(std::istream& in,
-                        const CSerializationContext& context = DefaultContext());
+    void FromXmlStream(std::istream& in, const CSerializationContext& context = DefaultContext());
+    void FromJsonStream(std::istream& in, const CSerializationContext& context = DefaultContext());
 
     // --- copying and comparing ------------------------------------------------------------------------
 

@@ -8,7 +8,10 @@
 #include <type_traits>
 #include <utility>
 
+#include "kvxml/objects/attribute_info.h"
 #include "kvxml/objects/element.h"
+#include "kvxml/objects/element_info.h"
+#include "kvxml/objects/parent_element_info.h"
 #include "kvxml/objects/primitive_collections.h"
 #include "kvxml/objects/variant.h"
 #include "kvxml/objects/xml_generated_class.h"
