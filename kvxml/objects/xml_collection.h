@@ -86,6 +86,8 @@ protected:
     void SetIsSubstitutable() noexcept { m_isSubstitutable = true; }
 
 private:
+    friend class internal::CWriteFailure;
+
     void Insert(CNode* before, CSmartPtr<CXmlObjectBase> added);
     CNode* NewNode();
     void FreeNode(CNode* node) noexcept;
