@@ -26,6 +26,11 @@ namespace {
     throw CKvException("Attributes can not be read from an element");
 }
 
+[[noreturn]] void ThrowInvalidNamespace(std::string_view ns) {
+    throw CKvInvalidNamespaceException(FormatString("Invalid Namespace [%s].", std::string(ns).c_str()),
+                                       std::string());
+}
+
 }  // namespace
 
 // --- CAttribute --------------------------------------------------------------------------------------------
@@ -101,7 +106,7 @@ void CAttribute::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSeriali
 }
 
 CXmlElement* CAttribute::FromXml_Int(CXmlElement*, CXmlElement*, const CSerializationContext&, bool) {
-    ThrowNotAnElement();
+    throw CKvException("This should be done by the collection");
 }
 
 // --- CAttributeCol -----------------------------------------------------------------------------------------
@@ -109,7 +114,11 @@ CXmlElement* CAttribute::FromXml_Int(CXmlElement*, CXmlElement*, const CSerializ
 CAttributeCol::CAttributeCol(const char* restriction, const char* targetNamespace)
     : CXmlTypedCollection<CAttribute>("", "", 0, -1),
       m_restriction(OrEmpty(restriction)),
-      m_targetNamespace(OrEmpty(targetNamespace)) {}
+      m_targetNamespace(OrEmpty(targetNamespace)) {
+    if (m_restriction.IsEmpty())
+        throw CKvInvalidNamespaceException("Namespace Restriction must have a value", std::string());
+    internal::RequireTargetNamespace(m_restriction.View(), targetNamespace);
+}
 
 CAttributeCol::CAttributeCol(const CAttributeCol&) = default;
 CAttributeCol& CAttributeCol::operator=(const CAttributeCol&) = default;
@@ -122,21 +131,23 @@ bool CAttributeCol::AcceptsNamespace(std::string_view ns) const noexcept {
            internal::IsNamespaceValid(ns, m_restriction.View(), m_targetNamespace.View());
 }
 
-void CAttributeCol::CheckNamespace(std::string_view ns) const {
-    if (AcceptsNamespace(ns)) return;
-    throw CKvInvalidNamespaceException(FormatString("Invalid Namespace [%s].", std::string(ns).c_str()),
-                                       std::string());
+void CAttributeCol::CheckNamespace(const CAttribute& attribute) const {
+    if (AcceptsNamespace(attribute.GetNamespaceView())) return;
+    throw CKvInvalidNamespaceException(
+        FormatString("Invalid Attribute [%s]. The attributes namespace is Inappropriate.",
+                     attribute.GetName().c_str()),
+        std::string());
 }
 
 CSmartPtr<CAttribute> CAttributeCol::Add(const char* name, const char* ns, const char* value) {
-    CheckNamespace(OrEmpty(ns));
+    if (!AcceptsNamespace(OrEmpty(ns))) ThrowInvalidNamespace(OrEmpty(ns));
     CSmartPtr<CAttribute> attribute(new CAttribute(name, ns, value));
     AppendItem(attribute.Get());
     return attribute;
 }
 
 void CAttributeCol::Add(const CSmartPtr<CAttribute>& attribute) {
-    if (attribute != nullptr) CheckNamespace(attribute->GetNamespaceView());
+    if (attribute != nullptr) CheckNamespace(*attribute);
     AppendItem(attribute.Get());
 }
 
@@ -164,7 +175,7 @@ bool CAttributeCol::Remove(std::string_view name, std::string_view ns) {
 }
 
 void CAttributeCol::AddFrom(const CXmlAttribute& attribute) {
-    CheckNamespace(attribute.GetNamespaceURI());
+    if (!AcceptsNamespace(attribute.GetNamespaceURI())) ThrowInvalidNamespace(attribute.GetNamespaceURI());
     AppendItem(new CAttribute(attribute));
 }
 
@@ -203,6 +214,7 @@ void CAttributeCol::Write(CTreeOutput& output, const CAttributeCol* except,
             except->Find(attribute->GetNameView(), attribute->GetNamespaceView()) != nullptr)
             continue;
         if (exceptElement != nullptr && isInElement(*attribute)) continue;
+        CheckNamespace(*attribute);
         attribute->Write(output);
     }
 }

@@ -70,7 +70,7 @@ protected:
     /// Writes the attribute into the open start tag.
     void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
                    const CSerializationContext& context, bool suppressChoiceError) const override;
-    /// An attribute is no element: throws CKvException.
+    /// An attribute is no element: throws CKvException "This should be done by the collection".
     CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* cursor, const CSerializationContext& context,
                              bool suppressChoiceError) override;
 
@@ -91,7 +91,8 @@ private:
 class KVXML_EXPORT CAttributeCol : public CXmlTypedCollection<CAttribute> {
 public:
     /// `restriction` is a wildcard's namespace list; "##targetNamespace" and "##other" are judged against
-    /// `targetNamespace`.
+    /// `targetNamespace`. CKvInvalidNamespaceException "Namespace Restriction must have a value" without a
+    /// list, "Target Namespace must have a value" when such a namespace is needed and null.
     explicit CAttributeCol(const char* restriction = "##any", const char* targetNamespace = "");
     CAttributeCol(const CAttributeCol&);
     CAttributeCol& operator=(const CAttributeCol&);
@@ -102,11 +103,12 @@ public:
     /// Appends. CKvInvalidNamespaceException "Invalid Namespace [%s]." when the restriction rejects `ns`. A
     /// second attribute of one name and namespace is refused when the attributes are written.
     CSmartPtr<CAttribute> Add(const char* name, const char* ns, const char* value);
-    /// Appends an attribute, which is shared; errors as above.
+    /// Appends an attribute, which is shared. CKvInvalidNamespaceException "Invalid Attribute [%s]. The
+    /// attributes namespace is Inappropriate." when the restriction rejects it; writing checks that again.
     void Add(const CSmartPtr<CAttribute>& attribute);
     void push_back(const CSmartPtr<CAttribute>& attribute) { Add(attribute); }
     /// Gives the attribute of that name and namespace a value; appends it when there is none. Errors as
-    /// above.
+    /// those of a new attribute.
     CSmartPtr<CAttribute> Set(const char* name, const char* ns, const char* value);
     /// First attribute of that name and namespace, or null.
     CSmartPtr<CAttribute> Find(std::string_view name, std::string_view ns) const;
@@ -134,7 +136,7 @@ protected:
                              bool suppressChoiceError) override;
 
 private:
-    void CheckNamespace(std::string_view ns) const;
+    void CheckNamespace(const CAttribute& attribute) const;
     void CheckUnique() const;
 
     internal::CSharedName m_restriction;

@@ -40,8 +40,8 @@ class CTreeOutput;
 class KVXML_EXPORT CElement : public CXmlObjectBase {
 public:
     CElement();
-    /// A null `ns`: in the namespace of wherever the element is written; see HasNamespace.
-    /// CKvInvalidParamException for a name that is no XML name.
+    /// A null `ns`: in the namespace of wherever the element is written; see HasNamespace. Errors of the name
+    /// as SetName.
     explicit CElement(const char* name, const char* ns = nullptr, const char* value = nullptr);
     CElement(const CElement&) = delete;
     CElement& operator=(const CElement&) = delete;
@@ -57,7 +57,8 @@ public:
     std::string GetName() const { return GetElementName(); }
     /// The name without a copy; valid until it is changed.
     std::string_view GetNameView() const noexcept { return GetElementNameView(); }
-    /// CKvInvalidParamException for a name that is empty or no XML name.
+    /// CKvInvalidNamespaceException "Element Name must have a value" for an empty name,
+    /// CKvInvalidParamException for one that is no XML name.
     void SetName(const char* name);
     /// Empty for no namespace, and when none was set.
     std::string GetNamespace() const override { return std::string(m_namespace.View()); }
@@ -142,13 +143,15 @@ private:
 
 /// Untyped elements in document order, restricted to a name, a namespace, or the namespaces of a wildcard.
 /// Adding an element in a namespace that is not admitted throws CKvInvalidNamespaceException "Invalid
-/// Namespace [%s].", and so does writing.
+/// Namespace [%s].", and so does writing. CKvInvalidStateException "A Namespace has not been set for this
+/// Collection" for one that was given no namespace, where the collection's own is not admitted.
 class KVXML_EXPORT CElementCol : public CXmlTypedCollection<CElement> {
 public:
     /// Empty `elementName`: any name. Empty `restriction`: the elements are in `ns`; otherwise it is a
     /// wildcard's namespace list, in which "##targetNamespace" and "##other" are judged against
     /// `targetNamespace`, and `ns` is where elements without a namespace of their own are written.
-    /// `maxOccurs` -1: unbounded.
+    /// `maxOccurs` -1: unbounded. CKvInvalidNamespaceException "Target Namespace must have a value" when the
+    /// list needs that namespace and it is null.
     CElementCol(const char* elementName, const char* ns, int minOccurs, int maxOccurs,
                 const char* restriction = "##any", const char* targetNamespace = "");
     CElementCol(const CElementCol&);
@@ -187,6 +190,7 @@ protected:
 private:
     friend class CElement;
 
+    void Check(const CElement& element) const;
     const CSmartPtr<CElement>& Checked(const CSmartPtr<CElement>& element) const;
 
     internal::CSharedName m_restriction;

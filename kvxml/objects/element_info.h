@@ -14,7 +14,6 @@
 #include "kvxml/xml/xml_writer.h"
 
 namespace KvXmlLib16 {
-class CKvException;
 class CSerializationContext;
 class CXmlCollectionBase;
 class CXmlElement;
@@ -148,9 +147,11 @@ protected:
     /// Writes the attributes of the object or collection that the property holds.
     void WriteMemberAttributes(const CSerializationContext& context, const CXmlGeneratedClass* owner,
                                CXmlWriter* writer) const;
-    /// The last read of an object without a tag of its own did not find what is mandatory in it.
-    /// The object was constructed a moment ago: the read that follows goes without Init.
+    /// The object was constructed a moment ago and is known to nobody else.
     static void MarkNew(CXmlObjectBase* object) noexcept;
+    /// The read that follows repeats one of the same member that found nothing but came too early.
+    static void MarkRetried(CXmlObjectBase* object) noexcept;
+    /// The last read of an object without a tag of its own did not find what is mandatory in it.
     static bool IsIncomplete(const CXmlObjectBase* object) noexcept;
     static bool HasReadAttributes(const CXmlObjectBase* object) noexcept;
     /// A record of the owner's class claims the element by its name.
@@ -165,6 +166,10 @@ protected:
     [[noreturn]] void ThrowMandatoryIsNull() const;
     /// CKvValidationException with the path of `parent`: the mandatory element is not there.
     [[noreturn]] void ThrowRequiredChildMissing(const CXmlElement* parent) const;
+    /// For wildcards: the namespaces from which an element was wanted. Null for members that have a name.
+    virtual const std::string* GetWantedNamespaces() const noexcept;
+    /// CKvValidationException "Failed to find the required element from namespace [%s].", for wildcards.
+    [[noreturn]] static void ThrowWildcardUnfilled(const std::string& namespaces, const std::string& path);
 
     /// The reader does nothing but return true when the element under the cursor is not this record's, so
     /// the driver need not call it then. Collections find out when they first see their bounds.
@@ -175,6 +180,7 @@ protected:
     bool IsSkippedWhenAbsent() const noexcept { return m_skippedWhenAbsent.load(std::memory_order_relaxed); }
     /// The member may write attributes through PseudoChildAttributeToXml.
     void SetHasPseudoElement() noexcept { m_hasPseudoElement = true; }
+    bool HasPseudoElement() const noexcept { return m_hasPseudoElement; }
     /// ElementToXml does what WriteValue does with the property, but for a member that is missing.
     void SetWritesValue() noexcept { m_writesValue = true; }
     /// The record takes no elements but those that IsThisElement accepts.
@@ -209,8 +215,6 @@ private:
         return !m_defaultValue.empty() && text == m_defaultValue;
     }
     void WriteNilElement(CXmlWriter* writer) const;
-    [[noreturn]] void ThrowGetFailed(const KvXmlLib16::CKvException& inner) const;
-    [[noreturn]] void ThrowSetFailed(const CXmlElement& element, const KvXmlLib16::CKvException& inner) const;
 
     KvXmlLib16::CXmlWriter::SimpleName m_simpleName;
     bool m_isPlain = false;  // values are written with no format, default or facet to think of

@@ -197,7 +197,7 @@ CPrimitiveKindCollection<kind, T>::~CPrimitiveKindCollection() = default;
 template <ItemType kind, class T>
 void CPrimitiveKindCollection<kind, T>::ToXml_Int(CXmlWriter* writer, bool, const char*,
                                                   const CSerializationContext&, bool) const {
-    for (const T& value : *this) {
+    this->WriteEach(*this, writer, [&](const T& value) {
         if constexpr (std::is_same_v<T, std::string>) {
             this->WriteItem(writer, value, kind);
         } else {
@@ -206,7 +206,7 @@ void CPrimitiveKindCollection<kind, T>::ToXml_Int(CXmlWriter* writer, bool, cons
             Row<kind>::Append(text, value);
             this->WriteItem(writer, text, kind);
         }
-    }
+    });
 }
 
 template <ItemType kind, class T>
@@ -288,10 +288,10 @@ std::string CdatetimeBaseCol::ItemToString(const CDateTime& value) const {
 
 void CdatetimeBaseCol::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext&,
                                  bool) const {
-    for (const CDateTime& value : *this) {
+    WriteEach(*this, writer, [&](const CDateTime& value) {
         if (!value.IsSet()) throw CKvInvalidValueException("The date is not set");
         WriteItem(writer, ItemToString(value), GetItemType());
-    }
+    });
 }
 
 }  // namespace KvXmlLib16

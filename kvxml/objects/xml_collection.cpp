@@ -234,7 +234,7 @@ void CXmlCollection::SetItemElementName(CXmlObjectBase* item) const {
 
 void CXmlCollection::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext& context,
                                bool) const {
-    const char* const ns = GetItemNamespace().data();
+    const char* const ns = GetItemNamespaceText();
     for (const CNode* node = m_head; node != nullptr; node = node->next) {
         if (m_isSubstitutable) {
             internal::CSubstitution::Write(*node->item.Get(), GetElementNameView(), ns, writer, context);
@@ -276,9 +276,12 @@ CXmlElement* CXmlCollection::ReadItems(CXmlElement* cursor, const CSerialization
 
 CXmlElement* CXmlCollection::ReadTaglessItems(CXmlElement* parent, CXmlElement* cursor,
                                               const CSerializationContext& context, CreateItem create) {
+    const bool isRetried = BeginRead().isRetried;
     while (cursor != nullptr) {
         auto item = CSmartPtr<CXmlObjectBase>::Adopt(PrepareNew(create()));
+        if (isRetried) MarkRetried(item.Get());
         CXmlElement* const after = CXmlObjectBase::FromXml_Int(item.Get(), parent, cursor, context, true);
+        if (IsIncomplete(*item)) SetIncomplete();
         if (after == cursor || IsIncomplete(*item)) break;
         Insert(nullptr, std::move(item));
         cursor = after;

@@ -97,6 +97,7 @@ protected:
 
 private:
     friend class internal::CObjectGraph;
+    friend class internal::CWriteFailure;
 
     void Swap(CXmlCollection& other) noexcept;
     void Insert(CNode* before, CSmartPtr<CXmlObjectBase> added);

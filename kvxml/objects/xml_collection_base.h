@@ -15,7 +15,7 @@
 namespace KvXmlLib16 {
 
 /// Base of the collections that hold the items of a repeated member. Written and read as the run of its
-/// items' elements; it has no element of its own.
+/// items' elements; it has no element of its own. What is read is appended to the items that are there.
 ///
 /// A listener that throws from the add or remove notification stops the operation before the collection has
 /// changed.
@@ -49,9 +49,10 @@ public:
     int GetMaxOccurs() const noexcept { return m_maxOccurs; }
 
     /// The listener is not owned and is called in the order of registration. Registered twice, it is called
-    /// twice.
+    /// twice. Registered while an event is told, it is told that event as well.
     void AddEventListener(IEventSink* listener);
-    /// Removes the first registration of the listener; no error when there is none.
+    /// Removes the first registration of the listener; no error when there is none. It is not called again,
+    /// not even for an event that is being told.
     void RemoveEventListener(IEventSink* listener);
 
 protected:
@@ -70,8 +71,9 @@ protected:
     void FireOnCollectionRemoveComplete(std::int32_t index);
     bool HasListeners() const noexcept { return !m_listeners.empty(); }
 
-    /// Zero-terminated.
     std::string_view GetItemNamespace() const noexcept { return m_namespace.View(); }
+    /// The same zero-terminated; never null.
+    const char* GetItemNamespaceText() const noexcept { return m_namespace.CStr(); }
 
     /// CKvInvalidParamException unless 0 <= index < count.
     void CheckItemIndex(int index) const;
@@ -83,12 +85,15 @@ protected:
 
 private:
     friend class internal::CObjectGraph;
+    class CListening;
 
     template <class Fire>
     void ForEachListener(Fire fire);
+    void DropRemovedListeners();
 
     internal::CSharedName m_namespace;
-    std::vector<IEventSink*> m_listeners;
+    std::vector<IEventSink*> m_listeners;  // null in the place of one removed while an event is told
+    int m_eventsBeingTold = 0;
     int m_minOccurs = 0;
     int m_maxOccurs = -1;
 };

@@ -22,8 +22,9 @@ CXmlEnumCollection::~CXmlEnumCollection() = default;
 
 void CXmlEnumCollection::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext&,
                                    bool) const {
-    for (const std::int32_t value : *this)
+    WriteEach(*this, writer, [&](std::int32_t value) {
         WriteItem(writer, internal::OrEmpty(m_enumToString(value)), ItemType_string);
+    });
 }
 
 void CXmlEnumCollection::AddFromString(std::string_view text) {

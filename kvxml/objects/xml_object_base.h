@@ -44,6 +44,7 @@ class CXmlWriter;
 namespace internal {
 class CObjectGraph;
 class CSubstitution;
+class CWriteFailure;
 }  // namespace internal
 
 /// Reference-counted base of generated classes, collections and untyped content.
@@ -52,7 +53,8 @@ class CSubstitution;
 /// deletes the object. An object on the stack or inside another must never be put into a `CSmartPtr`.
 /// AddRef and Release may be called from any thread; everything else by one thread at a time.
 ///
-/// Reading replaces the content of the object. A failed read throws and leaves it partly filled but usable.
+/// Reading replaces the content of an object; a collection keeps the items it has and appends those it reads.
+/// A failed read throws and leaves the object partly filled but usable.
 /// Errors carry the path of the element or attribute at fault. Every entry point accepts a context that
 /// decides what is tolerated and how output looks; left out, it is the shared default context.
 class KVXML_EXPORT CXmlObjectBase : public IEventSink {
@@ -71,7 +73,8 @@ public:
                            XmlEncoding encoding = XmlEncoding_UTF8, EOLType eol = EOLType_LF,
                            const CSerializationContext& context = DefaultContext(),
                            CompressionType compression = CompressionType_None) const;
-    /// Writes the object as a Fast Infoset file, under the rules of ToXmlFile for compression and failures.
+    /// Writes the object as a Fast Infoset file, under the rules of ToXmlFile for compression and failures;
+    /// `context.GetFIContext()` has the settings.
     virtual void ToFastInfosetFile(const char* fileName, FInfoDecl decl = FInfoDecl_None,
                                    const CSerializationContext& context = DefaultContext(),
                                    CompressionType compression = CompressionType_None) const;
@@ -253,18 +256,29 @@ protected:
         if (!name.IsSame(m_elementName)) m_elementName = name;
     }
 
-    // For objects that were constructed a moment ago and that nobody else knows yet.
+    // For objects that were constructed a moment ago and that nobody else knows yet. Where their class says
+    // that a new object is as Init leaves it, the read that follows goes without Init.
 
-    /// Takes the first reference, as AddRef would, and lets the read that follows go without Init.
+    /// Takes the first reference, as AddRef would, and marks the object new.
     static CXmlObjectBase* PrepareNew(CXmlObjectBase* object) noexcept {
         object->m_references.store(1, std::memory_order_relaxed);
         MarkNew(object);
         return object;
     }
-    /// Lets the read that follows go without Init.
-    static void MarkNew(CXmlObjectBase* object) noexcept { object->m_readState = kIsNew; }
-    /// Begins a read: whether the object was marked new and nothing was read since.
-    bool TakeIsNew() noexcept { return (std::exchange(m_readState, std::uint8_t{0}) & kIsNew) != 0; }
+    static void MarkNew(CXmlObjectBase* object) noexcept { object->m_readState |= kIsNew; }
+    /// The read that follows repeats one, for the same member and from the same parent, that found nothing
+    /// but that it came too early.
+    static void MarkRetried(CXmlObjectBase* object) noexcept { object->m_readState |= kIsRetried; }
+
+    /// What was said about the read that begins.
+    struct ReadStart {
+        bool isNew;
+        bool isRetried;
+    };
+    ReadStart BeginRead() noexcept {
+        const std::uint8_t state = std::exchange(m_readState, std::uint8_t{0});
+        return {(state & kIsNew) != 0, (state & kIsRetried) != 0};
+    }
 
     // What the last read found out, for the reader of the member that holds the object.
 
@@ -340,6 +354,7 @@ private:
     friend class KvXmlLib16Data::CElementInfo;
     friend class internal::CObjectGraph;
     friend class internal::CSubstitution;
+    friend class internal::CWriteFailure;
 
     void ReadXmlText(std::string_view xml, const CSerializationContext& context);
     void ReadJsonText(std::string_view json, const CSerializationContext& context);
@@ -347,13 +362,16 @@ private:
 
     internal::CSharedName m_elementName;
     mutable std::atomic<std::int32_t> m_references{0};
-    enum : std::uint8_t { kIsNew = 1, kIsIncomplete = 2, kHasReadAttributes = 4 };
+    enum : std::uint8_t { kIsNew = 1, kIsIncomplete = 2, kHasReadAttributes = 4, kIsRetried = 8 };
     std::uint8_t m_readState = 0;
 };
 
 namespace internal {
 /// The namespace test behind CXmlObjectBase::IsNamespaceValid.
 bool IsNamespaceValid(std::string_view ns, std::string_view allowed, std::string_view targetNs) noexcept;
+/// CKvInvalidNamespaceException "Target Namespace must have a value" for null where the namespace list needs
+/// it.
+void RequireTargetNamespace(std::string_view allowed, const char* targetNs);
 /// The name test behind CXmlObjectBase::DoesElementNameMatch.
 bool DoesElementNameMatch(const CSerializationContext& context, const CXmlElement& element,
                           std::string_view name, std::string_view ns) noexcept;

@@ -3,7 +3,9 @@
 #include <utility>
 
 #include "kvxml/base/exceptions.h"
+#include "kvxml/objects/internal/member_access.h"
 #include "kvxml/objects/internal/simple_element.h"
+#include "kvxml/objects/internal/write_failure.h"
 #include "kvxml/xml/xml_element.h"
 #include "kvxml/xml/xml_writer.h"
 
@@ -48,7 +50,7 @@ CXmlElement* CXmlTypeCollection::FromXml_Int(CXmlElement*, CXmlElement* cursor,
         try {
             AddFromString(cursor->GetTextView());
         } catch (const CKvException& e) {
-            internal::ThrowSetFailed(GetElementNameView(), *cursor, e);
+            internal::ThrowSetFailed(GetElementNameView(), cursor->GetXPath(), e);
         }
     }
     return cursor;
@@ -56,6 +58,10 @@ CXmlElement* CXmlTypeCollection::FromXml_Int(CXmlElement*, CXmlElement* cursor,
 
 void CXmlTypeCollection::WriteItem(CXmlWriter* writer, std::string_view text, ItemType type) const {
     writer->WriteSimpleElement({0, type, GetElementNameView(), GetItemNamespace()}, text, false, true);
+}
+
+void CXmlTypeCollection::NoteFailedItem(std::int32_t index, CXmlWriter* writer) const {
+    internal::CWriteFailure::NoteItem(*this, index, *writer);
 }
 
 }  // namespace KvXmlLib16

@@ -102,9 +102,9 @@ public:
     /// 8 MiB have come out, so that small documents may be as regular as they like. Default 250.
     std::uint32_t GetMaxInflationRatio() const noexcept { return m_maxInflationRatio; }
     void SetMaxInflationRatio(std::uint32_t value) noexcept { m_maxInflationRatio = value; }
-    /// Number of bytes that a document may gain by entities and default attributes of its document type, or by
-    /// table entries of Fast Infoset. A larger gain must be less than 100 times what was read of the document.
-    /// Default 8 MiB.
+    /// Number of bytes that a document may gain by entities and default attributes of its document type, or
+    /// by table entries of Fast Infoset. A larger gain must be less than 100 times what was read of the
+    /// document. Default 8 MiB.
     std::size_t GetMaxExpansion() const noexcept { return m_maxExpansion; }
     void SetMaxExpansion(std::size_t value) noexcept { m_maxExpansion = value; }
     /// Number of distinct names of elements and attributes in one document; a name in two namespaces is two.

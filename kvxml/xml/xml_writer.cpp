@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <memory>
 #include <utility>
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/namespace_uris.h"
+#include "kvxml/xml/internal/failed_path.h"
 #include "kvxml/xml/internal/writer_context.h"
 
 namespace KvXmlLib16 {
@@ -78,6 +80,11 @@ CXmlWriter::~CXmlWriter() {
         delete m_first;
         m_first = next;
     }
+}
+
+internal::CFailedPath& CXmlWriter::FailedPath() {
+    if (m_failedPath == nullptr) m_failedPath = std::make_unique<internal::CFailedPath>();
+    return *m_failedPath;
 }
 
 void CXmlWriter::BeginOutput() {}

@@ -18,7 +18,8 @@ namespace KvXmlLib16 {
 
 namespace internal {
 class CTreeOutput;
-}
+struct CFailedPath;
+}  // namespace internal
 
 /// Forward-only writer of one document: strictly nested elements, attributes before content. Keeps the
 /// namespaces in scope for every open element; what is declared inside an element ends with it.
@@ -90,6 +91,9 @@ public:
     /// to whoever uses it from the moment of filling to the call that consumes it.
     std::string& ScratchText() noexcept { return m_scratch; }
 
+    /// For the library: where writing failed, filled while an exception passes.
+    internal::CFailedPath& FailedPath();
+
 protected:
     // What writers keep of the open elements and of the namespaces in scope. Only the library's own writers
     // know more of it.
@@ -135,6 +139,7 @@ private:
     CXmlWriterContext* m_first = nullptr;  // of the document element; owns the rest through `m_reusable`
     std::unique_ptr<NamespaceScope> m_documentScope;
     std::string m_scratch;
+    std::unique_ptr<internal::CFailedPath> m_failedPath;  // null as long as nothing has failed
     std::uint64_t m_namesVersion = 0;
     bool m_declaresByAttribute = false;
 };

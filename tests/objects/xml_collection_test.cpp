@@ -369,6 +369,36 @@ TEST(XmlCollectionTest, ListenersThatChangeTheCollection) {
     EXPECT_EQ(leaving.events, "1z:3");
 }
 
+TEST(XmlCollectionTest, ListenersThatRemoveListeners) {
+    struct Case {
+        const char* removed;  // by the first, at the add event: some of the three
+        const char* told;     // the add event to
+    };
+    for (const Case& c : {Case{"1", "123"}, Case{"2", "13"}, Case{"12", "13"}, Case{"123", "1"}}) {
+        SCOPED_TRACE(c.removed);
+        Collection collection(0, -1);
+        Listener listeners[3];
+        for (Listener& listener : listeners)
+            collection.AddEventListener(&listener);
+        Listener late;
+        listeners[0].action = [&](IEventSink::MsgType type) {
+            if (type != IEventSink::MsgType_Add) return;
+            for (const char* one = c.removed; *one != '\0'; ++one)
+                collection.RemoveEventListener(&listeners[*one - '1']);
+            collection.AddEventListener(&late);
+        };
+        collection.Add(Named("x"));
+        std::string told;
+        for (int i = 0; i < 3; ++i)
+            if (listeners[i].events.find("1x:0") == 0) told += static_cast<char>('1' + i);
+        EXPECT_EQ(told, c.told);
+        EXPECT_EQ(late.events, "1x:0 2x:1 0:1");
+        // Whoever was removed is told nothing more.
+        EXPECT_EQ(listeners[1].events == "1x:0 2x:1 0:1",
+                  std::string(c.removed).find('2') == std::string::npos);
+    }
+}
+
 TEST(XmlCollectionTest, ManyItems) {
     constexpr int kCount = 100000;
     Collection c(0, -1);
@@ -396,6 +426,16 @@ TEST(XmlCollectionTest, ReadsAndWritesTheRunOfItsItems) {
     Collection c(0, -1);
     c.FromXmlElement(document.GetDocumentElement());
     EXPECT_EQ(c.Text(), "12");
+    c.FromXmlElement(document.GetDocumentElement());  // what is there stays
+    EXPECT_EQ(c.Text(), "1212");
+    const auto inNoNamespace = []() -> CSmartPtr<CXmlCollectionBase> {
+        return new fixture::TypedList<Node>("Item", "", 0, -1);
+    };
+    const CSmartPtr<fixture::Object> holder(
+        new fixture::Object(fixture::Model::New("Holder").AnyCol("Item", inNoNamespace)));
+    holder->Add("Item").Set("name", "1");
+    EXPECT_EQ(holder->ToXml(false, false),
+              "<AA:Holder xmlns:AA=\"urn:fixture\"><Item name=\"1\"/></AA:Holder>");
     CAttributeCol attributes("##other", "urn:t");
     EXPECT_EQ(ErrorOf([&] { attributes.Add("n", "urn:t", "v"); }), "Invalid Namespace [urn:t].");
     EXPECT_EQ(ErrorOf([&] { attributes.Add("", "urn:x", "v"); }), "Attribute Name must have a value");
