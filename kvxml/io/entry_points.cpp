@@ -331,8 +331,12 @@ void CXmlObjectBase::FromXmlElement(const CXmlElement* element, const CSerializa
 
 void CXmlObjectBase::FromXmlElement(const CElement* element, const CSerializationContext& context) {
     if (element == nullptr) throw CKvInvalidParamException("The element to read from may not be NULL");
+    // What the context adds to documents is no part of the element.
+    CSerializationContext writing;
+    writing.SetSchemaType(context.GetSchemaType());
+    writing.SetMaxElementDepth(context.GetMaxElementDepth());
     // Bytes in an encoding that they declare are read the same whatever the local code page is.
-    const CBinaryData data = element->ToXmlStream(true, false, XmlEncoding_UTF8, EOLType_LF, context);
+    const CBinaryData data = element->ToXmlStream(true, false, XmlEncoding_UTF8, EOLType_LF, writing);
     const std::string xml(reinterpret_cast<const char*>(data.GetData()), data.GetLength());
     FromXml(xml.c_str(), context);
 }

@@ -8,6 +8,7 @@
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/c_text.h"
 #include "kvxml/base/internal/namespace_uris.h"
+#include "kvxml/objects/internal/attribute_names.h"
 #include "kvxml/settings/internal/shared_settings.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/tree_output.h"
@@ -200,29 +201,27 @@ void CAttributeCol::CheckUnique() const {
     }
 }
 
-void CAttributeCol::Write(CTreeOutput& output, const CAttributeCol* except,
-                          const CXmlElement* exceptElement) const {
+void CAttributeCol::Write(CTreeOutput& output, const internal::CAttributeNames* except) const {
     CheckUnique();
-    const auto isInElement = [exceptElement](const CAttribute& attribute) {
-        for (const CXmlAttribute* other : exceptElement->GetAttributes()) {
-            if (attribute.Is(other->GetLocalName(), other->GetNamespaceURI())) return true;
-        }
-        return false;
-    };
     for (const CAttribute* attribute : *this) {
-        if (except != nullptr &&
-            except->Find(attribute->GetNameView(), attribute->GetNamespaceView()) != nullptr)
+        if (except != nullptr && except->Has(attribute->GetNameView(), attribute->GetNamespaceView()))
             continue;
-        if (exceptElement != nullptr && isInElement(*attribute)) continue;
         CheckNamespace(*attribute);
         attribute->Write(output);
     }
 }
 
+bool CAttributeCol::HasBareType() const noexcept {
+    for (const CAttribute* attribute : *this) {
+        if (attribute->m_isTypeValue && attribute->m_valueNamespace.IsEmpty()) return true;
+    }
+    return false;
+}
+
 void CAttributeCol::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext& context,
                               bool) const {
     CTreeOutput output(*writer, context);
-    Write(output, nullptr, nullptr);
+    Write(output, nullptr);
     output.EndAttributes();
 }
 

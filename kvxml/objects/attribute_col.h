@@ -18,8 +18,9 @@ class CXmlAttribute;
 class CXmlElement;
 
 namespace internal {
+class CAttributeNames;
 class CTreeOutput;
-}
+}  // namespace internal
 
 /// One untyped attribute. It remembers the prefix that its document used, and for xsi:type the namespace
 /// that the prefix in the value stands for, so that the value keeps its meaning in another document.
@@ -121,10 +122,10 @@ public:
 
     /// For the library: appends a copy of a document's attribute; errors as Add.
     void AddFrom(const CXmlAttribute& attribute);
-    /// For the library: writes the attributes but those that `except` or `exceptElement` has too; either may
-    /// be null.
-    void Write(internal::CTreeOutput& output, const CAttributeCol* except,
-               const CXmlElement* exceptElement) const;
+    /// For the library: writes the attributes but those that `except`, which may be null, has too.
+    void Write(internal::CTreeOutput& output, const internal::CAttributeNames* except) const;
+    /// For the library: whether one is an xsi:type that names a type of no namespace.
+    bool HasBareType() const noexcept;
 
 protected:
     /// Writes the attributes into the open start tag. CKvInvalidStateException when two of them have one name

@@ -6,6 +6,7 @@
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/c_text.h"
 #include "kvxml/base/internal/namespace_uris.h"
+#include "kvxml/objects/internal/attribute_names.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/failed_path.h"
 #include "kvxml/xml/internal/prefix_list.h"
@@ -177,17 +178,23 @@ CXmlElement* CElement::FromXml_Int(CXmlElement* element, CXmlElement*, const CSe
 
 void CElement::WriteStart(CTreeOutput& output, std::string_view ns,
                           const CSerializationContext* rootContext) const {
+    if (m_attributes != nullptr && m_attributes->HasBareType()) output.ExpectBareType();
     output.StartElement({GetElementNameText(), GetElementNameView(), ns, m_prefix.View()});
-    if (rootContext != nullptr) {
-        if (const CAttributeCol* const attributes = rootContext->FindAdditionalRootAttributes())
-            attributes->Write(output, m_attributes.Get(), nullptr);
+    const CAttributeCol* const additional =
+        rootContext == nullptr ? nullptr : rootContext->FindAdditionalRootAttributes();
+    if (additional != nullptr) {
+        internal::CAttributeNames own;
+        if (m_attributes != nullptr) {
+            for (const CAttribute* attribute : *m_attributes)
+                own.Add(attribute->GetNameView(), attribute->GetNamespaceView());
+        }
+        additional->Write(output, &own);
     }
-    if (m_attributes != nullptr) m_attributes->Write(output, nullptr, nullptr);
+    if (m_attributes != nullptr) m_attributes->Write(output, nullptr);
     output.EndAttributes();
-    if (rootContext != nullptr && !rootContext->GetInLineSchemaRef().empty())
-        output.Writer().WriteRawAfterSpace(rootContext->GetInLineSchemaRef());
     const bool hasChildren = m_elements != nullptr && m_elements->GetCount() > 0;
     const bool keepBlanks = hasChildren && GetAttribute("space", internal::kXmlNamespace) == "preserve";
+    if (rootContext != nullptr) output.WriteInLineSchema(!m_value.empty() || keepBlanks);
     output.Text(m_value, hasChildren, keepBlanks);
 }
 

@@ -18,6 +18,7 @@ enum XmlElementType : std::int32_t;
 
 namespace KvXmlLib16 {
 
+class CAttributeCol;
 class CKVCriticalSection;
 class CXmlAttribute;
 struct KvVariant;
@@ -150,6 +151,9 @@ private:
                       const CSerializationContext& context, bool suppressChoiceError) const;
     void CheckNoneRemains(const CSerializationContext& context, const CXmlElement& parent,
                           CXmlElement*& cursor) const;
+    void WriteAdditionalAttributes(const CAttributeCol& attributes, CXmlWriter* writer,
+                                   const CSerializationContext& context) const;
+    bool IsWrittenNil() const;
     void ReadNilAttribute(const CXmlElement& element, const CXmlAttribute& attribute);
     /// False when the record has nothing to write: `used` as GetUsedProperties returns it.
     static bool IsUsed(std::uint64_t used, const CElementInfo& record) noexcept;

@@ -6,6 +6,7 @@
 #include "kvxml/objects/attribute_col.h"
 #include "kvxml/objects/attribute_info.h"
 #include "kvxml/objects/element_info.h"
+#include "kvxml/objects/internal/attribute_names.h"
 #include "kvxml/objects/internal/member_access.h"
 #include "kvxml/objects/internal/write_failure.h"
 #include "kvxml/objects/nillable.h"
@@ -16,6 +17,7 @@
 #include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/tree_limits.h"
+#include "kvxml/xml/internal/tree_output.h"
 #include "kvxml/xml/xml_writer.h"
 
 namespace KvXmlLib16 {
@@ -65,18 +67,20 @@ void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const cha
         writer->WriteStartElement(EffectiveElementName(), namespaceUri);
         if (isRoot) {
             if (const CAttributeCol* attributes = context.FindAdditionalRootAttributes())
-                ToXml_Int(attributes, writer, false, namespaceUri, context, false);
+                WriteAdditionalAttributes(*attributes, writer, context);
         }
     }
     // The owner's start tag has the attributes of a pseudo element already.
     if (record.GetElementType() != XmlElementType_PseudoElement) AttributesToXml_Int(writer, context);
-    if (isRoot) {
-        const std::string& schema = context.GetInLineSchemaRef();
-        if (!schema.empty()) writer->WriteRawAfterSpace(schema);
-    }
-    if (IsNillableClass(record) && dynamic_cast<const INillable*>(this)->IsNil()) {
+    const std::string& schema = context.GetInLineSchemaRef();
+    const bool hasSchema = isRoot && !schema.empty();
+    const bool isSchemaContent = hasSchema && internal::BeginsAsMarkup(schema);
+    if (hasSchema && !isSchemaContent) writer->WriteRawAfterSpace(schema);
+    if (IsWrittenNil()) {
         writer->WriteNilAttribute();
     } else {
+        const int valueIndex = record.GetPrimitiveValuePropertyIndex();
+        if (isSchemaContent) writer->WriteRawContent(schema, valueIndex == -1);
         switch (record.GetElementGroupType()) {
             case XmlElementGroupType_Sequence:
                 ProcessElementSeqToXml(context, GetClassElementInfo(), writer);
@@ -90,7 +94,6 @@ void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const cha
             default:
                 throw CKvException("Unknown XML Group Type");
         }
-        const int valueIndex = record.GetPrimitiveValuePropertyIndex();
         if (valueIndex != -1) {
             KvVariant value;
             ReadProperty(valueIndex, value);
@@ -100,6 +103,22 @@ void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const cha
         }
     }
     if (hasTag) writer->WriteEndElement();
+}
+
+/// Writes attributes into the open start tag, but those that the object itself is going to write.
+void CXmlGeneratedClass::WriteAdditionalAttributes(const CAttributeCol& attributes, CXmlWriter* writer,
+                                                   const CSerializationContext& context) const {
+    if (attributes.GetCount() == 0) return;
+    internal::CAttributeNameWriter own;
+    AttributesToXml_Int(&own, context);
+    if (IsWrittenNil()) own.WriteNilAttribute();
+    internal::CTreeOutput output(*writer, context);
+    attributes.Write(output, &own.Names());
+    output.EndAttributes();
+}
+
+bool CXmlGeneratedClass::IsWrittenNil() const {
+    return IsNillableClass(*GetClassInfo()) && dynamic_cast<const INillable*>(this)->IsNil();
 }
 
 void CXmlGeneratedClass::AttributesToXml_Int(CXmlWriter* writer, const CSerializationContext& context) const {

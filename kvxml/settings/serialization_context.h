@@ -145,12 +145,14 @@ public:
     const std::vector<std::string>& GetProcessingInstructions() const noexcept {
         return m_processingInstructions;
     }
-    /// Text of a schema, written inside the root element. Default empty: none.
+    /// Text of a schema. One that begins with "<" becomes the first content of the root element, unless that
+    /// is nil; any other is written into its start tag, as it is. Default empty: none.
     std::string GetInLineSchema() const { return m_inLineSchema; }
     const std::string& GetInLineSchemaRef() const noexcept { return m_inLineSchema; }
     void SetInLineSchema(const char* value);
-    /// Attributes written on the root element, in any namespace. Created empty by the first call; the same
-    /// collection from then on, also in copies of this context made later.
+    /// Attributes written on the root element, in any namespace, but for those that the object writes itself.
+    /// Created empty by the first call; the same collection from then on, also in copies of this context made
+    /// later.
     CSmartPtr<CAttributeCol> GetAdditionalRootAttributes();
     /// The same without creating it: null when nobody has asked for it. Owned by the context.
     const CAttributeCol* FindAdditionalRootAttributes() const noexcept;

@@ -36,9 +36,10 @@ public:
     /// Before the document element: the default namespace that it declares. Inside an element: what counts
     /// as the default namespace from here to its end; nothing is written.
     virtual void SetDefaultNamespace(std::string_view uri);
-    /// Before the document element: a prefix that it declares. Inside an element: a prefix to use for `uri`
-    /// from here to its end; nothing is written. Replaces an earlier prefix of `uri`; an empty one removes
-    /// it. A prefix that another namespace of the document element has already is not used.
+    /// Before the document element: a prefix that it declares; an invented one, if `prefix` is empty. Inside
+    /// an element: a prefix to use for `uri` from here to its end, or with an empty one none; nothing is
+    /// written. Replaces an earlier prefix of `uri`. A prefix that another namespace of the document element
+    /// has already is not used. The namespace of "xml" keeps that prefix and is never declared.
     virtual void AddNamespaceAlias(std::string_view prefix, std::string_view uri);
     virtual void WriteComment(std::string_view text) = 0;
     /// Writes `text` as it is, on lines of its own.
@@ -75,6 +76,10 @@ public:
     /// character that needs escaping unless the kind is a string.
     virtual void WriteSimpleElement(const SimpleName& name, std::string_view text, bool isDefaultValue,
                                     bool isCanonical);
+
+    /// Writes `text`, which is markup, as it is and as content of the current element. `onOwnLines`: line
+    /// ends around it do no harm.
+    virtual void WriteRawContent(std::string_view text, bool onOwnLines);
 
     /// A number that no other caller gets, or 0 when there are no more. Any thread may call it.
     static std::uint32_t NewNameId() noexcept;
@@ -134,6 +139,7 @@ private:
     CXmlWriterContext* AddContext();
     void EnterDocument(CXmlWriterContext& context);
     NamespaceScope& OwnScope(CXmlWriterContext& context);
+    static const NamespaceAlias& InventPrefix(NamespaceScope& scope, std::string_view uri);
 
     CXmlWriterContext* m_current = nullptr;
     CXmlWriterContext* m_first = nullptr;  // of the document element; owns the rest through `m_reusable`

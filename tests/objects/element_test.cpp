@@ -64,7 +64,8 @@ const RoundTrip kRoundTrips[] = {
     {"two prefixes for a namespace", "<p:a xmlns:p=\"urn:1\" xmlns:q=\"urn:1\"><q:b>q:x</q:b></p:a>",
      "<p:a xmlns:p=\"urn:1\" xmlns:q=\"urn:1\"><p:b>q:x</p:b></p:a>"},
     {"namespaces that need escaping",
-     "<p:a xmlns:p=\"a&amp;b&quot;\"><c xmlns=\"&lt;\" p:x=\"\"><d/></c></p:a>", ""},
+     "<p:a xmlns:p=\"a&amp;b&quot;\"><c xmlns=\"&lt;\" p:x=\"\"><d/></c></p:a>",
+     "<p:a xmlns=\"&lt;\" xmlns:p=\"a&amp;b&quot;\"><c p:x=\"\"><d/></c></p:a>"},
     {"xml:lang", "<a xml:lang=\"de\" xml:base=\"b\"/>", ""},
     {"instance attributes",
      std::string("<a xmlns=\"urn:1\"") + kXsi +
@@ -127,9 +128,8 @@ TEST(ElementTest, ContextOfTheRoot) {
     context.GetAdditionalRootAttributes()->Add("y", "urn:z", "context");
     const char* xml = "<p:a xmlns:p='urn:1' xmlns:q='urn:2' x='own'><q:b/></p:a>";
     const std::string expected =
-        "<?x y?>\n\n<z:a xmlns:z=\"urn:1\" xmlns:q=\"urn:z\" q:y=\"context\" x=\"own\" xmlns:p=\"urn:1\" "
-        "\n<s/>\n"
-        "><AA:b xmlns:AA=\"urn:2\"/></z:a>";
+        "<?x y?>\n\n<z:a xmlns:z=\"urn:1\" xmlns:q=\"urn:z\" q:y=\"context\" x=\"own\" xmlns:p=\"urn:1\">"
+        "<s/><AA:b xmlns:AA=\"urn:2\"/></z:a>";
     EXPECT_EQ(WriteObject(xml, false, context), expected);
     EXPECT_EQ(WriteTree(xml, false, context), expected);
     CSerializationContext raw;

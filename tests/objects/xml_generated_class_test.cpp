@@ -353,8 +353,26 @@ TEST(XmlGeneratedClassTest, SettingsOfTheRootElement) {
              "\" xsi:schemaLocation=\"urn:fixture f.xsd\" plain=\"a&amp;b\" xmlns:AB=\"urn:own\" "
              "AB:own=\"1\" "
              "name=\"n\">"},
+        {"additional attributes that the class has",
+         [](auto& c) {
+             c.GetAdditionalRootAttributes()->Add("name", "", "other");
+             c.GetAdditionalRootAttributes()->Add("name", "urn:own", "1");
+         },
+         "<AA:Node xmlns:AA=\"urn:fixture\" xmlns:AB=\"urn:own\" AB:name=\"1\" name=\"n\">"},
+        {"namespaces with markup",
+         [](auto& c) {
+             c.GetNamespaceAliases().Add("f", "urn:fixture");
+             c.GetNamespaceAliases().Add("b", "b?<&\"");
+             c.SetDefaultNamespaceURI("d?&");
+         },
+         "<f:Node xmlns=\"d?&amp;\" xmlns:b=\"b?&lt;&amp;&quot;\" xmlns:f=\"urn:fixture\" name=\"n\">"},
+        {"a namespace whose alias was asked for",
+         [](auto& c) { c.GetNamespaceAliases().GetAliasFromNamespace("urn:asked"); },
+         "<AB:Node xmlns:AB=\"urn:fixture\" xmlns:AA=\"urn:asked\" name=\"n\">"},
         {"in-line schema", [](auto& c) { c.SetInLineSchema("raw='text'"); },
          "<AA:Node xmlns:AA=\"urn:fixture\" name=\"n\" \nraw='text'\n>"},
+        {"in-line schema that is an element", [](auto& c) { c.SetInLineSchema("\n<s:schema xmlns:s='s'/>"); },
+         "<AA:Node xmlns:AA=\"urn:fixture\" name=\"n\">\n<s:schema xmlns:s='s'/>"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -473,7 +491,9 @@ TEST(ClassfactoryBaseTest, TypeOfAnElement) {
     const Case cases[] = {
         {"", "", ""},
         {"type='p:T'", "", ""},
-        {"xsi:type='T'", "T", ""},
+        {"xsi:type='T'", "T", "urn:d"},
+        {"xsi:type='&#xA; p:T&#x9; '", "T", "urn:p"},
+        {"xsi:type=' '", "", ""},
         {"xsi:type='p:T'", "T", "urn:p"},
         {"xsi:type='q:T'", "T", ""},
         {"xsi:type='p:T:U'", "T:U", "urn:p"},
