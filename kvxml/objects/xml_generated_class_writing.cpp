@@ -110,7 +110,11 @@ void CXmlGeneratedClass::WriteAdditionalAttributes(const CAttributeCol& attribut
                                                    const CSerializationContext& context) const {
     if (attributes.GetCount() == 0) return;
     internal::CAttributeNameWriter own;
-    AttributesToXml_Int(&own, context);
+    try {
+        AttributesToXml_Int(&own, context);
+    } catch (const CKvException&) {
+        return;  // the object's own attributes come next, fail likewise and say where
+    }
     if (IsWrittenNil()) own.WriteNilAttribute();
     internal::CTreeOutput output(*writer, context);
     attributes.Write(output, &own.Names());
