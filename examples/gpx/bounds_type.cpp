@@ -104,6 +104,7 @@ void CBoundsType::BuildMetaData() {
         m_classInfo =
             new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "boundsType",
                                    kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_classInfo->DeclareNewIsAsInit();
         m_attributeInfo = m_attributeRecords;
         m_attributeRecords[0] =
             new CAttributeInfoPrimitive("minlat", "", Property_minlat, false, ItemType_decimal, nullptr,

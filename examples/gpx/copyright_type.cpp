@@ -98,6 +98,7 @@ void CCopyrightType::BuildMetaData() {
         m_classInfo =
             new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "copyrightType",
                                    kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_classInfo->DeclareNewIsAsInit();
         m_attributeInfo = m_attributeRecords;
         m_attributeRecords[0] = new CAttributeInfoPrimitive(
             "author", "", Property_author, false, ItemType_string, nullptr,

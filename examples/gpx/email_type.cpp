@@ -84,6 +84,7 @@ void CEmailType::BuildMetaData() {
         m_classInfo =
             new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "emailType",
                                    kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_classInfo->DeclareNewIsAsInit();
         m_attributeInfo = m_attributeRecords;
         m_attributeRecords[0] = new CAttributeInfoPrimitive(
             "id", "", Property_id, false, ItemType_string, nullptr, CWhitespaceUtils::WhitespaceRule_Preserve,

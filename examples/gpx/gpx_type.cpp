@@ -158,6 +158,7 @@ void CGpxType::BuildMetaData() {
     try {
         m_classInfo = new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "gpx",
                                              kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_classInfo->DeclareNewIsAsInit();
         m_attributeInfo = m_attributeRecords;
         m_attributeRecords[0] =
             new CAttributeInfoPrimitive("version", "", Property_version, false, ItemType_string, nullptr,

@@ -96,6 +96,7 @@ void CLinkType::BuildMetaData() {
     try {
         m_classInfo = new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "linkType",
                                              kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_classInfo->DeclareNewIsAsInit();
         m_attributeInfo = m_attributeRecords;
         m_attributeRecords[0] = new CAttributeInfoPrimitive(
             "href", "", Property_href, false, ItemType_string, nullptr,

@@ -108,6 +108,7 @@ void CPersonType::BuildMetaData() {
         m_classInfo =
             new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "personType",
                                    kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_classInfo->DeclareNewIsAsInit();
         m_attributeInfo = m_attributeRecords;
         m_elementInfo = m_elementRecords;
         m_elementRecords[0] = new CElementInfoSeqPrimOpt(

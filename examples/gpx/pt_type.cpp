@@ -117,6 +117,7 @@ void CPtType::BuildMetaData() {
     try {
         m_classInfo = new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "ptType",
                                              kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_classInfo->DeclareNewIsAsInit();
         m_attributeInfo = m_attributeRecords;
         m_attributeRecords[0] =
             new CAttributeInfoPrimitive("lat", "", Property_lat, false, ItemType_decimal, nullptr,

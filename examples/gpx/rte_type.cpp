@@ -165,6 +165,7 @@ void CRteType::BuildMetaData() {
     try {
         m_classInfo = new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "rteType",
                                              kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_classInfo->DeclareNewIsAsInit();
         m_attributeInfo = m_attributeRecords;
         m_elementInfo = m_elementRecords;
         m_elementRecords[0] = new CElementInfoSeqPrimOpt(

@@ -277,6 +277,7 @@ void CWptType::BuildMetaData() {
     try {
         m_classInfo = new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "wptType",
                                              kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_classInfo->DeclareNewIsAsInit();
         m_attributeInfo = m_attributeRecords;
         m_attributeRecords[0] =
             new CAttributeInfoPrimitive("lat", "", Property_lat, false, ItemType_decimal, nullptr,

@@ -111,6 +111,7 @@ void CCustomerType::BuildMetaData() {
         m_classInfo =
             new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "CustomerType",
                                    kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_classInfo->DeclareNewIsAsInit();
         m_attributeInfo = m_attributeRecords;
         m_elementInfo = m_elementRecords;
         m_elementRecords[0] = new CElementInfoSeqPrimMnd(

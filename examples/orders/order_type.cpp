@@ -186,6 +186,7 @@ void COrderType::BuildMetaData() {
         m_classInfo =
             new CParentElementInfo(XmlElementGroupType_Sequence, XmlElementType_Element, "OrderType",
                                    kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_classInfo->DeclareNewIsAsInit();
         m_attributeInfo = m_attributeRecords;
         m_attributeRecords[0] = new CAttributeInfoPrimitive(
             "id", "", Property_id, false, ItemType_ui4, nullptr, CWhitespaceUtils::WhitespaceRule_Collapse,

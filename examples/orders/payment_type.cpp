@@ -118,6 +118,7 @@ void CPaymentType::BuildMetaData() {
         m_classInfo =
             new CParentElementInfo(XmlElementGroupType_Choice, XmlElementType_Element, "PaymentType",
                                    kNamespace, true, false, -1, ItemType_Unknown, nullptr, false);
+        m_classInfo->DeclareNewIsAsInit();
         m_attributeInfo = m_attributeRecords;
         m_elementInfo = m_elementRecords;
         m_elementRecords[0] =

@@ -1,8 +1,15 @@
 #include "kvxml/base/exceptions.h"
 
+#include <cstring>
 #include <utility>
 
 namespace KvXmlLib16 {
+
+namespace internal {
+
+CExceptionRoot::~CExceptionRoot() = default;
+
+}  // namespace internal
 
 CKvException::CKvException() = default;
 
@@ -22,17 +29,26 @@ CKvException::CKvException(std::string message, std::string path, const CKvExcep
 }
 
 CKvException::CKvException(const CKvException& other)
-    : m_message(other.m_message),
+    : CExceptionRoot(other),
+      std::exception(other),
+      m_message(other.m_message),
       m_path(other.m_path),
       m_inner(other.m_inner ? other.m_inner->Clone() : nullptr) {}
 
-CKvException::CKvException(CKvException&& other) noexcept = default;
+CKvException::CKvException(CKvException&& other) noexcept
+    : CExceptionRoot(other),
+      std::exception(other),
+      m_message(std::move(other.m_message)),
+      m_path(std::move(other.m_path)),
+      m_inner(std::move(other.m_inner)),
+      m_what(other.m_what.exchange(nullptr)) {}
 
 CKvException& CKvException::operator=(const CKvException& other) {
     if (this != &other) {
         std::unique_ptr<CKvException> inner(other.m_inner ? other.m_inner->Clone() : nullptr);
         m_message = other.m_message;
         m_inner = std::move(inner);
+        ForgetWhat();
     }
     return *this;
 }
@@ -41,11 +57,19 @@ CKvException& CKvException::operator=(CKvException&& other) noexcept {
     if (this != &other) {
         m_message = std::move(other.m_message);
         m_inner = std::move(other.m_inner);
+        ForgetWhat();
+        other.ForgetWhat();
     }
     return *this;
 }
 
-CKvException::~CKvException() = default;
+CKvException::~CKvException() {
+    ForgetWhat();
+}
+
+void CKvException::ForgetWhat() noexcept {
+    delete[] m_what.exchange(nullptr);
+}
 
 CKvException* CKvException::Clone() const {
     return new CKvException(*this);
@@ -57,6 +81,21 @@ std::string CKvException::GetFullMessage() const {
         result.append(1, '\n').append(inner->m_message);
     }
     return result;
+}
+
+const char* CKvException::what() const noexcept {
+    if (m_inner == nullptr) return m_message.c_str();
+    if (const char* const known = m_what.load()) return known;
+    try {
+        const std::string full = GetFullMessage();
+        std::unique_ptr<char[]> text(new char[full.size() + 1]);
+        std::memcpy(text.get(), full.c_str(), full.size() + 1);
+        char* first = nullptr;
+        // Another thread may have been faster; then its text stays.
+        return m_what.compare_exchange_strong(first, text.get()) ? text.release() : first;
+    } catch (...) {
+        return m_message.c_str();
+    }
 }
 
 // Copying, moving, destruction and Clone, the same for every subclass.

@@ -1,9 +1,11 @@
 /// The exception family through which the library reports every failure.
 ///
 ///     try { gpx->FromXmlFile("track.gpx"); }
-///     catch (const KvXmlLib16::CKvException& e) { std::cerr << e.GetFullMessage() << '\n'; }
+///     catch (const std::exception& e) { std::cerr << e.what() << '\n'; }
 #pragma once
 
+#include <atomic>
+#include <exception>
 #include <memory>
 #include <string>
 
@@ -11,11 +13,30 @@
 
 namespace KvXmlLib16 {
 
+class CKvException;
+
+namespace internal {
+
+/// The first base of the family: destruction and Clone are the first of its virtual operations, and what
+/// comes from `std::exception` follows.
+class KVXML_EXPORT CExceptionRoot {
+public:
+    CExceptionRoot() noexcept = default;
+    CExceptionRoot(const CExceptionRoot&) noexcept = default;
+    CExceptionRoot& operator=(const CExceptionRoot&) noexcept = default;
+    virtual ~CExceptionRoot();
+
+protected:
+    virtual CKvException* Clone() const = 0;
+};
+
+}  // namespace internal
+
 /// Root of the family: a message, the path of the element or attribute at fault (when one is known) and
-/// the exception that caused this one (when there is one). Not derived from `std::exception`.
+/// the exception that caused this one (when there is one).
 ///
 /// Exceptions are plain values; each owns a deep copy of its inner chain.
-class KVXML_EXPORT CKvException {
+class KVXML_EXPORT CKvException : public internal::CExceptionRoot, public std::exception {
 public:
     CKvException();
     explicit CKvException(std::string message);
@@ -29,7 +50,7 @@ public:
     /// Takes over the message and a copy of the inner exception; the path of the target stays as it was.
     CKvException& operator=(const CKvException& other);
     CKvException& operator=(CKvException&& other) noexcept;
-    virtual ~CKvException();
+    ~CKvException() override;
 
     /// The message, with the path suffix when a path was given at construction.
     std::string GetMessage() const { return m_message; }
@@ -37,17 +58,23 @@ public:
     std::string GetPath() const { return m_path; }
     /// This message and those of the inner exceptions, outermost first, one per line.
     std::string GetFullMessage() const;
+    /// The full message; without the inner ones when memory is short. Valid until the exception is assigned
+    /// to, moved from or destroyed. Several threads may ask for it at once.
+    const char* what() const noexcept override;
     /// The causing exception, owned by this one, or null.
     const CKvException* GetInnerException() const { return m_inner.get(); }
 
 protected:
     /// A heap copy of the most-derived type; the caller owns it.
-    virtual CKvException* Clone() const;
+    CKvException* Clone() const override;
 
 private:
+    void ForgetWhat() noexcept;
+
     std::string m_message;
     std::string m_path;
     std::unique_ptr<CKvException> m_inner;
+    mutable std::atomic<char*> m_what{nullptr};  // the full message, once somebody has asked for it
 };
 
 /// The document does not fit the schema that the metadata describes, or JSON input is ill-formed.

@@ -47,6 +47,11 @@ public:
     operator T*() const noexcept { return m_object; }
     T* operator->() const noexcept { return m_object; }
     T& operator*() const noexcept { return *m_object; }
+    /// The item of the collection that this points to.
+    template <class U = T>
+    auto operator[](std::size_t index) const -> decltype(std::declval<U&>()[index]) {
+        return (*m_object)[index];
+    }
 
     void Reset(T* object = nullptr) noexcept { *this = CSmartPtr(object); }
     /// Gives the reference to the caller and becomes null.

@@ -192,7 +192,9 @@ void CFastInfosetWriter::WriteStartElement(std::string_view localName, std::stri
         state.hasRoot = true;
         ++state.version;
         const NamespaceScope& scope = *GetCurrentContext()->scope;
-        if (!scope.defaultNamespace.empty()) Declare({}, scope.defaultNamespace);
+        // It would take an element without namespace in.
+        const bool isOutside = namespaceUri.empty() && localName.find(':') == localName.npos;
+        if (!scope.defaultNamespace.empty() && !isOutside) Declare({}, scope.defaultNamespace);
         for (const NamespaceScope::Alias& alias : scope.aliases)
             if (!IsXmlNamespace(alias.uri)) Declare(alias.Prefix(), alias.uri);
     }
@@ -230,7 +232,7 @@ void CFastInfosetWriter::WritePendingStart() {
     }
     // A default namespace that an attribute has declared takes the element in.
     const State::Binding& binding = state.bindings[kNoPrefix];
-    const bool isTakenIn = binding.ns != kNoNamespace && binding.isByAttribute;
+    const bool isTakenIn = binding.ns != kNoNamespace && (binding.isByAttribute || state.isRaw);
     NameEntry& entry = state.elements.Entry(isTakenIn ? binding.ns : kNoNamespace, name);
     WriteElementName(entry, isTakenIn ? kNoPrefix : PrefixFor(kNoNamespace, true));
 }
@@ -389,8 +391,10 @@ void CFastInfosetWriter::WriteAttributeNow(std::string_view localName, std::stri
 void CFastInfosetWriter::WriteTypeAttribute(std::string_view typeNamespaceUri, std::string_view typeName,
                                             ItemType type) {
     RequireOpenStartTag();
+    // An element without namespace can not have the default one declared.
+    const bool isOutside = m_state->isPending && m_state->pendingName.find(':') == std::string::npos;
     std::string value;
-    if (typeNamespaceUri == GetCurrentContext()->scope->defaultNamespace) {
+    if (typeNamespaceUri == GetCurrentContext()->scope->defaultNamespace && !isOutside) {
         if (!typeNamespaceUri.empty()) Declare({}, typeNamespaceUri);
     } else if (!typeNamespaceUri.empty()) {
         const std::uint32_t prefix = PrefixFor(m_state->NamespaceNumber(typeNamespaceUri), false);

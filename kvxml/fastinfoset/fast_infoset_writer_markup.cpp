@@ -70,7 +70,14 @@ void CFastInfosetWriter::WriteRawAfterSpace(std::string_view text) {
     } catch (const CKvException& e) {
         FailFastInfoset("Raw text must be an element. " + e.GetMessage());
     }
+    const std::string defaultNamespace = GetCurrentContext() == nullptr
+                                             ? GetDocumentScope().defaultNamespace
+                                             : GetCurrentContext()->scope->defaultNamespace;
+    SetDefaultNamespace({});
+    m_state->isRaw = true;
     WriteXmlTree(*document.GetDocumentElement(), *this, context);
+    m_state->isRaw = false;
+    SetDefaultNamespace(defaultNamespace);
 }
 
 /// Writes processing instructions and comments. False, with nothing written, when there is anything else.

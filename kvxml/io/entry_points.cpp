@@ -2,6 +2,7 @@
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/c_text.h"
 #include "kvxml/fastinfoset/fast_infoset_writer.h"
+#include "kvxml/io/internal/standard_streams.h"
 #include "kvxml/json/json_text_writer.h"
 #include "kvxml/objects/element.h"
 #include "kvxml/objects/parent_element_info.h"
@@ -216,6 +217,70 @@ CBinaryData CXmlObjectBase::ToFastInfosetStream(FInfoDecl decl, const CSerializa
     return data;
 }
 
+// --- writing by named options and into streams -----------------------------------------------------------
+
+std::string CXmlObjectBase::ToXml(const CWriteOptions& options, const CSerializationContext& context) const {
+    return ToXml(options.declaration, options.formatted, options.eol, context);
+}
+
+std::string CXmlObjectBase::ToJson(const CWriteOptions& options, const CSerializationContext& context) const {
+    return ToJson(options.formatted, options.eol, context);
+}
+
+CBinaryData CXmlObjectBase::ToXmlStream(const CWriteOptions& options,
+                                        const CSerializationContext& context) const {
+    return ToXmlStream(options.declaration, options.formatted, options.encoding, options.eol, context,
+                       options.compression);
+}
+
+CBinaryData CXmlObjectBase::ToJsonStream(const CWriteOptions& options,
+                                         const CSerializationContext& context) const {
+    return ToJsonStream(options.formatted, options.encoding, options.eol, context, options.compression);
+}
+
+CBinaryData CXmlObjectBase::ToFastInfosetStream(const CWriteOptions& options,
+                                                const CSerializationContext& context) const {
+    return ToFastInfosetStream(options.fastInfosetDeclaration, context, options.compression);
+}
+
+void CXmlObjectBase::ToXmlFile(const char* fileName, const CWriteOptions& options,
+                               const CSerializationContext& context) const {
+    ToXmlFile(fileName, options.declaration, options.formatted, options.encoding, options.eol, context,
+              options.compression);
+}
+
+void CXmlObjectBase::ToJsonFile(const char* fileName, const CWriteOptions& options,
+                                const CSerializationContext& context) const {
+    ToJsonFile(fileName, options.formatted, options.encoding, options.eol, context, options.compression);
+}
+
+void CXmlObjectBase::ToFastInfosetFile(const char* fileName, const CWriteOptions& options,
+                                       const CSerializationContext& context) const {
+    ToFastInfosetFile(fileName, options.fastInfosetDeclaration, context, options.compression);
+}
+
+void CXmlObjectBase::ToXmlStream(std::ostream& out, const CWriteOptions& options,
+                                 const CSerializationContext& context) const {
+    internal::COutput output(out);
+    if (options.compression != CompressionType_None) return output.WriteLast(ToXmlStream(options, context));
+    internal::COutputTextStream stream(output, options.encoding);
+    internal::CEntryPoints::Write(*this, stream, options.declaration, options.formatted, options.eol,
+                                  context);
+}
+
+void CXmlObjectBase::ToJsonStream(std::ostream& out, const CWriteOptions& options,
+                                  const CSerializationContext& context) const {
+    internal::COutput output(out);
+    if (options.compression != CompressionType_None) return output.WriteLast(ToJsonStream(options, context));
+    internal::COutputTextStream stream(output, options.encoding);
+    internal::CEntryPoints::WriteJson(*this, stream, options.formatted, options.eol, context);
+}
+
+void CXmlObjectBase::ToFastInfosetStream(std::ostream& out, const CWriteOptions& options,
+                                         const CSerializationContext& context) const {
+    internal::COutput(out).WriteLast(ToFastInfosetStream(options, context));
+}
+
 // --- reading ---------------------------------------------------------------------------------------------
 
 void CXmlObjectBase::FromXmlFile(const char* fileName, const CSerializationContext& context) {
@@ -234,6 +299,17 @@ void CXmlObjectBase::FromXml(const char* xml, const CSerializationContext& conte
     CXmlDocument document(context);
     document.LoadXml(OrEmpty(xml));
     internal::CEntryPoints::Read(*this, document, context);
+}
+
+void CXmlObjectBase::ReadXmlText(std::string_view xml, const CSerializationContext& context) {
+    CXmlDocument document(context);
+    document.LoadXml(xml);
+    internal::CEntryPoints::Read(*this, document, context);
+}
+
+void CXmlObjectBase::FromXmlStream(std::istream& in, const CSerializationContext& context) {
+    const std::string bytes = internal::ReadRest(in);
+    FromXmlStream(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), context);
 }
 
 void CXmlObjectBase::FromXmlStream(const CBinaryData& data, const CSerializationContext& context) {
@@ -255,8 +331,12 @@ void CXmlObjectBase::FromXmlElement(const CXmlElement* element, const CSerializa
 
 void CXmlObjectBase::FromXmlElement(const CElement* element, const CSerializationContext& context) {
     if (element == nullptr) throw CKvInvalidParamException("The element to read from may not be NULL");
+    // What the context adds to documents is no part of the element.
+    CSerializationContext writing;
+    writing.SetSchemaType(context.GetSchemaType());
+    writing.SetMaxElementDepth(context.GetMaxElementDepth());
     // Bytes in an encoding that they declare are read the same whatever the local code page is.
-    const CBinaryData data = element->ToXmlStream(true, false, XmlEncoding_UTF8, EOLType_LF, context);
+    const CBinaryData data = element->ToXmlStream(true, false, XmlEncoding_UTF8, EOLType_LF, writing);
     const std::string xml(reinterpret_cast<const char*>(data.GetData()), data.GetLength());
     FromXml(xml.c_str(), context);
 }
@@ -274,6 +354,16 @@ void CXmlObjectBase::FromJson(const wchar_t* json, const CSerializationContext& 
 void CXmlObjectBase::FromJson(const char* json, const CSerializationContext& context) {
     internal::CEntryPoints::ReadJson(*this, context,
                                      [json](CXmlDocument& document) { document.BuildFromJson(json); });
+}
+
+void CXmlObjectBase::ReadJsonText(std::string_view json, const CSerializationContext& context) {
+    internal::CEntryPoints::ReadJson(*this, context,
+                                     [json](CXmlDocument& document) { document.BuildFromJson(json); });
+}
+
+void CXmlObjectBase::FromJsonStream(std::istream& in, const CSerializationContext& context) {
+    const std::string bytes = internal::ReadRest(in);
+    FromJsonStream(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), context);
 }
 
 void CXmlObjectBase::FromJsonStream(const CBinaryData& data, const CSerializationContext& context) {

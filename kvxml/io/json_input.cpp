@@ -35,7 +35,7 @@ public:
         }
         DropByteOrderMark();
     }
-    explicit CJsonInput(const char* json) : m_text(internal::OrEmpty(json)) {
+    explicit CJsonInput(std::string_view json) : m_text(json) {
         if (m_text.empty()) ThrowEmpty();
         if (!internal::IsLocalUtf8()) m_text = m_utf8 = internal::LocalToUtf8(m_text);
         DropByteOrderMark();
@@ -84,7 +84,7 @@ CBinaryData CXmlDocument::LoadJsonStream(const unsigned char* data, std::size_t 
 
 CBinaryData CXmlDocument::LoadJson(const char* json) {
     Cleanup();
-    return internal::JsonToXml(CJsonInput(json).Text(), *m_context);
+    return internal::JsonToXml(CJsonInput(std::string_view(internal::OrEmpty(json))).Text(), *m_context);
 }
 
 CBinaryData CXmlDocument::LoadJson(const wchar_t* json) {
@@ -102,6 +102,10 @@ void CXmlDocument::BuildFromJsonStream(const unsigned char* data, std::size_t le
 }
 
 void CXmlDocument::BuildFromJson(const char* json) {
+    BuildFromJsonText(internal::OrEmpty(json));
+}
+
+void CXmlDocument::BuildFromJsonText(std::string_view json) {
     BuildTree(CJsonInput(json).Text());
 }
 

@@ -8,6 +8,7 @@
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/c_text.h"
 #include "kvxml/base/internal/namespace_uris.h"
+#include "kvxml/objects/internal/attribute_names.h"
 #include "kvxml/settings/internal/shared_settings.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/tree_output.h"
@@ -24,6 +25,11 @@ namespace {
 
 [[noreturn]] void ThrowNotAnElement() {
     throw CKvException("Attributes can not be read from an element");
+}
+
+[[noreturn]] void ThrowInvalidNamespace(std::string_view ns) {
+    throw CKvInvalidNamespaceException(FormatString("Invalid Namespace [%s].", std::string(ns).c_str()),
+                                       std::string());
 }
 
 }  // namespace
@@ -48,6 +54,10 @@ CAttribute::CAttribute(const CXmlAttribute& attribute) : m_value(attribute.GetVa
     if (m_isTypeValue) m_valueNamespace = CSharedName(typeNamespace);
 }
 
+CAttribute::CAttribute(const CAttribute&) = default;
+CAttribute& CAttribute::operator=(const CAttribute&) = default;
+CAttribute::CAttribute(CAttribute&&) noexcept = default;
+CAttribute& CAttribute::operator=(CAttribute&&) noexcept = default;
 CAttribute::~CAttribute() = default;
 
 void CAttribute::SetName(const char* name) {
@@ -97,7 +107,7 @@ void CAttribute::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSeriali
 }
 
 CXmlElement* CAttribute::FromXml_Int(CXmlElement*, CXmlElement*, const CSerializationContext&, bool) {
-    ThrowNotAnElement();
+    throw CKvException("This should be done by the collection");
 }
 
 // --- CAttributeCol -----------------------------------------------------------------------------------------
@@ -105,8 +115,16 @@ CXmlElement* CAttribute::FromXml_Int(CXmlElement*, CXmlElement*, const CSerializ
 CAttributeCol::CAttributeCol(const char* restriction, const char* targetNamespace)
     : CXmlTypedCollection<CAttribute>("", "", 0, -1),
       m_restriction(OrEmpty(restriction)),
-      m_targetNamespace(OrEmpty(targetNamespace)) {}
+      m_targetNamespace(OrEmpty(targetNamespace)) {
+    if (m_restriction.IsEmpty())
+        throw CKvInvalidNamespaceException("Namespace Restriction must have a value", std::string());
+    internal::RequireTargetNamespace(m_restriction.View(), targetNamespace);
+}
 
+CAttributeCol::CAttributeCol(const CAttributeCol&) = default;
+CAttributeCol& CAttributeCol::operator=(const CAttributeCol&) = default;
+CAttributeCol::CAttributeCol(CAttributeCol&&) noexcept = default;
+CAttributeCol& CAttributeCol::operator=(CAttributeCol&&) noexcept = default;
 CAttributeCol::~CAttributeCol() = default;
 
 bool CAttributeCol::AcceptsNamespace(std::string_view ns) const noexcept {
@@ -114,21 +132,23 @@ bool CAttributeCol::AcceptsNamespace(std::string_view ns) const noexcept {
            internal::IsNamespaceValid(ns, m_restriction.View(), m_targetNamespace.View());
 }
 
-void CAttributeCol::CheckNamespace(std::string_view ns) const {
-    if (AcceptsNamespace(ns)) return;
-    throw CKvInvalidNamespaceException(FormatString("Invalid Namespace [%s].", std::string(ns).c_str()),
-                                       std::string());
+void CAttributeCol::CheckNamespace(const CAttribute& attribute) const {
+    if (AcceptsNamespace(attribute.GetNamespaceView())) return;
+    throw CKvInvalidNamespaceException(
+        FormatString("Invalid Attribute [%s]. The attributes namespace is Inappropriate.",
+                     attribute.GetName().c_str()),
+        std::string());
 }
 
 CSmartPtr<CAttribute> CAttributeCol::Add(const char* name, const char* ns, const char* value) {
-    CheckNamespace(OrEmpty(ns));
+    if (!AcceptsNamespace(OrEmpty(ns))) ThrowInvalidNamespace(OrEmpty(ns));
     CSmartPtr<CAttribute> attribute(new CAttribute(name, ns, value));
     AppendItem(attribute.Get());
     return attribute;
 }
 
 void CAttributeCol::Add(const CSmartPtr<CAttribute>& attribute) {
-    if (attribute != nullptr) CheckNamespace(attribute->GetNamespaceView());
+    if (attribute != nullptr) CheckNamespace(*attribute);
     AppendItem(attribute.Get());
 }
 
@@ -156,7 +176,7 @@ bool CAttributeCol::Remove(std::string_view name, std::string_view ns) {
 }
 
 void CAttributeCol::AddFrom(const CXmlAttribute& attribute) {
-    CheckNamespace(attribute.GetNamespaceURI());
+    if (!AcceptsNamespace(attribute.GetNamespaceURI())) ThrowInvalidNamespace(attribute.GetNamespaceURI());
     AppendItem(new CAttribute(attribute));
 }
 
@@ -181,28 +201,27 @@ void CAttributeCol::CheckUnique() const {
     }
 }
 
-void CAttributeCol::Write(CTreeOutput& output, const CAttributeCol* except,
-                          const CXmlElement* exceptElement) const {
+void CAttributeCol::Write(CTreeOutput& output, const internal::CAttributeNames* except) const {
     CheckUnique();
-    const auto isInElement = [exceptElement](const CAttribute& attribute) {
-        for (const CXmlAttribute* other : exceptElement->GetAttributes()) {
-            if (attribute.Is(other->GetLocalName(), other->GetNamespaceURI())) return true;
-        }
-        return false;
-    };
     for (const CAttribute* attribute : *this) {
-        if (except != nullptr &&
-            except->Find(attribute->GetNameView(), attribute->GetNamespaceView()) != nullptr)
+        if (except != nullptr && except->Has(attribute->GetNameView(), attribute->GetNamespaceView()))
             continue;
-        if (exceptElement != nullptr && isInElement(*attribute)) continue;
+        CheckNamespace(*attribute);
         attribute->Write(output);
     }
+}
+
+bool CAttributeCol::HasBareType() const noexcept {
+    for (const CAttribute* attribute : *this) {
+        if (attribute->m_isTypeValue && attribute->m_valueNamespace.IsEmpty()) return true;
+    }
+    return false;
 }
 
 void CAttributeCol::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext& context,
                               bool) const {
     CTreeOutput output(*writer, context);
-    Write(output, nullptr, nullptr);
+    Write(output, nullptr);
     output.EndAttributes();
 }
 

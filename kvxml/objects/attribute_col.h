@@ -18,8 +18,9 @@ class CXmlAttribute;
 class CXmlElement;
 
 namespace internal {
+class CAttributeNames;
 class CTreeOutput;
-}
+}  // namespace internal
 
 /// One untyped attribute. It remembers the prefix that its document used, and for xsi:type the namespace
 /// that the prefix in the value stands for, so that the value keeps its meaning in another document.
@@ -30,6 +31,10 @@ public:
     CAttribute(const char* name, const char* ns, const char* value);
     /// A copy of an attribute of a document.
     explicit CAttribute(const CXmlAttribute& attribute);
+    CAttribute(const CAttribute&);
+    CAttribute& operator=(const CAttribute&);
+    CAttribute(CAttribute&&) noexcept;
+    CAttribute& operator=(CAttribute&&) noexcept;
     ~CAttribute() override;
 
     CXmlObjectBase* GetBase() override { return this; }
@@ -66,12 +71,13 @@ protected:
     /// Writes the attribute into the open start tag.
     void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
                    const CSerializationContext& context, bool suppressChoiceError) const override;
-    /// An attribute is no element: throws CKvException.
+    /// An attribute is no element: throws CKvException "This should be done by the collection".
     CXmlElement* FromXml_Int(CXmlElement* element, CXmlElement* cursor, const CSerializationContext& context,
                              bool suppressChoiceError) override;
 
 private:
     friend class CAttributeCol;
+    friend class internal::CObjectGraph;
 
     void Write(internal::CTreeOutput& output) const;
 
@@ -86,17 +92,24 @@ private:
 class KVXML_EXPORT CAttributeCol : public CXmlTypedCollection<CAttribute> {
 public:
     /// `restriction` is a wildcard's namespace list; "##targetNamespace" and "##other" are judged against
-    /// `targetNamespace`.
+    /// `targetNamespace`. CKvInvalidNamespaceException "Namespace Restriction must have a value" without a
+    /// list, "Target Namespace must have a value" when such a namespace is needed and null.
     explicit CAttributeCol(const char* restriction = "##any", const char* targetNamespace = "");
+    CAttributeCol(const CAttributeCol&);
+    CAttributeCol& operator=(const CAttributeCol&);
+    CAttributeCol(CAttributeCol&&) noexcept;
+    CAttributeCol& operator=(CAttributeCol&&) noexcept;
     ~CAttributeCol() override;
 
     /// Appends. CKvInvalidNamespaceException "Invalid Namespace [%s]." when the restriction rejects `ns`. A
     /// second attribute of one name and namespace is refused when the attributes are written.
     CSmartPtr<CAttribute> Add(const char* name, const char* ns, const char* value);
-    /// Appends an attribute, which is shared; errors as above.
+    /// Appends an attribute, which is shared. CKvInvalidNamespaceException "Invalid Attribute [%s]. The
+    /// attributes namespace is Inappropriate." when the restriction rejects it; writing checks that again.
     void Add(const CSmartPtr<CAttribute>& attribute);
+    void push_back(const CSmartPtr<CAttribute>& attribute) { Add(attribute); }
     /// Gives the attribute of that name and namespace a value; appends it when there is none. Errors as
-    /// above.
+    /// those of a new attribute.
     CSmartPtr<CAttribute> Set(const char* name, const char* ns, const char* value);
     /// First attribute of that name and namespace, or null.
     CSmartPtr<CAttribute> Find(std::string_view name, std::string_view ns) const;
@@ -109,10 +122,10 @@ public:
 
     /// For the library: appends a copy of a document's attribute; errors as Add.
     void AddFrom(const CXmlAttribute& attribute);
-    /// For the library: writes the attributes but those that `except` or `exceptElement` has too; either may
-    /// be null.
-    void Write(internal::CTreeOutput& output, const CAttributeCol* except,
-               const CXmlElement* exceptElement) const;
+    /// For the library: writes the attributes but those that `except`, which may be null, has too.
+    void Write(internal::CTreeOutput& output, const internal::CAttributeNames* except) const;
+    /// For the library: whether one is an xsi:type that names a type of no namespace.
+    bool HasBareType() const noexcept;
 
 protected:
     /// Writes the attributes into the open start tag. CKvInvalidStateException when two of them have one name
@@ -124,7 +137,7 @@ protected:
                              bool suppressChoiceError) override;
 
 private:
-    void CheckNamespace(std::string_view ns) const;
+    void CheckNamespace(const CAttribute& attribute) const;
     void CheckUnique() const;
 
     internal::CSharedName m_restriction;

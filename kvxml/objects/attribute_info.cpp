@@ -3,7 +3,7 @@
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/c_text.h"
 #include "kvxml/objects/attribute_col.h"
-#include "kvxml/objects/internal/variant_facets.h"
+#include "kvxml/objects/internal/member_access.h"
 #include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/format_string.h"
@@ -17,10 +17,11 @@ namespace KvXmlLib16Data {
 
 using KvXmlLib16::CAttributeCol;
 using KvXmlLib16::CKvException;
-using KvXmlLib16::CKvInvalidParamException;
 using KvXmlLib16::CKvValidationException;
 using KvXmlLib16::FormatString;
+using KvXmlLib16::internal::CMemberAccess;
 using KvXmlLib16::internal::OrEmpty;
+using KvXmlLib16::internal::ThrowSetFailed;
 
 CAttributeInfo::CAttributeInfo(const char* name, const char* ns, int propertyIndex, bool optional,
                                const char* defaultValue)
@@ -48,34 +49,19 @@ bool CAttributeInfo::IsThisAttribute(const CSerializationContext& context,
 }
 
 void CAttributeInfo::InvokePropertyGet(const CXmlGeneratedClass* owner, KvVariant& value) const {
-    try {
-        owner->ReadProperty(m_propertyIndex, value);
-    } catch (const CKvException& e) {
-        throw CKvValidationException(
-            FormatString("Failed to get the property value for [%s].", m_name.c_str()), std::string(), e);
-    }
-}
-
-void CAttributeInfo::ThrowSetFailed(const CXmlAttribute& attribute, const CKvException& inner) const {
-    throw CKvValidationException(FormatString("Failed to set the property value [%s].", m_name.c_str()),
-                                 attribute.GetXPath(), inner);
+    CMemberAccess::Get(*owner, m_propertyIndex, m_name, value);
 }
 
 void CAttributeInfo::InvokePropertySet(CXmlGeneratedClass* owner, KvVariant& value,
                                        const CXmlAttribute& attribute) const {
-    try {
-        owner->AccessProperty(m_propertyIndex, false, value);
-    } catch (const CKvException& e) {
-        ThrowSetFailed(attribute, e);
-    }
+    CMemberAccess::Set(*owner, m_propertyIndex, m_name, value, attribute);
 }
 
 bool CAttributeInfo::ReadForOutput(const CXmlGeneratedClass* owner, KvVariant& value) const {
     InvokePropertyGet(owner, value);
     if (value.IsValid() && !value.IsNil()) return true;
     if (m_optional) return false;
-    throw CKvInvalidParamException(
-        FormatString("The Property [%s] is mandatory, it may not be NULL", m_name.c_str()));
+    KvXmlLib16::internal::ThrowMandatoryIsNull(m_name);
 }
 
 void CAttributeInfo::WriteAttribute(const CSerializationContext& context, CXmlWriter* writer,
@@ -157,16 +143,10 @@ void CAttributeInfoPrimitive::ReadMatched(const CSerializationContext&, CXmlGene
                                           CXmlAttribute* attribute) {
     KvVariant value;
     try {
-        const std::string_view text = attribute->GetValueView();
-        value.FromString(text, m_itemType, m_whitespaceRule);
-        if (m_restrictions.HasPattern()) {
-            std::string scratch;
-            CheckRestriction(value, KvXmlLib16::internal::ApplyRule(m_whitespaceRule, text, scratch));
-        } else {
-            CheckRestriction(value, {});
-        }
+        KvXmlLib16::internal::ToCheckedValue(attribute->GetValueView(), m_itemType, m_whitespaceRule,
+                                             m_restrictions, m_name, value);
     } catch (const CKvException& e) {
-        ThrowSetFailed(*attribute, e);
+        ThrowSetFailed(m_name, attribute->GetXPath(), e);
     }
     InvokePropertySet(owner, value, *attribute);
 }
@@ -209,7 +189,7 @@ void CAttributeInfoEnum::ReadMatched(const CSerializationContext&, CXmlGenerated
     try {
         value.SetI4(m_enumFromString(std::string(attribute->GetValueView()).c_str()));
     } catch (const CKvException& e) {
-        ThrowSetFailed(*attribute, e);
+        ThrowSetFailed(m_name, attribute->GetXPath(), e);
     }
     InvokePropertySet(owner, value, *attribute);
 }
@@ -221,6 +201,9 @@ void CAttributeInfoEnum::Validate(const CSerializationContext&, bool found) {
 // --- CAttributeInfoAny -------------------------------------------------------------------------------------
 
 namespace {
+
+constexpr const char* kNoAttributeCollection =
+    "Serialization Data Error : The collection should be a CAttributeCol, it was not!";
 
 /// The collection in the property, if there is one.
 CAttributeCol* AttributesOf(const KvVariant& value) {
@@ -245,6 +228,8 @@ void CAttributeInfoAny::AttributeToXml(const CSerializationContext& context, con
     KvVariant value;
     InvokePropertyGet(owner, value);
     const CAttributeCol* const attributes = AttributesOf(value);
+    if (attributes == nullptr && (value.PeekXmlCollection() != nullptr || value.PeekXmlObject() != nullptr))
+        throw CKvException(kNoAttributeCollection);
     if (attributes == nullptr || attributes->GetCount() == 0) return;
     ToXml_Int(attributes, writer, false, owner->GetTargetNamespace().c_str(), context);
 }
@@ -271,12 +256,12 @@ void CAttributeInfoAny::ReadMatched(const CSerializationContext&, CXmlGeneratedC
     value.Own();
     CAttributeCol* const attributes = AttributesOf(value);
     if (attributes == nullptr) {
-        ThrowSetFailed(*attribute, CKvException("The property holds no collection of attributes."));
+        ThrowSetFailed(m_name, attribute->GetXPath(), CKvException(kNoAttributeCollection));
     }
     try {
         attributes->AddFrom(*attribute);
     } catch (const CKvException& e) {
-        ThrowSetFailed(*attribute, e);
+        ThrowSetFailed(m_name, attribute->GetXPath(), e);
     }
 }
 

@@ -11,7 +11,6 @@
 #include "kvxml/types/whitespace_utils.h"
 
 namespace KvXmlLib16 {
-class CKvException;
 class CSerializationContext;
 class CXmlAttribute;
 class CXmlGeneratedClass;
@@ -56,6 +55,7 @@ public:
 
     const std::string& GetAttributeName() const noexcept { return m_name; }
     const std::string& GetAttributeNamespace() const noexcept { return m_namespace; }
+    int GetPropertyIndex() const noexcept { return m_propertyIndex; }
 
 protected:
     /// `optional`: the attribute may be absent. A null `defaultValue` counts as empty, that is none.
@@ -70,9 +70,6 @@ protected:
         InvokePropertyGet(owner, value);
     }
     void InvokePropertySet(CXmlGeneratedClass* owner, KvVariant& value, const CXmlAttribute& attribute) const;
-    /// Throws the failure to take over the attribute's value, with its path.
-    [[noreturn]] void ThrowSetFailed(const CXmlAttribute& attribute,
-                                     const KvXmlLib16::CKvException& inner) const;
     /// Reads the property for output. False when it is optional and not set; CKvInvalidParamException when a
     /// required one is not set.
     bool ReadForOutput(const CXmlGeneratedClass* owner, KvVariant& value) const;

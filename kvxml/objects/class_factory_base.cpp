@@ -1,12 +1,20 @@
 #include "kvxml/objects/class_factory_base.h"
 
 #include "kvxml/base/internal/namespace_uris.h"
-#include "kvxml/xml/xml_document.h"
+#include "kvxml/xml/internal/prefix_list.h"
 #include "kvxml/xml/xml_element.h"
 
 namespace KvXmlLib16 {
 
-namespace {}  // namespace
+using internal::CTypeName;
+
+namespace {
+
+CTypeName TypeOf(const CXmlElement& element) {
+    return CTypeName(element.GetAttribute("type", internal::kInstanceNamespace));
+}
+
+}  // namespace
 
 CClassfactoryBase::CClassfactoryBase() = default;
 CClassfactoryBase::CClassfactoryBase(const CClassfactoryBase&) = default;
@@ -14,16 +22,14 @@ CClassfactoryBase& CClassfactoryBase::operator=(const CClassfactoryBase&) = defa
 CClassfactoryBase::~CClassfactoryBase() = default;
 
 std::string CClassfactoryBase::GetElementType(const CXmlElement* element) {
-    const std::string& type = element->GetAttribute("type", internal::kInstanceNamespace);
-    const std::size_t colon = type.find(':');
-    return colon == std::string::npos ? type : type.substr(colon + 1);
+    return std::string(TypeOf(*element).local);
 }
 
 std::string CClassfactoryBase::GetElementTypeNamespaceUri(const CXmlElement* element) {
-    const std::string& type = element->GetAttribute("type", internal::kInstanceNamespace);
-    const std::size_t colon = type.find(':');
-    if (colon == std::string::npos) return std::string();
-    return element->GetDocument()->LookupNamespaceFromAlias(type.substr(0, colon).c_str());
+    const CTypeName type = TypeOf(*element);
+    if (type.local.empty()) return std::string();
+    const std::string* const found = internal::FindTypeNamespace(type, *element);
+    return found == nullptr ? std::string() : *found;
 }
 
 }  // namespace KvXmlLib16

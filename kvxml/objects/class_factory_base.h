@@ -18,9 +18,10 @@ public:
     virtual ~CClassfactoryBase();
 
 protected:
-    /// Value of xsi:type without its prefix; empty when the element has none.
+    /// Value of xsi:type without its prefix and the blanks around it; empty when the element has none.
     static std::string GetElementType(const CXmlElement* element);
-    /// Namespace that the prefix of xsi:type stands for in the document; empty when there is none.
+    /// Namespace of the type that xsi:type names: what its prefix stands for at the element, and without a
+    /// prefix the default namespace there. Empty when there is none.
     static std::string GetElementTypeNamespaceUri(const CXmlElement* element);
 };
 

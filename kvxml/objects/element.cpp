@@ -6,7 +6,9 @@
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/c_text.h"
 #include "kvxml/base/internal/namespace_uris.h"
+#include "kvxml/objects/internal/attribute_names.h"
 #include "kvxml/types/format_string.h"
+#include "kvxml/xml/internal/failed_path.h"
 #include "kvxml/xml/internal/prefix_list.h"
 #include "kvxml/xml/internal/tree_output.h"
 #include "kvxml/xml/internal/xml_name_check.h"
@@ -43,9 +45,13 @@ CElement::CElement(const char* name, const char* ns, const char* value)
     SetName(name);
 }
 
+CElement::CElement(CElement&&) noexcept = default;
+CElement& CElement::operator=(CElement&&) noexcept = default;
 CElement::~CElement() = default;
 
 void CElement::SetName(const char* name) {
+    if (*OrEmpty(name) == '\0')
+        throw CKvInvalidNamespaceException("Element Name must have a value", std::string());
     RequireName(name, true);
     SetElementName(name);
 }
@@ -172,17 +178,23 @@ CXmlElement* CElement::FromXml_Int(CXmlElement* element, CXmlElement*, const CSe
 
 void CElement::WriteStart(CTreeOutput& output, std::string_view ns,
                           const CSerializationContext* rootContext) const {
+    if (m_attributes != nullptr && m_attributes->HasBareType()) output.ExpectBareType();
     output.StartElement({GetElementNameText(), GetElementNameView(), ns, m_prefix.View()});
-    if (rootContext != nullptr) {
-        if (const CAttributeCol* const attributes = rootContext->FindAdditionalRootAttributes())
-            attributes->Write(output, m_attributes.Get(), nullptr);
+    const CAttributeCol* const additional =
+        rootContext == nullptr ? nullptr : rootContext->FindAdditionalRootAttributes();
+    if (additional != nullptr) {
+        internal::CAttributeNames own;
+        if (m_attributes != nullptr) {
+            for (const CAttribute* attribute : *m_attributes)
+                own.Add(attribute->GetNameView(), attribute->GetNamespaceView());
+        }
+        additional->Write(output, &own);
     }
-    if (m_attributes != nullptr) m_attributes->Write(output, nullptr, nullptr);
+    if (m_attributes != nullptr) m_attributes->Write(output, nullptr);
     output.EndAttributes();
-    if (rootContext != nullptr && !rootContext->GetInLineSchemaRef().empty())
-        output.Writer().WriteRawAfterSpace(rootContext->GetInLineSchemaRef());
     const bool hasChildren = m_elements != nullptr && m_elements->GetCount() > 0;
     const bool keepBlanks = hasChildren && GetAttribute("space", internal::kXmlNamespace) == "preserve";
+    if (rootContext != nullptr) output.WriteInLineSchema(!m_value.empty() || keepBlanks);
     output.Text(m_value, hasChildren, keepBlanks);
 }
 
@@ -218,19 +230,39 @@ void CElement::WriteTree(CTreeOutput& output, std::string_view ns,
         else
             end(element);
     };
-    enter(*this, ns, rootContext);
-    while (!open.empty()) {
-        Open& top = open.back();
-        if (top.next == top.end) {
-            const CElement& done = *top.element;
-            open.pop_back();
-            end(done);
-            continue;
+    const CElement* at = this;
+    try {
+        enter(*this, ns, rootContext);
+        while (!open.empty()) {
+            Open& top = open.back();
+            if (top.next == top.end) {
+                at = top.element;
+                open.pop_back();
+                end(*at);
+                continue;
+            }
+            at = *top.next;
+            ++top.next;
+            if (output.HasArrays()) output.BeforeChild(top.IsLikeNext(*at), top.inArray);
+            enter(*at, top.ns, nullptr);
         }
-        const CElement& child = **top.next;
-        ++top.next;
-        if (output.HasArrays()) output.BeforeChild(top.IsLikeNext(child), top.inArray);
-        enter(child, top.ns, nullptr);
+    } catch (const CKvException&) {
+        auto& steps = output.Writer().FailedPath().steps;
+        const auto note = [&steps](const CElement& element, const CElement* parent) {
+            const CXmlObjectBase* const base = &element;
+            steps.push_back({element.GetName(), {base}});
+            if (parent == nullptr) return;
+            internal::CFailedPath::Place place{steps.back()};
+            for (const CElement* sibling : *parent->m_elements)
+                place.Visit(sibling->GetNameView(), {static_cast<const CXmlObjectBase*>(sibling)});
+            steps.back().position = place.Result();
+        };
+        for (auto parent = open.rbegin(); parent != open.rend(); ++parent) {
+            if (parent->element != at) note(*at, parent->element);
+            at = parent->element;
+        }
+        note(*at, nullptr);
+        throw;
     }
 }
 
@@ -251,8 +283,14 @@ CElementCol::CElementCol(const char* elementName, const char* ns, int minOccurs,
                          const char* restriction, const char* targetNamespace)
     : CXmlTypedCollection<CElement>(elementName, ns, minOccurs, maxOccurs),
       m_restriction(OrEmpty(restriction)),
-      m_targetNamespace(OrEmpty(targetNamespace)) {}
+      m_targetNamespace(OrEmpty(targetNamespace)) {
+    internal::RequireTargetNamespace(m_restriction.View(), targetNamespace);
+}
 
+CElementCol::CElementCol(const CElementCol&) = default;
+CElementCol& CElementCol::operator=(const CElementCol&) = default;
+CElementCol::CElementCol(CElementCol&&) noexcept = default;
+CElementCol& CElementCol::operator=(CElementCol&&) noexcept = default;
 CElementCol::~CElementCol() = default;
 
 bool CElementCol::AcceptsNamespace(std::string_view ns) const noexcept {
@@ -268,9 +306,14 @@ bool CElementCol::Accepts(const CSerializationContext& context, const CXmlElemen
     return AcceptsNamespace(name.uri);
 }
 
+void CElementCol::Check(const CElement& element) const {
+    if (AcceptsNamespace(element.NamespaceIn(GetItemNamespace()))) return;
+    if (element.HasNamespace()) ThrowInvalidNamespace(element.GetNamespaceView());
+    throw CKvInvalidStateException("A Namespace has not been set for this Collection");
+}
+
 const CSmartPtr<CElement>& CElementCol::Checked(const CSmartPtr<CElement>& element) const {
-    if (element != nullptr && element->HasNamespace() && !AcceptsNamespace(element->GetNamespaceView()))
-        ThrowInvalidNamespace(element->GetNamespaceView());
+    if (element != nullptr) Check(*element);
     return element;
 }
 
@@ -313,8 +356,11 @@ void CElementCol::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerial
     // What was read with namespaces ignored is written so.
     const bool anyNamespace = m_restriction.IsEmpty() && context.GetIgnoreNamespaces();
     for (const CElement* element : *this) {
-        if (!anyNamespace && element->HasNamespace() && !AcceptsNamespace(element->GetNamespaceView()))
-            ThrowInvalidNamespace(element->GetNamespaceView());
+        if (!anyNamespace && !AcceptsNamespace(element->NamespaceIn(GetItemNamespace()))) {
+            writer->FailedPath().steps.push_back(
+                {element->GetName(), {static_cast<const CXmlObjectBase*>(element)}});
+            Check(*element);
+        }
         element->WriteTree(output, GetItemNamespace(), nullptr);
     }
 }

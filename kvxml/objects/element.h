@@ -40,11 +40,14 @@ class CTreeOutput;
 class KVXML_EXPORT CElement : public CXmlObjectBase {
 public:
     CElement();
-    /// A null `ns`: in the namespace of wherever the element is written; see HasNamespace.
-    /// CKvInvalidParamException for a name that is no XML name.
+    /// A null `ns`: in the namespace of wherever the element is written; see HasNamespace. Errors of the name
+    /// as SetName.
     explicit CElement(const char* name, const char* ns = nullptr, const char* value = nullptr);
     CElement(const CElement&) = delete;
     CElement& operator=(const CElement&) = delete;
+    /// Leaves `other` without content. For copies see Clone.
+    CElement(CElement&& other) noexcept;
+    CElement& operator=(CElement&& other) noexcept;
     ~CElement() override;
 
     CXmlObjectBase* GetBase() override { return this; }
@@ -54,7 +57,8 @@ public:
     std::string GetName() const { return GetElementName(); }
     /// The name without a copy; valid until it is changed.
     std::string_view GetNameView() const noexcept { return GetElementNameView(); }
-    /// CKvInvalidParamException for a name that is empty or no XML name.
+    /// CKvInvalidNamespaceException "Element Name must have a value" for an empty name,
+    /// CKvInvalidParamException for one that is no XML name.
     void SetName(const char* name);
     /// Empty for no namespace, and when none was set.
     std::string GetNamespace() const override { return std::string(m_namespace.View()); }
@@ -112,6 +116,7 @@ protected:
 
 private:
     friend class CElementCol;
+    friend class internal::CObjectGraph;
 
     void Clear();
     /// Takes over name, attributes and text. Returns whether blanks in the element, and in what it contains,
@@ -138,15 +143,21 @@ private:
 
 /// Untyped elements in document order, restricted to a name, a namespace, or the namespaces of a wildcard.
 /// Adding an element in a namespace that is not admitted throws CKvInvalidNamespaceException "Invalid
-/// Namespace [%s].", and so does writing.
+/// Namespace [%s].", and so does writing. CKvInvalidStateException "A Namespace has not been set for this
+/// Collection" for one that was given no namespace, where the collection's own is not admitted.
 class KVXML_EXPORT CElementCol : public CXmlTypedCollection<CElement> {
 public:
     /// Empty `elementName`: any name. Empty `restriction`: the elements are in `ns`; otherwise it is a
     /// wildcard's namespace list, in which "##targetNamespace" and "##other" are judged against
     /// `targetNamespace`, and `ns` is where elements without a namespace of their own are written.
-    /// `maxOccurs` -1: unbounded.
+    /// `maxOccurs` -1: unbounded. CKvInvalidNamespaceException "Target Namespace must have a value" when the
+    /// list needs that namespace and it is null.
     CElementCol(const char* elementName, const char* ns, int minOccurs, int maxOccurs,
                 const char* restriction = "##any", const char* targetNamespace = "");
+    CElementCol(const CElementCol&);
+    CElementCol& operator=(const CElementCol&);
+    CElementCol(CElementCol&&) noexcept;
+    CElementCol& operator=(CElementCol&&) noexcept;
     ~CElementCol() override;
 
     /// Whether the element is one that the collection takes when it reads. With a restriction, namespaces
@@ -156,6 +167,7 @@ public:
     bool AcceptsNamespace(std::string_view ns) const noexcept;
 
     void Add(const CSmartPtr<CElement>& element);
+    void push_back(const CSmartPtr<CElement>& element) { Add(element); }
     /// Appends a new element and returns it. A null `ns`: the namespace of the collection.
     CSmartPtr<CElement> Add(const char* name, const char* ns, const char* value);
     void AddAt(int index, const CSmartPtr<CElement>& element);
@@ -178,6 +190,7 @@ protected:
 private:
     friend class CElement;
 
+    void Check(const CElement& element) const;
     const CSmartPtr<CElement>& Checked(const CSmartPtr<CElement>& element) const;
 
     internal::CSharedName m_restriction;

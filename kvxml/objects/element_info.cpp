@@ -4,8 +4,8 @@
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/c_text.h"
+#include "kvxml/objects/internal/member_access.h"
 #include "kvxml/objects/internal/simple_element.h"
-#include "kvxml/objects/internal/variant_facets.h"
 #include "kvxml/objects/xml_collection_base.h"
 #include "kvxml/objects/xml_generated_class.h"
 #include "kvxml/settings/serialization_context.h"
@@ -18,9 +18,9 @@
 namespace KvXmlLib16Data {
 
 using KvXmlLib16::CKvException;
-using KvXmlLib16::CKvInvalidParamException;
 using KvXmlLib16::CKvValidationException;
 using KvXmlLib16::FormatString;
+using KvXmlLib16::internal::CMemberAccess;
 using KvXmlLib16::internal::OrEmpty;
 
 CElementInfo::CElementInfo(const char* name, const char* ns, int propertyIndex)
@@ -118,6 +118,10 @@ bool CElementInfo::PassNull(const CXmlGeneratedClass* owner, CXmlElement** curso
     return true;
 }
 
+KvXmlLib16::CSmartPtr<CXmlObjectBase> CElementInfo::NewMemberLike(const CXmlObjectBase&) const {
+    return nullptr;
+}
+
 std::string CElementInfo::GetAnyDefaultNamespace(const char* restriction, const char* ns,
                                                  const char* targetNamespace) {
     std::string_view rule = OrEmpty(restriction);
@@ -135,37 +139,19 @@ std::string CElementInfo::GetAnyDefaultNamespace(const char* restriction, const 
 
 // --- properties --------------------------------------------------------------------------------------------
 
-void CElementInfo::ThrowGetFailed(const CKvException& inner) const {
-    throw CKvValidationException(FormatString("Failed to get the property value for [%s].", m_name.c_str()),
-                                 std::string(), inner);
-}
-
 void CElementInfo::InvokePropertyGet(const CXmlGeneratedClass* owner, KvVariant& value) const {
-    try {
-        owner->ReadProperty(m_propertyIndex, value);
-    } catch (const CKvException& e) {
-        ThrowGetFailed(e);
-    }
-}
-
-void CElementInfo::ThrowSetFailed(const CXmlElement& element, const CKvException& inner) const {
-    KvXmlLib16::internal::ThrowSetFailed(m_name, element, inner);
+    CMemberAccess::Get(*owner, m_propertyIndex, m_name, value);
 }
 
 void CElementInfo::InvokePropertySet(CXmlGeneratedClass* owner, KvVariant& value,
                                      const CXmlElement& element) const {
-    try {
-        owner->AccessProperty(m_propertyIndex, false, value);
-    } catch (const CKvException& e) {
-        ThrowSetFailed(element, e);
-    }
+    CMemberAccess::Set(*owner, m_propertyIndex, m_name, value, element);
 }
 
 CXmlCollectionBase* CElementInfo::MakeCollection(const CXmlGeneratedClass* owner, KvVariant& value) const {
     InvokePropertyGet(owner, value);
     if (value.PeekXmlCollection() == nullptr) {
-        KvVariant unset;
-        const_cast<CXmlGeneratedClass*>(owner)->AccessProperty(m_propertyIndex, false, unset);
+        CMemberAccess::SetUnset(const_cast<CXmlGeneratedClass&>(*owner), m_propertyIndex);
         InvokePropertyGet(owner, value);
     }
     value.Own();  // reading may make the owner give it up
@@ -178,11 +164,21 @@ void CElementInfo::CheckRestriction(const KvVariant& value, std::string_view lex
 }
 
 void CElementInfo::ThrowMandatoryIsNull() const {
-    throw CKvInvalidParamException(
-        FormatString("The Property [%s] is mandatory, it may not be NULL", m_name.c_str()));
+    KvXmlLib16::internal::ThrowMandatoryIsNull(m_name);
+}
+
+const std::string* CElementInfo::GetWantedNamespaces() const noexcept {
+    return nullptr;
+}
+
+void CElementInfo::ThrowWildcardUnfilled(const std::string& namespaces, const std::string& path) {
+    throw CKvValidationException(
+        FormatString("Failed to find the required element from namespace [%s].", namespaces.c_str()), path);
 }
 
 void CElementInfo::ThrowRequiredChildMissing(const CXmlElement* parent) const {
+    if (const std::string* const namespaces = GetWantedNamespaces())
+        ThrowWildcardUnfilled(*namespaces, parent->GetXPath());
     throw CKvValidationException(
         FormatString("Failed to find the required child element [%s].", m_name.c_str()), parent->GetXPath());
 }
@@ -301,7 +297,7 @@ void CElementInfo::ReadSimpleElement(const CSerializationContext& context, CXmlG
         try {
             convert(text, value);
         } catch (const CKvException& e) {
-            ThrowSetFailed(element, e);
+            KvXmlLib16::internal::ThrowSetFailed(m_name, element.GetXPath(), e);
         }
     }
     InvokePropertySet(owner, value, element);
@@ -311,13 +307,8 @@ void CElementInfo::ReadSimpleElement(const CSerializationContext& context, CXmlG
 void CElementInfo::ElementFromXmlPrim(const CSerializationContext& context, CXmlGeneratedClass* owner,
                                       CXmlElement** cursor) const {
     ReadSimpleElement(context, owner, cursor, [this](std::string_view text, KvVariant& value) {
-        value.FromString(text, m_itemType, m_whitespaceRule);
-        if (m_restrictions.HasPattern()) {
-            std::string scratch;
-            CheckRestriction(value, KvXmlLib16::internal::ApplyRule(m_whitespaceRule, text, scratch));
-        } else if (!m_restrictions.IsEmpty()) {
-            CheckRestriction(value);
-        }
+        KvXmlLib16::internal::ToCheckedValue(text, m_itemType, m_whitespaceRule, m_restrictions, m_name,
+                                             value);
     });
 }
 
@@ -354,6 +345,10 @@ void CElementInfo::WriteMemberAttributes(const CSerializationContext& context,
 
 void CElementInfo::MarkNew(CXmlObjectBase* object) noexcept {
     CXmlObjectBase::MarkNew(object);
+}
+
+void CElementInfo::MarkRetried(CXmlObjectBase* object) noexcept {
+    CXmlObjectBase::MarkRetried(object);
 }
 
 bool CElementInfo::IsIncomplete(const CXmlObjectBase* object) noexcept {

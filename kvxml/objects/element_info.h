@@ -14,13 +14,18 @@
 #include "kvxml/xml/xml_writer.h"
 
 namespace KvXmlLib16 {
-class CKvException;
 class CSerializationContext;
 class CXmlCollectionBase;
 class CXmlElement;
 class CXmlGeneratedClass;
 class CXmlObjectBase;
+template <class T>
+class CSmartPtr;
 struct KvVariant;
+
+namespace internal {
+class CObjectGraph;
+}
 }  // namespace KvXmlLib16
 
 namespace KvXmlLib16Data {
@@ -102,6 +107,9 @@ protected:
     virtual bool DropsNull(const CXmlGeneratedClass* owner) const;
     /// Moves the cursor past an element of the record that is such a null. False for any other element.
     bool PassNull(const CXmlGeneratedClass* owner, CXmlElement** cursor) const;
+    /// A new object for the member, of the class of `object`; null when the record does not know how to make
+    /// one. Here it never does.
+    virtual KvXmlLib16::CSmartPtr<CXmlObjectBase> NewMemberLike(const CXmlObjectBase& object) const;
 
     void InvokePropertyGet(const CXmlGeneratedClass* owner, KvVariant& value) const;
     void ReadProperty(const CXmlGeneratedClass* owner, KvVariant& value) const {
@@ -139,9 +147,11 @@ protected:
     /// Writes the attributes of the object or collection that the property holds.
     void WriteMemberAttributes(const CSerializationContext& context, const CXmlGeneratedClass* owner,
                                CXmlWriter* writer) const;
-    /// The last read of an object without a tag of its own did not find what is mandatory in it.
-    /// The object was constructed a moment ago: the read that follows goes without Init.
+    /// The object was constructed a moment ago and is known to nobody else.
     static void MarkNew(CXmlObjectBase* object) noexcept;
+    /// The read that follows repeats one of the same member that found nothing but came too early.
+    static void MarkRetried(CXmlObjectBase* object) noexcept;
+    /// The last read of an object without a tag of its own did not find what is mandatory in it.
     static bool IsIncomplete(const CXmlObjectBase* object) noexcept;
     static bool HasReadAttributes(const CXmlObjectBase* object) noexcept;
     /// A record of the owner's class claims the element by its name.
@@ -156,6 +166,10 @@ protected:
     [[noreturn]] void ThrowMandatoryIsNull() const;
     /// CKvValidationException with the path of `parent`: the mandatory element is not there.
     [[noreturn]] void ThrowRequiredChildMissing(const CXmlElement* parent) const;
+    /// For wildcards: the namespaces from which an element was wanted. Null for members that have a name.
+    virtual const std::string* GetWantedNamespaces() const noexcept;
+    /// CKvValidationException "Failed to find the required element from namespace [%s].", for wildcards.
+    [[noreturn]] static void ThrowWildcardUnfilled(const std::string& namespaces, const std::string& path);
 
     /// The reader does nothing but return true when the element under the cursor is not this record's, so
     /// the driver need not call it then. Collections find out when they first see their bounds.
@@ -166,6 +180,7 @@ protected:
     bool IsSkippedWhenAbsent() const noexcept { return m_skippedWhenAbsent.load(std::memory_order_relaxed); }
     /// The member may write attributes through PseudoChildAttributeToXml.
     void SetHasPseudoElement() noexcept { m_hasPseudoElement = true; }
+    bool HasPseudoElement() const noexcept { return m_hasPseudoElement; }
     /// ElementToXml does what WriteValue does with the property, but for a member that is missing.
     void SetWritesValue() noexcept { m_writesValue = true; }
     /// The record takes no elements but those that IsThisElement accepts.
@@ -190,6 +205,7 @@ protected:
 
 private:
     friend class KvXmlLib16::CXmlGeneratedClass;
+    friend class KvXmlLib16::internal::CObjectGraph;
 
     /// Reads the simple element under the cursor into the property; `convert` makes the value from its text.
     template <class Convert>
@@ -199,8 +215,6 @@ private:
         return !m_defaultValue.empty() && text == m_defaultValue;
     }
     void WriteNilElement(CXmlWriter* writer) const;
-    [[noreturn]] void ThrowGetFailed(const KvXmlLib16::CKvException& inner) const;
-    [[noreturn]] void ThrowSetFailed(const CXmlElement& element, const KvXmlLib16::CKvException& inner) const;
 
     KvXmlLib16::CXmlWriter::SimpleName m_simpleName;
     bool m_isPlain = false;  // values are written with no format, default or facet to think of

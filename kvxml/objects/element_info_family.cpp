@@ -4,6 +4,7 @@
 #include "kvxml/base/internal/c_text.h"
 #include "kvxml/objects/element.h"
 #include "kvxml/objects/internal/substitution.h"
+#include "kvxml/objects/internal/tagless_reads.h"
 #include "kvxml/objects/nillable.h"
 #include "kvxml/objects/variant.h"
 #include "kvxml/objects/xml_collection_base.h"
@@ -21,6 +22,7 @@ using KvXmlLib16::CSmartPtr;
 using KvXmlLib16::FormatString;
 using KvXmlLib16::INillable;
 using KvXmlLib16::internal::CSubstitution;
+using KvXmlLib16::internal::CTaglessReads;
 using KvXmlLib16::internal::OrEmpty;
 
 // --- single-valued members ---------------------------------------------------------------------------------
@@ -128,6 +130,8 @@ bool CElementInfoSingle<group, cardinality>::Validate(const CSerializationContex
         if (found || cardinality == RecordCardinality::Opt || context.GetIgnoreMissingMandatoryElements())
             return true;
         if (!isElement) return false;
+        if (const std::string* const namespaces = this->GetWantedNamespaces())
+            this->ThrowWildcardUnfilled(*namespaces, std::string());
         throw CKvValidationException(
             FormatString("Failed to find the mandatory element [%s].", this->m_name.c_str()), std::string());
     }
@@ -247,16 +251,22 @@ bool CElementInfoCls<group, cardinality>::TryRead(const CSerializationContext& c
     }
     // The member has no tag of its own: it reads what it can from the owner's children. Where unknown
     // elements are skipped it may be tried more than once, and trying must not cost what was read before.
+    CXmlElement* const before = *cursor;
+    CTaglessReads* const reads = CTaglessReads::Of(parent);
+    if (reads != nullptr && reads->IsInVain(this, before)) return false;
     bool isNew = false;
     const CSmartPtr<CXmlObjectBase> object = MemberObject(owner, context.GetIgnoreUnknownElements(), isNew);
-    CXmlElement* const before = *cursor;
+    if (reads != nullptr && reads->WasTried(this)) this->MarkRetried(object.Get());
     CXmlElement* const after =
         this->FromXml_Int(object.Get(), parent, before, context, cardinality == RecordCardinality::Opt);
-    if (this->IsIncomplete(object.Get())) return false;
-    const bool moved = after != before;
-    if (!moved && group != RecordGroup::Seq) return false;
-    if (!moved && cardinality == RecordCardinality::Opt && !this->HasReadAttributes(object.Get()))
+    const bool isIncomplete = this->IsIncomplete(object.Get());
+    const bool isThere =
+        after != before || (group == RecordGroup::Seq &&
+                            (cardinality == RecordCardinality::Mnd || this->HasReadAttributes(object.Get())));
+    if (isIncomplete || !isThere) {
+        if (reads != nullptr) reads->NoteFailure(this, before, isIncomplete);
         return false;
+    }
     *cursor = after;
     if (isNew) this->Assign(owner, object.Get(), *parent);
     return true;
@@ -269,6 +279,11 @@ bool CElementInfoCls<group, cardinality>::DropsNull(const CXmlGeneratedClass* ow
     const CSmartPtr<CXmlObjectBase> object =
         MemberObject(const_cast<CXmlGeneratedClass*>(owner), false, isNew);
     return dynamic_cast<const INillable*>(object.Get()) == nullptr;
+}
+
+template <RecordGroup group, RecordCardinality cardinality>
+CSmartPtr<CXmlObjectBase> CElementInfoCls<group, cardinality>::NewMemberLike(const CXmlObjectBase&) const {
+    return m_factory == nullptr ? nullptr : m_factory(m_classId, this->m_name.c_str());
 }
 
 template <RecordGroup group, RecordCardinality cardinality>
@@ -327,6 +342,12 @@ bool CElementInfoAbsCls<group, cardinality>::TryRead(const CSerializationContext
 }
 
 template <RecordGroup group, RecordCardinality cardinality>
+CSmartPtr<CXmlObjectBase> CElementInfoAbsCls<group, cardinality>::NewMemberLike(
+    const CXmlObjectBase& object) const {
+    return CSubstitution::MakeLike(m_factory, object, this->m_name, this->m_namespace);
+}
+
+template <RecordGroup group, RecordCardinality cardinality>
 void CElementInfoAbsCls<group, cardinality>::PseudoChildAttributeToXml(const CSerializationContext& context,
                                                                        const CXmlGeneratedClass* owner,
                                                                        CXmlWriter* writer) {
@@ -344,6 +365,11 @@ CElementInfoUntpd<group, cardinality>::CElementInfoUntpd(const char* name, const
       m_defaultNamespace(OrEmpty(defaultNamespace)) {}
 
 template <RecordGroup group, RecordCardinality cardinality>
+const std::string* CElementInfoUntpd<group, cardinality>::GetWantedNamespaces() const noexcept {
+    return this->m_name.empty() ? &m_restriction : nullptr;
+}
+
+template <RecordGroup group, RecordCardinality cardinality>
 bool CElementInfoUntpd<group, cardinality>::WriteValue(const CSerializationContext& context,
                                                        const KvVariant& value, CXmlWriter* writer) const {
     const CXmlObjectBase* object = value.PeekXmlObject();
@@ -352,6 +378,11 @@ bool CElementInfoUntpd<group, cardinality>::WriteValue(const CSerializationConte
                                                         m_defaultNamespace.c_str());
     this->ToXml_Int(object, writer, ns.c_str(), context, false);
     return true;
+}
+
+template <RecordGroup group, RecordCardinality cardinality>
+CSmartPtr<CXmlObjectBase> CElementInfoUntpd<group, cardinality>::NewMemberLike(const CXmlObjectBase&) const {
+    return CSmartPtr<CElement>(new CElement());
 }
 
 template <RecordGroup group, RecordCardinality cardinality>
@@ -445,9 +476,24 @@ CXmlElement* CElementInfoCol<group>::ReadItems(const CSerializationContext& cont
 }
 
 template <RecordGroup group>
+CXmlElement* CElementInfoCol<group>::FirstThatFits(const CXmlCollectionBase& collection, CXmlElement* first,
+                                                   const CXmlElement* after) noexcept {
+    std::int32_t length = 0;
+    for (const CXmlElement* at = first; at != after; at = at->GetNextSiblingElement())
+        ++length;
+    for (; length > collection.GetMaxOccurs(); --length)
+        first = first->GetNextSiblingElement();
+    return first;
+}
+
+template <RecordGroup group>
 bool CElementInfoCol<group>::ElementFromXml(const CSerializationContext& context, CXmlGeneratedClass* owner,
                                             CXmlElement* parent, CXmlElement** cursor, const char*,
                                             XmlElementType type) {
+    CXmlElement* const before = *cursor;
+    // Those of a sequence count what they find at several places; there the sequence keeps account.
+    CTaglessReads* const reads = type == XmlElementType_Element ? nullptr : CTaglessReads::Of(parent);
+    if (group != RecordGroup::Seq && reads != nullptr && reads->IsInVain(this, before)) return false;
     KvVariant value;
     CXmlCollectionBase* collection = MakeCollection(owner, value);
     if (collection == nullptr) ThrowMandatoryIsNull();
@@ -456,12 +502,22 @@ bool CElementInfoCol<group>::ElementFromXml(const CSerializationContext& context
     if (*cursor != nullptr && (*cursor)->IsNullMember() && IsThisElement(context, *cursor) &&
         PassNull(owner, cursor))
         return group == RecordGroup::Seq;
-    CXmlElement* const before = *cursor;
     *cursor = ReadItems(context, owner, parent, before, *collection);
     // Of a choice or an all-group another member may be meant, or this one's items come later.
     if (group != RecordGroup::Seq && *cursor == before) return false;
     if (type != XmlElementType_Element) {
         if (collection->IsValidCount(context)) return true;
+        const int maxOccurs = collection->GetMaxOccurs();
+        if (reads != nullptr && maxOccurs != -1 && collection->GetCount() > maxOccurs) {
+            // For items without a tag nobody knows how many elements they take.
+            CXmlElement* const retryAt =
+                HasPseudoElement() ? *cursor : FirstThatFits(*collection, before, *cursor);
+            if (group == RecordGroup::Seq) {
+                reads->SetOverflow(retryAt);
+            } else {
+                reads->NoteRange(this, before, retryAt);
+            }
+        }
         if (group != RecordGroup::Seq) *cursor = before;  // what was not placed is not consumed
         return false;
     }
@@ -506,6 +562,24 @@ CElementInfoObjectCol<group, isAbstract>::CElementInfoObjectCol(const char* name
     this->m_itemsHaveTags = !isAbstract && memberType == XmlElementType_Element;
     if (this->m_itemsHaveTags) this->SetClaimsByName();
     if (memberType == XmlElementType_PseudoElement) this->SetHasPseudoElement();
+}
+
+template <RecordGroup group, bool isAbstract>
+CXmlElement* CElementInfoObjectCol<group, isAbstract>::ReadItems(const CSerializationContext& context,
+                                                                 CXmlGeneratedClass* owner,
+                                                                 CXmlElement* parent, CXmlElement* cursor,
+                                                                 CXmlCollectionBase& collection) const {
+    const auto read = [&] {
+        return CElementInfoCol<group>::ReadItems(context, owner, parent, cursor, collection);
+    };
+    if (isAbstract || m_memberType != XmlElementType_PseudoElement) return read();
+    CTaglessReads* const reads = CTaglessReads::Of(parent);
+    if (reads == nullptr) return read();
+    if (reads->IsInVain(this, cursor)) return cursor;
+    if (reads->WasTried(this)) this->MarkRetried(&collection);
+    CXmlElement* const after = read();
+    reads->NoteFailure(this, after, this->IsIncomplete(&collection));
+    return after;
 }
 
 template <RecordGroup group, bool isAbstract>

@@ -119,6 +119,7 @@ protected:
     bool TryRead(const CSerializationContext& context, CXmlGeneratedClass* owner, CXmlElement* parent,
                  CXmlElement** cursor, XmlElementType type) const override;
     bool DropsNull(const CXmlGeneratedClass* owner) const override;
+    KvXmlLib16::CSmartPtr<CXmlObjectBase> NewMemberLike(const CXmlObjectBase& object) const override;
 
 private:
     /// The object to read into: what the property holds, or with `makeNew` or when it holds none, a new one.
@@ -154,6 +155,7 @@ protected:
                     CXmlWriter* writer) const override;
     bool TryRead(const CSerializationContext& context, CXmlGeneratedClass* owner, CXmlElement* parent,
                  CXmlElement** cursor, XmlElementType type) const override;
+    KvXmlLib16::CSmartPtr<CXmlObjectBase> NewMemberLike(const CXmlObjectBase& object) const override;
 
 private:
     XmlElementType m_memberType;
@@ -178,6 +180,8 @@ protected:
                     CXmlWriter* writer) const override;
     bool TryRead(const CSerializationContext& context, CXmlGeneratedClass* owner, CXmlElement* parent,
                  CXmlElement** cursor, XmlElementType type) const override;
+    KvXmlLib16::CSmartPtr<CXmlObjectBase> NewMemberLike(const CXmlObjectBase& object) const override;
+    const std::string* GetWantedNamespaces() const noexcept override;
 
 private:
     std::string m_restriction;
@@ -216,6 +220,9 @@ protected:
 
 private:
     void LearnBounds(const CXmlCollectionBase& collection) const;
+    /// The first element from which the run from `first` to before `after` is not too long.
+    static CXmlElement* FirstThatFits(const CXmlCollectionBase& collection, CXmlElement* first,
+                                      const CXmlElement* after) noexcept;
 };
 
 /// Collection of primitive values.
@@ -243,6 +250,11 @@ public:
     XmlElementType GetMemberType() const noexcept { return m_memberType; }
     void PseudoChildAttributeToXml(const CSerializationContext& context, const CXmlGeneratedClass* owner,
                                    CXmlWriter* writer) override;
+
+protected:
+    CXmlElement* ReadItems(const CSerializationContext& context, CXmlGeneratedClass* owner,
+                           CXmlElement* parent, CXmlElement* cursor,
+                           CXmlCollectionBase& collection) const override;
 
 private:
     XmlElementType m_memberType;

@@ -48,6 +48,7 @@ CParentElementInfo::CParentElementInfo(const CParentElementInfo& other)
       m_primitiveDataType(other.m_primitiveDataType),
       m_primitiveFormatOverride(other.m_primitiveFormatOverride),
       m_outputPrimitiveClassAsTextProperty(other.m_outputPrimitiveClassAsTextProperty),
+      m_newIsAsInit(other.m_newIsAsInit),
       m_id(NextId()) {}
 
 CParentElementInfo& CParentElementInfo::operator=(const CParentElementInfo& other) {
@@ -61,6 +62,7 @@ CParentElementInfo& CParentElementInfo::operator=(const CParentElementInfo& othe
     m_primitiveDataType = other.m_primitiveDataType;
     m_primitiveFormatOverride = other.m_primitiveFormatOverride;
     m_outputPrimitiveClassAsTextProperty = other.m_outputPrimitiveClassAsTextProperty;
+    m_newIsAsInit = other.m_newIsAsInit;
     m_facts.elementCount = -1;
     m_facts.attributeCount = -1;
     m_facts.isNillable = -1;

@@ -56,6 +56,11 @@ public:
     bool GetOutputPrimitiveClassAsTextProperty() const noexcept {
         return m_outputPrimitiveClassAsTextProperty;
     }
+    /// An object that a factory or a collection has just made is as `Init` leaves it, so that reading into it
+    /// need not call `Init`. Not unless it is declared.
+    bool GetNewIsAsInit() const noexcept { return m_newIsAsInit; }
+    /// Declares it; while the tables are built. Classes derived from the class inherit it with the record.
+    void DeclareNewIsAsInit() noexcept { m_newIsAsInit = true; }
 
 private:
     friend class KvXmlLib16::CXmlGeneratedClass;
@@ -78,6 +83,7 @@ private:
     KvXmlLib16::ItemType m_primitiveDataType;
     std::string m_primitiveFormatOverride;
     bool m_outputPrimitiveClassAsTextProperty;
+    bool m_newIsAsInit = false;
     const std::uint64_t m_id;  // never 0, never reused in this process
     mutable Facts m_facts;
 };

@@ -20,12 +20,17 @@ namespace KvXmlLib16 {
 /// checked, and a value against its facets, only after the first notification; what is refused leaves the
 /// list unchanged.
 ///
+/// A copy has the same values, facets and listeners; moving takes values and listeners away from the other
+/// collection and notifies nobody.
+///
 /// A listener may change the collection: a value whose place a listener has removed is appended, one that was
 /// to be appended still is, and a removal whose index a listener has made invalid does nothing more.
 template <class T>
 class KVXML_EXPORT CPrimitiveCollection : public CXmlTypeCollection {
 public:
     using value_type = T;
+    using reference = const T&;
+    using const_reference = const T&;
     using const_iterator = const T*;
     using iterator = const_iterator;
 
@@ -40,6 +45,7 @@ public:
 
     /// Appends. Errors as AddAt.
     void Add(T value) { InsertItem(GetCount(), std::move(value)); }
+    void push_back(T value) { Add(std::move(value)); }
     /// 0 <= index <= count, else CKvInvalidParamException "Index out of range"; CKvInvalidValueException when
     /// the value violates a facet.
     void AddAt(int index, T value) { InsertItem(index, std::move(value)); }
@@ -52,11 +58,26 @@ public:
     /// The values are contiguous. Every change makes iterators invalid.
     const_iterator begin() const noexcept { return m_items.begin(); }
     const_iterator end() const noexcept { return m_items.end(); }
+    const_iterator cbegin() const noexcept { return begin(); }
+    const_iterator cend() const noexcept { return end(); }
+    std::size_t size() const noexcept { return m_items.Size(); }
+    bool empty() const noexcept { return m_items.Size() == 0; }
+
+    /// The value, good until the next change; CKvInvalidParamException for a bad index and an empty
+    /// collection.
+    const T& operator[](std::size_t index) const {
+        if (index >= size()) CheckItemIndex(ToItemIndex(index));
+        return m_items[index];
+    }
+    const T& front() const { return (*this)[0]; }
+    const T& back() const { return (*this)[empty() ? 0 : size() - 1]; }
 
 protected:
     using CXmlTypeCollection::CXmlTypeCollection;
     CPrimitiveCollection(const CPrimitiveCollection&);
     CPrimitiveCollection& operator=(const CPrimitiveCollection&);
+    CPrimitiveCollection(CPrimitiveCollection&&) noexcept;
+    CPrimitiveCollection& operator=(CPrimitiveCollection&&) noexcept;
 
     /// All adding comes here. `lexical` is the text that the value was read from, for patterns; empty: none.
     void InsertItem(int index, T value, std::string_view lexical = {});
@@ -64,6 +85,8 @@ protected:
     void AppendRead(T value, std::string_view text);
 
 private:
+    friend class internal::CObjectGraph;
+
     internal::CItemArray<T> m_items;
 };
 
@@ -89,6 +112,8 @@ public:
                                   fractionDigits, rule, enumeration) {}
     CPrimitiveKindCollection(const CPrimitiveKindCollection&);
     CPrimitiveKindCollection& operator=(const CPrimitiveKindCollection&);
+    CPrimitiveKindCollection(CPrimitiveKindCollection&&) noexcept;
+    CPrimitiveKindCollection& operator=(CPrimitiveKindCollection&&) noexcept;
     ~CPrimitiveKindCollection() override;
 
 protected:

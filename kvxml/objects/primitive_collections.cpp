@@ -1,6 +1,7 @@
 #include "kvxml/objects/primitive_collections.h"
 
 #include <type_traits>
+#include <utility>
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/types/conversions.h"
@@ -48,6 +49,10 @@ template <class T>
 CPrimitiveCollection<T>::CPrimitiveCollection(const CPrimitiveCollection&) = default;
 template <class T>
 CPrimitiveCollection<T>& CPrimitiveCollection<T>::operator=(const CPrimitiveCollection&) = default;
+template <class T>
+CPrimitiveCollection<T>::CPrimitiveCollection(CPrimitiveCollection&&) noexcept = default;
+template <class T>
+CPrimitiveCollection<T>& CPrimitiveCollection<T>::operator=(CPrimitiveCollection&&) noexcept = default;
 template <class T>
 CPrimitiveCollection<T>::~CPrimitiveCollection() = default;
 
@@ -182,12 +187,17 @@ template <ItemType kind, class T>
 CPrimitiveKindCollection<kind, T>& CPrimitiveKindCollection<kind, T>::operator=(
     const CPrimitiveKindCollection&) = default;
 template <ItemType kind, class T>
+CPrimitiveKindCollection<kind, T>::CPrimitiveKindCollection(CPrimitiveKindCollection&&) noexcept = default;
+template <ItemType kind, class T>
+CPrimitiveKindCollection<kind, T>& CPrimitiveKindCollection<kind, T>::operator=(
+    CPrimitiveKindCollection&&) noexcept = default;
+template <ItemType kind, class T>
 CPrimitiveKindCollection<kind, T>::~CPrimitiveKindCollection() = default;
 
 template <ItemType kind, class T>
 void CPrimitiveKindCollection<kind, T>::ToXml_Int(CXmlWriter* writer, bool, const char*,
                                                   const CSerializationContext&, bool) const {
-    for (const T& value : *this) {
+    this->WriteEach(*this, writer, [&](const T& value) {
         if constexpr (std::is_same_v<T, std::string>) {
             this->WriteItem(writer, value, kind);
         } else {
@@ -196,7 +206,7 @@ void CPrimitiveKindCollection<kind, T>::ToXml_Int(CXmlWriter* writer, bool, cons
             Row<kind>::Append(text, value);
             this->WriteItem(writer, text, kind);
         }
-    }
+    });
 }
 
 template <ItemType kind, class T>
@@ -242,6 +252,12 @@ CdatetimeBaseCol& CdatetimeBaseCol::operator=(const CdatetimeBaseCol& other) {
     CPrimitiveCollection::operator=(other);
     return *this;
 }
+CdatetimeBaseCol::CdatetimeBaseCol(CdatetimeBaseCol&& other) noexcept
+    : CPrimitiveCollection(std::move(other)) {}
+CdatetimeBaseCol& CdatetimeBaseCol::operator=(CdatetimeBaseCol&& other) noexcept {
+    CPrimitiveCollection::operator=(std::move(other));
+    return *this;
+}
 CdatetimeBaseCol::~CdatetimeBaseCol() = default;
 
 void CdatetimeBaseCol::Add(CDateTime value) {
@@ -272,10 +288,10 @@ std::string CdatetimeBaseCol::ItemToString(const CDateTime& value) const {
 
 void CdatetimeBaseCol::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext&,
                                  bool) const {
-    for (const CDateTime& value : *this) {
+    WriteEach(*this, writer, [&](const CDateTime& value) {
         if (!value.IsSet()) throw CKvInvalidValueException("The date is not set");
         WriteItem(writer, ItemToString(value), GetItemType());
-    }
+    });
 }
 
 }  // namespace KvXmlLib16

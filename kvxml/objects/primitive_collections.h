@@ -102,10 +102,13 @@ public:
     /// CKvInvalidParamException "Dates added to this collection must be of type ..." for a value of another
     /// kind, before any listener hears of it. Otherwise as in the other collections.
     virtual void AddAt(int index, CDateTime value);
+    void push_back(CDateTime value) { Add(value); }
 
 protected:
     CdatetimeBaseCol(const CdatetimeBaseCol&);
     CdatetimeBaseCol& operator=(const CdatetimeBaseCol&);
+    CdatetimeBaseCol(CdatetimeBaseCol&&) noexcept;
+    CdatetimeBaseCol& operator=(CdatetimeBaseCol&&) noexcept;
 
     void ToXml_Int(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
                    const CSerializationContext& context, bool suppressChoiceError) const override;

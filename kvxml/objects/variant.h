@@ -28,9 +28,10 @@ class CXmlObjectBase;
 struct KvVariant;
 
 namespace internal {
+class CObjectGraph;
 void CheckFacets(const CPrimitiveRestrictions& restrictions, std::string_view name, const KvVariant& value,
                  std::string_view lexical);
-}
+}  // namespace internal
 
 /// Holds any primitive XSD value, a reference to an object or a collection, or a nil mark. Every value lives
 /// inside the variant; setting one needs no allocation of its own.
@@ -197,6 +198,7 @@ public:
     }
 
 private:
+    friend class internal::CObjectGraph;
     friend void internal::CheckFacets(const CPrimitiveRestrictions& restrictions, std::string_view name,
                                       const KvVariant& value, std::string_view lexical);
 

@@ -35,6 +35,35 @@ CXmlCollection& CXmlCollection::operator=(const CXmlCollection& other) {
     return *this;
 }
 
+CXmlCollection::CXmlCollection(CXmlCollection&& other) noexcept : CXmlCollectionBase(std::move(other)) {
+    Swap(other);
+}
+
+CXmlCollection& CXmlCollection::operator=(CXmlCollection&& other) noexcept {
+    if (this != &other) {
+        while (m_tail != nullptr)
+            FreeNode(m_tail);
+        CXmlCollectionBase::operator=(std::move(other));
+        Swap(other);
+    }
+    return *this;
+}
+
+void CXmlCollection::Swap(CXmlCollection& other) noexcept {
+    std::swap(m_head, other.m_head);
+    std::swap(m_tail, other.m_tail);
+    std::swap(m_count, other.m_count);
+    std::swap(m_lastNode, other.m_lastNode);
+    std::swap(m_lastIndex, other.m_lastIndex);
+    std::swap(m_block, other.m_block);
+    std::swap(m_blockUsed, other.m_blockUsed);
+    std::swap(m_blockSize, other.m_blockSize);
+    std::swap(m_free, other.m_free);
+    m_isSubstitutable = other.m_isSubstitutable;
+    ++m_removals;
+    ++other.m_removals;
+}
+
 CXmlCollection::~CXmlCollection() {
     // In the reverse order of making, which costs the heap least.
     for (CNode* node = m_tail; node != nullptr; node = node->previous)
@@ -44,6 +73,7 @@ CXmlCollection::~CXmlCollection() {
 }
 
 void CXmlCollection::CopyItems(const CXmlCollection& other) {
+    m_isSubstitutable = other.m_isSubstitutable;
     for (const CNode* node = other.m_head; node != nullptr; node = node->next) {
         CNode* copy = NewNode();
         copy->item = node->item;
@@ -204,7 +234,7 @@ void CXmlCollection::SetItemElementName(CXmlObjectBase* item) const {
 
 void CXmlCollection::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext& context,
                                bool) const {
-    const char* const ns = GetItemNamespace().data();
+    const char* const ns = GetItemNamespaceText();
     for (const CNode* node = m_head; node != nullptr; node = node->next) {
         if (m_isSubstitutable) {
             internal::CSubstitution::Write(*node->item.Get(), GetElementNameView(), ns, writer, context);
@@ -216,6 +246,15 @@ void CXmlCollection::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSer
 
 void CXmlCollection::AttributesToXml_Int(CXmlWriter* writer, const CSerializationContext& context) const {
     if (m_head != nullptr) CXmlObjectBase::AttributesToXml_Int(m_head->item.Get(), writer, context);
+}
+
+CSmartPtr<CXmlObjectBase> CXmlCollection::NewItemLike(const CXmlObjectBase&) const {
+    return nullptr;
+}
+
+CSmartPtr<CXmlObjectBase> CXmlCollection::NewSubstituteLike(const CXmlObjectBase& item,
+                                                            CreateSubstitute create) const {
+    return internal::CSubstitution::MakeLike(create, item, GetElementNameView(), GetItemNamespace());
 }
 
 CXmlElement* CXmlCollection::ReadItems(CXmlElement* cursor, const CSerializationContext& context,
@@ -237,9 +276,12 @@ CXmlElement* CXmlCollection::ReadItems(CXmlElement* cursor, const CSerialization
 
 CXmlElement* CXmlCollection::ReadTaglessItems(CXmlElement* parent, CXmlElement* cursor,
                                               const CSerializationContext& context, CreateItem create) {
+    const bool isRetried = BeginRead().isRetried;
     while (cursor != nullptr) {
         auto item = CSmartPtr<CXmlObjectBase>::Adopt(PrepareNew(create()));
+        if (isRetried) MarkRetried(item.Get());
         CXmlElement* const after = CXmlObjectBase::FromXml_Int(item.Get(), parent, cursor, context, true);
+        if (IsIncomplete(*item)) SetIncomplete();
         if (after == cursor || IsIncomplete(*item)) break;
         Insert(nullptr, std::move(item));
         cursor = after;

@@ -20,7 +20,9 @@ namespace KvXmlLib16 {
 ///
 /// A listener may change the collection: an item whose place a listener has removed is appended, and an item
 /// that a listener has removed already is not removed again.
-/// Adding null throws CKvInvalidParamException. A copy shares the items and has the same listeners.
+/// Adding null throws CKvInvalidParamException. A copy shares the items and has the same listeners; moving
+/// takes items and listeners away from the other collection, makes iterators of both invalid and notifies
+/// nobody. For items of its own see Clone.
 class KVXML_EXPORT CXmlCollection : public CXmlCollectionBase {
 public:
     using CNode = internal::CCollectionNode;
@@ -36,6 +38,8 @@ protected:
     CXmlCollection(const char* elementName, const char* ns, int minOccurs, int maxOccurs);
     CXmlCollection(const CXmlCollection& other);
     CXmlCollection& operator=(const CXmlCollection& other);
+    CXmlCollection(CXmlCollection&& other) noexcept;
+    CXmlCollection& operator=(CXmlCollection&& other) noexcept;
 
     /// For items that have no tag of their own: writes the attributes of the first, for a start tag can have
     /// each attribute but once. Items that were read have the same ones.
@@ -85,7 +89,17 @@ protected:
     /// The items' classes depend on their elements.
     void SetIsSubstitutable() noexcept { m_isSubstitutable = true; }
 
+    /// An empty item of the class of `item`; null when the collection does not know how to make one. Here it
+    /// never does.
+    virtual CSmartPtr<CXmlObjectBase> NewItemLike(const CXmlObjectBase& item) const;
+    /// What the factory makes for an element as `item` is written.
+    CSmartPtr<CXmlObjectBase> NewSubstituteLike(const CXmlObjectBase& item, CreateSubstitute create) const;
+
 private:
+    friend class internal::CObjectGraph;
+    friend class internal::CWriteFailure;
+
+    void Swap(CXmlCollection& other) noexcept;
     void Insert(CNode* before, CSmartPtr<CXmlObjectBase> added);
     CNode* NewNode();
     void FreeNode(CNode* node) noexcept;
@@ -118,6 +132,8 @@ public:
     using iterator = CKvIterator<T>;
     using const_iterator = iterator;
     using value_type = T*;
+    using reference = T*;
+    using const_reference = T*;
 
     /// `maxOccurs` -1: unbounded. `itemsHaveTags`: false when the items' class stands for content without a
     /// tag of its own.
@@ -133,11 +149,22 @@ public:
 
     iterator begin() const noexcept { return iterator(Head(), TailPlace()); }
     iterator end() const noexcept { return iterator(nullptr, TailPlace()); }
+    const_iterator cbegin() const noexcept { return begin(); }
+    const_iterator cend() const noexcept { return end(); }
+
+    /// The item, which stays owned by the collection; CKvInvalidParamException for a bad index and an empty
+    /// collection. Going through the indexes in order costs one step each.
+    T* operator[](std::size_t index) const {
+        return static_cast<T*>(GetNodeAtIndex(ToItemIndex(index))->item.Get());
+    }
+    T* front() const { return (*this)[0]; }
+    T* back() const { return (*this)[empty() ? 0 : size() - 1]; }
 
     /// The item at `index`; CKvInvalidParamException for a bad index.
     CSmartPtr<T> Item(int index) const { return static_cast<T*>(GetNodeAtIndex(index)->item.Get()); }
 
     void Add(const CSmartPtr<T>& item) { AppendItem(Named(item)); }
+    void push_back(const CSmartPtr<T>& item) { Add(item); }
     void AddAt(int index, const CSmartPtr<T>& item) { AddItemAt(index, Named(item)); }
     void Prepend(const CSmartPtr<T>& item) { PrependItem(Named(item)); }
     void AddAfter(const T* existing, const CSmartPtr<T>& item) { AddAfterItem(existing, Named(item)); }
@@ -160,6 +187,12 @@ protected:
             }
         }
         return ReadSubstitutes(cursor, context, m_factory);
+    }
+    CSmartPtr<CXmlObjectBase> NewItemLike(const CXmlObjectBase& item) const override {
+        if constexpr (!std::is_abstract_v<T> && std::is_default_constructible_v<T>) {
+            if (m_factory == nullptr) return CSmartPtr<T>(new T());
+        }
+        return NewSubstituteLike(item, m_factory);
     }
 
 private:

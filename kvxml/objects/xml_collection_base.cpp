@@ -1,6 +1,7 @@
 #include "kvxml/objects/xml_collection_base.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/settings/serialization_context.h"
@@ -15,8 +16,44 @@ CXmlCollectionBase::CXmlCollectionBase(const char* elementName, const char* ns, 
     SetElementName(elementName);
 }
 
-CXmlCollectionBase::CXmlCollectionBase(const CXmlCollectionBase&) = default;
-CXmlCollectionBase& CXmlCollectionBase::operator=(const CXmlCollectionBase&) = default;
+CXmlCollectionBase::CXmlCollectionBase(const CXmlCollectionBase& other)
+    : CXmlObjectBase(other),
+      m_namespace(other.m_namespace),
+      m_listeners(other.m_listeners),
+      m_minOccurs(other.m_minOccurs),
+      m_maxOccurs(other.m_maxOccurs) {
+    DropRemovedListeners();
+}
+
+CXmlCollectionBase& CXmlCollectionBase::operator=(const CXmlCollectionBase& other) {
+    if (this == &other) return *this;
+    CXmlObjectBase::operator=(other);
+    m_namespace = other.m_namespace;
+    m_listeners = other.m_listeners;
+    m_minOccurs = other.m_minOccurs;
+    m_maxOccurs = other.m_maxOccurs;
+    return *this;
+}
+
+CXmlCollectionBase::CXmlCollectionBase(CXmlCollectionBase&& other) noexcept
+    : CXmlObjectBase(std::move(other)),
+      m_namespace(other.m_namespace),
+      m_listeners(std::exchange(other.m_listeners, {})),
+      m_minOccurs(other.m_minOccurs),
+      m_maxOccurs(other.m_maxOccurs) {
+    DropRemovedListeners();
+}
+
+CXmlCollectionBase& CXmlCollectionBase::operator=(CXmlCollectionBase&& other) noexcept {
+    if (this == &other) return *this;
+    CXmlObjectBase::operator=(std::move(other));
+    m_namespace = other.m_namespace;
+    m_listeners = std::exchange(other.m_listeners, {});
+    m_minOccurs = other.m_minOccurs;
+    m_maxOccurs = other.m_maxOccurs;
+    return *this;
+}
+
 CXmlCollectionBase::~CXmlCollectionBase() = default;
 
 std::string CXmlCollectionBase::GetTargetNamespace() const {
@@ -58,14 +95,42 @@ void CXmlCollectionBase::AddEventListener(IEventSink* listener) {
 
 void CXmlCollectionBase::RemoveEventListener(IEventSink* listener) {
     const auto found = std::find(m_listeners.begin(), m_listeners.end(), listener);
-    if (found != m_listeners.end()) m_listeners.erase(found);
+    if (found == m_listeners.end()) return;
+    if (m_eventsBeingTold > 0) {
+        *found = nullptr;  // the places of the others stay as they are until all have been told
+    } else {
+        m_listeners.erase(found);
+    }
 }
+
+void CXmlCollectionBase::DropRemovedListeners() {
+    m_listeners.erase(std::remove(m_listeners.begin(), m_listeners.end(), nullptr), m_listeners.end());
+}
+
+/// Open as long as an event is told; events may be told within one another.
+class CXmlCollectionBase::CListening {
+public:
+    explicit CListening(CXmlCollectionBase& collection) noexcept : m_collection(collection) {
+        ++m_collection.m_eventsBeingTold;
+    }
+    CListening(const CListening&) = delete;
+    CListening& operator=(const CListening&) = delete;
+    ~CListening() {
+        if (--m_collection.m_eventsBeingTold == 0) m_collection.DropRemovedListeners();
+    }
+
+private:
+    CXmlCollectionBase& m_collection;
+};
 
 template <class Fire>
 void CXmlCollectionBase::ForEachListener(Fire fire) {
+    if (m_listeners.empty()) return;
+    const CListening listening(*this);
     // By index: a listener may add or remove listeners while it is called.
-    for (std::size_t i = 0; i < m_listeners.size(); ++i)
-        fire(m_listeners[i]);
+    for (std::size_t i = 0; i < m_listeners.size(); ++i) {
+        if (m_listeners[i] != nullptr) fire(m_listeners[i]);
+    }
 }
 
 void CXmlCollectionBase::FireOnCollectionChange() {

@@ -16,12 +16,15 @@ CXmlEnumCollection::CXmlEnumCollection(const char* elementName, const char* ns, 
 
 CXmlEnumCollection::CXmlEnumCollection(const CXmlEnumCollection&) = default;
 CXmlEnumCollection& CXmlEnumCollection::operator=(const CXmlEnumCollection&) = default;
+CXmlEnumCollection::CXmlEnumCollection(CXmlEnumCollection&&) noexcept = default;
+CXmlEnumCollection& CXmlEnumCollection::operator=(CXmlEnumCollection&&) noexcept = default;
 CXmlEnumCollection::~CXmlEnumCollection() = default;
 
 void CXmlEnumCollection::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext&,
                                    bool) const {
-    for (const std::int32_t value : *this)
+    WriteEach(*this, writer, [&](std::int32_t value) {
         WriteItem(writer, internal::OrEmpty(m_enumToString(value)), ItemType_string);
+    });
 }
 
 void CXmlEnumCollection::AddFromString(std::string_view text) {

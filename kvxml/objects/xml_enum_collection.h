@@ -22,6 +22,8 @@ public:
                        const char* (*enumToString)(int), int (*enumFromString)(const char*));
     CXmlEnumCollection(const CXmlEnumCollection&);
     CXmlEnumCollection& operator=(const CXmlEnumCollection&);
+    CXmlEnumCollection(CXmlEnumCollection&&) noexcept;
+    CXmlEnumCollection& operator=(CXmlEnumCollection&&) noexcept;
     ~CXmlEnumCollection() override;
 
 protected:

@@ -1,28 +1,27 @@
 #include "kvxml/objects/xml_generated_class.h"
 
+#include <optional>
 #include <vector>
 
 #include "kvxml/base/exceptions.h"
-#include "kvxml/base/internal/ascii.h"
-#include "kvxml/objects/attribute_col.h"
 #include "kvxml/objects/attribute_info.h"
 #include "kvxml/objects/element_info.h"
+#include "kvxml/objects/internal/member_access.h"
+#include "kvxml/objects/internal/simple_element.h"
+#include "kvxml/objects/internal/tagless_reads.h"
 #include "kvxml/objects/nillable.h"
 #include "kvxml/objects/parent_element_info.h"
 #include "kvxml/objects/variant.h"
 #include "kvxml/platform/critical_section.h"
-#include "kvxml/settings/namespace_alias_map.h"
 #include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/format_string.h"
-#include "kvxml/xml/internal/tree_limits.h"
 #include "kvxml/xml/internal/xml_name.h"
 #include "kvxml/xml/xml_attribute.h"
 #include "kvxml/xml/xml_element.h"
-#include "kvxml/xml/xml_writer.h"
 
 namespace KvXmlLib16 {
 
-using internal::EqualsIgnoreAsciiCase;
+using internal::CTaglessReads;
 using KvXmlLib16Data::XmlElementGroupType_All;
 using KvXmlLib16Data::XmlElementGroupType_Choice;
 using KvXmlLib16Data::XmlElementGroupType_Sequence;
@@ -46,8 +45,8 @@ public:
             m_many[static_cast<std::size_t>(index)] = true;
         }
     }
-    /// Quick: false may be wrong.
-    bool All(int count) const {
+    /// True when every flag is set, as far as a glance can tell: of more than 64 flags it says false.
+    bool AreAllSet(int count) const {
         return m_many.empty() && (count == 0 || m_few == ~std::uint64_t{0} >> (64 - count));
     }
     bool Test(int index) const {
@@ -100,6 +99,8 @@ std::uint64_t CacheKey(std::uint64_t classId, NameUse use, bool ignoreNamespaces
 CXmlGeneratedClass::CXmlGeneratedClass() noexcept = default;
 CXmlGeneratedClass::CXmlGeneratedClass(const CXmlGeneratedClass& other) noexcept = default;
 CXmlGeneratedClass& CXmlGeneratedClass::operator=(const CXmlGeneratedClass& other) noexcept = default;
+CXmlGeneratedClass::CXmlGeneratedClass(CXmlGeneratedClass&& other) noexcept = default;
+CXmlGeneratedClass& CXmlGeneratedClass::operator=(CXmlGeneratedClass&& other) noexcept = default;
 CXmlGeneratedClass::~CXmlGeneratedClass() = default;
 
 std::uint64_t CXmlGeneratedClass::GetUsedProperties() const {
@@ -120,6 +121,19 @@ bool CXmlGeneratedClass::IsNillableClass(const CParentElementInfo& record) const
         known.store(nillable, std::memory_order_relaxed);
     }
     return nillable != 0;
+}
+
+bool CXmlGeneratedClass::HasTaglessMembers() const {
+    auto& known = GetClassInfo()->m_facts.hasPseudoElements;
+    std::int8_t has = known.load(std::memory_order_relaxed);
+    if (has < 0) {
+        has = 0;
+        CElementInfo** const records = GetClassElementInfo();
+        for (int i = 0, count = GetClassElementInfoCount(); i < count; ++i)
+            if (records[i]->m_hasPseudoElement) has = 1;
+        known.store(has, std::memory_order_relaxed);
+    }
+    return has != 0;
 }
 
 bool CXmlGeneratedClass::IsElementInList(const CSerializationContext& context,
@@ -165,34 +179,56 @@ CXmlElement* CXmlGeneratedClass::FromXml_Int(CXmlElement* element, CXmlElement* 
 
 void CXmlGeneratedClass::ReadContent(CXmlElement* element, CXmlElement*& cursor,
                                      const CSerializationContext& context, bool suppressChoiceError) {
-    if (!TakeIsNew()) Init();  // a new object is as Init leaves it
     const CParentElementInfo& record = *GetClassInfo();
+    const ReadStart start = BeginRead();
+    if (!start.isNew || !record.GetNewIsAsInit()) Init();
     if (record.GetElementType() == XmlElementType_Element) {
         const internal::CXmlName& name = *element->GetName();
         if (name.shared.IsEmpty()) name.shared = internal::CSharedName(name.local);
         SetElementName(name.shared);
     }
-    ProcessAttributesFromXml(context, element, record.GetFromXmlFailIfAttributeUnknown());
+    // The attributes in the parent's tag have been looked at by the first try; those that follow want them
+    // only when they find something.
+    const bool attributesLast = start.isRetried;
+    const auto readAttributes = [&] {
+        ProcessAttributesFromXml(context, element, record.GetFromXmlFailIfAttributeUnknown());
+    };
+    if (!attributesLast) readAttributes();
     if (IsNillableClass(record)) {
         auto* const nillable = dynamic_cast<INillable*>(this);
         if (element->IsNull() && record.GetElementType() == XmlElementType_Element) nillable->SetNil(true);
         if (nillable->IsNil()) return;
     }
+    CXmlElement* const first = cursor;
+    if (context.GetIgnoreUnknownElements() && HasTaglessMembers() && CTaglessReads::Of(element) == nullptr) {
+        const CTaglessReads reads(*element);
+        cursor = ReadGroup(element, cursor, context, suppressChoiceError);
+    } else {
+        cursor = ReadGroup(element, cursor, context, suppressChoiceError);
+    }
+    if (attributesLast && cursor != first) readAttributes();
+    if (record.GetPrimitiveValuePropertyIndex() != -1) ReadSimpleContent(*element);
+}
+
+CXmlElement* CXmlGeneratedClass::ReadGroup(CXmlElement* element, CXmlElement* cursor,
+                                           const CSerializationContext& context, bool suppressChoiceError) {
+    const CParentElementInfo& record = *GetClassInfo();
+    const XmlElementType type = record.GetElementType();
     switch (record.GetElementGroupType()) {
         case XmlElementGroupType_Sequence:
-            cursor = ProcessElementSeqFromXml(context, element, cursor, record.GetElementType());
-            break;
+            return ProcessElementSeqFromXml(context, element, cursor, type);
         case XmlElementGroupType_Choice:
-            cursor = ProcessElementChoiceFromXml(context, element, cursor, record.GetElementType(),
-                                                 suppressChoiceError);
-            break;
+            return ProcessElementChoiceFromXml(context, element, cursor, type, suppressChoiceError);
         case XmlElementGroupType_All:
-            cursor = ProcessElementAllFromXml(context, element, cursor, record.GetElementType());
-            break;
+            return ProcessElementAllFromXml(context, element, cursor, type);
         default:
             throw CKvException("Unknown Group Type");
     }
-    if (record.GetPrimitiveValuePropertyIndex() != -1) ReadSimpleContent(*element);
+}
+
+void CXmlGeneratedClass::SetIncompleteAt(const CXmlElement* parent, const CXmlElement* at) noexcept {
+    SetIncomplete();
+    if (CTaglessReads* const reads = CTaglessReads::Of(parent)) reads->SetHalt(at);
 }
 
 void CXmlGeneratedClass::ReadSimpleContent(const CXmlElement& element) {
@@ -211,20 +247,10 @@ void CXmlGeneratedClass::ReadSimpleContent(const CXmlElement& element) {
 
 void CXmlGeneratedClass::ReadNilAttribute(const CXmlElement& element, const CXmlAttribute& attribute) {
     auto* nillable = IsNillableClass(*GetClassInfo()) ? dynamic_cast<INillable*>(this) : nullptr;
-    if (nillable == nullptr) {
-        throw CKvValidationException("Invalid use of 'nil' attribute in non-nillable element.",
-                                     element.GetXPath());
-    }
-    const std::string& value = attribute.GetValue();
-    if (EqualsIgnoreAsciiCase(value, "true") || value == "1") {
-        nillable->SetNil(true);
-    } else if (EqualsIgnoreAsciiCase(value, "false") || value == "0") {
-        nillable->SetNil(false);
-    } else {
-        throw CKvValidationException(
-            FormatString("Unexpected Value [%s] for 'nil' Attribute found.", value.c_str()),
-            attribute.GetXPath());
-    }
+    if (nillable == nullptr) internal::ThrowNilNotAllowed(element);
+    const std::optional<bool> isNil = internal::ToNil(attribute.GetValueView());
+    if (!isNil.has_value()) internal::ThrowUnexpectedNil(attribute);
+    nillable->SetNil(*isNil);
 }
 
 void CXmlGeneratedClass::ProcessAttributesFromXml(const CSerializationContext& context, CXmlElement* element,
@@ -263,7 +289,7 @@ void CXmlGeneratedClass::ProcessAttributesFromXml(const CSerializationContext& c
             throw CKvValidationException("Unexpected Attribute found.", attribute->GetXPath());
         }
     }
-    if (seen.All(count)) return;  // a record has nothing to say about an attribute that was found
+    if (seen.AreAllSet(count)) return;  // a record has nothing to say about an attribute that was found
     for (int i = 0; i < count; ++i)
         records[i]->Validate(context, seen.Test(i));
 }
@@ -376,7 +402,8 @@ CXmlElement* CXmlGeneratedClass::ProcessElementChoiceFromXml(const CSerializatio
     }
     if (type != XmlElementType_Element) {
         if (chosen || suppressChoiceError) return cursor;
-        if (!DoesElementContainOptionalElements() && !context.GetIgnoreMissingChoice()) SetIncomplete();
+        if (!DoesElementContainOptionalElements() && !context.GetIgnoreMissingChoice())
+            SetIncompleteAt(parent, first);
         return type == XmlElementType_PseudoElement && ignoreUnknown ? first : cursor;
     }
     if (!chosen && !suppressChoiceError && !context.GetIgnoreMissingChoice() &&
@@ -408,7 +435,7 @@ CXmlElement* CXmlGeneratedClass::ProcessElementAllFromXml(const CSerializationCo
     }
     for (int i = 0; i < count; ++i) {
         if (!offerer.Record(i).Validate(context, this, found.Test(i), type == XmlElementType_Element)) {
-            SetIncomplete();
+            SetIncompleteAt(parent, cursor);
             return first;
         }
     }
@@ -418,229 +445,117 @@ CXmlElement* CXmlGeneratedClass::ProcessElementAllFromXml(const CSerializationCo
     return cursor;
 }
 
+/// Reads the members of a sequence, one record after the other.
+class CXmlGeneratedClass::SequenceReader {
+public:
+    SequenceReader(CXmlGeneratedClass& owner, const CSerializationContext& context, CXmlElement* parent,
+                   CXmlElement* cursor, XmlElementType type)
+        : m_owner(owner), m_context(context), m_parent(parent), m_cursor(cursor), m_type(type) {
+        const CParentElementInfo& record = *owner.GetClassInfo();
+        m_records = owner.GetClassElementInfo();
+        m_count = KnownCount(record.m_facts.elementCount, m_records);
+        m_ns = record.GetElementNamespace().c_str();
+        m_key = CacheKey(record.m_id, NameUse::Element, context.GetIgnoreNamespaces());
+    }
+
+    int Count() const noexcept { return m_count; }
+    CXmlElement* Cursor() const noexcept { return m_cursor; }
+    /// After a failure: where the next try may begin.
+    const CXmlElement* Halt() const noexcept { return m_halt; }
+    void Skip() noexcept { m_cursor = m_cursor->GetNextSiblingElement(); }
+
+    /// Reads the members from the record `start` on. `isAgain`: they have been read before, from earlier
+    /// elements. False when something is missing.
+    bool Read(int start, bool isAgain) {
+        m_claimed = nullptr;
+        for (int i = start; i < m_count; ++i) {
+            CElementInfo& record = *m_records[i];
+            if (!IsSettled(record, i) && !Ask(record, isAgain)) return false;
+        }
+        return true;
+    }
+
+private:
+    /// Deals with the member as far as that takes nothing but the name of the element at the cursor: reads it
+    /// or passes over it.
+    bool IsSettled(CElementInfo& record, int index) {
+        const bool isSkippable = record.m_skippedWhenAbsent.load(std::memory_order_relaxed);
+        if (m_cursor == nullptr) return isSkippable;
+        if (!isSkippable && !record.m_readsMatched) return false;
+        if (m_claimed != m_cursor || m_claimant < index) {
+            const internal::CXmlName& name = *m_cursor->GetName();
+            const bool isKnown = name.cacheKey == m_key && static_cast<int>(name.cacheValue) >= index;
+            m_claimant = isKnown ? static_cast<int>(name.cacheValue)
+                                 : FindElementRecord(m_context, *m_cursor, index, m_records, m_count, m_key);
+            m_claimed = m_cursor;
+        }
+        if (m_claimant != index) return isSkippable;
+        if (!record.m_readsMatched) return false;
+        if (record.m_isPrim) {
+            record.ElementFromXmlPrim(m_context, &m_owner, &m_cursor);
+        } else {
+            record.ReadMatched(m_context, &m_owner, &m_cursor);
+        }
+        return true;
+    }
+
+    /// Has the record read what it can, after unknown elements too where these are ignored.
+    bool Ask(CElementInfo& record, bool isAgain) {
+        const CXmlElement* const before = m_cursor;
+        KvVariant had;
+        if (isAgain && record.m_hasPseudoElement) {
+            m_owner.ReadProperty(record.m_propertyIndex, had);
+            had.Own();
+        }
+        while (!record.ElementFromXml(m_context, &m_owner, m_parent, &m_cursor, m_ns, m_type)) {
+            if (!m_context.GetIgnoreUnknownElements()) return false;
+            if (m_type != XmlElementType_Element) {
+                CTaglessReads* const reads = CTaglessReads::Of(m_parent);
+                if (reads != nullptr && reads->TakeOverflow(m_halt)) return false;
+            }
+            if (m_cursor == nullptr) return false;
+            Skip();
+        }
+        // A member without a tag that found nothing more stays as it was.
+        if (m_cursor == before && had.PeekXmlObject() != nullptr)
+            m_owner.AccessProperty(record.m_propertyIndex, false, had);
+        return true;
+    }
+
+    CXmlGeneratedClass& m_owner;
+    const CSerializationContext& m_context;
+    CXmlElement* m_parent;
+    CXmlElement* m_cursor;
+    const CXmlElement* m_halt = nullptr;
+    XmlElementType m_type;
+    CElementInfo** m_records;
+    int m_count;
+    const char* m_ns;
+    std::uint64_t m_key;
+    const CXmlElement* m_claimed = nullptr;  // the element that `m_claimant` was found for
+    int m_claimant = 0;
+};
+
 CXmlElement* CXmlGeneratedClass::ProcessElementSeqFromXml(const CSerializationContext& context,
                                                           CXmlElement* parent, CXmlElement* cursor,
                                                           XmlElementType type) {
-    CXmlElement* const first = cursor;
-    const CParentElementInfo& classRecord = *GetClassInfo();
-    CElementInfo** records = GetClassElementInfo();
-    const int count = KnownCount(classRecord.m_facts.elementCount, records);
-    const char* ns = classRecord.GetElementNamespace().c_str();
-    const std::uint64_t key = CacheKey(classRecord.m_id, NameUse::Element, context.GetIgnoreNamespaces());
+    SequenceReader reader(*this, context, parent, cursor, type);
     int start = 0;
     for (bool isAgain = false;; isAgain = true) {
-        const CXmlElement* claimed = nullptr;  // the element that `claimant` was found for
-        int claimant = count;
-        for (int i = start; i < count; ++i) {
-            CElementInfo& record = *records[i];
-            const bool isSkippable = record.m_skippedWhenAbsent.load(std::memory_order_relaxed);
-            if (cursor == nullptr) {
-                if (isSkippable) continue;
-            } else if (isSkippable || record.m_readsMatched) {
-                if (claimed != cursor || claimant < i) {
-                    const internal::CXmlName& name = *cursor->GetName();
-                    const bool isKnown = name.cacheKey == key && static_cast<int>(name.cacheValue) >= i;
-                    claimant = isKnown ? static_cast<int>(name.cacheValue)
-                                       : FindElementRecord(context, *cursor, i, records, count, key);
-                    claimed = cursor;
-                }
-                if (claimant == i && record.m_readsMatched) {
-                    if (record.m_isPrim) {
-                        record.ElementFromXmlPrim(context, this, &cursor);
-                    } else {
-                        record.ReadMatched(context, this, &cursor);
-                    }
-                    continue;
-                }
-                if (claimant != i && isSkippable) continue;
-            }
-            const CXmlElement* const before = cursor;
-            KvVariant had;
-            if (isAgain && record.m_hasPseudoElement) {
-                ReadProperty(record.m_propertyIndex, had);
-                had.Own();
-            }
-            while (!record.ElementFromXml(context, this, parent, &cursor, ns, type)) {
-                if (!context.GetIgnoreUnknownElements() || cursor == nullptr) {
-                    SetIncomplete();
-                    return first;
-                }
-                cursor = cursor->GetNextSiblingElement();
-            }
-            // A member without a tag that found nothing more stays as it was.
-            if (cursor == before && had.PeekXmlObject() != nullptr)
-                AccessProperty(record.m_propertyIndex, false, had);
+        if (!reader.Read(start, isAgain)) {
+            SetIncompleteAt(parent, reader.Halt());
+            return cursor;
         }
-        if (type != XmlElementType_Element || cursor == nullptr) return cursor;
+        if (type != XmlElementType_Element || reader.Cursor() == nullptr) return reader.Cursor();
         if (!context.GetIgnoreUnknownElements()) {
-            CheckNoneRemains(context, *parent, cursor);
+            CXmlElement* remaining = reader.Cursor();
+            CheckNoneRemains(context, *parent, remaining);
             return nullptr;
         }
-        cursor = cursor->GetNextSiblingElement();
-        if (cursor == nullptr) return nullptr;
+        reader.Skip();
+        if (reader.Cursor() == nullptr) return nullptr;
         // Only the last member, typically a repeating one, is offered what follows an unknown element.
-        start = count > 0 ? count - 1 : 0;
-    }
-}
-
-// --- writing -----------------------------------------------------------------------------------------------
-
-void CXmlGeneratedClass::ToXml_Int(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
-                                   const CSerializationContext& context, bool suppressChoiceError) const {
-    try {
-        WriteContent(writer, isRoot, namespaceUri, context, suppressChoiceError);
-    } catch (const CKvException& e) {
-        throw CKvValidationException(
-            FormatString("Failed to convert the element [%s] to XML", GetElementNameText()), std::string(),
-            e);
-    }
-}
-
-std::string_view CXmlGeneratedClass::EffectiveElementName() const {
-    const std::string_view name = GetElementNameView();
-    return name.empty() ? std::string_view(GetClassInfo()->GetElementName()) : name;
-}
-
-void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
-                                      const CSerializationContext& context, bool suppressChoiceError) const {
-    const CParentElementInfo& record = *GetClassInfo();
-    const bool hasTag = record.GetElementType() == XmlElementType_Element;
-    if (hasTag) {
-        if (isRoot) {
-            for (const std::string& instruction : context.GetProcessingInstructions()) {
-                writer->WriteRaw(instruction);
-            }
-            for (const auto& [uri, alias] : context.GetNamespaceAliases())
-                writer->AddNamespaceAlias(alias, uri);
-            const std::string& defaultNamespace = context.GetDefaultNamespaceURIRef();
-            if (!defaultNamespace.empty()) writer->SetDefaultNamespace(defaultNamespace);
-        }
-        if (writer->GetDepth() >=
-            static_cast<std::int64_t>(internal::OrUnlimited(context.GetMaxElementDepth()))) {
-            throw CKvException(FormatString("The elements are nested deeper than the limit of %u.",
-                                            context.GetMaxElementDepth()));
-        }
-        writer->WriteStartElement(EffectiveElementName(), namespaceUri);
-        if (isRoot) {
-            if (const CAttributeCol* attributes = context.FindAdditionalRootAttributes())
-                ToXml_Int(attributes, writer, false, namespaceUri, context, false);
-        }
-    }
-    // The owner's start tag has the attributes of a pseudo element already.
-    if (record.GetElementType() != XmlElementType_PseudoElement) AttributesToXml_Int(writer, context);
-    if (isRoot) {
-        const std::string& schema = context.GetInLineSchemaRef();
-        if (!schema.empty()) writer->WriteRawAfterSpace(schema);
-    }
-    if (IsNillableClass(record) && dynamic_cast<const INillable*>(this)->IsNil()) {
-        writer->WriteNilAttribute();
-    } else {
-        switch (record.GetElementGroupType()) {
-            case XmlElementGroupType_Sequence:
-                ProcessElementSeqToXml(context, GetClassElementInfo(), writer);
-                break;
-            case XmlElementGroupType_Choice:
-                ProcessElementChoiceToXml(context, GetClassElementInfo(), writer, suppressChoiceError);
-                break;
-            case XmlElementGroupType_All:
-                ProcessElementAllToXml(context, GetClassElementInfo(), writer);
-                break;
-            default:
-                throw CKvException("Unknown XML Group Type");
-        }
-        const int valueIndex = record.GetPrimitiveValuePropertyIndex();
-        if (valueIndex != -1) {
-            KvVariant value;
-            ReadProperty(valueIndex, value);
-            const std::string_view text =
-                value.ToText(writer->ScratchText(), record.GetPrimitiveFormatOverride().c_str());
-            writer->WriteText(text, value.GetTypeAsEnum(), false);
-        }
-    }
-    if (hasTag) writer->WriteEndElement();
-}
-
-void CXmlGeneratedClass::AttributesToXml_Int(CXmlWriter* writer, const CSerializationContext& context) const {
-    try {
-        const CParentElementInfo& record = *GetClassInfo();
-        // A pseudo element has no element whose type could differ.
-        if (record.GetHasBaseClasses() && context.GetWriteTypeAttribute() &&
-            record.GetElementType() == XmlElementType_Element &&
-            record.GetElementName() != EffectiveElementName()) {
-            writer->WriteTypeAttribute(record.GetElementNamespace(), record.GetElementName(),
-                                       ItemType_string);
-        }
-        ProcessAttributesToXml(context, GetClassElementInfo(), GetClassAttributeInfo(), writer);
-    } catch (const CKvException& e) {
-        throw CKvException("Failed to convert attributes to XML", e);
-    }
-}
-
-void CXmlGeneratedClass::ProcessAttributesToXml(const CSerializationContext& context,
-                                                CElementInfo** elementInfo, CAttributeInfo** attributeInfo,
-                                                CXmlWriter* writer) const {
-    if (attributeInfo != nullptr) {
-        for (CAttributeInfo** record = attributeInfo; *record != nullptr; ++record) {
-            (*record)->AttributeToXml(context, this, writer);
-        }
-    }
-    auto& known = GetClassInfo()->m_facts.hasPseudoElements;
-    if (known.load(std::memory_order_relaxed) == 0 || elementInfo == nullptr) return;
-    bool anyPseudo = false;
-    for (CElementInfo** record = elementInfo; *record != nullptr; ++record) {
-        if ((*record)->m_hasPseudoElement) {
-            anyPseudo = true;
-            (*record)->PseudoChildAttributeToXml(context, this, writer);
-        }
-    }
-    known.store(anyPseudo ? 1 : 0, std::memory_order_relaxed);
-}
-
-void CXmlGeneratedClass::ProcessElementChoiceToXml(const CSerializationContext& context,
-                                                   CElementInfo** elementInfo, CXmlWriter* writer,
-                                                   bool suppressChoiceError) const {
-    const std::uint64_t used = GetUsedProperties();
-    if (elementInfo != nullptr) {
-        for (CElementInfo** record = elementInfo; *record != nullptr; ++record) {
-            if (IsUsed(used, **record) && (*record)->ElementToXml(context, this, writer)) return;
-        }
-    }
-    if (suppressChoiceError || context.GetIgnoreMissingChoice() || DoesElementContainOptionalElements())
-        return;
-    throw CKvValidationException(
-        "This element is a choice, and as such must have at one (and only one) valid item, currently there "
-        "are none set",
-        std::string());
-}
-
-bool CXmlGeneratedClass::IsUsed(std::uint64_t used, const CElementInfo& record) noexcept {
-    const auto index = static_cast<unsigned>(record.m_propertyIndex);
-    return index >= 64 || (used >> index & 1) != 0 || !record.IsSkippedWhenAbsent();
-}
-
-void CXmlGeneratedClass::ProcessElementSeqToXml(const CSerializationContext& context,
-                                                CElementInfo** elementInfo, CXmlWriter* writer) const {
-    if (elementInfo == nullptr) return;
-    const std::uint64_t used = GetUsedProperties();
-    KvVariant value;
-    for (CElementInfo** at = elementInfo; *at != nullptr; ++at) {
-        CElementInfo& record = **at;
-        if (record.m_writesValue) {
-            if (!IsUsed(used, record)) continue;
-            value.Clear();
-            try {
-                ReadProperty(record.m_propertyIndex, value);
-            } catch (const CKvException& e) {
-                record.ThrowGetFailed(e);
-            }
-            if (!value.IsValid()) {
-                if (record.IsSkippedWhenAbsent()) continue;
-            } else if (record.m_isPrim ? record.WritePrim(value, writer)
-                                       : record.WriteValue(context, value, writer)) {
-                continue;
-            }
-        }
-        record.ElementToXml(context, this, writer);
+        start = reader.Count() > 0 ? reader.Count() - 1 : 0;
     }
 }
 

@@ -18,13 +18,15 @@ enum XmlElementType : std::int32_t;
 
 namespace KvXmlLib16 {
 
+class CAttributeCol;
 class CKVCriticalSection;
 class CXmlAttribute;
 struct KvVariant;
 
 namespace internal {
 class CEntryPoints;
-}
+class CMemberAccess;
+}  // namespace internal
 
 using KvXmlLib16Data::CAttributeInfo;
 using KvXmlLib16Data::CElementInfo;
@@ -41,6 +43,8 @@ public:
     CXmlGeneratedClass() noexcept;
     CXmlGeneratedClass(const CXmlGeneratedClass& other) noexcept;
     CXmlGeneratedClass& operator=(const CXmlGeneratedClass& other) noexcept;
+    CXmlGeneratedClass(CXmlGeneratedClass&& other) noexcept;
+    CXmlGeneratedClass& operator=(CXmlGeneratedClass&& other) noexcept;
     ~CXmlGeneratedClass() override;
 
 protected:
@@ -62,7 +66,9 @@ protected:
     virtual CElementInfo** GetClassElementInfo() const = 0;
     /// Null-terminated array of the attribute records.
     virtual CAttributeInfo** GetClassAttributeInfo() const = 0;
-    /// Puts the object back into its freshly constructed state; called at the start of every read.
+    /// Puts the object back into its freshly constructed state; called at the start of every read. Left out
+    /// only for objects that the library has just had made, if the class record declares that they are in
+    /// that state (`CParentElementInfo::DeclareNewIsAsInit`).
     virtual void Init() = 0;
     /// Optional, for speed: a bit for every property index below 64; a clear one promises that reading the
     /// property now would leave the value invalid. Objects of which most members are not set are written
@@ -120,20 +126,34 @@ private:
     friend class KvXmlLib16Data::CAttributeInfo;
     friend class KvXmlLib16Data::CElementInfo;
     friend class internal::CEntryPoints;
+    friend class internal::CObjectGraph;
+    friend class internal::CMemberAccess;
     friend class internal::CSubstitution;
+    friend class internal::CWriteFailure;
 
     class RecordOfferer;
+    class SequenceReader;
 
     bool IsNillableClass(const CParentElementInfo& record) const;
+    /// Whether members of the class may have no tag of their own.
+    bool HasTaglessMembers() const;
     /// The object's element name, or while it has none, that of its class.
     std::string_view EffectiveElementName() const;
     void ReadContent(CXmlElement* element, CXmlElement*& cursor, const CSerializationContext& context,
                      bool suppressChoiceError);
+    /// Reads the members; returns the first child that none of them took.
+    CXmlElement* ReadGroup(CXmlElement* element, CXmlElement* cursor, const CSerializationContext& context,
+                           bool suppressChoiceError);
     void ReadSimpleContent(const CXmlElement& element);
+    /// Content without a tag of its own that is incomplete; `at` is where it could not go on.
+    void SetIncompleteAt(const CXmlElement* parent, const CXmlElement* at) noexcept;
     void WriteContent(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
                       const CSerializationContext& context, bool suppressChoiceError) const;
     void CheckNoneRemains(const CSerializationContext& context, const CXmlElement& parent,
                           CXmlElement*& cursor) const;
+    void WriteAdditionalAttributes(const CAttributeCol& attributes, CXmlWriter* writer,
+                                   const CSerializationContext& context) const;
+    bool IsWrittenNil() const;
     void ReadNilAttribute(const CXmlElement& element, const CXmlAttribute& attribute);
     /// False when the record has nothing to write: `used` as GetUsedProperties returns it.
     static bool IsUsed(std::uint64_t used, const CElementInfo& record) noexcept;

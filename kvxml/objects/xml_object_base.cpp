@@ -55,6 +55,12 @@ bool IsNamespaceValid(std::string_view ns, std::string_view allowed, std::string
     return blank != std::string_view::npos && accepts(std::string_view());
 }
 
+void RequireTargetNamespace(std::string_view allowed, const char* targetNs) {
+    const std::string_view first = allowed.substr(0, allowed.find(' '));
+    if (targetNs == nullptr && (first == "##other" || first == "##targetNamespace"))
+        throw CKvInvalidNamespaceException("Target Namespace must have a value", std::string());
+}
+
 bool DoesElementNameMatch(const CSerializationContext& context, const CXmlElement& element,
                           std::string_view name, std::string_view ns) noexcept {
     const CXmlName& own = *element.GetName();
@@ -73,6 +79,13 @@ CXmlObjectBase::CXmlObjectBase(const CXmlObjectBase& other) noexcept
 CXmlObjectBase& CXmlObjectBase::operator=(const CXmlObjectBase& other) noexcept {
     m_elementName = other.m_elementName;
     m_references.store(other.m_references.load(std::memory_order_relaxed), std::memory_order_relaxed);
+    return *this;
+}
+
+CXmlObjectBase::CXmlObjectBase(CXmlObjectBase&& other) noexcept : m_elementName(other.m_elementName) {}
+
+CXmlObjectBase& CXmlObjectBase::operator=(CXmlObjectBase&& other) noexcept {
+    m_elementName = other.m_elementName;
     return *this;
 }
 

@@ -2,23 +2,28 @@
 ///
 ///     CSmartPtr<CGpxType> gpx = new CGpxType();
 ///     gpx->FromXmlFile("in.gpx");
-///     gpx->ToXmlFile("out.gpx.gz", true, true, XmlEncoding_UTF8, EOLType_LF, context, CompressionType_GZip);
+///     CWriteOptions options;
+///     options.compression = CompressionType_GZip;
+///     gpx->ToXmlFile("out.gpx.gz", options);
 #pragma once
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "kvxml/base/shared_name.h"
 #include "kvxml/base/smart_ptr.h"
+#include "kvxml/base/text_argument.h"
 #include "kvxml/export.h"
 #include "kvxml/objects/event_sink.h"
 #include "kvxml/settings/default_context.h"
 #include "kvxml/settings/eol_type.h"
 #include "kvxml/settings/fast_infoset_decl.h"
+#include "kvxml/settings/write_options.h"
 #include "kvxml/settings/xml_encoding.h"
 #include "kvxml/types/binary_data.h"
 #include "kvxml/types/compression_type.h"
@@ -33,11 +38,14 @@ namespace KvXmlLib16 {
 class CElement;
 class CXmlCollectionBase;
 class CXmlElement;
+class CXmlObjectBase;
 class CXmlWriter;
 
 namespace internal {
+class CObjectGraph;
 class CSubstitution;
-}
+class CWriteFailure;
+}  // namespace internal
 
 /// Reference-counted base of generated classes, collections and untyped content.
 ///
@@ -45,7 +53,8 @@ class CSubstitution;
 /// deletes the object. An object on the stack or inside another must never be put into a `CSmartPtr`.
 /// AddRef and Release may be called from any thread; everything else by one thread at a time.
 ///
-/// Reading replaces the content of the object. A failed read throws and leaves it partly filled but usable.
+/// Reading replaces the content of an object; a collection keeps the items it has and appends those it reads.
+/// A failed read throws and leaves the object partly filled but usable.
 /// Errors carry the path of the element or attribute at fault. Every entry point accepts a context that
 /// decides what is tolerated and how output looks; left out, it is the shared default context.
 class KVXML_EXPORT CXmlObjectBase : public IEventSink {
@@ -64,7 +73,8 @@ public:
                            XmlEncoding encoding = XmlEncoding_UTF8, EOLType eol = EOLType_LF,
                            const CSerializationContext& context = DefaultContext(),
                            CompressionType compression = CompressionType_None) const;
-    /// Not built in yet: throws CKvException.
+    /// Writes the object as a Fast Infoset file, under the rules of ToXmlFile for compression and failures;
+    /// `context.GetFIContext()` has the settings.
     virtual void ToFastInfosetFile(const char* fileName, FInfoDecl decl = FInfoDecl_None,
                                    const CSerializationContext& context = DefaultContext(),
                                    CompressionType compression = CompressionType_None) const;
@@ -84,7 +94,7 @@ public:
                                     XmlEncoding encoding = XmlEncoding_UTF8, EOLType eol = EOLType_LF,
                                     const CSerializationContext& context = DefaultContext(),
                                     CompressionType compression = CompressionType_None) const;
-    /// Not built in yet: throws CKvException.
+    /// The object as a Fast Infoset document, compressed on request.
     virtual CBinaryData ToFastInfosetStream(FInfoDecl decl = FInfoDecl_None,
                                             const CSerializationContext& context = DefaultContext(),
                                             CompressionType compression = CompressionType_None) const;
@@ -93,6 +103,36 @@ public:
                                      EOLType eol = EOLType_LF,
                                      const CSerializationContext& context = DefaultContext(),
                                      CompressionType compression = CompressionType_None) const;
+
+    // The same by named options: each calls the one above.
+
+    std::string ToXml(const CWriteOptions& options,
+                      const CSerializationContext& context = DefaultContext()) const;
+    std::string ToJson(const CWriteOptions& options,
+                       const CSerializationContext& context = DefaultContext()) const;
+    CBinaryData ToXmlStream(const CWriteOptions& options,
+                            const CSerializationContext& context = DefaultContext()) const;
+    CBinaryData ToJsonStream(const CWriteOptions& options,
+                             const CSerializationContext& context = DefaultContext()) const;
+    CBinaryData ToFastInfosetStream(const CWriteOptions& options,
+                                    const CSerializationContext& context = DefaultContext()) const;
+    void ToXmlFile(const char* fileName, const CWriteOptions& options,
+                   const CSerializationContext& context = DefaultContext()) const;
+    void ToJsonFile(const char* fileName, const CWriteOptions& options,
+                    const CSerializationContext& context = DefaultContext()) const;
+    void ToFastInfosetFile(const char* fileName, const CWriteOptions& options,
+                           const CSerializationContext& context = DefaultContext()) const;
+
+    /// Write the bytes that the operation without a stream returns, and flush the stream. XML and JSON that
+    /// are not compressed are passed on while they are written, in pieces of a few kilobytes. CKvException
+    /// "Failed to write to the stream." for a stream that has failed or fails, whether or not it throws by
+    /// itself; what was written stays, also when the object cannot be written to its end.
+    void ToXmlStream(std::ostream& out, const CWriteOptions& options = {},
+                     const CSerializationContext& context = DefaultContext()) const;
+    void ToJsonStream(std::ostream& out, const CWriteOptions& options = {},
+                      const CSerializationContext& context = DefaultContext()) const;
+    void ToFastInfosetStream(std::ostream& out, const CWriteOptions& options = {},
+                             const CSerializationContext& context = DefaultContext()) const;
 
     // --- reading --------------------------------------------------------------------------------------
     /// Reads an XML file, plain or compressed with gzip or zlib; in chunks, and then plain only, with
@@ -124,6 +164,39 @@ public:
     /// Reads from an element of a tree that the caller keeps; the element's own name is not checked.
     virtual void FromXmlElement(const CXmlElement* element,
                                 const CSerializationContext& context = DefaultContext());
+
+    /// As from zero-terminated text, for `std::string`, `std::string_view` and what converts to a view; a
+    /// zero byte is a part of the text.
+    template <class Text, internal::IfTextView<Text> = 0>
+    void FromXml(const Text& xml, const CSerializationContext& context = DefaultContext()) {
+        ReadXmlText(xml, context);
+    }
+    template <class Text, internal::IfTextView<Text> = 0>
+    void FromJson(const Text& json, const CSerializationContext& context = DefaultContext()) {
+        ReadJsonText(json, context);
+    }
+    /// Read all that is left in the stream, as from bytes. CKvException "Failed to read from the stream." for
+    /// a stream that has failed or fails, whether or not it throws by itself; its state is then as the
+    /// failure left it, and otherwise eofbit.
+    void FromXmlStream(std::istream& in, const CSerializationContext& context = DefaultContext());
+    void FromJsonStream(std::istream& in, const CSerializationContext& context = DefaultContext());
+
+    // --- copying and comparing ------------------------------------------------------------------------
+
+    /// Becomes a deep copy of an object of the same class: all properties, with the objects and collections
+    /// in them. An object of a generated class keeps its element name, which belongs to where it stands, as
+    /// does a collection its name, bounds, facets and listeners. Takes no stack per level.
+    ///
+    /// Objects in members are made by the class's records, items by their collections. A property that is
+    /// unset but that a new object has set, by a default, is set to that default. CKvInvalidParamException
+    /// for objects of different classes; CKvInvalidStateException for an object that contains itself, or one
+    /// in it whose class the member does not know. After a failure this object is partly filled.
+    void CopyFrom(const CXmlObjectBase& source);
+    /// Whether the other object is of the same class and has the same properties, deep: values by their `==`
+    /// (NaN equals NaN), items in order, untyped attributes in any order. Objects in members must go by the
+    /// same element name, too. An empty collection equals none. Prefixes do not count. Takes no stack per
+    /// level. CKvInvalidStateException for an object that contains itself.
+    bool Equals(const CXmlObjectBase& other) const;
 
     virtual ~CXmlObjectBase();
 
@@ -165,6 +238,10 @@ protected:
     /// that is to be shared must have its count set right by whoever copies.
     CXmlObjectBase(const CXmlObjectBase& other) noexcept;
     CXmlObjectBase& operator=(const CXmlObjectBase& other) noexcept;
+    /// Takes the element name, which `other` keeps. References stay with the object that they are to: the new
+    /// object has none.
+    CXmlObjectBase(CXmlObjectBase&& other) noexcept;
+    CXmlObjectBase& operator=(CXmlObjectBase&& other) noexcept;
 
     /// Local name under which the object is read and written; empty at first.
     std::string GetElementName() const { return std::string(m_elementName.View()); }
@@ -179,18 +256,29 @@ protected:
         if (!name.IsSame(m_elementName)) m_elementName = name;
     }
 
-    // For objects that were constructed a moment ago and that nobody else knows yet.
+    // For objects that were constructed a moment ago and that nobody else knows yet. Where their class says
+    // that a new object is as Init leaves it, the read that follows goes without Init.
 
-    /// Takes the first reference, as AddRef would, and lets the read that follows go without Init.
+    /// Takes the first reference, as AddRef would, and marks the object new.
     static CXmlObjectBase* PrepareNew(CXmlObjectBase* object) noexcept {
         object->m_references.store(1, std::memory_order_relaxed);
         MarkNew(object);
         return object;
     }
-    /// Lets the read that follows go without Init.
-    static void MarkNew(CXmlObjectBase* object) noexcept { object->m_readState = kIsNew; }
-    /// Begins a read: whether the object was marked new and nothing was read since.
-    bool TakeIsNew() noexcept { return (std::exchange(m_readState, std::uint8_t{0}) & kIsNew) != 0; }
+    static void MarkNew(CXmlObjectBase* object) noexcept { object->m_readState |= kIsNew; }
+    /// The read that follows repeats one, for the same member and from the same parent, that found nothing
+    /// but that it came too early.
+    static void MarkRetried(CXmlObjectBase* object) noexcept { object->m_readState |= kIsRetried; }
+
+    /// What was said about the read that begins.
+    struct ReadStart {
+        bool isNew;
+        bool isRetried;
+    };
+    ReadStart BeginRead() noexcept {
+        const std::uint8_t state = std::exchange(m_readState, std::uint8_t{0});
+        return {(state & kIsNew) != 0, (state & kIsRetried) != 0};
+    }
 
     // What the last read found out, for the reader of the member that holds the object.
 
@@ -264,22 +352,37 @@ protected:
 private:
     friend class KvXmlLib16Data::CAttributeInfo;
     friend class KvXmlLib16Data::CElementInfo;
+    friend class internal::CObjectGraph;
     friend class internal::CSubstitution;
+    friend class internal::CWriteFailure;
 
+    void ReadXmlText(std::string_view xml, const CSerializationContext& context);
+    void ReadJsonText(std::string_view json, const CSerializationContext& context);
     void DeleteThis() const noexcept;
 
     internal::CSharedName m_elementName;
     mutable std::atomic<std::int32_t> m_references{0};
-    enum : std::uint8_t { kIsNew = 1, kIsIncomplete = 2, kHasReadAttributes = 4 };
+    enum : std::uint8_t { kIsNew = 1, kIsIncomplete = 2, kHasReadAttributes = 4, kIsRetried = 8 };
     std::uint8_t m_readState = 0;
 };
 
 namespace internal {
 /// The namespace test behind CXmlObjectBase::IsNamespaceValid.
 bool IsNamespaceValid(std::string_view ns, std::string_view allowed, std::string_view targetNs) noexcept;
+/// CKvInvalidNamespaceException "Target Namespace must have a value" for null where the namespace list needs
+/// it.
+void RequireTargetNamespace(std::string_view allowed, const char* targetNs);
 /// The name test behind CXmlObjectBase::DoesElementNameMatch.
 bool DoesElementNameMatch(const CSerializationContext& context, const CXmlElement& element,
                           std::string_view name, std::string_view ns) noexcept;
 }  // namespace internal
+
+/// As CXmlObjectBase::Equals.
+inline bool operator==(const CXmlObjectBase& a, const CXmlObjectBase& b) {
+    return a.Equals(b);
+}
+inline bool operator!=(const CXmlObjectBase& a, const CXmlObjectBase& b) {
+    return !a.Equals(b);
+}
 
 }  // namespace KvXmlLib16

@@ -3,7 +3,9 @@
 #include <vector>
 
 #include "kvxml/objects/attribute_col.h"
+#include "kvxml/objects/internal/attribute_names.h"
 #include "kvxml/xml/internal/tree_output.h"
+#include "kvxml/xml/internal/xml_tree.h"
 #include "kvxml/xml/xml_element.h"
 
 namespace KvXmlLib16 {
@@ -20,13 +22,34 @@ bool IsLikeNext(const CXmlElement& element) noexcept {
     return next != nullptr && next->GetName() == element.GetName();
 }
 
+/// Whether xsi:type names a type of no namespace.
+bool HasBareType(const CXmlElement& element) {
+    for (const CXmlAttribute* attribute : element.GetAttributes()) {
+        std::string_view typeNamespace;
+        if (internal::IsTypeValue(*attribute, typeNamespace)) return typeNamespace.empty();
+    }
+    return false;
+}
+
+/// What a document needs to have looked at.
+struct Writing {
+    internal::CTreeOutput& output;
+    const bool hasTypes;
+};
+
 /// Writes the element without its children. Returns whether blanks in it, and in what it contains, count.
-bool WriteElement(internal::CTreeOutput& output, const CXmlElement& element, bool keepBlanks,
+bool WriteElement(const Writing& writing, const CXmlElement& element, bool keepBlanks,
                   const CSerializationContext* rootContext) {
+    internal::CTreeOutput& output = writing.output;
+    if (writing.hasTypes && HasBareType(element)) output.ExpectBareType();
     output.StartElement(NameOf(*element.GetName()));
-    if (rootContext != nullptr) {
-        if (const CAttributeCol* const attributes = rootContext->FindAdditionalRootAttributes())
-            attributes->Write(output, nullptr, &element);
+    const CAttributeCol* const additional =
+        rootContext == nullptr ? nullptr : rootContext->FindAdditionalRootAttributes();
+    if (additional != nullptr) {
+        internal::CAttributeNames own;
+        for (const CXmlAttribute* attribute : element.GetAttributes())
+            own.Add(attribute->GetLocalName(), attribute->GetNamespaceURI());
+        additional->Write(output, &own);
     }
     for (const CXmlAttribute* attribute : element.GetAttributes()) {
         const internal::CTreeOutput::Name name = NameOf(*attribute->GetName());
@@ -38,11 +61,10 @@ bool WriteElement(internal::CTreeOutput& output, const CXmlElement& element, boo
         if (attribute->GetName()->isSpaceAttribute) keepBlanks = internal::IsSpacePreserved(*attribute);
     }
     output.EndAttributes();
-    if (rootContext != nullptr && !rootContext->GetInLineSchemaRef().empty())
-        output.Writer().WriteRawAfterSpace(rootContext->GetInLineSchemaRef());
     const bool hasChildren = element.GetFirstElement() != nullptr;
-    if (!hasChildren || keepBlanks || !element.IsTextBlank())
-        output.Text(element.GetTextView(), hasChildren, keepBlanks);
+    const bool hasText = !hasChildren || keepBlanks || !element.IsTextBlank();
+    if (rootContext != nullptr) output.WriteInLineSchema(hasText);
+    if (hasText) output.Text(element.GetTextView(), hasChildren, keepBlanks);
     return keepBlanks;
 }
 
@@ -50,6 +72,7 @@ bool WriteElement(internal::CTreeOutput& output, const CXmlElement& element, boo
 
 void WriteXmlTree(const CXmlElement& element, CXmlWriter& writer, const CSerializationContext& context) {
     internal::CTreeOutput output(writer, context);
+    const Writing writing{output, element.GetName()->tree->Names().HasTypeAttributes()};
     const bool isRoot = writer.GetDepth() == 0;
     const internal::CPrefixList prefixes(element);
     if (isRoot) {
@@ -69,7 +92,7 @@ void WriteXmlTree(const CXmlElement& element, CXmlWriter& writer, const CSeriali
     };
     for (;;) {
         if (at != &element) output.BeforeChild(IsLikeNext(*at), open.back().inArray);
-        const bool keepBlanks = WriteElement(output, *at, open.back().keepsBlanks, rootContext);
+        const bool keepBlanks = WriteElement(writing, *at, open.back().keepsBlanks, rootContext);
         rootContext = nullptr;
         if (at->GetFirstElement() != nullptr) {
             open.push_back({keepBlanks});

@@ -1,7 +1,11 @@
 #include "kvxml/objects/xml_type_collection.h"
 
+#include <utility>
+
 #include "kvxml/base/exceptions.h"
+#include "kvxml/objects/internal/member_access.h"
 #include "kvxml/objects/internal/simple_element.h"
+#include "kvxml/objects/internal/write_failure.h"
 #include "kvxml/xml/xml_element.h"
 #include "kvxml/xml/xml_writer.h"
 
@@ -21,6 +25,16 @@ CXmlTypeCollection::CXmlTypeCollection(ItemType type, const char* elementName, c
 
 CXmlTypeCollection::CXmlTypeCollection(const CXmlTypeCollection&) = default;
 CXmlTypeCollection& CXmlTypeCollection::operator=(const CXmlTypeCollection&) = default;
+CXmlTypeCollection::CXmlTypeCollection(CXmlTypeCollection&& other) noexcept
+    : CXmlCollectionBase(std::move(other)),
+      m_itemType(other.m_itemType),
+      m_restrictions(other.m_restrictions) {}
+CXmlTypeCollection& CXmlTypeCollection::operator=(CXmlTypeCollection&& other) noexcept {
+    CXmlCollectionBase::operator=(std::move(other));
+    m_itemType = other.m_itemType;
+    m_restrictions = other.m_restrictions;
+    return *this;
+}
 CXmlTypeCollection::~CXmlTypeCollection() = default;
 
 CXmlElement* CXmlTypeCollection::FromXml_Int(CXmlElement*, CXmlElement* cursor,
@@ -36,7 +50,7 @@ CXmlElement* CXmlTypeCollection::FromXml_Int(CXmlElement*, CXmlElement* cursor,
         try {
             AddFromString(cursor->GetTextView());
         } catch (const CKvException& e) {
-            internal::ThrowSetFailed(GetElementNameView(), *cursor, e);
+            internal::ThrowSetFailed(GetElementNameView(), cursor->GetXPath(), e);
         }
     }
     return cursor;
@@ -44,6 +58,10 @@ CXmlElement* CXmlTypeCollection::FromXml_Int(CXmlElement*, CXmlElement* cursor,
 
 void CXmlTypeCollection::WriteItem(CXmlWriter* writer, std::string_view text, ItemType type) const {
     writer->WriteSimpleElement({0, type, GetElementNameView(), GetItemNamespace()}, text, false, true);
+}
+
+void CXmlTypeCollection::NoteFailedItem(std::int32_t index, CXmlWriter* writer) const {
+    internal::CWriteFailure::NoteItem(*this, index, *writer);
 }
 
 }  // namespace KvXmlLib16

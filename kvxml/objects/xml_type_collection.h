@@ -30,6 +30,9 @@ public:
 protected:
     CXmlTypeCollection(const CXmlTypeCollection&);
     CXmlTypeCollection& operator=(const CXmlTypeCollection&);
+    /// The facets are in both then.
+    CXmlTypeCollection(CXmlTypeCollection&& other) noexcept;
+    CXmlTypeCollection& operator=(CXmlTypeCollection&& other) noexcept;
 
     /// Appends the value that `text` stands for. CKvException of the conversion or the facets.
     virtual void AddFromString(std::string_view text) = 0;
@@ -42,12 +45,30 @@ protected:
 
     /// Writes one item.
     void WriteItem(CXmlWriter* writer, std::string_view text, ItemType type) const;
+    /// Calls `write` for each of `items`, which are those of the collection, so that the path of one that
+    /// fails can be told.
+    template <class Items, class Write>
+    void WriteEach(const Items& items, CXmlWriter* writer, Write write) const {
+        std::int32_t index = 0;
+        try {
+            for (const auto& item : items) {
+                write(item);
+                ++index;
+            }
+        } catch (...) {
+            NoteFailedItem(index, writer);
+            throw;
+        }
+    }
 
     ItemType GetItemType() const noexcept { return m_itemType; }
     /// The whitespace rule is among them.
     const CPrimitiveRestrictions& GetRestrictions() const noexcept { return m_restrictions; }
 
 private:
+    friend class internal::CObjectGraph;
+    void NoteFailedItem(std::int32_t index, CXmlWriter* writer) const;
+
     ItemType m_itemType;
     CPrimitiveRestrictions m_restrictions;
 };

@@ -5,13 +5,17 @@
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/c_text.h"
+#include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/types/format_string.h"
 
 namespace KvXmlLib16 {
 
+using internal::kXmlNamespace;
 using internal::OrEmpty;
 
 namespace {
+
+constexpr std::string_view kXmlAlias = "xml";
 
 template <class Map>
 auto FindAlias(const Map& aliases, std::string_view alias) {
@@ -38,11 +42,13 @@ void CNamespaceAliasMap::RemoveNamespace(const char* namespaceUri) {
 }
 
 std::string CNamespaceAliasMap::GetAliasFromNamespace(const char* namespaceUri) {
-    return m_aliases[std::string(OrEmpty(namespaceUri))];
+    const std::string uri(OrEmpty(namespaceUri));
+    return uri == kXmlNamespace ? std::string(kXmlAlias) : m_aliases[uri];
 }
 
 std::string CNamespaceAliasMap::GetNamespaceFromAlias(const char* alias) const {
     const std::string_view wanted = OrEmpty(alias);
+    if (wanted == kXmlAlias) return std::string(kXmlNamespace);
     const auto found = FindAlias(m_aliases, wanted);
     if (found == m_aliases.end()) {
         throw CKvException(FormatString("Namespace alias [%s] not found", wanted.empty() ? "" : alias));
@@ -51,11 +57,13 @@ std::string CNamespaceAliasMap::GetNamespaceFromAlias(const char* alias) const {
 }
 
 bool CNamespaceAliasMap::DoesNamespaceExist(const char* namespaceUri) const {
-    return m_aliases.find(OrEmpty(namespaceUri)) != m_aliases.end();
+    const std::string_view uri = OrEmpty(namespaceUri);
+    return uri == kXmlNamespace || m_aliases.find(uri) != m_aliases.end();
 }
 
 bool CNamespaceAliasMap::DoesAliasExist(const char* alias) const {
-    return FindAlias(m_aliases, OrEmpty(alias)) != m_aliases.end();
+    const std::string_view wanted = OrEmpty(alias);
+    return wanted == kXmlAlias || FindAlias(m_aliases, wanted) != m_aliases.end();
 }
 
 std::string CNamespaceAliasMap::GetNamespaceAt(int index) const {

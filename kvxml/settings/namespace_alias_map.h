@@ -14,7 +14,8 @@ namespace KvXmlLib16 {
 /// Namespace URIs with their prefixes ("aliases"), in ascending byte order of the URIs.
 ///
 /// A URI has one alias; an alias may serve several URIs. Texts are compared exactly, upper and lower case
-/// being different.
+/// being different. The alias "xml" and its namespace, which the standard binds, are known without an entry;
+/// entries for either of them are never written.
 class KVXML_EXPORT CNamespaceAliasMap {
     struct Order {
         using is_transparent = void;
@@ -38,8 +39,9 @@ public:
     void RemoveNamespace(const char* namespaceUri);
     void Clear() noexcept { m_aliases.clear(); }
 
-    /// Alias of the URI. Asking for an unknown URI enters it with an empty alias, which is counted and
-    /// written from then on; ask `DoesNamespaceExist` first where that is not wanted.
+    /// Alias of the URI. Asking for an unknown URI enters it with an empty alias, which is counted from then
+    /// on and makes documents declare the URI with a prefix of their own choice; ask `DoesNamespaceExist`
+    /// first where that is not wanted.
     std::string GetAliasFromNamespace(const char* namespaceUri);
     /// The first URI in order that has this alias; CKvException "Namespace alias [%s] not found" when none
     /// has.

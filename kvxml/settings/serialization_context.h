@@ -102,9 +102,9 @@ public:
     /// 8 MiB have come out, so that small documents may be as regular as they like. Default 250.
     std::uint32_t GetMaxInflationRatio() const noexcept { return m_maxInflationRatio; }
     void SetMaxInflationRatio(std::uint32_t value) noexcept { m_maxInflationRatio = value; }
-    /// Number of bytes that a document may gain by entities and default attributes of its document type, or by
-    /// table entries of Fast Infoset. A larger gain must be less than 100 times what was read of the document.
-    /// Default 8 MiB.
+    /// Number of bytes that a document may gain by entities and default attributes of its document type, or
+    /// by table entries of Fast Infoset. A larger gain must be less than 100 times what was read of the
+    /// document. Default 8 MiB.
     std::size_t GetMaxExpansion() const noexcept { return m_maxExpansion; }
     void SetMaxExpansion(std::size_t value) noexcept { m_maxExpansion = value; }
     /// Number of distinct names of elements and attributes in one document; a name in two namespaces is two.
@@ -145,12 +145,14 @@ public:
     const std::vector<std::string>& GetProcessingInstructions() const noexcept {
         return m_processingInstructions;
     }
-    /// Text of a schema, written inside the root element. Default empty: none.
+    /// Text of a schema. One that begins with "<" becomes the first content of the root element, unless that
+    /// is nil; any other is written into its start tag, as it is. Default empty: none.
     std::string GetInLineSchema() const { return m_inLineSchema; }
     const std::string& GetInLineSchemaRef() const noexcept { return m_inLineSchema; }
     void SetInLineSchema(const char* value);
-    /// Attributes written on the root element, in any namespace. Created empty by the first call; the same
-    /// collection from then on, also in copies of this context made later.
+    /// Attributes written on the root element, in any namespace, but for those that the object writes itself.
+    /// Created empty by the first call; the same collection from then on, also in copies of this context made
+    /// later.
     CSmartPtr<CAttributeCol> GetAdditionalRootAttributes();
     /// The same without creating it: null when nobody has asked for it. Owned by the context.
     const CAttributeCol* FindAdditionalRootAttributes() const noexcept;

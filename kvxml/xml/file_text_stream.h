@@ -11,7 +11,8 @@ namespace KvXmlLib16 {
 
 namespace internal {
 class CFile;
-}
+class CPieceEncoder;
+}  // namespace internal
 
 /// Writes what was collected at every flush, so that a document of any size needs memory for about one
 /// block. A file whose writing failed, or that is destroyed before `End`, is closed and stays as it is.
@@ -35,8 +36,7 @@ private:
     [[noreturn]] void FailToWrite(int error);
 
     std::string m_fileName;
-    std::string m_bytes;    // of the write, kept for its capacity
-    std::string m_pending;  // first bytes of a character that is not complete yet
+    std::unique_ptr<internal::CPieceEncoder> m_encoder;
     std::unique_ptr<internal::CFile> m_file;
 };
 

@@ -33,6 +33,29 @@ std::size_t UnfinishedLength(std::string_view utf8) noexcept {
     return 0;
 }
 
+const std::string& CPieceEncoder::Take(CStringBuffer& buffer, XmlEncoding encoding, bool isLast) {
+    const std::size_t kept = m_pending.size();
+    m_bytes.assign(m_pending);
+    m_bytes.resize(kept + buffer.GetLength());
+    const bool ascii = buffer.CopyTo(m_bytes.data() + kept) && kept == 0;
+    buffer.Reset();
+    m_pending.clear();
+
+    CheckEncoding(encoding);
+    if (!IsLocalUtf8()) {
+        m_bytes = LocalToUtf8(m_bytes);
+    } else if (!ascii) {
+        if (!isLast) {
+            const std::size_t unfinished = UnfinishedLength(m_bytes);
+            m_pending.assign(m_bytes, m_bytes.size() - unfinished);
+            m_bytes.resize(m_bytes.size() - unfinished);
+        }
+        if (!IsAsciiOnly() && WellFormedUtf8Length(m_bytes) != m_bytes.size()) m_bytes = RepairUtf8(m_bytes);
+    }
+    if (IsUtf16(encoding)) m_bytes = Utf8ToUtf16Le(m_bytes);
+    return m_bytes;
+}
+
 }  // namespace internal
 
 namespace {

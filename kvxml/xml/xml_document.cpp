@@ -21,9 +21,19 @@ CXmlDocument::CXmlDocument(ElementFilter filter)
 CXmlDocument::CXmlDocument(ElementFilter filter, const CSerializationContext& context)
     : m_filter(filter), m_context(&context), m_schemaType(context.GetSchemaType()) {}
 
+CXmlDocument::CXmlDocument(const CSerializationContext&& context)
+    : CXmlDocument(nullptr, std::move(context)) {}
+
+CXmlDocument::CXmlDocument(ElementFilter filter, const CSerializationContext&& context)
+    : m_filter(filter),
+      m_ownContext(std::make_shared<const CSerializationContext>(context)),
+      m_context(m_ownContext.get()),
+      m_schemaType(context.GetSchemaType()) {}
+
 CXmlDocument::CXmlDocument(CXmlDocument&& other) noexcept
     : m_tree(std::move(other.m_tree)),
       m_filter(other.m_filter),
+      m_ownContext(other.m_ownContext),
       m_context(other.m_context),
       m_schemaType(other.m_schemaType) {
     if (m_tree != nullptr) m_tree->SetDocument(this);
@@ -33,6 +43,7 @@ CXmlDocument& CXmlDocument::operator=(CXmlDocument&& other) noexcept {
     if (this == &other) return *this;
     m_tree = std::move(other.m_tree);
     m_filter = other.m_filter;
+    m_ownContext = other.m_ownContext;
     m_context = other.m_context;
     m_schemaType = other.m_schemaType;
     if (m_tree != nullptr) m_tree->SetDocument(this);
@@ -72,10 +83,13 @@ std::string CXmlDocument::LookupAliasFromNamespace(const char* uri) const {
 // --- loading ----------------------------------------------------------------------------------------------
 
 void CXmlDocument::LoadXml(const char* xml) {
+    LoadXmlText(xml == nullptr ? std::string_view() : xml);
+}
+
+void CXmlDocument::LoadXmlText(std::string_view xml) {
     Cleanup();
-    if (xml == nullptr || *xml == '\0') throw CKvException("XML String is empty!");
-    const std::string_view text(xml);
-    ParseText(reinterpret_cast<const unsigned char*>(text.data()), text.size(), Encoding::Declared);
+    if (xml.empty()) throw CKvException("XML String is empty!");
+    ParseText(reinterpret_cast<const unsigned char*>(xml.data()), xml.size(), Encoding::Declared);
 }
 
 void CXmlDocument::LoadXml(const wchar_t* xml) {

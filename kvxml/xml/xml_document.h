@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "kvxml/base/text_argument.h"
 #include "kvxml/export.h"
 #include "kvxml/settings/serialization_context.h"
 
@@ -47,6 +48,9 @@ public:
     /// A null filter keeps all elements.
     explicit CXmlDocument(ElementFilter filter);
     CXmlDocument(ElementFilter filter, const CSerializationContext& context);
+    /// A context that will not outlive the call is copied.
+    explicit CXmlDocument(const CSerializationContext&& context);
+    CXmlDocument(ElementFilter filter, const CSerializationContext&& context);
     CXmlDocument(const CXmlDocument&) = delete;
     CXmlDocument& operator=(const CXmlDocument&) = delete;
     /// Elements keep their addresses. The document that was moved from is empty and can be loaded.
@@ -67,6 +71,12 @@ public:
     void LoadXml(const char* xml);
     /// The encoding that the text declares does not count.
     void LoadXml(const wchar_t* xml);
+    /// As from zero-terminated text, for `std::string`, `std::string_view` and what converts to a view; a
+    /// zero byte is a part of the text. So for BuildFromJson.
+    template <class Text, internal::IfTextView<Text> = 0>
+    void LoadXml(const Text& xml) {
+        LoadXmlText(xml);
+    }
 
     /// Convert JSON text into XML text in UTF-8, which is returned and not loaded; the elements that were
     /// loaded before are dropped. The context's `GetJsonContext` tells how; docs/json.md has the rules.
@@ -85,6 +95,10 @@ public:
     void BuildFromJsonStream(const unsigned char* data, std::size_t length);
     void BuildFromJson(const char* json);
     void BuildFromJson(const wchar_t* json);
+    template <class Text, internal::IfTextView<Text> = 0>
+    void BuildFromJson(const Text& json) {
+        BuildFromJsonText(json);
+    }
 
     /// Null when nothing was loaded.
     CXmlElement* GetDocumentElement() noexcept;
@@ -107,6 +121,8 @@ private:
 
     struct CReading;
 
+    void LoadXmlText(std::string_view xml);
+    void BuildFromJsonText(std::string_view json);
     void BuildTree(std::string_view json);
 
     internal::CXmlTree& Tree();
@@ -120,6 +136,7 @@ private:
 
     std::unique_ptr<internal::CXmlTree> m_tree;
     ElementFilter m_filter = nullptr;
+    std::shared_ptr<const CSerializationContext> m_ownContext;  // null: somebody else's is used
     const CSerializationContext* m_context;
     SchemaType m_schemaType;
 };

@@ -108,7 +108,8 @@ private:
     const internal::CXmlName* m_name;
     mutable Text m_text;
     std::uint32_t m_textLength;  // of characters; without text, whether the element is null
-    std::uint32_t m_attributeCount : 29;
+    std::uint32_t m_attributeCount : 28;
+    std::uint32_t m_declares : 1;  // declarations of prefixes lie in front of the element
     mutable std::uint32_t m_textKind : 3;
 };
 

@@ -175,6 +175,22 @@ void CXmlTextWriter::WriteRawAfterSpace(std::string_view text) {
     FlushIfFull();
 }
 
+void CXmlTextWriter::WriteRawContent(std::string_view text, bool onOwnLines) {
+    CXmlWriterContext* const context = GetCurrentContext();
+    if (context == nullptr) ThrowNoElement();
+    const std::string_view lineEnd = onOwnLines && m_formatted ? m_layout.LineEnd() : std::string_view();
+    CStringBuffer& buffer = Buffer();
+    if (context->startTagOpen) {
+        buffer.Append('>');
+        buffer.Append(lineEnd);
+    }
+    context->startTagOpen = false;
+    if (!lineEnd.empty()) ++context->childCount;  // the end tag is on a line of its own
+    buffer.Append(text);
+    buffer.Append(lineEnd);
+    FlushIfFull();
+}
+
 // --- elements --------------------------------------------------------------------------------------------
 
 inline std::size_t CXmlTextWriter::IndentationOf(const CXmlWriterContext& context) {
@@ -428,8 +444,7 @@ void CXmlTextWriter::AppendNamespace(std::string_view prefix, std::string_view u
         buffer.Append(':');
         buffer.Append(prefix);
     }
-    buffer.Append("=\"");
-    buffer.Append(uri);
+    AppendEscaped<true>("=\"", uri);
     buffer.Append('"');
 }
 

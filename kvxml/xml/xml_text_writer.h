@@ -91,6 +91,7 @@ public:
     void WriteComment(std::string_view text) override;
     void WriteRaw(std::string_view text) override;
     void WriteRawAfterSpace(std::string_view text) override;
+    void WriteRawContent(std::string_view text, bool onOwnLines) override;
     void WriteStartElement(std::string_view localName, std::string_view namespaceUri) override;
     /// Empty text writes nothing. CDATA sections at the beginning of the text are written as they are, unless
     /// the writer is lossless.

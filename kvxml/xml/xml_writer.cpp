@@ -2,22 +2,25 @@
 
 #include <algorithm>
 #include <atomic>
+#include <memory>
 #include <utility>
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/namespace_uris.h"
+#include "kvxml/xml/internal/failed_path.h"
 #include "kvxml/xml/internal/writer_context.h"
 
 namespace KvXmlLib16 {
 
 namespace {
 
-/// The candidates for invented prefixes, in order: AA, AB, ... AZ, BA, ... and past ZZ with the characters
-/// that follow Z as first one, up to z; then numbered ones.
+/// The candidates for invented prefixes, in order: AA, AB, ... AZ, BA, ... and past ZZ with an underscore and
+/// then small letters as first character; then numbered ones.
 std::string PrefixCandidate(unsigned n) {
+    constexpr std::string_view kFirst = "ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz";
     constexpr unsigned kLetters = 26;
-    if (n / kLetters > 'z' - 'A') return std::string(1, 'N').append(std::to_string(n));
-    return {static_cast<char>('A' + n / kLetters), static_cast<char>('A' + n % kLetters)};
+    if (n / kLetters >= kFirst.size()) return std::string(1, 'N').append(std::to_string(n));
+    return {kFirst[n / kLetters], static_cast<char>('A' + n % kLetters)};
 }
 
 }  // namespace
@@ -80,6 +83,11 @@ CXmlWriter::~CXmlWriter() {
     }
 }
 
+internal::CFailedPath& CXmlWriter::FailedPath() {
+    if (m_failedPath == nullptr) m_failedPath = std::make_unique<internal::CFailedPath>();
+    return *m_failedPath;
+}
+
 void CXmlWriter::BeginOutput() {}
 
 void CXmlWriter::WriteSimpleAttribute(const SimpleName& name, std::string_view value, bool) {
@@ -91,6 +99,10 @@ void CXmlWriter::WriteSimpleElement(const SimpleName& name, std::string_view tex
     WriteStartElement(name.localName, name.namespaceUri);
     WriteText(text, name.type, isDefaultValue);
     WriteEndElement();
+}
+
+void CXmlWriter::WriteRawContent(std::string_view text, bool) {
+    WriteRawAfterSpace(text);
 }
 
 std::uint32_t CXmlWriter::NewNameId() noexcept {
@@ -112,11 +124,14 @@ void CXmlWriter::SetDefaultNamespace(std::string_view uri) {
 }
 
 void CXmlWriter::AddNamespaceAlias(std::string_view prefix, std::string_view uri) {
+    if (IsXmlNamespace(uri)) return;
     NamespaceScope& scope = m_current != nullptr ? OwnScope(*m_current) : *m_documentScope;
-    if (prefix.empty())
-        scope.Remove(uri);
-    else
+    if (!prefix.empty()) {
         scope.Set(prefix, uri);
+        return;
+    }
+    scope.Remove(uri);
+    if (m_current == nullptr && !uri.empty()) scope.unnamed.emplace_back(uri);
 }
 
 std::int32_t CXmlWriter::GetDepth() const noexcept {
@@ -146,16 +161,20 @@ void CXmlWriter::EnterDocument(CXmlWriterContext& context) {
     NamespaceScope& scope = *context.m_ownScope;
     scope = NamespaceScope();
     ForgetNames();
-    scope.defaultNamespace = m_documentScope->defaultNamespace;
+    if (!IsXmlNamespace(m_documentScope->defaultNamespace))
+        scope.defaultNamespace = m_documentScope->defaultNamespace;
     // What a start tag cannot declare without being ill-formed is left out: such a namespace gets an
     // invented prefix when it is used.
     for (const NamespaceScope::Alias& alias : m_documentScope->aliases) {
         const bool isXml = alias.uri == internal::kXmlNamespace;
-        if (alias.uri.empty() || alias.Prefix() == "xmlns") continue;
+        if (alias.uri.empty() || alias.uri == internal::kXmlnsNamespace || alias.Prefix() == "xmlns")
+            continue;
         if (isXml != (alias.Prefix() == "xml") || scope.IsPrefixUsed(alias.Prefix())) continue;
         scope.aliases.push_back(alias);
     }
     context.scope = &scope;
+    for (const std::string& uri : m_documentScope->unnamed)
+        if (uri != scope.defaultNamespace && scope.Find(uri) == nullptr) InventPrefix(scope, uri);
 }
 
 CXmlWriter::NamespaceScope& CXmlWriter::OwnScope(CXmlWriterContext& context) {
@@ -169,7 +188,11 @@ CXmlWriter::NamespaceScope& CXmlWriter::OwnScope(CXmlWriterContext& context) {
 }
 
 const CXmlWriter::NamespaceScope::Alias& CXmlWriter::InventPrefix(std::string_view uri) {
-    NamespaceScope& scope = OwnScope(*m_current);
+    return InventPrefix(OwnScope(*m_current), uri);
+}
+
+const CXmlWriter::NamespaceScope::Alias& CXmlWriter::InventPrefix(NamespaceScope& scope,
+                                                                  std::string_view uri) {
     unsigned n = scope.firstFree;
     std::string prefix = PrefixCandidate(n);
     while (scope.IsPrefixUsed(prefix))

@@ -18,7 +18,8 @@ namespace KvXmlLib16 {
 
 namespace internal {
 class CTreeOutput;
-}
+struct CFailedPath;
+}  // namespace internal
 
 /// Forward-only writer of one document: strictly nested elements, attributes before content. Keeps the
 /// namespaces in scope for every open element; what is declared inside an element ends with it.
@@ -35,9 +36,10 @@ public:
     /// Before the document element: the default namespace that it declares. Inside an element: what counts
     /// as the default namespace from here to its end; nothing is written.
     virtual void SetDefaultNamespace(std::string_view uri);
-    /// Before the document element: a prefix that it declares. Inside an element: a prefix to use for `uri`
-    /// from here to its end; nothing is written. Replaces an earlier prefix of `uri`; an empty one removes
-    /// it. A prefix that another namespace of the document element has already is not used.
+    /// Before the document element: a prefix that it declares; an invented one, if `prefix` is empty. Inside
+    /// an element: a prefix to use for `uri` from here to its end, or with an empty one none; nothing is
+    /// written. Replaces an earlier prefix of `uri`. A prefix that another namespace of the document element
+    /// has already is not used. The namespace of "xml" keeps that prefix and is never declared.
     virtual void AddNamespaceAlias(std::string_view prefix, std::string_view uri);
     virtual void WriteComment(std::string_view text) = 0;
     /// Writes `text` as it is, on lines of its own.
@@ -75,6 +77,10 @@ public:
     virtual void WriteSimpleElement(const SimpleName& name, std::string_view text, bool isDefaultValue,
                                     bool isCanonical);
 
+    /// Writes `text`, which is markup, as it is and as content of the current element. `onOwnLines`: line
+    /// ends around it do no harm.
+    virtual void WriteRawContent(std::string_view text, bool onOwnLines);
+
     /// A number that no other caller gets, or 0 when there are no more. Any thread may call it.
     static std::uint32_t NewNameId() noexcept;
 
@@ -89,6 +95,9 @@ public:
     /// Text that callers may format values into and pass to the writer, reused to save allocations. Belongs
     /// to whoever uses it from the moment of filling to the call that consumes it.
     std::string& ScratchText() noexcept { return m_scratch; }
+
+    /// For the library: where writing failed, filled while an exception passes.
+    internal::CFailedPath& FailedPath();
 
 protected:
     // What writers keep of the open elements and of the namespaces in scope. Only the library's own writers
@@ -130,11 +139,13 @@ private:
     CXmlWriterContext* AddContext();
     void EnterDocument(CXmlWriterContext& context);
     NamespaceScope& OwnScope(CXmlWriterContext& context);
+    static const NamespaceAlias& InventPrefix(NamespaceScope& scope, std::string_view uri);
 
     CXmlWriterContext* m_current = nullptr;
     CXmlWriterContext* m_first = nullptr;  // of the document element; owns the rest through `m_reusable`
     std::unique_ptr<NamespaceScope> m_documentScope;
     std::string m_scratch;
+    std::unique_ptr<internal::CFailedPath> m_failedPath;  // null as long as nothing has failed
     std::uint64_t m_namesVersion = 0;
     bool m_declaresByAttribute = false;
 };

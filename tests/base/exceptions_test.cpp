@@ -9,7 +9,7 @@
 namespace KvXmlLib16 {
 namespace {
 
-static_assert(!std::is_base_of_v<std::exception, CKvException>);
+static_assert(std::is_base_of_v<std::exception, CKvException>);
 static_assert(std::is_base_of_v<CKvValidationException, CKvInvalidValueException>);
 static_assert(std::is_base_of_v<CKvValidationException, CKvInvalidNamespaceException>);
 
@@ -60,6 +60,30 @@ TEST(Exceptions, AssignmentKeepsThePathOfTheTarget) {
     derived = CKvInvalidNamespaceException("new", "/other");
     EXPECT_EQ(derived.GetMessage(), "new\nPath: /other");
     EXPECT_EQ(derived.GetPath(), "/derived");
+}
+
+TEST(Exceptions, WhatIsTheFullMessage) {
+    const auto what = [](const std::exception& e) { return e.what(); };
+    CKvException plain("plain", "/a");
+    EXPECT_EQ(what(plain), std::string("plain\nPath: /a"));
+    CKvException outer("outer", plain);
+    const char* const first = what(outer);
+    EXPECT_EQ(first, std::string("outer\nplain\nPath: /a"));
+    EXPECT_EQ(what(outer), first) << "made once";
+
+    const CKvException copy(outer);
+    EXPECT_NE(what(copy), first);
+    const CKvException moved(std::move(outer));
+    EXPECT_EQ(what(moved), std::string("outer\nplain\nPath: /a"));
+    plain = moved;
+    EXPECT_EQ(what(plain), std::string("outer\nplain\nPath: /a"));
+    plain = CKvException("new", CKvException("cause"));
+    EXPECT_EQ(what(plain), std::string("new\ncause")) << "left from before the assignment";
+    try {
+        throw CKvInvalidParamException("thrown", copy);
+    } catch (const std::exception& e) {
+        EXPECT_EQ(e.what(), std::string("thrown\nouter\nplain\nPath: /a"));
+    }
 }
 
 template <class T>

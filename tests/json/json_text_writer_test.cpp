@@ -366,8 +366,8 @@ TEST(JsonTextWriter, ObjectsInEveryMode) {
         EXPECT_EQ(measure->ToJson(false, EOLType_LF, Context(false, mode)), expected[mode]);
     measure->Set("lang", "en");
     EXPECT_EQ(ErrorOf([&] { measure->ToJson(); }),
-              "Failed to convert the element [Measure] to XML\nFailed to convert attributes to XML\n"
-              "Unknown Namespace: urn:fixture:attributes.");
+              "Failed to convert the element [Measure] to XML\nPath: /Measure/@lang\n"
+              "Failed to convert attributes to XML\nUnknown Namespace: urn:fixture:attributes.");
 
     // Default values are written; nil comes out as null.
     const fixture::Model& model = fixture::Model::New("Box")

@@ -101,7 +101,7 @@ TEST(AttributeInfoTest, PropertiesThatRefuse) {
     for (int index = 0; index < 6; ++index) {
         object->refused = index;
         EXPECT_EQ(ErrorOf([&] { object->ToXml(); }),
-                  std::string("Failed to convert the element [Refusing] to XML\n") +
+                  std::string("Failed to convert the element [Refusing] to XML\nPath: /Refusing\n") +
                       (index < 2 ? "Failed to convert attributes to XML\n" : "") +
                       "Failed to get the property value for [" + "pePECL"[index] + "].\nno reading");
     }
@@ -134,8 +134,16 @@ TEST(AttributeInfoTest, Wildcards) {
     twice->Add("x", "", "1");
     twice->Add("x", "", "2");
     (*wild)["any"].SetXmlCollection(twice.Get());
-    EXPECT_NE(ErrorOf([&] { wild->ToXml(); }).find("The attribute [x] occurs more than once."),
-              std::string::npos);
+    const auto expectError = [&](const char* part) {
+        EXPECT_NE(ErrorOf([&] { wild->ToXml(); }).find(part), std::string::npos) << part;
+    };
+    expectError("The attribute [x] occurs more than once.");
+    const CSmartPtr<CAttributeCol> moved(new CAttributeCol("##other", "urn:t"));
+    moved->Add("x", "urn:x", "1")->SetNamespace("urn:t");
+    (*wild)["any"].SetXmlCollection(moved.Get());
+    expectError("Invalid Attribute [x]. The attributes namespace is Inappropriate.");
+    (*wild)["any"].SetXmlCollection(new CElementCol("", "", 0, -1));
+    expectError("Serialization Data Error : The collection should be a CAttributeCol, it was not!");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <type_traits>
@@ -89,22 +90,30 @@ TEST(ElementInfoTest, NilChildrenAndAttributesOfSimpleElements) {
         return "Failed read all the elements held within the element [" + name +
                "]. The unexpected element [X] remains un processed\nPath: /Box/" + name;
     };
-    ExpectOutcomes(model,
-                   {
-                       {"", title + "<Count xsi:nil='True'>x</Count>", "", ">" + title + nil},
-                       {"", title + "<Count xsi:nil='FALSE'>5</Count>", "", ">" + title + "<Count>5</Count>"},
-                       {"", title + "<Count xsi:nil='1'/>", "",
-                        "Unexpected Value [1] for 'nil' Attribute found.\nPath: /Box/Count/xsi:@nil"},
-                       {"", "<Title xsi:nil='false'>t</Title>", "", ">" + title},
-                       {"", "<Title xsi:nil='0'>t</Title>", "", notNillable},
-                       {"", "<Title>t<X/></Title>", "", remains("Title")},
-                       {"", "<Title>t<X/></Title>", "e", ">" + title},
-                       {"", title + "<E>red<X/></E>", "", remains("E")},
-                       {"", "<Title xsi:type='string' x='1'>t</Title>", "", unexpected + "Title/xsi:@type"},
-                       {"", "<Title xsi:type='string' x='1'>t</Title>", "a", ">" + title},
-                       {"", title + "<E x='1'>red</E>", "", unexpected + "E/@x"},
-                       {"", title + "<Count>\n 100\t</Count>", "", ">" + title + "<Count>100</Count>"},
-                   });
+    ExpectOutcomes(
+        model, {
+                   {"", title + "<Count xsi:nil='True'>x</Count>", "", ">" + title + nil},
+                   {"", title + "<Count xsi:nil='FALSE'>5</Count>", "", ">" + title + "<Count>5</Count>"},
+                   {"", title + "<Count xsi:nil=' 1 '/>", "", ">" + title + nil},
+                   {"", title + "<Count xsi:nil=' false'>5</Count>", "", ">" + title + "<Count>5</Count>"},
+                   {"", title + "<Count xsi:nil='yes'/>", "",
+                    "Unexpected Value [yes] for 'nil' Attribute found.\nPath: /Box/Count/xsi:@nil"},
+                   {"", "<Title xsi:nil='false'>t</Title>", "", ">" + title},
+                   {"", "<Title xsi:nil='0'>t</Title>", "", ">" + title},
+                   {"", "<Title xsi:nil='1'>t</Title>", "", notNillable},
+                   {"", "<Title xsi:nil=''>t</Title>", "", notNillable},
+                   {"",
+                    "<Title xsi:schemaLocation='urn:fixture a.xsd' xsi:noNamespaceSchemaLocation='b.xsd'>t"
+                    "</Title>",
+                    "", ">" + title},
+                   {"", "<Title>t<X/></Title>", "", remains("Title")},
+                   {"", "<Title>t<X/></Title>", "e", ">" + title},
+                   {"", title + "<E>red<X/></E>", "", remains("E")},
+                   {"", "<Title xsi:type='string' x='1'>t</Title>", "", unexpected + "Title/xsi:@type"},
+                   {"", "<Title xsi:type='string' x='1'>t</Title>", "a", ">" + title},
+                   {"", title + "<E x='1'>red</E>", "", unexpected + "E/@x"},
+                   {"", title + "<Count>\n 100\t</Count>", "", ">" + title + "<Count>100</Count>"},
+               });
 }
 
 TEST(ElementInfoTest, ValuesAreCheckedBothWays) {
@@ -142,8 +151,9 @@ TEST(ElementInfoTest, ValuesAreCheckedBothWays) {
         const CSmartPtr<Object> object(new Object(model));
         object->Set(name, c.text);
         EXPECT_EQ(ErrorOf([&] { object->ToXml(); }),
-                  "Failed to convert the element [Box] to XML\n" +
-                      std::string(c.isAttribute ? "Failed to convert attributes to XML\n" : "") + violation);
+                  "Failed to convert the element [Box] to XML\nPath: /Box/" +
+                      (c.isAttribute ? "@" + name + "\nFailed to convert attributes to XML" : name) + "\n" +
+                      violation);
     }
     // Lengths count characters, not bytes, and bounds are values.
     ExpectOutcomes(model, {{" code='AB' ratio=' 1e1 '", "<Title>\u00E4\u00E4\u00E4\u00E4</Title>", "",
@@ -318,6 +328,64 @@ TEST(ElementInfoTest, MembersWithoutTag) {
     }
 }
 
+/// Members without a tag, five within one another, none of which is complete.
+template <const Model& (*inner)(), XmlElementGroupType group>
+const Model& NestModel() {
+    static const Model& model = Model::New("Nest", group, kTagless)
+                                    .template Cls<Typed<inner>>("Inner", group == kChoice ? kOpt : kMnd)
+                                    .Prim("End", group == kChoice ? kOpt : kMnd, ItemType_string);
+    return model;
+}
+const Model& InmostModel() {
+    static const Model& model = Model::New("Inmost", XmlElementGroupType_Sequence, kTagless)
+                                    .PrimCol<CstringCol>("A", 0, -1)
+                                    .Prim("B", kMnd, ItemType_string)
+                                    .Prim("C", kMnd, ItemType_string);
+    return model;
+}
+template <XmlElementGroupType g1, XmlElementGroupType g2>
+const Model& NestsModel() {
+    constexpr auto& first = NestModel<InmostModel, g1>;
+    constexpr auto& second = NestModel<first, g2>;
+    constexpr auto& third = NestModel<second, g1>;
+    return NestModel<third, g2>();
+}
+
+TEST(ElementInfoTest, MembersWithoutTagThatAreNotFoundCostLinearTime) {
+    constexpr auto kSequence = XmlElementGroupType_Sequence;
+    // What stands before what is missing: unknown elements, known ones, and both, with as many attributes.
+    const auto secondsFor = [](const Model& model, const char* run, int count) {
+        std::string attributes;
+        std::string content;
+        for (int i = 0; i < count; ++i) {
+            attributes += " a" + std::to_string(i) + "=''";
+            content += run;
+        }
+        const auto start = std::chrono::steady_clock::now();
+        Outcome(model, attributes, content, "ea");
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    const auto check = [&](const Model& model) {
+        for (const char* run : {"<X/>", "<A/>", "<A/><X/>", "<B/>", "<End/><X/>"}) {
+            const double few = secondsFor(model, run, 500);
+            EXPECT_LT(secondsFor(model, run, 2000), 8 * few + 0.25) << run;
+        }
+    };
+    check(Model::New("Deep").Cls<Typed<NestsModel<kSequence, kSequence>>>("Nests", kMnd));
+    check(Model::New("Deep").Cls<Typed<NestsModel<kChoice, kSequence>>>("Nests", kOpt));
+    check(Model::New("Deep").Cls<Typed<NestsModel<kAll, kSequence>>>("Nests", kMnd));
+    check(Model::New("Deep", kChoice).Cls<Typed<NestsModel<kAll, kChoice>>>("Nests", kOpt));
+    check(Model::New("Deep").ClsCol<Typed<NestsModel<kSequence, kAll>>>("Nests", 0, -1));
+    // Nothing is lost by it.
+    ExpectOutcomes(Model::New("Deep").Cls<Typed<NestsModel<kSequence, kSequence>>>("Nests", kMnd),
+                   {{"", "<X/><A/><X/><B/><C/><X/><End/><End/><X/><End/><End/>", "e",
+                     "><B/><C/><End/><End/><End/><End/>"}});
+    ExpectOutcomes(Model::New("Deep")
+                       .ClsCol<Typed<NestsModel<kChoice, kChoice>>>("Nests", 0, -1)
+                       .Prim("Z", kOpt, ItemType_string),
+                   {{"", "<End>1</End><X/><B>2</B><X/><C>3</C><X/><End>4</End>", "e", "><B>2</B><C>3</C>"}});
+}
+
 TEST(ElementInfoTest, MembersOfAnAllGroupThatNeedNotBeThere) {
     for (const bool isRequired : {false, true}) {
         const Model& model = Model::New("Some", kAll).Cls<Circle>("C", kMnd, isRequired);
@@ -352,8 +420,12 @@ TEST(ElementInfoTest, Wildcards) {
     ExpectOutcomes(Model::New("Wild").Prim("A", kMnd, ItemType_i4).Untpd("any", kMnd, "##other"),
                    {
                        {"", "<A>1</A><o:B xmlns:o='urn:o'/>", "", "><A>1</A><o:B xmlns:o=\"urn:o\"/>"},
-                       {"", "<A>1</A><B/>", "", "Failed to find the required child element [].\nPath: /Wild"},
+                       {"", "<A>1</A><B/>", "",
+                        "Failed to find the required element from namespace [##other].\nPath: /Wild"},
                    });
+    EXPECT_EQ(Outcome(Model::New("Wild", kAll).Untpd("any", kMnd, "##other"), "", ""),
+              "Failed to process the element.\nPath: /Wild\n"
+              "Failed to find the required element from namespace [##other].");
 }
 
 // --- listeners that change what is read --------------------------------------------------------------------

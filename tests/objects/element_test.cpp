@@ -64,7 +64,8 @@ const RoundTrip kRoundTrips[] = {
     {"two prefixes for a namespace", "<p:a xmlns:p=\"urn:1\" xmlns:q=\"urn:1\"><q:b>q:x</q:b></p:a>",
      "<p:a xmlns:p=\"urn:1\" xmlns:q=\"urn:1\"><p:b>q:x</p:b></p:a>"},
     {"namespaces that need escaping",
-     "<p:a xmlns:p=\"a&amp;b&quot;\"><c xmlns=\"&lt;\" p:x=\"\"><d/></c></p:a>", ""},
+     "<p:a xmlns:p=\"a&amp;b&quot;\"><c xmlns=\"&lt;\" p:x=\"\"><d/></c></p:a>",
+     "<p:a xmlns=\"&lt;\" xmlns:p=\"a&amp;b&quot;\"><c p:x=\"\"><d/></c></p:a>"},
     {"xml:lang", "<a xml:lang=\"de\" xml:base=\"b\"/>", ""},
     {"instance attributes",
      std::string("<a xmlns=\"urn:1\"") + kXsi +
@@ -127,9 +128,8 @@ TEST(ElementTest, ContextOfTheRoot) {
     context.GetAdditionalRootAttributes()->Add("y", "urn:z", "context");
     const char* xml = "<p:a xmlns:p='urn:1' xmlns:q='urn:2' x='own'><q:b/></p:a>";
     const std::string expected =
-        "<?x y?>\n\n<z:a xmlns:z=\"urn:1\" xmlns:q=\"urn:z\" q:y=\"context\" x=\"own\" xmlns:p=\"urn:1\" "
-        "\n<s/>\n"
-        "><AA:b xmlns:AA=\"urn:2\"/></z:a>";
+        "<?x y?>\n\n<z:a xmlns:z=\"urn:1\" xmlns:q=\"urn:z\" q:y=\"context\" x=\"own\" xmlns:p=\"urn:1\">"
+        "<s/><AA:b xmlns:AA=\"urn:2\"/></z:a>";
     EXPECT_EQ(WriteObject(xml, false, context), expected);
     EXPECT_EQ(WriteTree(xml, false, context), expected);
     CSerializationContext raw;
@@ -183,20 +183,34 @@ TEST(ElementTest, Restrictions) {
     auto& local = dynamic_cast<CElementCol&>(object->Collection("any"));
     local.Add("x", "", "")->SetNamespace("urn:elsewhere");
     EXPECT_EQ(ErrorOf([&] { object->ToXml(); }),
-              "Failed to convert the element [r] to XML\nInvalid Namespace [urn:elsewhere].");
+              "Failed to convert the element [r] to XML\nPath: /r/x\nInvalid Namespace [urn:elsewhere].");
+    // Where an element without a namespace of its own would be written counts too.
+    CElementCol other("", "urn:t", 0, -1, "##other", "urn:t");
+    EXPECT_EQ(ErrorOf<CKvInvalidStateException>([&] { other.Add("x", nullptr, ""); }),
+              "A Namespace has not been set for this Collection");
+    EXPECT_EQ(ErrorOf<CKvInvalidNamespaceException>([] { CAttributeCol(""); }),
+              "Namespace Restriction must have a value");
+    for (const char* restriction : {"##other", "##targetNamespace ##local"}) {
+        const char* const error = "Target Namespace must have a value";
+        EXPECT_EQ(ErrorOf<CKvInvalidNamespaceException>([&] { CAttributeCol(restriction, nullptr); }), error);
+        EXPECT_EQ(ErrorOf([&] { CElementCol("", "", 0, -1, restriction, nullptr); }), error);
+    }
+    const CSmartPtr<CAttribute> attribute(new CAttribute("n", "urn:t", ""));
+    EXPECT_EQ(ErrorOf<CKvInvalidNamespaceException>([&] { CAttributeCol("##local").Add(attribute); }),
+              "Invalid Attribute [n]. The attributes namespace is Inappropriate.");
 }
 
 // --- names and attributes ---------------------------------------------------------------------------------
 
 TEST(ElementTest, NamesThatXmlRefuses) {
-    for (const char* name : {"", "1", "-a", "a b", "a<", "a\xC3\x97", "\xCC\x80", "a\xFF", "a\x01"}) {
+    EXPECT_EQ(ErrorOf<CKvInvalidNamespaceException>([] { CElement element(""); }),
+              "Element Name must have a value");
+    for (const char* name : {"1", "-a", "a b", "a<", "a\xC3\x97", "\xCC\x80", "a\xFF", "a\x01"}) {
         SCOPED_TRACE(name);
         const std::string error = std::string("[") + name + "] is not a valid XML name.";
         EXPECT_EQ(ErrorOf([&] { CElement element(name); }), error);
-        if (*name != '\0') {
-            EXPECT_EQ(ErrorOf([&] { CAttribute attribute(name, "", ""); }), error);
-            EXPECT_EQ(ErrorOf([&] { CElement("a").SetPrefix(name); }), error);
-        }
+        EXPECT_EQ(ErrorOf([&] { CAttribute attribute(name, "", ""); }), error);
+        EXPECT_EQ(ErrorOf([&] { CElement("a").SetPrefix(name); }), error);
     }
     for (const char* name : {"a", "_", "a-.1", "\xC3\xA9t\xC3\xA9", "\xF0\x90\x80\x80"})
         EXPECT_EQ(ErrorOf([&] { CElement element(name); }), "(no error)");

@@ -262,6 +262,33 @@ TEST(PrimitiveCollections, StorageKeepsOrderWhateverIsDone) {
     EXPECT_EQ(c.Item(c.GetCount() - 1), model.front());
 }
 
+TEST(PrimitiveCollections, StandardContainerOperations) {
+    CbooleanCol flags("f", "", 0, -1);
+    EXPECT_EQ(ErrorOf([&] { flags.back(); }), "Index 0 is out of range, use 0 - -1");
+    flags.push_back(true);
+    flags.push_back(false);
+    EXPECT_EQ(flags.size(), 2U);
+    EXPECT_TRUE(flags.front() && flags[0] && !flags.back());
+    EXPECT_EQ(ErrorOf([&] { flags[2]; }), "Index 2 is out of range, use 0 - 1");
+    Ci4Col numbers("n", "", 0, -1, nullptr, -1, -1, nullptr, "500");
+    EXPECT_THROW(numbers.push_back(501), CKvInvalidValueException);
+    const std::vector<std::int32_t> some = {3, 1, 2};
+    std::copy(some.begin(), some.end(), std::back_inserter(numbers));
+    const Ci4Col& constant = numbers;
+    EXPECT_EQ(std::vector<std::int32_t>(constant.cbegin(), constant.cend()), some);
+    CdateCol dates("d", "", 0, -1);
+    EXPECT_NE(ErrorOf([&] { dates.push_back(CDateTime(CDateTime::dt_time)); }), "(no error)");
+
+    Ci4Col moved(std::move(numbers));
+    EXPECT_EQ(moved.size(), 3U);
+    EXPECT_TRUE(numbers.empty());
+    EXPECT_THROW(numbers.push_back(501), CKvInvalidValueException) << "the facets are in both";
+    numbers.push_back(7);
+    moved = std::move(numbers);
+    EXPECT_EQ(moved.size(), 1U);
+    EXPECT_EQ(moved.back(), 7);
+}
+
 TEST(PrimitiveCollections, Events) {
     Ci4Col c("n", "", 0, -1, nullptr, -1, -1, "0", "9");
     Listener listener;

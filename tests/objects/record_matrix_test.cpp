@@ -313,7 +313,9 @@ private:
     }
     std::string Write(const Class& object, const std::string& name) const {
         const auto fail = [&](const std::string& message) {
-            throw Failure{true, "Failed to convert the element [" + name + "] to XML\n" + message};
+            const std::string path = name == m_row.Root() ? "\nPath: /" + name : "";
+            throw Failure{true,
+                          "Failed to convert the element [" + name + "] to XML" + path + "\n" + message};
         };
         std::string xml;
         for (const Member& member : object.members) {
@@ -324,7 +326,7 @@ private:
             if (member.isBox && (member.isMandatory || member.isSet)) {
                 isThere = true;
                 try {
-                    text = Write(m_box, "");
+                    text = Write(m_box, "Box");
                 } catch (const Failure& inner) {
                     fail(inner.message);
                 }

@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "kvxml/kvxml.h"
@@ -158,6 +162,64 @@ TEST(XmlCollectionTest, Counts) {
         "error)");
 }
 
+TEST(XmlCollectionTest, StandardContainerOperations) {
+    CSmartPtr<Collection> c(new Collection(0, -1));
+    static_assert(std::is_same_v<Collection::value_type, Node*>);
+    EXPECT_TRUE(c->empty());
+    EXPECT_EQ(ErrorOf([&] { c->front(); }), "Index 0 is out of range, use 0 - -1");
+    EXPECT_EQ(ErrorOf([&] { c->back(); }), "Index 0 is out of range, use 0 - -1");
+    c->push_back(Named("a"));
+    const std::vector<CSmartPtr<Node>> more = {Named("b"), Named("c")};
+    std::copy(more.begin(), more.end(), std::back_inserter(*c));
+    EXPECT_EQ(c->size(), 3U);
+    EXPECT_EQ(NameOf(*c->front()) + NameOf(*c->back()) + NameOf(*(*c)[1]), "acb");
+    EXPECT_EQ(c[2], c->back()) << "of the collection that a smart pointer holds";
+    EXPECT_EQ(c->front()->Name(), "Item");
+    EXPECT_EQ(ErrorOf([&] { c[3]; }), "Index 3 is out of range, use 0 - 2");
+    EXPECT_EQ(ErrorOf([&] { c[std::size_t{1} << 32]; }), "Index 2147483647 is out of range, use 0 - 2");
+    EXPECT_EQ(std::distance(c->cbegin(), c->cend()), 3);
+
+    // The collections of untyped content check what they are given, however that is.
+    CElementCol own("", "", 0, -1, "##targetNamespace", "urn:t");
+    EXPECT_NE(ErrorOf([&] { own.push_back(new CElement("e", "urn:o")); }), "(no error)");
+    CAttributeCol attributes("##targetNamespace", "urn:t");
+    EXPECT_NE(ErrorOf([&] { attributes.push_back(new CAttribute("a", "urn:o", "")); }), "(no error)");
+}
+
+TEST(XmlCollectionTest, Moving) {
+    using Nodes = CXmlTypedCollection<Node>;
+    Listener listener;
+    Nodes source("Item", "urn:i", 0, -1);
+    const auto item = Named("a");
+    source.Add(item);
+    source.AddEventListener(&listener);
+    Nodes moved(std::move(source));
+    EXPECT_EQ(moved.front(), item.Get());
+    EXPECT_EQ(item->AddRef(), 3) << "not shared, but taken";
+    item->Release();
+    EXPECT_TRUE(source.empty());
+    EXPECT_EQ(listener.events, "");
+    moved.Add(Named("b"));
+    EXPECT_EQ(listener.events, "1b:1 2b:2 0:2");
+    listener.events.clear();
+    source.Add(Named("c"));
+    EXPECT_EQ(listener.events, "");
+    EXPECT_EQ(source.front()->Name(), "Item");
+
+    moved = std::move(source);
+    EXPECT_EQ(moved.size(), 1U);
+    EXPECT_EQ(NameOf(*moved.front()), "c");
+    EXPECT_EQ(item->AddRef(), 2) << "what was there is let go";
+    item->Release();
+    Nodes& self = moved;
+    moved = std::move(self);
+    EXPECT_EQ(moved.size(), 1U);
+    // References stay with the object that they are to.
+    const CSmartPtr<Nodes> shared(new Nodes("Item", "urn:i", 0, -1));
+    const Nodes unshared(std::move(*shared));
+    EXPECT_EQ(unshared.AddRef(), 1);
+}
+
 TEST(XmlCollectionTest, ItemsAreSharedAndNamed) {
     Collection c(0, -1);
     const auto item = Named("a");
@@ -307,6 +369,36 @@ TEST(XmlCollectionTest, ListenersThatChangeTheCollection) {
     EXPECT_EQ(leaving.events, "1z:3");
 }
 
+TEST(XmlCollectionTest, ListenersThatRemoveListeners) {
+    struct Case {
+        const char* removed;  // by the first, at the add event: some of the three
+        const char* told;     // the add event to
+    };
+    for (const Case& c : {Case{"1", "123"}, Case{"2", "13"}, Case{"12", "13"}, Case{"123", "1"}}) {
+        SCOPED_TRACE(c.removed);
+        Collection collection(0, -1);
+        Listener listeners[3];
+        for (Listener& listener : listeners)
+            collection.AddEventListener(&listener);
+        Listener late;
+        listeners[0].action = [&](IEventSink::MsgType type) {
+            if (type != IEventSink::MsgType_Add) return;
+            for (const char* one = c.removed; *one != '\0'; ++one)
+                collection.RemoveEventListener(&listeners[*one - '1']);
+            collection.AddEventListener(&late);
+        };
+        collection.Add(Named("x"));
+        std::string told;
+        for (int i = 0; i < 3; ++i)
+            if (listeners[i].events.find("1x:0") == 0) told += static_cast<char>('1' + i);
+        EXPECT_EQ(told, c.told);
+        EXPECT_EQ(late.events, "1x:0 2x:1 0:1");
+        // Whoever was removed is told nothing more.
+        EXPECT_EQ(listeners[1].events == "1x:0 2x:1 0:1",
+                  std::string(c.removed).find('2') == std::string::npos);
+    }
+}
+
 TEST(XmlCollectionTest, ManyItems) {
     constexpr int kCount = 100000;
     Collection c(0, -1);
@@ -334,6 +426,16 @@ TEST(XmlCollectionTest, ReadsAndWritesTheRunOfItsItems) {
     Collection c(0, -1);
     c.FromXmlElement(document.GetDocumentElement());
     EXPECT_EQ(c.Text(), "12");
+    c.FromXmlElement(document.GetDocumentElement());  // what is there stays
+    EXPECT_EQ(c.Text(), "1212");
+    const auto inNoNamespace = []() -> CSmartPtr<CXmlCollectionBase> {
+        return new fixture::TypedList<Node>("Item", "", 0, -1);
+    };
+    const CSmartPtr<fixture::Object> holder(
+        new fixture::Object(fixture::Model::New("Holder").AnyCol("Item", inNoNamespace)));
+    holder->Add("Item").Set("name", "1");
+    EXPECT_EQ(holder->ToXml(false, false),
+              "<AA:Holder xmlns:AA=\"urn:fixture\"><Item name=\"1\"/></AA:Holder>");
     CAttributeCol attributes("##other", "urn:t");
     EXPECT_EQ(ErrorOf([&] { attributes.Add("n", "urn:t", "v"); }), "Invalid Namespace [urn:t].");
     EXPECT_EQ(ErrorOf([&] { attributes.Add("", "urn:x", "v"); }), "Attribute Name must have a value");

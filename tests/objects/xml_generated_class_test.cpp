@@ -101,7 +101,7 @@ TEST(XmlGeneratedClassTest, NilOfClasses) {
     };
     const Case cases[] = {
         {"xsi:nil='TRUE'", "", "Note(nil){}"},
-        {"xsi:nil='1'", "", "Note(nil){}"},
+        {"xsi:nil=' 1 '", "", "Note(nil){}"},
         {"xsi:nil='true' id='7'", "<Other/>", "Note(nil){id=string:7}"},  // content is passed over
         {"xsi:nil='true' x=''", "", "Unexpected Attribute found.\nPath: /Note/@x"},
         {"xsi:nil='False'", "<Text>t</Text>", "Note{Text=string:t}"},
@@ -164,6 +164,46 @@ TEST(XmlGeneratedClassTest, ReadingReplacesTheContent) {
     EXPECT_FALSE(nil->IsNil());
 }
 
+/// Counts the calls of Init, beside the one that the constructor makes.
+template <bool newIsAsInit>
+class Counting final : public Object {
+public:
+    static const Model& TheModel() {
+        static const Model& model = Model::New("Counting").Prim("P", kOpt, ItemType_string);
+        return model;
+    }
+    Counting() : Object(TheModel()) {
+        if (newIsAsInit) GetClassInfo()->DeclareNewIsAsInit();
+    }
+    static inline int inits = 0;
+
+protected:
+    void Init() override {
+        ++inits;
+        Object::Init();
+    }
+};
+
+TEST(XmlGeneratedClassTest, InitRunsUnlessNewObjectsAreAsItLeavesThem) {
+    const auto initsOf = [](const Model& model, const int& inits, const char* content) {
+        const int before = inits;
+        EXPECT_EQ(Outcome(model, "", content), std::string(">") + content);
+        return inits - before;
+    };
+    using Plain = Counting<false>;
+    using Declared = Counting<true>;
+    const char* const two = "<I><P>1</P></I><I><P>2</P></I>";
+    const char* const one = "<I><P>1</P></I>";
+    EXPECT_EQ(initsOf(Model::New("Box").ClsCol<Plain>("I", 0, -1), Plain::inits, two), 2);
+    EXPECT_EQ(initsOf(Model::New("Box").Cls<Plain>("I", kOpt), Plain::inits, one), 1);
+    EXPECT_EQ(initsOf(Model::New("Box").ClsCol<Declared>("I", 0, -1), Declared::inits, two), 0);
+    EXPECT_EQ(initsOf(Model::New("Box").Cls<Declared>("I", kOpt), Declared::inits, one), 0);
+    const CSmartPtr<Declared> used(new Declared());  // by whomever: what is read now may not be the first
+    used->FromXml("<Counting xmlns='urn:fixture'><P>1</P></Counting>");
+    used->FromXml("<Counting xmlns='urn:fixture'/>");
+    EXPECT_EQ(used->Dump(), "Counting{}");
+}
+
 // --- writing -----------------------------------------------------------------------------------------------
 
 TEST(XmlGeneratedClassTest, FailuresOfWriting) {
@@ -173,41 +213,112 @@ TEST(XmlGeneratedClassTest, FailuresOfWriting) {
                              .Cls<Measure>("Length", kMnd)
                              .ClsCol<Measure>("Point", 1, 2);
     struct Case {
-        const char* what;
         std::function<void(Object&)> spoil;
+        std::string path;
         std::string message;
     };
     const std::string attributes = "Failed to convert attributes to XML\n";
     const std::string minimum = "The Minimum number of [Point] elements allowed in this collection is 1";
     const Case cases[] = {
-        {"nothing", [](Object&) {}, ""},
-        {"required attribute", [](Object& o) { o["id"].Clear(); },
+        {[](Object&) {}, "", ""},
+        {[](Object& o) { o["id"].Clear(); }, "/Box",
          attributes + "The Property [id] is mandatory, it may not be NULL"},
-        {"required enumeration", [](Object& o) { o["level"].Clear(); },
+        {[](Object& o) { o["level"].Clear(); }, "/Box",
          attributes + "The Property [level] is mandatory, it may not be NULL"},
-        {"mandatory object", [](Object& o) { o["Length"].Clear(); },
+        {[](Object& o) { o.Set("level", "-1"); }, "/Box/@level", attributes + "No such color [-1]"},
+        {[](Object& o) { o["Length"].Clear(); }, "/Box",
          "The Property [Length] is mandatory, it may not be NULL"},
-        {"child of child", [](Object& o) { o.At("Point", 0)["text"].Clear(); },
+        {[](Object& o) { o.Add("Point")["text"].Clear(); }, "/Box/Point[2]",
          "Failed to convert the element [Point] to XML\nInvalid Type 0 to convert to string"},
-        {"items never asked for", [](Object& o) { o["Point"].Clear(); }, minimum},
-        {"few items", [](Object& o) { o.Collection("Point").Clear(); }, minimum},
-        {"many items", [](Object& o) { o.Add("Point"), o.Add("Point"); },
+        {[](Object& o) { o["Point"].Clear(); }, "/Box", minimum},
+        {[](Object& o) { o.Collection("Point").Clear(); }, "/Box", minimum},
+        {[](Object& o) { o.Add("Point"), o.Add("Point"); }, "/Box",
          "The Maximum number of [Point] elements allowed in this collection is 2"},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
+        SCOPED_TRACE(c.message);
         const CSmartPtr<Object> object(new Object(model));
         object->Set("id", "1").Set("level", "0").At("Length").Set("text", "1");
         object->Add("Point").Set("text", "1");
         c.spoil(*object);
         EXPECT_EQ(ErrorOf<CKvValidationException>([&] { object->ToXml(); }),
-                  c.message.empty() ? kNoError : "Failed to convert the element [Box] to XML\n" + c.message);
+                  c.message.empty()
+                      ? kNoError
+                      : "Failed to convert the element [Box] to XML\nPath: " + c.path + "\n" + c.message);
     }
     const CSmartPtr<Object> odd(new Object(Model::New("Odd", static_cast<XmlElementGroupType>(7))));
     EXPECT_EQ(ErrorOf([&] { odd->ToXml(); }),
-              "Failed to convert the element [Odd] to XML\nUnknown XML Group Type");
+              "Failed to convert the element [Odd] to XML\nPath: /Odd\nUnknown XML Group Type");
     EXPECT_EQ(ErrorOf([&] { odd->FromXml("<Odd xmlns='urn:fixture'/>"); }),
               "Failed to process the element.\nPath: /Odd\nUnknown Group Type");
+}
+
+const Model& PartModel() {
+    static const Model& model = Model::New("Part", XmlElementGroupType_Choice, XmlElementType_PseudoElement)
+                                    .Enum("Price", kOpt)
+                                    .Prim("Title", kOpt, ItemType_string)
+                                    .EnumCol("Color", 0, -1);
+    return model;
+}
+const Model& BookModel() {
+    static const Model& model = Model::New("Book")
+                                    .EnumAttribute("level")
+                                    .Enum("Price", kOpt)
+                                    .ClsCol<Typed<PartModel>>("Part", 0, -1)
+                                    .UntpdCol("any", 0, -1, "##other");
+    return model;
+}
+using Book = Typed<BookModel>;
+
+TEST(XmlGeneratedClassTest, PathsOfFailuresOfWriting) {
+    struct Case {
+        const char* path;
+        std::function<void(Object&)> spoil;  // the second of three books
+    };
+    const char* const kBad = "-1";  // no color
+    const Case cases[] = {
+        {"/Library/Book[2]/Price", [&](Object& o) { o.Set("Price", kBad); }},
+        {"/Library/Book[2]/@level", [&](Object& o) { o.Set("level", kBad); }},
+        // The parts have no tag, so what is in them are children of the book.
+        {"/Library/Book[2]/Price[3]",
+         [&](Object& o) {
+             o.Set("Price", "0").Add("Part").Set("Price", "1");
+             o.Add("Part").Set("Title", "t");
+             o.Add("Part").Set("Price", kBad);
+         }},
+        {"/Library/Book[2]/Color[3]",
+         [&](Object& o) {
+             o.Add("Part").AddValues("Color", {"red"});
+             Object& part = o.Add("Part").AddValues("Color", {"red"});
+             dynamic_cast<CXmlEnumCollection&>(part.Collection("Color")).Add(-1);
+         }},
+        {"/Library/Book[2]/u[1]/v/w[2]",
+         [](Object& o) {
+             auto& any = dynamic_cast<CElementCol&>(o.Collection("any"));
+             const CSmartPtr<CElement> v = any.Add("u", "urn:u", "")->AddElement("v");
+             any.Add("u", "urn:u", "");
+             v->AddElement("w");
+             v->AddElement("w")->SetAttribute("xmlns", "", "");
+         }},
+    };
+    const Model& model = Model::New("Library").ClsCol<Book>("Book", 0, -1);
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.path);
+        const CSmartPtr<Object> library(new Object(model));
+        library->Add("Book");
+        c.spoil(library->Add("Book"));
+        library->Add("Book");
+        const std::function<void()> ways[] = {[&] { library->ToXml(); }, [&] { library->ToJson(); },
+                                              [&] { library->ToFastInfosetStream(); }};
+        for (const auto& write : ways) {
+            try {
+                write();
+                ADD_FAILURE() << "nothing was thrown";
+            } catch (const CKvValidationException& e) {
+                EXPECT_EQ(e.GetPath(), c.path) << e.GetFullMessage();
+            }
+        }
+    }
 }
 
 TEST(XmlGeneratedClassTest, SettingsOfTheRootElement) {
@@ -242,8 +353,26 @@ TEST(XmlGeneratedClassTest, SettingsOfTheRootElement) {
              "\" xsi:schemaLocation=\"urn:fixture f.xsd\" plain=\"a&amp;b\" xmlns:AB=\"urn:own\" "
              "AB:own=\"1\" "
              "name=\"n\">"},
+        {"additional attributes that the class has",
+         [](auto& c) {
+             c.GetAdditionalRootAttributes()->Add("name", "", "other");
+             c.GetAdditionalRootAttributes()->Add("name", "urn:own", "1");
+         },
+         "<AA:Node xmlns:AA=\"urn:fixture\" xmlns:AB=\"urn:own\" AB:name=\"1\" name=\"n\">"},
+        {"namespaces with markup",
+         [](auto& c) {
+             c.GetNamespaceAliases().Add("f", "urn:fixture");
+             c.GetNamespaceAliases().Add("b", "b?<&\"");
+             c.SetDefaultNamespaceURI("d?&");
+         },
+         "<f:Node xmlns=\"d?&amp;\" xmlns:b=\"b?&lt;&amp;&quot;\" xmlns:f=\"urn:fixture\" name=\"n\">"},
+        {"a namespace whose alias was asked for",
+         [](auto& c) { c.GetNamespaceAliases().GetAliasFromNamespace("urn:asked"); },
+         "<AB:Node xmlns:AB=\"urn:fixture\" xmlns:AA=\"urn:asked\" name=\"n\">"},
         {"in-line schema", [](auto& c) { c.SetInLineSchema("raw='text'"); },
          "<AA:Node xmlns:AA=\"urn:fixture\" name=\"n\" \nraw='text'\n>"},
+        {"in-line schema that is an element", [](auto& c) { c.SetInLineSchema("\n<s:schema xmlns:s='s'/>"); },
+         "<AA:Node xmlns:AA=\"urn:fixture\" name=\"n\">\n<s:schema xmlns:s='s'/>"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -301,10 +430,10 @@ TEST(XmlGeneratedClassTest, Depth) {
     node->FromXml(nested(1001).c_str(), context);
     EXPECT_EQ(node->ToXml(false, false, EOLType_LF, context), nested(1001));
     context.SetMaxElementDepth(2);
-    EXPECT_EQ(
-        ErrorOf([&] { node->ToXml(false, false, EOLType_LF, context); }),
-        "Failed to convert the element [Node] to XML\nFailed to convert the element [Next] to XML\n"
-        "Failed to convert the element [Next] to XML\nThe elements are nested deeper than the limit of 2.");
+    EXPECT_EQ(ErrorOf([&] { node->ToXml(false, false, EOLType_LF, context); }),
+              "Failed to convert the element [Node] to XML\nPath: /Node/Next/Next\n"
+              "Failed to convert the element [Next] to XML\nFailed to convert the element [Next] to XML\nThe "
+              "elements are nested deeper than the limit of 2.");
     // An object inside itself never ends.
     node->FromXml(nested(1).c_str());
     node->Hold("Next", node.Get());
@@ -362,7 +491,9 @@ TEST(ClassfactoryBaseTest, TypeOfAnElement) {
     const Case cases[] = {
         {"", "", ""},
         {"type='p:T'", "", ""},
-        {"xsi:type='T'", "T", ""},
+        {"xsi:type='T'", "T", "urn:d"},
+        {"xsi:type='&#xA; p:T&#x9; '", "T", "urn:p"},
+        {"xsi:type=' '", "", ""},
         {"xsi:type='p:T'", "T", "urn:p"},
         {"xsi:type='q:T'", "T", ""},
         {"xsi:type='p:T:U'", "T:U", "urn:p"},

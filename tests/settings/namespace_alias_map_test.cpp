@@ -56,5 +56,19 @@ TEST(NamespaceAliasMap, AliasesAreFoundExactlyAndInUriOrder) {
     EXPECT_THROW(map.GetNamespaceFromAlias(nullptr), CKvException);
 }
 
+TEST(NamespaceAliasMap, XmlIsKnownWithoutAnEntry) {
+    const char* const uri = "http://www.w3.org/XML/1998/namespace";
+    CNamespaceAliasMap map;
+    EXPECT_TRUE(map.DoesAliasExist("xml"));
+    EXPECT_TRUE(map.DoesNamespaceExist(uri));
+    map.Add("x", uri);
+    map.Add("xml", "urn:x");
+    EXPECT_EQ(map.GetAliasFromNamespace(uri), "xml");
+    EXPECT_EQ(map.GetNamespaceFromAlias("xml"), uri);
+    map.Clear();
+    EXPECT_EQ(map.GetAliasFromNamespace(uri), "xml");
+    EXPECT_EQ(map.GetNamespaceCount(), 0);
+}
+
 }  // namespace
 }  // namespace KvXmlLib16

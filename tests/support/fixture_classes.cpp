@@ -37,7 +37,8 @@ Property::Property(Class& owner) {
 
 const char* ColorToString(int value) {
     constexpr const char* kNames[] = {"red", "green", "blue"};
-    return value >= 0 && value < 3 ? kNames[value] : nullptr;
+    if (value < 0) throw CKvInvalidValueException(FormatString("No such color [%d]", value));
+    return value < 3 ? kNames[value] : nullptr;
 }
 
 int ColorFromString(const char* text) {

@@ -118,6 +118,7 @@ public:
 };
 
 enum Color { Color_red, Color_green, Color_blue };
+/// Throws for negative numbers; null for others that are no color.
 const char* ColorToString(int value);
 int ColorFromString(const char* text);
 

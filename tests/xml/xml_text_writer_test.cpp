@@ -266,7 +266,7 @@ TEST(XmlTextWriter, ManyInventedPrefixes) {
     const std::string text = out.End().Finish();
     // Beyond all pairs of characters there still is a prefix for everyone.
     for (const auto& [n, prefix] :
-         {std::pair(25, "AZ"), {26, "BA"}, {675, "ZZ"}, {676, "[A"}, {1599, "N1599"}}) {
+         {std::pair(25, "AZ"), {26, "BA"}, {675, "ZZ"}, {676, "_A"}, {702, "aA"}, {1599, "N1599"}}) {
         const std::string name = prefix;
         EXPECT_NE(text.find(" xmlns:" + name + "=\"urn:" + std::to_string(n) + "\" " + name + ":a=\"\""),
                   text.npos)
@@ -296,9 +296,15 @@ TEST(XmlTextWriter, PrefixesThatCanNotBeDeclared) {
     out.writer.AddNamespaceAlias("p", "urn:2");
     out.writer.AddNamespaceAlias("xml", "urn:3");
     out.writer.AddNamespaceAlias("xmlns", "urn:4");
-    out.Start("r").Start("a", "urn:empty").End().Start("b", "urn:2").End().Start("c", "urn:1").End(2);
+    out.writer.AddNamespaceAlias("x", kXml);
+    out.writer.SetDefaultNamespace(kXml);
+    out.Start("r").Attribute("lang", kXml, "en");
+    out.writer.AddNamespaceAlias("", kXml);
+    out.Start("a", "urn:empty").End().Start("b", "urn:2").End();
+    out.Start("c", "urn:1").Attribute("lang", kXml, "").End(2);
     EXPECT_EQ(out.Finish(),
-              "<r xmlns:p=\"urn:1\"><AA:a xmlns:AA=\"urn:empty\"/><AA:b xmlns:AA=\"urn:2\"/><p:c/></r>");
+              "<r xmlns:p=\"urn:1\" xmlns:AA=\"urn:empty\" xml:lang=\"en\"><AA:a/><AB:b xmlns:AB=\"urn:2\"/>"
+              "<p:c xml:lang=\"\"/></r>");
 }
 
 TEST(XmlTextWriter, TypeAndNil) {

@@ -22,7 +22,7 @@ constexpr std::string_view kDeclarations[] = {
     "<?xml version='1.1' encoding='finf' standalone='yes'?>",
 };
 
-constexpr std::uint64_t kMaxAttributes = 1U << 28;
+constexpr std::uint64_t kMaxAttributes = (1U << 28) - 1;
 
 std::size_t DeclarationLength(std::string_view text) noexcept {
     for (const std::string_view declaration : kDeclarations) {
@@ -317,7 +317,7 @@ CReaderName CFastInfosetReader::MakeName(std::uint32_t prefix, std::uint32_t nam
                                          std::string_view local) {
     const std::string_view prefixText = m_tables.prefixes.GetText(prefix);
     const std::string_view uri = m_tables.namespaces.GetText(namespaceUri);
-    Grow(prefixText.size() + uri.size() + local.size());
+    Grow(prefixText.size() + local.size());
     if (m_options.namespaces) return {m_tree.Names().Intern(uri, local), prefix, namespaceUri};
     m_qualified.assign(prefixText);
     if (prefix != 0) m_qualified += ':';

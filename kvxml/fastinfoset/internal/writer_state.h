@@ -174,6 +174,7 @@ struct CFastInfosetWriter::State {
     std::uint64_t element = 0;
     bool hasAttributes = false;
     internal::COctetBuffer declarations;
+    bool isRaw = false;       // elements without prefix are in whatever is the default namespace
     bool isPending = false;   // the name, and with it all attributes, waits for declarations
     std::string pendingName;  // in no namespace, perhaps with a prefix
     std::vector<DeferredAttribute> deferred;

@@ -21,24 +21,20 @@ namespace {
         element.GetXPath());
 }
 
+/// Says where the schema is, which may stand on any element.
+bool IsSchemaLocation(const CXmlAttribute& attribute) {
+    return attribute.IsNamespaceAttribute() && attribute.GetLocalName() != "type";
+}
+
 bool JudgeAttributes(const CSerializationContext& context, const CXmlElement& element, bool nillable) {
     bool nil = false;
     for (const auto* attribute : element.GetAttributes()) {
         if (attribute->IsNilAttribute()) {
-            const std::string& value = attribute->GetValue();
-            if (EqualsIgnoreAsciiCase(value, "false")) {
-                nil = false;
-            } else if (!nillable) {
-                throw CKvValidationException("Invalid use of 'nil' attribute in non-nillable element.",
-                                             element.GetXPath());
-            } else if (EqualsIgnoreAsciiCase(value, "true")) {
-                nil = true;
-            } else {
-                throw CKvValidationException(
-                    FormatString("Unexpected Value [%s] for 'nil' Attribute found.", value.c_str()),
-                    attribute->GetXPath());
-            }
-        } else if (!context.GetIgnoreUnknownAttributes()) {
+            const std::optional<bool> value = ToNil(attribute->GetValueView());
+            if (!nillable && value != false) ThrowNilNotAllowed(element);
+            if (!value.has_value()) ThrowUnexpectedNil(*attribute);
+            nil = *value;
+        } else if (!context.GetIgnoreUnknownAttributes() && !IsSchemaLocation(*attribute)) {
             throw CKvValidationException("Unexpected Attribute found.", attribute->GetXPath());
         }
     }
@@ -53,10 +49,25 @@ bool JudgeAnyElement(const CSerializationContext& context, const CXmlElement& el
     return !element.GetAttributes().empty() && JudgeAttributes(context, element, nillable);
 }
 
-void ThrowSetFailed(std::string_view name, const CXmlElement& element, const CKvException& inner) {
+std::optional<bool> ToNil(std::string_view text) noexcept {
+    constexpr std::string_view kBlanks = " \t\n\r";
+    const std::size_t first = text.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos) return std::nullopt;
+    text = text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+    if (EqualsIgnoreAsciiCase(text, "true") || text == "1") return true;
+    if (EqualsIgnoreAsciiCase(text, "false") || text == "0") return false;
+    return std::nullopt;
+}
+
+void ThrowNilNotAllowed(const CXmlElement& element) {
+    throw CKvValidationException("Invalid use of 'nil' attribute in non-nillable element.",
+                                 element.GetXPath());
+}
+
+void ThrowUnexpectedNil(const CXmlAttribute& attribute) {
     throw CKvValidationException(
-        FormatString("Failed to set the property value [%s].", std::string(name).c_str()), element.GetXPath(),
-        inner);
+        FormatString("Unexpected Value [%s] for 'nil' Attribute found.", attribute.GetValue().c_str()),
+        attribute.GetXPath());
 }
 
 }  // namespace KvXmlLib16::internal

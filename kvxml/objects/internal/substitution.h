@@ -17,6 +17,10 @@ public:
     /// element has the member's name. One of another name counts as a substitute only when the factory has
     /// gone by the name, not when it knows but its xsi:type.
     static CSmartPtr<CXmlObjectBase> Make(SubstitutionFactory factory, CXmlElement& element, bool isNamed);
+    /// An empty object of the class of `object`, which is or could be in the member: what the factory makes
+    /// for an element such as the object is written as. Null when it makes none of that class.
+    static CSmartPtr<CXmlObjectBase> MakeLike(SubstitutionFactory factory, const CXmlObjectBase& object,
+                                              std::string_view memberName, std::string_view memberNamespace);
     /// Throws for an element of the member's name for which nothing was made.
     [[noreturn]] static void ThrowNone(std::string_view memberName, const CXmlElement& element);
     /// Writes an object in the member's namespace, or when it goes by another name, in its own.

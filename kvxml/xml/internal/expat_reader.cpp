@@ -7,9 +7,11 @@
 #include <expat.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <string_view>
+#include <utility>
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/c_text.h"
@@ -43,6 +45,45 @@ bool RefersToEntity(std::string_view text) {
     return false;
 }
 
+// In a tag expat writes the namespace in front of the name of each attribute that is in one. Those of longer
+// namespaces are counted as what the document gains, and the memory that they take at once is bounded.
+constexpr std::size_t kLongNamespace = 256;
+constexpr std::uint64_t kMemoryPerExpansion = 8;
+constexpr const char* kTooLongNames =
+    "namespaces of attributes add more to the document than the limit of %llu bytes";
+
+/// What the parser that runs in this thread may still allocate; null when none does.
+thread_local constinit std::uint64_t* t_memoryLeft = nullptr;
+
+bool TakeMemory(std::size_t size) noexcept {
+    if (t_memoryLeft == nullptr) return true;
+    const bool isLeft = size <= *t_memoryLeft;
+    *t_memoryLeft = isLeft ? *t_memoryLeft - size : 0;
+    return isLeft;
+}
+
+void* Allocate(std::size_t size) {
+    return TakeMemory(size) ? std::malloc(size) : nullptr;
+}
+
+void* Reallocate(void* memory, std::size_t size) {
+    return TakeMemory(size) ? std::realloc(memory, size) : nullptr;
+}
+
+constexpr XML_Memory_Handling_Suite kParserMemory{&Allocate, &Reallocate, &std::free};
+
+/// Counts what the parser allocates while it runs; with null, does not, though a parser around it may run.
+class CMemoryCount {
+public:
+    explicit CMemoryCount(std::uint64_t* left) noexcept : m_outer(std::exchange(t_memoryLeft, left)) {}
+    CMemoryCount(const CMemoryCount&) = delete;
+    CMemoryCount& operator=(const CMemoryCount&) = delete;
+    ~CMemoryCount() { t_memoryLeft = m_outer; }
+
+private:
+    std::uint64_t* const m_outer;
+};
+
 /// What the parser's conversion of a multi-byte encoding needs.
 struct Decoder {
     std::string encoding;
@@ -66,7 +107,8 @@ struct CExpatReader::Handlers {
         }
     }
 
-    /// For documents whose type declares default attributes, or entities that hold elements.
+    /// For documents whose type declares default attributes, or entities that hold elements, and for those
+    /// with long namespaces.
     static void XMLCALL OnStartCountedElement(void* user, const XML_Char* name, const XML_Char** attributes) {
         CExpatReader& reader = Reader(user);
         try {
@@ -108,10 +150,13 @@ struct CExpatReader::Handlers {
     static void XMLCALL OnEndCData(void* user) { AppendText(Reader(user), "]]>", 3); }
 
     static void XMLCALL OnStartNamespace(void* user, const XML_Char* prefix, const XML_Char* uri) {
+        CExpatReader& reader = Reader(user);
         try {
-            Reader(user).m_builder->DeclarePrefix(OrEmpty(prefix), OrEmpty(uri));
+            const std::string_view uriText = OrEmpty(uri);
+            if (uriText.size() > kLongNamespace) BeginCounting(reader);
+            reader.m_builder->DeclarePrefix(OrEmpty(prefix), uriText);
         } catch (...) {
-            Reader(user).Stop();
+            reader.Stop();
         }
     }
 
@@ -250,7 +295,9 @@ struct CExpatReader::EventHandlers {
     }
     static void XMLCALL OnNamespace(void* user, const XML_Char* prefix, const XML_Char* uri) {
         Pass(user, [&](CExpatReader& reader) {
-            if (reader.m_isCounting) reader.CountExpansion(std::strlen(OrEmpty(uri)));
+            const std::size_t uriLength = std::strlen(OrEmpty(uri));
+            if (uriLength > kLongNamespace) reader.m_isCounting = true;
+            if (reader.m_isCounting) reader.CountExpansion(uriLength);
             reader.m_events->OnDeclarePrefix(OrEmpty(prefix), OrEmpty(uri));
         });
     }
@@ -262,9 +309,10 @@ void CExpatReader::Release::operator()(XML_ParserStruct* parser) const noexcept 
 
 CExpatReader::CExpatReader(CXmlTreeBuilder& builder, const CExpatOptions& options)
     : m_builder(&builder), m_maxExpansion(OrUnlimited(options.maxExpansion)) {
-    constexpr char kSeparator[] = {CXmlNameTable::kSeparator, '\0'};
+    constexpr XML_Char kSeparator[] = {CXmlNameTable::kSeparator, '\0'};
     Begin(options.namespaces ? kSeparator : nullptr, options);
     XML_Parser parser = m_parser.get();
+    m_builder->TrustPlacesOfNames();
     XML_SetElementHandler(parser, &Handlers::OnStartElement, &Handlers::OnEndElement);
     XML_SetStartNamespaceDeclHandler(parser, &Handlers::OnStartNamespace);
     XML_SetCharacterDataHandler(parser, &Handlers::OnText);
@@ -289,8 +337,9 @@ CExpatReader::CExpatReader(IXmlEvents& events, const CExpatOptions& options)
 /// What both kinds share.
 void CExpatReader::Begin(const char* separator, const CExpatOptions& options) {
     const char* const encoding = options.isUtf8 ? "UTF-8" : nullptr;
-    m_parser.reset(separator != nullptr ? XML_ParserCreateNS(encoding, *separator)
-                                        : XML_ParserCreate(encoding));
+    const CMemoryCount uncounted(nullptr);
+    AllowMemory();
+    m_parser.reset(XML_ParserCreate_MM(encoding, &kParserMemory, separator));
     XML_Parser parser = m_parser.get();
     if (parser == nullptr) throw std::bad_alloc();
     XML_SetUserData(parser, this);
@@ -329,16 +378,34 @@ void CExpatReader::CountElement(const char** attributes) {
     for (; *added != nullptr; added += 2)
         length += sizeof(CXmlAttribute) + std::strlen(added[1]);
     if (length > 0) CountExpansion(length);
+    for (; *attributes != nullptr; attributes += 2) {
+        const std::size_t nameLength = std::strlen(*attributes);
+        if (nameLength > kLongNamespace) Count(m_nameExpansion, nameLength, kTooLongNames);
+    }
 }
 
 void CExpatReader::CountExpansion(std::size_t length) {
-    m_expansion += length;
-    if (m_expansion <= m_maxExpansion) return;
+    Count(m_expansion, length,
+          "entities and default attributes add more to the document than the limit of %llu bytes");
+}
+
+void CExpatReader::Count(std::uint64_t& counted, std::size_t length, const char* message) const {
+    counted += length;
+    if (counted <= m_maxExpansion) return;
     const auto read = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(m_parser.get()));
-    if (m_expansion / kMaxExpansionRatio <= read) return;
-    throw CTreeLimitPassed{
-        "entities and default attributes add more to the document than the limit of %llu bytes",
-        m_maxExpansion};
+    if (counted / kMaxExpansionRatio > read) throw CTreeLimitPassed{message, m_maxExpansion};
+}
+
+/// Runs the parser over a piece of the text.
+template <class Action>
+void CExpatReader::Run(std::size_t length, Action parse) {
+    m_memoryLeft += std::min(UINT64_MAX - m_memoryLeft, length * kMaxExpansionRatio);
+    int status;
+    {
+        const CMemoryCount count(&m_memoryLeft);
+        status = parse();
+    }
+    Check(status);
 }
 
 std::size_t CExpatReader::WholeLimit() noexcept {
@@ -353,25 +420,35 @@ void CExpatReader::ParseWhole(const char* text, std::size_t length) {
     if (length > WholeLimit()) {
         const std::size_t piece = std::min(kPiece, WholeLimit());
         for (; length > piece; length -= piece, text += piece)
-            Check(XML_Parse(m_parser.get(), text, static_cast<int>(piece), XML_FALSE));
+            Run(piece, [&] { return XML_Parse(m_parser.get(), text, static_cast<int>(piece), XML_FALSE); });
     }
-    Check(XML_Parse(m_parser.get(), text, static_cast<int>(length), XML_TRUE));
+    Run(length, [&] { return XML_Parse(m_parser.get(), text, static_cast<int>(length), XML_TRUE); });
 }
 
 void* CExpatReader::GetBuffer(std::size_t length) {
+    const CMemoryCount uncounted(nullptr);
     void* const buffer = XML_GetBuffer(m_parser.get(), static_cast<int>(length));
     if (buffer == nullptr) Check(XML_STATUS_ERROR);
     return buffer;
 }
 
 bool CExpatReader::ParseBuffer(std::size_t length, bool isLast) {
-    Check(XML_ParseBuffer(m_parser.get(), static_cast<int>(length), isLast ? XML_TRUE : XML_FALSE));
+    Run(length, [&] {
+        return XML_ParseBuffer(m_parser.get(), static_cast<int>(length), isLast ? XML_TRUE : XML_FALSE);
+    });
     const std::int64_t before = m_position;
     m_position = XML_GetCurrentByteIndex(m_parser.get());
     return m_position != before;
 }
 
+void CExpatReader::AllowMemory() noexcept {
+    m_memoryLeft =
+        m_maxExpansion > UINT64_MAX / kMemoryPerExpansion ? UINT64_MAX : m_maxExpansion * kMemoryPerExpansion;
+}
+
 void CExpatReader::ParsePiece(const char* text, std::size_t length, bool isLast) {
+    AllowMemory();
+    const CMemoryCount count(&m_memoryLeft);
     Check(XML_Parse(m_parser.get(), text, static_cast<int>(length), isLast ? XML_TRUE : XML_FALSE));
 }
 
@@ -384,6 +461,8 @@ void CExpatReader::Check(int status) {
     if (status == XML_STATUS_OK && m_exception == nullptr) return;
     if (m_builder != nullptr) m_builder->Abandon();
     if (m_exception != nullptr) std::rethrow_exception(m_exception);
+    if (m_memoryLeft == 0)
+        throw CKvException(Locate(CTreeLimitPassed{kTooLongNames, m_maxExpansion}.Message()));
     throw CKvException(Locate(XML_ErrorString(XML_GetErrorCode(m_parser.get()))));
 }
 

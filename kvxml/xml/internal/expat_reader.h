@@ -64,9 +64,13 @@ private:
 
     void Begin(const char* separator, const CExpatOptions& options);
     void LimitEntities();
+    void AllowMemory() noexcept;
     void CountDeclaredAttribute(const char* element);
     void CountElement(const char** attributes);
     void CountExpansion(std::size_t length);
+    void Count(std::uint64_t& counted, std::size_t length, const char* message) const;
+    template <class Action>
+    void Run(std::size_t length, Action parse);
     void Check(int status);
     void Stop() noexcept;
     std::string Locate(const std::string& message) const;
@@ -79,8 +83,10 @@ private:
     int m_nestedEntities = 0;
     bool m_isCounting = false;  // for events: the document type adds to the document
     const std::uint64_t m_maxExpansion;
-    std::uint64_t m_expansion = 0;     // memory that declarations of the document type took
-    std::int64_t m_elementPlace = -1;  // of the last element that was counted
+    std::uint64_t m_memoryLeft = 0;     // that the parser may allocate while it runs
+    std::uint64_t m_nameExpansion = 0;  // by long namespaces of attributes
+    std::uint64_t m_expansion = 0;      // memory that declarations of the document type took
+    std::int64_t m_elementPlace = -1;   // of the last element that was counted
     std::map<std::string, int, std::less<>> m_declaredAttributes;  // how many, by element
     std::int64_t m_position = -1;
 };

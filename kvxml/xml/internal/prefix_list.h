@@ -1,6 +1,7 @@
 /// What a document knows about prefixes, as objects and output take it over.
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -40,6 +41,19 @@ void ResolveNameSlowly(const CXmlName& name);
 inline void ResolveName(const CXmlName& name) {
     if (!name.isResolved) ResolveNameSlowly(name);
 }
+
+/// The value of xsi:type: blanks around it do not count.
+struct CTypeName {
+    explicit CTypeName(std::string_view value) noexcept;
+
+    bool hasPrefix;
+    std::string_view prefix;
+    std::string_view local;
+};
+
+/// The namespace that the type is in when the name stands in an attribute of `element`; null for a prefix
+/// that is not declared there.
+const std::string* FindTypeNamespace(const CTypeName& type, const CXmlElement& element);
 
 /// Whether the attribute is xsi:type and its value names a type whose namespace the document tells, which is
 /// then `typeNamespace`, empty for none. The view is good as long as the document is not loaded again.

@@ -1,5 +1,7 @@
 #include "kvxml/xml/internal/tree_output.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cstdint>
 
 #include "kvxml/base/exceptions.h"
@@ -18,12 +20,19 @@ namespace {
 // Scopes with more prefixes than that are not made larger.
 constexpr std::size_t kMaxPrefixes = CPrefixList::kMaxCount + 1;
 
-/// Whether the writer's own declarations, which write namespaces as they are, can declare it.
+// Longer namespaces are not compared per element.
+constexpr std::size_t kLongUri = 1024;
+
+/// Whether the namespace can be among the writer's own declarations.
 bool IsPlain(std::string_view uri) noexcept {
-    for (const char c : uri) {
-        if (static_cast<unsigned char>(c) < ' ' || c == '&' || c == '<' || c == '"') return false;
-    }
-    return true;
+    return uri.size() <= kLongUri &&
+           std::none_of(uri.begin(), uri.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; });
+}
+
+/// A text that is no namespace and that nothing else has in common.
+std::string NewStandIn() {
+    static constinit std::atomic<std::uint64_t> last{0};
+    return "\x01" + std::to_string(++last);
 }
 
 /// Names that begin like "xml" are for the standards.
@@ -44,6 +53,11 @@ void RefuseReserved(std::string_view uri) {
 }
 
 }  // namespace
+
+bool BeginsAsMarkup(std::string_view text) noexcept {
+    const std::size_t start = text.find_first_not_of(" \t\r\n");
+    return start != std::string_view::npos && text[start] == '<';
+}
 
 CTreeOutput::CTreeOutput(CXmlWriter& writer, const CSerializationContext& context)
     : m_writer(writer),
@@ -75,6 +89,27 @@ void CTreeOutput::CheckNameSlowly(const Name& name) {
         throw CKvInvalidStateException(
             FormatString("[%s] is not a valid XML name.", std::string(name.local).c_str()));
     }
+}
+
+/// What scopes have in place of the namespace.
+std::string_view CTreeOutput::ScopeUri(std::string_view uri) {
+    if (uri.size() <= kLongUri) return uri;
+    std::string_view& known = m_standInsByAddress[uri.data()];
+    if (!known.empty()) return known;
+    const auto found = m_standIns.find(uri);
+    return known = found != m_standIns.end() ? found->second
+                                             : m_standIns.emplace(uri, NewStandIn()).first->second;
+}
+
+bool CTreeOutput::HasPrefixInScope(std::string_view uri) {
+    return CurrentScope().Find(ScopeUri(uri)) != nullptr;
+}
+
+std::string CTreeOutput::FreePrefix() const {
+    std::string prefix;
+    for (std::size_t n = m_ownQualifiers.size(); prefix.empty() || CurrentScope().IsPrefixUsed(prefix); ++n)
+        prefix = "NS" + std::to_string(n);
+    return prefix;
 }
 
 bool CTreeOutput::IsUsable(std::string_view prefix) const {
@@ -133,7 +168,7 @@ void CTreeOutput::DeclareRest() {
         const std::string_view uri = item.uri.View();
         if (uri.empty() || IsReservedNamespace(uri) || !IsUsable(item.prefix.View())) continue;
         Declare(item.prefix.View(), uri);
-        if (CurrentScope().Find(uri) == nullptr) m_writer.AddNamespaceAlias(item.prefix.View(), uri);
+        if (!HasPrefixInScope(uri)) m_writer.AddNamespaceAlias(item.prefix.View(), ScopeUri(uri));
     }
     m_rest = nullptr;
 }
@@ -148,6 +183,10 @@ void CTreeOutput::StartElement(const Name& name) {
     CheckName(name);
     if (m_declares) {
         const Scope& scope = CurrentScope();
+        if (m_expectsBareType || name.uri.size() > kLongUri) {
+            StartWithPrefix(name);
+            return;
+        }
         if (name.uri != scope.defaultNamespace && (name.uri.empty() || scope.Find(name.uri) == nullptr)) {
             StartDeclaring(name);
             return;
@@ -186,6 +225,48 @@ void CTreeOutput::StartDeclaring(const Name& name) {
     m_writer.SetDefaultNamespace(name.uri);
 }
 
+/// Starts an element that is to be independent of the default namespace, or whose namespace is long.
+void CTreeOutput::StartWithPrefix(const Name& name) {
+    const bool dropsDefault = m_expectsBareType && !CurrentScope().defaultNamespace.empty();
+    m_expectsBareType = false;
+    if (m_writer.m_current == nullptr && dropsDefault) m_writer.SetDefaultNamespace({});
+    const bool undeclares = m_writer.m_current != nullptr && dropsDefault;
+    const std::string_view uri = ScopeUri(name.uri);
+    const Scope::Alias* const alias = uri.empty() ? nullptr : CurrentScope().Find(uri);
+    const bool declares = !uri.empty() && alias == nullptr;
+    std::string prefix;
+    if (declares) {
+        RefuseReserved(name.uri);
+        prefix = IsUsable(name.prefix) ? std::string(name.prefix) : FreePrefix();
+    } else if (alias != nullptr) {
+        prefix = alias->Prefix();
+    }
+    m_name = prefix;
+    if (!prefix.empty()) m_name += ':';
+    m_name += name.local;
+    m_writer.WriteStartElement(m_name, {});
+    if (declares) {
+        Declare(prefix, name.uri);
+        if (CurrentScope().aliases.size() < kMaxPrefixes)
+            m_writer.AddNamespaceAlias(prefix, uri);
+        else
+            m_ownQualifiers.emplace(uri, prefix + ':');
+    }
+    if (undeclares) {
+        Declare({}, {});
+        m_writer.SetDefaultNamespace({});
+    }
+}
+
+void CTreeOutput::WriteInLineSchema(bool hasText) {
+    const std::string& schema = m_context.GetInLineSchemaRef();
+    if (schema.empty()) return;
+    if (BeginsAsMarkup(schema))
+        m_writer.WriteRawContent(schema, !hasText);
+    else
+        m_writer.WriteRawAfterSpace(schema);
+}
+
 void CTreeOutput::Text(std::string_view text, bool hasChildren, bool keepBlanks) {
     if (text.empty() && !keepBlanks) return;
     if (hasChildren && m_text != nullptr && m_text->GetFormatted()) {
@@ -207,25 +288,24 @@ void CTreeOutput::EndElement() {
 // --- attributes --------------------------------------------------------------------------------------------
 
 /// The prefix and colon for a namespace that is not empty; declares it where needed.
-std::string_view CTreeOutput::Qualifier(std::string_view uri, std::string_view prefix) {
+std::string_view CTreeOutput::Qualifier(std::string_view namespaceUri, std::string_view prefix) {
+    const std::string_view uri = ScopeUri(namespaceUri);
     const Scope& scope = CurrentScope();
     if (const Scope::Alias* const alias = scope.Find(uri)) return alias->qualifier;
-    RefuseReserved(uri);
+    RefuseReserved(namespaceUri);
     if (scope.aliases.size() >= kMaxPrefixes) {
         const auto found = m_ownQualifiers.find(uri);
         if (found != m_ownQualifiers.end()) return found->second;
-        std::string own;
-        for (std::size_t n = m_ownQualifiers.size(); own.empty() || scope.IsPrefixUsed(own); ++n)
-            own = "NS" + std::to_string(n);
-        Declare(own, uri);
+        std::string own = FreePrefix();
+        Declare(own, namespaceUri);
         own += ':';
         return m_ownQualifiers.emplace(uri, std::move(own)).first->second;
     }
     if (IsUsable(prefix)) {
-        Declare(prefix, uri);
+        Declare(prefix, namespaceUri);
         m_writer.AddNamespaceAlias(prefix, uri);
     } else {
-        Declare(m_writer.InventPrefix(uri).Prefix(), uri);
+        Declare(m_writer.InventPrefix(uri).Prefix(), namespaceUri);
     }
     return CurrentScope().Find(uri)->qualifier;
 }
@@ -236,7 +316,7 @@ void CTreeOutput::WriteAttribute(const Name& name, std::string_view value) {
         if (name.local == "xmlns" && !m_allowColon) {
             throw CKvInvalidStateException(FormatString("[%s] is not a valid XML name.", "xmlns"));
         }
-    } else if (m_declares && CurrentScope().Find(name.uri) == nullptr) {
+    } else if (m_declares && (name.uri.size() > kLongUri || CurrentScope().Find(name.uri) == nullptr)) {
         m_name.assign(Qualifier(name.uri, name.prefix)).append(name.local);
         m_writer.WriteAttribute(m_name, {}, value, ItemType_string);
         return;
@@ -246,28 +326,21 @@ void CTreeOutput::WriteAttribute(const Name& name, std::string_view value) {
 
 void CTreeOutput::WriteTypeAttribute(const Name& name, std::string_view value,
                                      std::string_view typeNamespace) {
-    constexpr std::string_view kBlanks = " \t\n\r";
-    const std::size_t start = value.find_first_not_of(kBlanks);
-    const std::size_t end = value.find_last_not_of(kBlanks);
-    const std::string_view trimmed =
-        start == std::string_view::npos ? std::string_view() : value.substr(start, end - start + 1);
-    const std::size_t colon = trimmed.find(':');
-    const bool hasPrefix = colon != std::string_view::npos;
-    const std::string_view prefix = hasPrefix ? trimmed.substr(0, colon) : std::string_view();
-    const std::string_view type = hasPrefix ? trimmed.substr(colon + 1) : trimmed;
+    const CTypeName type(value);
     if (!m_declares) {
-        m_writer.WriteTypeAttribute(typeNamespace, type, ItemType_string);
+        m_writer.WriteTypeAttribute(typeNamespace, type.local, ItemType_string);
         return;
     }
-    if (typeNamespace.empty() || (!hasPrefix && typeNamespace == CurrentScope().defaultNamespace)) {
+    if (typeNamespace.empty() ||
+        (!type.hasPrefix && typeNamespace == std::string_view(CurrentScope().defaultNamespace))) {
         WriteAttribute(name, value);
         return;
     }
-    const std::string_view qualifier = Qualifier(typeNamespace, prefix);
-    if (hasPrefix && qualifier.substr(0, qualifier.size() - 1) == prefix)
+    const std::string_view qualifier = Qualifier(typeNamespace, type.prefix);
+    if (type.hasPrefix && qualifier.substr(0, qualifier.size() - 1) == type.prefix)
         WriteAttribute(name, value);
     else
-        WriteAttribute(name, std::string(qualifier).append(type));
+        WriteAttribute(name, std::string(qualifier).append(type.local));
 }
 
 void CTreeOutput::EndAttributes() {

@@ -14,13 +14,17 @@
 
 namespace KvXmlLib16::internal {
 
+/// Whether the text is markup, perhaps with blanks in front.
+bool BeginsAsMarkup(std::string_view text) noexcept;
+
 /// Writes elements and attributes whose names come from elsewhere: checks the names, and where an attribute
 /// can declare them, declares the namespaces that are not in scope with the prefixes that their documents
 /// used.
 ///
-/// Per element: StartElement, the attributes, EndAttributes, Text, the children, EndElement. The namespaces
-/// that are in force without being the writer's own are bounded, so that no document makes scopes that take
-/// long to copy.
+/// Per element: StartElement, the attributes, EndAttributes, Text, the children, EndElement. The texts in
+/// names must stay where they are as long as the output is in use. The namespaces that are in force without
+/// being the writer's own are bounded, and long ones are not copied, so that no document makes scopes that
+/// take long to copy or to search.
 class CTreeOutput {
 public:
     struct Name {
@@ -42,10 +46,15 @@ public:
     /// from, which may be null.
     void BeginDocument(std::string_view rootUri, std::string_view rootPrefix, const CPrefixList* prefixes);
     void StartElement(const Name& name);
+    /// The next element has an xsi:type whose value is without prefix and names a type of no namespace.
+    void ExpectBareType() noexcept { m_expectsBareType = true; }
     void WriteAttribute(const Name& name, std::string_view value);
     /// Writes xsi:type with a value, prefix and all, that names a type of this namespace.
     void WriteTypeAttribute(const Name& name, std::string_view value, std::string_view typeNamespace);
     void EndAttributes();
+    /// In the document element, after its attributes: what the context has as in-line schema. `hasText`:
+    /// blanks beside it would count.
+    void WriteInLineSchema(bool hasText);
     /// Text that children follow takes formatting away from them, for it would become part of the text; so
     /// does `keepBlanks`.
     void Text(std::string_view text, bool hasChildren, bool keepBlanks);
@@ -69,12 +78,16 @@ private:
     using Scope = CXmlWriter::NamespaceScope;
 
     const Scope& CurrentScope() const noexcept;
+    std::string_view ScopeUri(std::string_view uri);
+    bool HasPrefixInScope(std::string_view uri);
     void CheckName(const Name& name);
     void CheckNameSlowly(const Name& name);
     void StartDeclaring(const Name& name);
+    void StartWithPrefix(const Name& name);
     void Declare(std::string_view prefix, std::string_view uri);
     void DeclareRest();
     bool IsUsable(std::string_view prefix) const;
+    std::string FreePrefix() const;
     std::string_view Qualifier(std::string_view uri, std::string_view prefix);
 
     CXmlWriter& m_writer;
@@ -86,6 +99,11 @@ private:
     std::int32_t m_unformattedDepth = 0;      // of the element that took formatting away; 0: none
     std::array<const void*, 64> m_checked{};  // names that are in order, by their keys
     std::string m_name;
+    bool m_expectsBareType = false;
+    // Long namespaces are registered in scopes by short texts that stand for them, found by the address of
+    // the namespace, which stays the same, and once by the namespace itself.
+    std::map<const char*, std::string_view> m_standInsByAddress;
+    std::map<std::string, std::string, std::less<>> m_standIns;
     std::map<std::string, std::string, std::less<>> m_ownQualifiers;  // of one element, beyond the bound
 };
 

@@ -47,6 +47,7 @@ struct CXmlWriter::NamespaceScope {
     std::string defaultNamespace;
     std::vector<Alias> aliases;         // ascending by URI
     mutable std::size_t lastFound = 0;  // index that the next search tries first
+    std::vector<std::string> unnamed;   // before the document element: declared with any prefix
     unsigned firstFree = 0;             // no invented prefix before this one is free
 
 private:

@@ -10,11 +10,28 @@ namespace KvXmlLib16::internal {
 
 class CXmlTree;
 
+/// A namespace of one document, kept once for all names that are in it. Equal ones are one object; lives as
+/// long as the tree.
+struct CXmlNamespace {
+    std::string raw;  ///< the URI as parsers give it, in UTF-8
+    std::string uri;  ///< the same in the local code page; empty for no namespace
+    std::size_t hash = 0;
+
+    /// The URI as objects keep it, and the prefix that the document had for it when one was first asked for:
+    /// see `ResolveName`.
+    mutable CSharedName shared;
+    mutable CSharedName prefix;
+    mutable bool isResolved = false;
+};
+
 /// Namespace URI and local name of elements and attributes. Within one document equal names are one object,
 /// so names are compared by their pointers. Lives as long as the tree.
 struct CXmlName {
-    std::string uri;    ///< empty for a name in no namespace
-    std::string local;  ///< with prefix and colon when the document was read without namespaces
+    explicit CXmlName(const CXmlNamespace& in) noexcept : space(in), uri(in.uri) {}
+
+    const CXmlNamespace& space;
+    const std::string& uri;  ///< of the namespace
+    std::string local;       ///< with prefix and colon when the document was read without namespaces
     CXmlTree* tree = nullptr;
     bool isNamespaceAttribute = false;
     bool isNilAttribute = false;
@@ -24,8 +41,7 @@ struct CXmlName {
     mutable std::uint32_t cacheValue = 0;
     /// The local name as objects keep it; empty until one asks.
     mutable CSharedName shared;
-    /// Likewise the namespace and the prefix that the document had for it when the name was first asked for
-    /// them; see `ResolveName`.
+    /// Likewise the namespace and its prefix; see `ResolveName`.
     mutable CSharedName sharedUri;
     mutable CSharedName sharedPrefix;
     mutable bool isResolved = false;

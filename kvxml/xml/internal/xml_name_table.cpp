@@ -15,6 +15,9 @@ namespace KvXmlLib16::internal {
 
 namespace {
 
+// URIs beyond this length are not repeated per name.
+constexpr std::size_t kLongUri = 256;
+
 constexpr std::string_view kNamespaceAttributes[] = {"xmlns", "type", "schemaLocation",
                                                      "noNamespaceSchemaLocation"};
 
@@ -51,26 +54,70 @@ std::size_t Hash(std::string_view text) {
 
 }  // namespace
 
-CXmlNameTable::CXmlNameTable(CXmlTree* tree, bool convert) : m_tree(tree), m_convert(convert), m_slots(64) {
+std::size_t CXmlNameTable::RawHash::operator()(std::string_view text) const noexcept {
+    return Hash(text);
+}
+
+CXmlNameTable::CXmlNameTable(CXmlTree* tree, bool convert)
+    : m_tree(tree), m_convert(convert), m_none(m_noNamespace), m_slots(64) {
     m_none.nextElement = m_none.otherElement = m_none.firstAttribute = m_none.nextAttribute = &m_none;
 }
 
+const CXmlNamespace& CXmlNameTable::Namespace(std::string_view raw) {
+    if (raw.empty()) return m_noNamespace;
+    const auto found = m_namespaces.find(raw);
+    if (found != m_namespaces.end()) return *found->second;
+    auto space = std::make_unique<CXmlNamespace>();
+    space->raw = raw;
+    space->uri = m_convert ? Utf8ToLocal(raw) : std::string(raw);
+    space->hash = Hash(raw);
+    const CXmlNamespace& added = *space;
+    m_namespaces.emplace(added.raw, std::move(space));
+    return added;
+}
+
 const CXmlNameEntry* CXmlNameTable::Intern(std::string_view uri, std::string_view local) {
-    if (uri.empty()) return Find(local);
-    m_raw.assign(uri).append(1, kSeparator).append(local);
-    return Find(m_raw);
+    if (uri.empty()) return Find(m_noNamespace, local);
+    const CXmlNamespace*& space = m_interned[uri.data()];
+    if (space == nullptr) space = &Namespace(uri);
+    return Find(*space, local);
+}
+
+CXmlNameEntry* CXmlNameTable::FindElement(const char* raw) {
+    if (!m_places.empty()) {
+        const auto found = m_places.find(raw);
+        if (found != m_places.end() && raw[found->second->raw.size()] == kSeparator)
+            return Find(*found->second, raw + found->second->raw.size() + 1);
+    }
+    CXmlNameEntry* const name = Find(raw);
+    if (m_trustsPlaces && name->space.raw.size() > kLongUri) m_places.emplace(raw, &name->space);
+    return name;
 }
 
 CXmlNameEntry* CXmlNameTable::Find(std::string_view raw) {
-    const std::size_t hash = Hash(raw);
+    // To compare with the last one is quicker than to look it up.
+    const CXmlNamespace*& last = raw.size() > kLongUri ? m_lastLongNamespace : m_lastNamespace;
+    const std::size_t length = last->raw.size();
+    if (length != 0 && raw.size() > length && raw[length] == kSeparator &&
+        raw.compare(0, length, last->raw) == 0 && raw.find(kSeparator, length + 1) == raw.npos)
+        return Find(*last, raw.substr(length + 1));
+    const std::size_t separator = raw.rfind(kSeparator);
+    if (separator == raw.npos) return Find(m_noNamespace, raw);
+    last = &Namespace(raw.substr(0, separator));
+    return Find(*last, raw.substr(separator + 1));
+}
+
+CXmlNameEntry* CXmlNameTable::Find(const CXmlNamespace& space, std::string_view local) {
+    const std::size_t hash = Hash(local) ^ space.hash;
     const std::size_t mask = m_slots.size() - 1;
     std::size_t slot = hash & mask;
     for (; m_slots[slot] != nullptr; slot = (slot + 1) & mask) {
-        if (m_slots[slot]->hash == hash && m_slots[slot]->raw == raw) return m_slots[slot];
+        const CXmlNameEntry& name = *m_slots[slot];
+        if (name.hash == hash && &name.space == &space && name.RawLocal() == local) return m_slots[slot];
     }
     if (m_names.size() >= m_maxNames)
         throw CTreeLimitPassed{"there are more distinct names than the limit of %llu", m_maxNames};
-    std::unique_ptr<CXmlNameEntry> name = Make(raw);
+    std::unique_ptr<CXmlNameEntry> name = Make(space, local);
     name->hash = hash;
     m_names.push_back(std::move(name));
     CXmlNameEntry* const added = m_names.back().get();
@@ -79,26 +126,23 @@ CXmlNameEntry* CXmlNameTable::Find(std::string_view raw) {
     return added;
 }
 
-std::unique_ptr<CXmlNameEntry> CXmlNameTable::Make(std::string_view raw) const {
-    auto name = std::make_unique<CXmlNameEntry>();
-    name->raw = raw;
-    const std::string converted = m_convert ? Utf8ToLocal(raw) : std::string(raw);
-    const std::size_t separator = converted.rfind(kSeparator);
-    if (separator == std::string::npos) {
-        name->local = converted;
-    } else {
-        name->uri = converted.substr(0, separator);
-        name->local = converted.substr(separator + 1);
-    }
+std::unique_ptr<CXmlNameEntry> CXmlNameTable::Make(const CXmlNamespace& space, std::string_view local) {
+    auto name = std::make_unique<CXmlNameEntry>(space);
+    if (space.raw.empty())
+        name->raw = local;
+    else if (space.raw.size() <= kLongUri)
+        name->raw.assign(space.raw).append(1, kSeparator).append(local);
+    if (m_convert) name->ownRawLocal = local;
+    name->local = m_convert ? Utf8ToLocal(local) : std::string(local);
     name->tree = m_tree;
     if (name->uri == kInstanceNamespace || name->uri == kXmlnsNamespace) {
         name->isNamespaceAttribute =
             std::find(std::begin(kNamespaceAttributes), std::end(kNamespaceAttributes), name->local) !=
             std::end(kNamespaceAttributes);
         name->isNilAttribute = name->local == "nil";
+        m_hasTypeAttributes = m_hasTypeAttributes || name->local == "type";
     }
-    auto* const none = const_cast<CXmlNameEntry*>(&m_none);
-    name->nextElement = name->otherElement = name->firstAttribute = name->nextAttribute = none;
+    name->nextElement = name->otherElement = name->firstAttribute = name->nextAttribute = &m_none;
     return name;
 }
 

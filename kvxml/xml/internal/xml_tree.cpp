@@ -33,9 +33,28 @@ bool IsWithin(const CXmlElement* inner, const CXmlElement& outer) noexcept {
 
 }  // namespace
 
-void CXmlTree::SetPrefix(std::string_view prefix, std::string_view uri) {
+const std::string& CXmlTree::SetPrefix(std::string_view prefix, std::string_view uri) {
+    const auto found = m_prefixes.find(prefix);
+    if (found != m_prefixes.end() && found->second == uri) return found->first;
     m_prefixOf.clear();
-    m_prefixes[std::string(prefix)] = uri;
+    const auto entered = m_prefixes.insert_or_assign(std::string(prefix), std::string(uri)).first;
+    return entered->first;
+}
+
+const std::string* CXmlTree::FindNamespace(const CXmlElement& element, std::string_view prefix) const {
+    const std::string* const undeclared = prefix.empty() ? &kEmpty : nullptr;
+    const auto found = m_prefixes.find(prefix);
+    if (found == m_prefixes.end()) return undeclared;
+    if (!m_hasInnerDeclarations) return &found->second;
+    for (const CXmlElement* at = &element; at != nullptr; at = at->GetParentElm()) {
+        if (at->m_declares == 0) continue;
+        const auto* const count = reinterpret_cast<const std::size_t*>(at) - 1;
+        const auto* const end = reinterpret_cast<const CXmlBinding*>(count);
+        for (const CXmlBinding* binding = end - *count; binding != end; ++binding) {
+            if (binding->prefix == &found->first) return &binding->space->uri;
+        }
+    }
+    return undeclared;
 }
 
 const std::string& CXmlTree::FindPrefix(std::string_view uri) {

@@ -16,6 +16,13 @@
 
 namespace KvXmlLib16::internal {
 
+/// A prefix that an element declares. An element that declares any has them in front of it in memory, and
+/// their number between them and itself.
+struct CXmlBinding {
+    const std::string* prefix;  ///< as the tree keeps it
+    const CXmlNamespace* space;
+};
+
 /// A text or value as a string, once someone asked for it as such.
 struct CXmlTextBox {
     std::string text;
@@ -39,8 +46,13 @@ public:
     CXmlElement** RootPlace() noexcept { return &m_root; }
 
     const PrefixTable& Prefixes() const noexcept { return m_prefixes; }
-    /// Enters a prefix, or gives it another namespace.
-    void SetPrefix(std::string_view prefix, std::string_view uri);
+    /// Enters a prefix, or gives it another namespace. The prefix as the table keeps it.
+    const std::string& SetPrefix(std::string_view prefix, std::string_view uri);
+    /// From now on what the table says need not be what holds at some element.
+    void SetHasInnerDeclarations() noexcept { m_hasInnerDeclarations = true; }
+    /// The namespace that the prefix, or with an empty one names without prefix, stand for at the element:
+    /// empty for none, null where the prefix is not declared.
+    const std::string* FindNamespace(const CXmlElement& element, std::string_view prefix) const;
     /// The first prefix of the namespace, or the empty string. Paths ask for those of many siblings, so the
     /// first call after a change orders the table by namespaces.
     const std::string& FindPrefix(std::string_view uri);
@@ -68,6 +80,7 @@ private:
     CXmlNameTable m_names;
     CSharedTextRuns m_sharedRuns;
     PrefixTable m_prefixes;
+    bool m_hasInnerDeclarations = false;  // elements inside the document element declare prefixes
     std::map<std::string_view, const std::string*> m_prefixOf;  // by namespace; empty until asked for
     std::vector<std::unique_ptr<CXmlTextBox>> m_boxes;
 };

@@ -1,6 +1,8 @@
 #include "kvxml/xml/internal/xml_tree_builder.h"
 
 #include <algorithm>
+#include <deque>
+#include <memory>
 #include <new>
 #include <string>
 
@@ -12,6 +14,9 @@ namespace KvXmlLib16::internal {
 namespace {
 
 constexpr std::size_t kFirstFrames = 64;
+
+// As many as an element can count.
+constexpr std::size_t kMaxAttributes = 0x0FFFFFFFU;
 
 // Shorter text is rather copied after other text than linked to it.
 constexpr std::size_t kLeastShared = 64;
@@ -27,7 +32,8 @@ CXmlTreeBuilder::CXmlTreeBuilder(CXmlTree& tree, CXmlDocument::ElementFilter fil
       m_filter(filter),
       m_maxDepth(OrUnlimited(limits.GetMaxElementDepth())),
       m_convert(convert),
-      m_isPlain(filter == nullptr && !convert),
+      m_mayBePlain(filter == nullptr && !convert),
+      m_isPlain(m_mayBePlain),
       m_frames(FrameCount(kFirstFrames)) {
     m_open = m_frames.data();
     m_framesEnd = m_open + m_frames.size();
@@ -56,7 +62,8 @@ CXmlTreeBuilder::Frame* CXmlTreeBuilder::OpenFrame() {
 
 void CXmlTreeBuilder::StartAnyElement(const char* name, const char* const* attributes) {
     Frame* const frame = BeginElement();
-    LinkElement(frame, m_convert ? MakeElementConverting(name, attributes) : MakeElement(name, attributes));
+    LinkElement(frame, m_convert || !m_declared.empty() ? MakeListedElement(name, attributes)
+                                                        : MakeElement(name, attributes));
 }
 
 void CXmlTreeBuilder::StartElement(const CXmlName* name, const CXmlNewAttribute* attributes,
@@ -91,9 +98,12 @@ CXmlElement* CXmlTreeBuilder::MakeElement(const CXmlName* name, const CXmlNewAtt
     std::size_t size = sizeof(CXmlElement) + count * sizeof(CXmlAttribute);
     for (std::size_t i = 0; i < count; ++i)
         size += attributes[i].isShared ? 0 : attributes[i].value.size();
-    auto* const element = new (m_arena.Allocate(size)) CXmlElement();
+    char* const place = m_declared.empty() ? static_cast<char*>(m_arena.Allocate(size)) : PutDeclared(size);
+    auto* const element = new (place) CXmlElement();
     element->m_name = name;
-    element->m_attributeCount = count & 0x1FFFFFFFU;
+    element->m_attributeCount = count & kMaxAttributes;
+    element->m_declares = m_declared.empty() ? 0 : 1;
+    m_declared.clear();
     auto* const first = reinterpret_cast<CXmlAttribute*>(element + 1);
     char* values = reinterpret_cast<char*>(first + count);
     for (std::size_t i = 0; i < count; ++i) {
@@ -131,7 +141,7 @@ CXmlElement* CXmlTreeBuilder::MakeElement(const char* name, const char* const* a
     void* const memory = m_arena.Take(static_cast<std::size_t>(end - m_arena.AlignedTip()));
     auto* const element = new (memory) CXmlElement();
     element->m_name = elementName;
-    element->m_attributeCount = count & 0x1FFFFFFFU;
+    element->m_attributeCount = count & kMaxAttributes;
     return element;
 }
 
@@ -156,17 +166,30 @@ char* CXmlTreeBuilder::AddAttributes(const char* const* attributes, std::size_t 
     return values;
 }
 
-CXmlElement* CXmlTreeBuilder::MakeElementConverting(const char* name, const char* const* attributes) {
-    std::vector<std::string> values;
-    for (std::size_t i = 0; attributes[i] != nullptr; i += 2)
-        values.push_back(Utf8ToLocal(attributes[i + 1]));
-    std::vector<const char*> pairs;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        pairs.push_back(attributes[2 * i]);
-        pairs.push_back(values[i].c_str());
+/// Puts what the element declares, and their number, in front of where the element with its `size` goes;
+/// returns that place.
+char* CXmlTreeBuilder::PutDeclared(std::size_t size) {
+    const std::size_t count = m_declared.size();
+    auto* const first =
+        static_cast<CXmlBinding*>(m_arena.Allocate(count * sizeof(CXmlBinding) + sizeof(count) + size));
+    std::uninitialized_copy(m_declared.begin(), m_declared.end(), first);
+    auto* const number = new (first + count) std::size_t(count);
+    m_isPlain = m_mayBePlain;
+    return reinterpret_cast<char*>(number + 1);
+}
+
+/// An element that declares prefixes, or whose values are to be converted.
+CXmlElement* CXmlTreeBuilder::MakeListedElement(const char* name, const char* const* attributes) {
+    const CXmlName* const elementName = m_names.Element(name);
+    m_names.BeginAttributes();
+    std::deque<std::string> converted;
+    m_attributes.clear();
+    for (; *attributes != nullptr; attributes += 2) {
+        std::string_view value = attributes[1];
+        if (m_convert) value = converted.emplace_back(Utf8ToLocal(value));
+        m_attributes.push_back({m_names.Attribute(attributes[0]), value, false});
     }
-    pairs.push_back(nullptr);
-    return MakeElement(name, pairs.data());
+    return MakeElement(elementName, m_attributes.data(), m_attributes.size());
 }
 
 void CXmlTreeBuilder::FlushRun() {
@@ -273,11 +296,13 @@ void CXmlTreeBuilder::Filter() {
 }
 
 void CXmlTreeBuilder::DeclarePrefix(std::string_view prefix, std::string_view uri) {
-    if (m_convert) {
-        m_tree.SetPrefix(Utf8ToLocal(prefix), Utf8ToLocal(uri));
-    } else {
-        m_tree.SetPrefix(prefix, uri);
-    }
+    const CXmlNamespace& space = m_names.Namespace(uri);
+    m_names.ForgetPlaces();
+    const std::string& kept =
+        m_convert ? m_tree.SetPrefix(Utf8ToLocal(prefix), space.uri) : m_tree.SetPrefix(prefix, space.uri);
+    m_declared.push_back({&kept, &space});
+    m_isPlain = false;
+    if (m_open->element != nullptr) m_tree.SetHasInnerDeclarations();
 }
 
 void CXmlTreeBuilder::Abandon() {

@@ -29,6 +29,9 @@ public:
     CXmlTreeBuilder(CXmlTree& tree, CXmlDocument::ElementFilter filter, const CSerializationContext& limits,
                     bool convert);
 
+    /// See `CXmlNameTable::TrustPlaces`.
+    void TrustPlacesOfNames() noexcept { m_names.TrustPlaces(); }
+
     /// Opens an element. `name` and the names in `attributes`, pairs of name and value up to a null, are
     /// namespace URI, CXmlNameTable::kSeparator and local name, or the local name alone.
     void StartElement(const char* name, const char* const* attributes) {
@@ -57,7 +60,7 @@ public:
     void MarkNull(bool isItem) noexcept {
         m_open->element->m_textLength = isItem ? CXmlElement::kNullItem : CXmlElement::kNullMember;
     }
-    /// Enters a prefix, or gives it another namespace.
+    /// The element that is opened next declares a prefix, or with an empty one the default namespace.
     void DeclarePrefix(std::string_view prefix, std::string_view uri);
     /// To be called when reading ends before the document does: keeps the text that is still held back.
     void Abandon();
@@ -84,7 +87,8 @@ private:
     }
     CXmlElement* MakeElement(const CXmlName* name, const CXmlNewAttribute* attributes, std::size_t count);
     CXmlElement* MakeElement(const char* name, const char* const* attributes);
-    CXmlElement* MakeElementConverting(const char* name, const char* const* attributes);
+    char* PutDeclared(std::size_t size);
+    CXmlElement* MakeListedElement(const char* name, const char* const* attributes);
     char* AddAttributes(const char* const* attributes, std::size_t count);
     std::size_t FrameCount(std::size_t wanted) const noexcept;
     Frame* OpenFrame();
@@ -138,10 +142,13 @@ private:
     const CXmlDocument::ElementFilter m_filter;
     const std::uint32_t m_maxDepth;
     const bool m_convert;
-    const bool m_isPlain;  // elements need nothing but to be made
-    Frame* m_open;         // of the element opened last; the first one stands for the document
-    Frame* m_framesEnd;    // after the last one that may be opened without a look
+    const bool m_mayBePlain;
+    bool m_isPlain;      // elements need nothing but to be made
+    Frame* m_open;       // of the element opened last; the first one stands for the document
+    Frame* m_framesEnd;  // after the last one that may be opened without a look
     std::vector<Frame> m_frames;
+    std::vector<CXmlBinding> m_declared;  // by the element that is opened next
+    std::vector<CXmlNewAttribute> m_attributes;
 };
 
 }  // namespace KvXmlLib16::internal
