@@ -19,6 +19,7 @@ namespace KvXmlLib16 {
 
 class CBinaryData;
 class CXmlElement;
+class CXmlReader;
 
 namespace internal {
 class CFile;
@@ -116,6 +117,8 @@ protected:
     virtual void Cleanup();
 
 private:
+    friend class CXmlReader;
+
     /// What is known about the encoding of the text that is to be parsed.
     enum class Encoding { Declared, Utf8 };
 

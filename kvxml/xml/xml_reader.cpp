@@ -16,6 +16,8 @@
 #include "kvxml/xml/internal/tree_limits.h"
 #include "kvxml/xml/internal/xml_event_queue.h"
 #include "kvxml/xml/internal/xml_input.h"
+#include "kvxml/xml/internal/xml_tree.h"
+#include "kvxml/xml/internal/xml_tree_builder.h"
 #include "kvxml/xml/xml_document.h"
 
 namespace KvXmlLib16 {
@@ -434,6 +436,83 @@ void CXmlReader::SkipSubtree() {
     const std::uint32_t depth = GetDepth();
     while (Read()) {
         if (GetEvent() == XmlEvent::EndElement && GetDepth() == depth) return;
+    }
+}
+
+namespace {
+
+/// Hands the elements of a subtree to the builder of a tree.
+class SubtreeBuilder {
+public:
+    explicit SubtreeBuilder(internal::CXmlTreeBuilder& builder) : m_builder(builder) {}
+
+    void Start(const CXmlReader& reader) {
+        m_texts.clear();
+        const std::size_t count = reader.GetAttributeCount();
+        for (std::size_t i = 0; i < count; ++i) {
+            const CXmlReaderAttribute& attribute = reader.GetAttributeAt(i);
+            m_texts.push_back(RawName(attribute.namespaceUri, attribute.localName));
+            m_texts.emplace_back(attribute.value);
+        }
+        m_attributes.clear();
+        for (const std::string& text : m_texts)
+            m_attributes.push_back(text.c_str());
+        m_attributes.push_back(nullptr);
+        m_builder.StartElement(RawName(reader.GetNamespaceUri(), reader.GetLocalName()).c_str(),
+                               m_attributes.data());
+    }
+
+    /// Trees have no carriage returns in their texts.
+    void Text(std::string_view text) {
+        while (!text.empty()) {
+            const std::string_view piece = text.substr(0, text.find('\r'));
+            if (!piece.empty()) m_builder.AppendText(piece.data(), piece.size());
+            text.remove_prefix(std::min(text.size(), piece.size() + 1));
+        }
+    }
+
+private:
+    static std::string RawName(std::string_view uri, std::string_view local) {
+        std::string raw(uri);
+        if (!uri.empty()) raw += internal::CXmlNameTable::kSeparator;
+        return raw.append(local);
+    }
+
+    internal::CXmlTreeBuilder& m_builder;
+    std::vector<std::string> m_texts;
+    std::vector<const char*> m_attributes;
+};
+
+}  // namespace
+
+void CXmlReader::ReadSubtree(CXmlDocument& document) {
+    document.Cleanup();
+    internal::CXmlTreeBuilder builder(document.Tree(), document.m_filter, *document.m_context,
+                                      !internal::IsLocalUtf8());
+    SubtreeBuilder subtree(builder);
+    try {
+        for (const auto& [prefix, uri] : GetScope())
+            builder.DeclarePrefix(prefix, uri);
+        const std::uint32_t depth = GetDepth();
+        subtree.Start(*this);
+        while (Read()) {
+            if (GetEvent() == XmlEvent::StartElement) {
+                for (std::size_t i = m_impl->open.back().bindings; i < m_impl->bindings.size(); ++i)
+                    builder.DeclarePrefix(m_impl->bindings[i].prefix, m_impl->bindings[i].uri);
+                subtree.Start(*this);
+            } else if (GetEvent() == XmlEvent::Text || GetEvent() == XmlEvent::CData) {
+                subtree.Text(GetText());
+            } else if (GetEvent() == XmlEvent::EndElement) {
+                builder.EndElement();
+                if (GetDepth() == depth) return;
+            }
+        }
+    } catch (const internal::CTreeLimitPassed& e) {
+        builder.Abandon();
+        throw CKvException(e.Message() + " at line " + std::to_string(GetLine()));
+    } catch (...) {
+        builder.Abandon();
+        throw;
     }
 }
 

@@ -21,20 +21,17 @@ namespace {
         element.GetXPath());
 }
 
-/// Says where the schema is, which may stand on any element.
-bool IsSchemaLocation(const CXmlAttribute& attribute) {
-    return attribute.IsNamespaceAttribute() && attribute.GetLocalName() != "type";
-}
-
 bool JudgeAttributes(const CSerializationContext& context, const CXmlElement& element, bool nillable) {
     bool nil = false;
     for (const auto* attribute : element.GetAttributes()) {
         if (attribute->IsNilAttribute()) {
-            const std::optional<bool> value = ToNil(attribute->GetValueView());
-            if (!nillable && value != false) ThrowNilNotAllowed(element);
-            if (!value.has_value()) ThrowUnexpectedNil(*attribute);
-            nil = *value;
-        } else if (!context.GetIgnoreUnknownAttributes() && !IsSchemaLocation(*attribute)) {
+            // Two words only, unlike classes.
+            const std::string_view value = attribute->GetValueView();
+            const bool isFalse = EqualsIgnoreAsciiCase(value, "false");
+            if (!nillable && !isFalse) ThrowNilNotAllowed(element);
+            if (!isFalse && !EqualsIgnoreAsciiCase(value, "true")) ThrowUnexpectedNil(*attribute);
+            nil = !isFalse;
+        } else if (!context.GetIgnoreUnknownAttributes()) {
             throw CKvValidationException("Unexpected Attribute found.", attribute->GetXPath());
         }
     }
