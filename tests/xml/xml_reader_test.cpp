@@ -9,8 +9,10 @@
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/settings/serialization_context.h"
+#include "kvxml/xml/xml_document.h"
 #include "kvxml/xml/xml_reader.h"
 #include "tests/support/error_of.h"
+#include "tests/support/xml_tree_dump.h"
 
 namespace KvXmlLib16 {
 namespace {
@@ -185,6 +187,32 @@ TEST(XmlReader, TellsDepthAndPathAndSkips) {
     reader.SkipSubtree();
     EXPECT_EQ(Event(reader), "</a>");
     EXPECT_EQ(Events(reader), "<b> </b> </r>");
+}
+
+/// The same as a document that holds the element alone, with the prefixes of its place.
+TEST(XmlReader, ReadsSubtrees) {
+    const char* const xml =
+        "<r xmlns='urn:d' xmlns:p='urn:p'><x/><s p:a='1'>t<p:b "
+        "xmlns=''><c/></p:b><![CDATA[<]]></s><s/>\n<e/></r>";
+    CXmlReader reader;
+    reader.OpenText(xml);
+    while (!reader.IsStart("s"))
+        ASSERT_TRUE(reader.Read());
+    CXmlDocument document;
+    reader.ReadSubtree(document);
+    EXPECT_EQ(Event(reader), "</{urn:d}s>");
+    CXmlDocument alone;
+    alone.LoadXml("<s xmlns='urn:d' xmlns:p='urn:p' p:a='1'>t<p:b xmlns=''><c/></p:b><![CDATA[<]]></s>");
+    EXPECT_EQ(testsupport::Dump(document), testsupport::Dump(alone));
+    ASSERT_TRUE(reader.Read());
+    reader.ReadSubtree(document);
+    EXPECT_EQ(testsupport::Dump(document), "{urn:d}s");
+    EXPECT_EQ(Events(reader), "'\n' <{urn:d}e> </{urn:d}e> </{urn:d}r>");
+
+    reader.OpenText("<r><s><b></s></r>");
+    while (!reader.IsStart("s"))
+        ASSERT_TRUE(reader.Read());
+    EXPECT_EQ(ErrorOf([&] { reader.ReadSubtree(document); }), "mismatched tag at line 1");
 }
 
 TEST(XmlReader, CountsPlacesInCharacters) {
