@@ -187,7 +187,10 @@ bool CXmlReader::Impl::Fill() {
         }
         buffer.resize(before + got);
         isLast = got < piece;
-        if (!hasBegun) position.Begin(buffer);
+        if (!hasBegun) {
+            position.Begin(buffer);
+            if (isUtf8) position.SetUtf8();  // the converted text still declares what it was
+        }
         hasBegun = true;
         Parse(got);
         piece = parser->GetOffset() > done ? kPiece : std::min(piece * 2, kMaxPiece);

@@ -179,7 +179,9 @@ private:
             for (const auto& [uri, location] : hints)
                 loader.AddHint(uri, location, reader.GetFileName());
             CFaultList faults(m_options.maxErrors);
-            const std::shared_ptr<const CSchemaSet> schema = loader.Load(faults);
+            CFaultList remarks(m_options.maxErrors);
+            const std::shared_ptr<const CSchemaSet> schema = loader.Load(faults, &remarks);
+            TellAll(result.faults, remarks);
             if (schema == nullptr) {
                 if (m_schema != nullptr) return m_validator.get();
                 TellAll(result.faults, faults);
@@ -347,7 +349,11 @@ int RunValidate(int argc, char** argv) {
             return kRefused;
         }
     }
-    return options.documents.empty() ? kDone : JudgeAll(options, schema);
+    if (options.documents.empty()) return kDone;
+    const int status = JudgeAll(options, schema);
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
+    Say("the verdicts cannot be written");
+    return kRefused;
 }
 
 }  // namespace tool

@@ -3,7 +3,26 @@
 #include <algorithm>
 #include <cstring>
 
+#include "kvxml/base/internal/ascii.h"
+
 namespace KvXmlLib16::internal {
+
+namespace {
+
+/// The declaration at the beginning names an encoding that is neither UTF-8 nor ASCII.
+bool DeclaresOtherThanUtf8(std::string_view first) noexcept {
+    if (first.substr(0, 5) != "<?xml") return false;
+    const std::string_view declaration = first.substr(0, first.find("?>"));
+    const std::size_t at = declaration.find("encoding");
+    if (at == std::string_view::npos) return false;
+    const std::size_t quote = declaration.find_first_of("'\"", at);
+    if (quote == std::string_view::npos) return false;
+    const std::string_view rest = declaration.substr(quote + 1);
+    const std::string_view name = rest.substr(0, rest.find(declaration[quote]));
+    return !EqualsIgnoreAsciiCase(name, "utf-8") && !EqualsIgnoreAsciiCase(name, "us-ascii");
+}
+
+}  // namespace
 
 void CTextPosition::Begin(std::string_view first) noexcept {
     *this = CTextPosition();
@@ -22,6 +41,8 @@ void CTextPosition::Begin(std::string_view first) noexcept {
         m_encoding = CountedEncoding::Utf16LittleEndian;
     } else if (byte(0) == 0 && byte(1) == '<') {
         m_encoding = CountedEncoding::Utf16BigEndian;
+    } else if (DeclaresOtherThanUtf8(first)) {
+        m_encoding = CountedEncoding::SingleByte;
     }
 }
 

@@ -12,10 +12,11 @@ enum class CountedEncoding : std::uint8_t { Utf8, SingleByte, Utf16LittleEndian,
 /// Goes forward only. Lines end with a line feed, a carriage return, or both.
 class CTextPosition {
 public:
-    /// By a byte-order mark, or the zero bytes of UTF-16 without one; else UTF-8.
+    /// The encoding is told by a byte-order mark, the zero bytes of UTF-16 without one, or the declaration;
+    /// any but UTF-8 and UTF-16 counts a character for each byte.
     void Begin(std::string_view firstBytes) noexcept;
-    void SetEncoding(CountedEncoding encoding) noexcept { m_encoding = encoding; }
-    CountedEncoding GetEncoding() const noexcept { return m_encoding; }
+    /// Whatever the declaration says.
+    void SetUtf8() noexcept { m_encoding = CountedEncoding::Utf8; }
 
     /// Counts the bytes that follow those counted before.
     void Advance(std::string_view bytes) noexcept;

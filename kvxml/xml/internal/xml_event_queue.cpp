@@ -73,16 +73,19 @@ void CXmlEventQueue::OnDeclarePrefix(const char* prefix, const char* uri) {
 
 void CXmlEventQueue::OnStart(const char* name, const char** attributes, int specified) {
     if (++m_depth > m_maxDepth) throw CTreeLimitPassed{kTooDeep, m_maxDepth};
-    Event& event = Add(XmlEvent::StartElement);
-    event.name = Name(name);
-    event.firstDeclaration = m_declarations.size() - m_newDeclarations;
-    event.declarationCount = std::exchange(m_newDeclarations, 0);
-    event.firstAttribute = m_attributes.size();
+    // The event comes last: what is beyond a limit leaves none.
+    const CEventName* const known = Name(name);
+    const std::size_t firstAttribute = m_attributes.size();
     for (int i = 0; attributes[i] != nullptr; i += 2) {
         m_attributes.push_back(
             {Name(attributes[i]), Keep(attributes[i + 1], std::strlen(attributes[i + 1])), i >= specified});
     }
-    event.attributeCount = m_attributes.size() - event.firstAttribute;
+    Event& event = Add(XmlEvent::StartElement);
+    event.name = known;
+    event.firstDeclaration = m_declarations.size() - m_newDeclarations;
+    event.declarationCount = std::exchange(m_newDeclarations, 0);
+    event.firstAttribute = firstAttribute;
+    event.attributeCount = m_attributes.size() - firstAttribute;
 }
 
 void CXmlEventQueue::OnEnd() {

@@ -56,7 +56,10 @@ void CSchemaSources::Fault(const CSchemaSource& source, const CSchemaNode& node,
 void CSchemaSources::Add(const CSchemaRoot& root) {
     if (root.isHint) {
         const CResolvedLocation found = m_resolver.Resolve(root.hintNamespace, root.file, root.baseFile);
-        if (found.file.empty()) return;
+        if (found.file.empty()) {
+            if (m_remarks != nullptr) m_remarks->Add({root.baseFile, 0, 0, {}, found.problem, {}});
+            return;
+        }
         try {
             Read(found.file, found.text, found.text.data() != nullptr, {}, false);
         } catch (const CKvException&) {
