@@ -90,28 +90,28 @@ TEST(ElementInfoTest, NilChildrenAndAttributesOfSimpleElements) {
         return "Failed read all the elements held within the element [" + name +
                "]. The unexpected element [X] remains un processed\nPath: /Box/" + name;
     };
-    ExpectOutcomes(
-        model, {
-                   {"", title + "<Count xsi:nil='True'>x</Count>", "", ">" + title + nil},
-                   {"", title + "<Count xsi:nil='FALSE'>5</Count>", "", ">" + title + "<Count>5</Count>"},
-                   {"", title + "<Count xsi:nil='1'/>", "",
-                    "Unexpected Value [1] for 'nil' Attribute found.\nPath: /Box/Count/xsi:@nil"},
-                   {"", title + "<Count xsi:nil='yes'/>", "",
-                    "Unexpected Value [yes] for 'nil' Attribute found.\nPath: /Box/Count/xsi:@nil"},
-                   {"", "<Title xsi:nil='false'>t</Title>", "", ">" + title},
-                   {"", "<Title xsi:nil='0'>t</Title>", "", notNillable},
-                   {"", "<Title xsi:nil='1'>t</Title>", "", notNillable},
-                   {"", "<Title xsi:nil=''>t</Title>", "", notNillable},
-                   {"", "<Title xsi:schemaLocation='urn:fixture a.xsd'>t</Title>", "",
-                    unexpected + "Title/xsi:@schemaLocation"},
-                   {"", "<Title>t<X/></Title>", "", remains("Title")},
-                   {"", "<Title>t<X/></Title>", "e", ">" + title},
-                   {"", title + "<E>red<X/></E>", "", remains("E")},
-                   {"", "<Title xsi:type='string' x='1'>t</Title>", "", unexpected + "Title/xsi:@type"},
-                   {"", "<Title xsi:type='string' x='1'>t</Title>", "a", ">" + title},
-                   {"", title + "<E x='1'>red</E>", "", unexpected + "E/@x"},
-                   {"", title + "<Count>\n 100\t</Count>", "", ">" + title + "<Count>100</Count>"},
-               });
+    ExpectOutcomes(model,
+                   {
+                       {"", title + "<Count xsi:nil='True'>x</Count>", "", ">" + title + nil},
+                       {"", title + "<Count xsi:nil='FALSE'>5</Count>", "", ">" + title + "<Count>5</Count>"},
+                       {"", title + "<Count xsi:nil='1'/>", "",
+                        "Unexpected Value [1] for 'nil' Attribute found.\nPath: /Box/Count/xsi:@nil"},
+                       {"", title + "<Count xsi:nil='yes'/>", "",
+                        "Unexpected Value [yes] for 'nil' Attribute found.\nPath: /Box/Count/xsi:@nil"},
+                       {"", "<Title xsi:nil='false'>t</Title>", "", ">" + title},
+                       {"", "<Title xsi:nil='0'>t</Title>", "", notNillable},
+                       {"", "<Title xsi:nil='1'>t</Title>", "", notNillable},
+                       {"", "<Title xsi:nil=''>t</Title>", "", notNillable},
+                       {"", "<Title xsi:schemaLocation='urn:fixture a.xsd'>t</Title>", "",
+                        unexpected + "Title/xsi:@schemaLocation"},
+                       {"", "<Title>t<X/></Title>", "", remains("Title")},
+                       {"", "<Title>t<X/></Title>", "e", ">" + title},
+                       {"", title + "<E>red<X/></E>", "", remains("E")},
+                       {"", "<Title xsi:type='string' x='1'>t</Title>", "", unexpected + "Title/xsi:@type"},
+                       {"", "<Title xsi:type='string' x='1'>t</Title>", "a", ">" + title},
+                       {"", title + "<E x='1'>red</E>", "", unexpected + "E/@x"},
+                       {"", title + "<Count>\n 100\t</Count>", "", ">" + title + "<Count>100</Count>"},
+                   });
 }
 
 TEST(ElementInfoTest, ValuesAreCheckedBothWays) {
