@@ -14,7 +14,12 @@ bool IsSubstitutable(const CElementDeclaration& member, const CElementDeclaratio
     DerivationSet blocked = head.disallowedSubstitutions;
     for (const CTypeDefinition* type = member.typeDefinition; type != head.typeDefinition;
          type = type->baseTypeDefinition) {
-        if (type == nullptr) return false;
+        if (type == nullptr) {
+            // A member of a union is derived from it without a chain of bases.
+            const CSimpleTypeDefinition* const simple = head.typeDefinition->AsSimple();
+            if (simple == nullptr || simple->variety != CSimpleTypeDefinition::Variety::Union) return false;
+            break;
+        }
         if (const CComplexTypeDefinition* complex = type->AsComplex()) {
             steps |= complex->derivationMethod;
             if (type != member.typeDefinition) blocked |= complex->prohibitedSubstitutions;

@@ -144,13 +144,13 @@ void CContentAnalysis::ReportOverlap(const CParticle& a, const CParticle& b, con
     if (!m_overlaps.emplace(&earlier, &later).second) return;
     if (&a == &b) {
         return Report(m_faults, at.place,
-                      DescribeParticle(a) + " of " + DescribePlace(a.place, at.place) +
+                      "The " + DescribeParticle(a) + " of " + DescribePlace(a.place, at.place) +
                           " can take the same element at two places of the content, since its group is "
                           "referred to more than once.",
                       "cos-nonambig");
     }
     Report(m_faults, later.place,
-           DescribeParticle(later) + " and " + DescribeParticle(earlier) + " of " +
+           "The " + DescribeParticle(later) + " and the " + DescribeParticle(earlier) + " of " +
                DescribePlace(earlier.place, later.place) + " can take the same element.",
            "cos-nonambig");
 }
@@ -166,7 +166,7 @@ void CContentAnalysis::AddNames(Content& all, const Content& next) {
         const bool isFirstLater = one.particle->order > other.particle->order;
         const CSourcePlace& place = (isFirstLater ? one : other).particle->place;
         Report(m_faults, place,
-               "The element [" + std::string(a.name.localName) + "] has another type than that of " +
+               "The element " + ShownName(a.name) + " has another type than that of " +
                    DescribePlace((isFirstLater ? other : one).particle->place, place) + ".",
                "cos-element-consistent");
         return --left > 0;
@@ -326,17 +326,18 @@ void CContentAnalysis::AddToSequence(Content& all, const Content& next, const CP
 }
 
 void CContentAnalysis::Count(Content& all, const Content& part, const CParticle& at) {
+    all.isTooLarge = all.isTooLarge || part.isTooLarge;
+    if (all.isTooLarge) return;
     all.particles += part.particles;
     all.nesting = std::max(all.nesting, part.nesting + 1);
     if (all.particles <= kMaxContentParticles && all.nesting <= kMaxContentNesting) return;
+    all.isTooLarge = true;
     Report(m_faults, at.place,
            all.nesting > kMaxContentNesting
                ? "The content model is nested deeper than " + std::to_string(kMaxContentNesting) + " groups."
                : "With all references to groups the content model has more than " +
                      std::to_string(kMaxContentParticles) + " particles.",
            "");
-    all.particles = 1;
-    all.nesting = 0;
 }
 
 // --- content models ----------------------------------------------------------------------------------------

@@ -57,6 +57,7 @@ private:
         std::uint64_t maxRounds = 1;
         std::size_t particles = 1;  // with groups counted at each reference
         std::size_t nesting = 0;
+        bool isTooLarge = false;  // and that was told
     };
 
     const Content& Evaluate(const CModelGroup& group);
@@ -89,7 +90,7 @@ private:
     bool m_isUnused = false;
 };
 
-/// "The element [a]", "The wildcard [##other]", "The group [g]".
+/// "element [a]", "wildcard [##other]", "group [g]".
 std::string DescribeParticle(const CParticle& particle);
 /// "line 3, column 5", with the file when it is not that of `from`.
 std::string DescribePlace(const CSourcePlace& place, const CSourcePlace& from);

@@ -9,14 +9,14 @@ namespace KvXmlLib16::internal {
 
 std::string DescribeParticle(const CParticle& particle) {
     if (const CElementDeclaration* element = particle.AsElement())
-        return "The element [" + std::string(element->name.localName) + "]";
+        return "element " + ShownName(element->name);
     if (const CWildcard* wildcard = particle.AsWildcard()) {
         const std::string_view text = wildcard->namespaceText;
-        return "The wildcard [" + std::string(text.empty() ? "##any" : text) + "]";
+        return "wildcard [" + std::string(text.empty() ? "##any" : text) + "]";
     }
     if (particle.modelGroupDefinition != nullptr)
-        return "The group [" + std::string(particle.modelGroupDefinition->name.localName) + "]";
-    return "The group";
+        return "group " + ShownName(particle.modelGroupDefinition->name);
+    return "group";
 }
 
 std::string DescribePlace(const CSourcePlace& place, const CSourcePlace& from) {

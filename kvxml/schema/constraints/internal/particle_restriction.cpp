@@ -71,8 +71,6 @@ public:
         if (m_tree.IsTooLarge()) return kTooLarge;
         if (r == nullptr) return b == nullptr || b->IsEmptiable() ? nullptr : "rcase-Recurse.2";
         if (b == nullptr) return kForbidden;
-        // Whoever is of the ur-type takes everything in any way.
-        m_urWildcard = base->place.document == nullptr && b->kind == Kind::Wildcard ? b : nullptr;
         const char* const failure = Check(*r, *b, true);
         return m_tree.IsTooLarge() ? kTooLarge : failure;
     }
@@ -115,7 +113,6 @@ private:
     CRestrictionTree m_tree;
     CKeySets m_sets;
     CElementNames m_names;
-    const Node* m_urWildcard = nullptr;
     std::size_t m_depth = 0;
     std::unordered_map<std::pair<const Node*, const Node*>, const char*, PairHash> m_known[2];
 };
@@ -162,7 +159,8 @@ const char* CRestrictionCheck::CheckElement(const Node& r, const Node& b, bool w
         return !withRange || IsRangeOk(r, b) ? nullptr : "rcase-NSCompat.2";
     }
     if (b.kind == Kind::Element) {
-        if (&r.Element() != &b.Element() && IsSubstitutable(r.Element(), b.Element())) {
+        if (&r.Element() != &b.Element() && !b.Element().substitutionGroupMembers.empty() &&
+            IsSubstitutable(r.Element(), b.Element())) {
             // As a group of its own, against the choice of the members.
             return IsRangeOk(1, 1, b) && r.OccursOnce() ? nullptr : "rcase-RecurseLax.1";
         }
@@ -231,8 +229,8 @@ const char* CRestrictionCheck::CheckAgainstHead(const Node& r, const Node& b) {
 const char* CRestrictionCheck::NsSubset(const Node& r, const Node& b, bool withRange) const {
     if (withRange && !IsRangeOk(r, b)) return "rcase-NSSubset.1";
     if (!IsSubset(r.Wildcard(), b.Wildcard())) return "rcase-NSSubset.2";
-    if (&b != m_urWildcard && r.Wildcard().processContents < b.Wildcard().processContents)
-        return "rcase-NSSubset.3";
+    const bool isOfUrType = b.Wildcard().place.document == nullptr;
+    if (!isOfUrType && r.Wildcard().processContents < b.Wildcard().processContents) return "rcase-NSSubset.3";
     return nullptr;
 }
 
@@ -333,6 +331,9 @@ const char* CRestrictionCheck::MapAndSum(const Node& r, const Node& b) {
 }  // namespace
 
 bool IsParticleRestriction(const CParticle* restricted, const CParticle* base, const char** constraint) {
+    if (restricted != nullptr && base != nullptr && restricted->term == base->term &&
+        restricted->minOccurs >= base->minOccurs && restricted->maxOccurs <= base->maxOccurs)
+        return true;
     CRestrictionCheck check;
     const char* const failure = check.Check(restricted, base);
     if (constraint != nullptr) *constraint = failure;
