@@ -10,7 +10,7 @@ install(TARGETS kvxml kvxml-schema EXPORT kvxmlTargets
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/kvxml/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kvxml
         FILES_MATCHING PATTERN "*.h" PATTERN "internal" EXCLUDE)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}
-        FILES_MATCHING PATTERN "*.md")
+        FILES_MATCHING PATTERN "*.md" PATTERN "man" EXCLUDE)
 
 # --- find_package(kvxml) -----------------------------------------------------------------------
 install(EXPORT kvxmlTargets NAMESPACE kvxml:: DESTINATION ${KVXML_CMAKE_DIR})
