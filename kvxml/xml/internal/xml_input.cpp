@@ -58,7 +58,7 @@ void CXmlInput::ReadPlain(unsigned char* buffer, std::size_t length, std::size_t
         if (m_stream->bad()) throw CKvException("Failed to read from the stream.");
     } else {
         got = std::min(length, m_memory.size());
-        std::memcpy(buffer, m_memory.data(), got);
+        if (got != 0) std::memcpy(buffer, m_memory.data(), got);
         m_memory.remove_prefix(got);
     }
 }
