@@ -13,8 +13,8 @@
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/schema/model/fault.h"
-#include "kvxml/schema/model/schema_set.h"
 #include "kvxml/schema/model/schema_export.h"
+#include "kvxml/schema/model/schema_set.h"
 
 namespace KvXmlLib16 {
 
