@@ -358,7 +358,7 @@ bool CConversions::booleanFromString(std::string_view text, WhitespaceRule rule)
         if (text == "false") return false;
     }
     std::string scratch;
-    const std::string_view value = CWhitespaceUtils::ApplyRuleView(rule, text, scratch);
+    const std::string_view value = internal::ApplyRule(rule, text, scratch);
     if (internal::EqualsIgnoreAsciiCase(value, "true")) return true;
     if (internal::EqualsIgnoreAsciiCase(value, "false")) return false;
     if (value == "1") return true;
@@ -371,7 +371,7 @@ bool CConversions::booleanFromString(std::string_view text, WhitespaceRule rule)
 
 char CConversions::charFromString(std::string_view text, WhitespaceRule rule) {
     std::string scratch;
-    text = CWhitespaceUtils::ApplyRuleView(rule, text, scratch);
+    text = internal::ApplyRule(rule, text, scratch);
     if (text.size() == 1) return text[0];
     throw CKvInvalidValueException(
         FormatString("The value [%s] can not be a char as it is either empty of greater than 1 char long",
@@ -528,7 +528,7 @@ std::string CConversions::base64BinaryToString(const CBinaryData& value) {
 CBinaryData CConversions::hexBinaryFromString(std::string_view text, WhitespaceRule rule) {
     std::string scratch;
     CBinaryData value;
-    value.SetAsHexString(CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    value.SetAsHexString(internal::ApplyRule(rule, text, scratch));
     return value;
 }
 
@@ -538,7 +538,7 @@ CBinaryData CConversions::base64BinaryFromString(std::string_view text, Whitespa
         rule == CWhitespaceUtils::WhitespaceRule_Replace || rule == CWhitespaceUtils::WhitespaceRule_Collapse;
     std::string scratch;
     CBinaryData value;
-    value.SetAsBase64(leaveToDecoder ? text : CWhitespaceUtils::ApplyRuleView(rule, text, scratch));
+    value.SetAsBase64(leaveToDecoder ? text : internal::ApplyRule(rule, text, scratch));
     return value;
 }
 

@@ -14,6 +14,7 @@
 #include "kvxml/types/conversions.h"
 #include "kvxml/types/internal/facets.h"
 #include "kvxml/types/internal/item_traits.h"
+#include "kvxml/types/internal/whitespace.h"
 
 namespace KvXmlLib16 {
 
@@ -282,7 +283,7 @@ void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std
             // The space around a value is no part of what a pattern is matched against.
             const auto typed = Traits::FromString(value, kCollapse);
             std::string scratch;
-            Check(name, type, typed, CWhitespaceUtils::ApplyRuleView(kCollapse, value, scratch));
+            Check(name, type, typed, internal::ApplyRule(kCollapse, value, scratch));
         }
     });
     if (!isValueKind) CheckString(name, type, value);
@@ -291,7 +292,7 @@ void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std
 // The value is its own text, also when it is empty. It is in the local code page.
 void CPrimitiveRestrictions::CheckString(std::string_view name, ItemType type, std::string_view value) const {
     std::string scratch;
-    if (type != ItemType_char) value = CWhitespaceUtils::ApplyRuleView(m_facets->rule, value, scratch);
+    if (type != ItemType_char) value = internal::ApplyRule(m_facets->rule, value, scratch);
     const Checker check(*m_facets, name, value, [](std::string&) {});
     const auto& typed = m_facets->Typed<std::string>(
         type == ItemType_char ? type : ItemType_string, name, [&](TypedFacets<std::string>& made) {
