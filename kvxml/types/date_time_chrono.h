@@ -69,8 +69,11 @@ SplitSeconds Split(const std::chrono::duration<Rep, Period>& value) {
         const auto count = static_cast<std::int64_t>(value.count());
         if (count > kMost || count < -kMost) ThrowNoRoom();
     }
-    const auto seconds = std::chrono::floor<Seconds64>(value);
-    return {seconds.count(), std::chrono::duration_cast<std::chrono::nanoseconds>(value - seconds).count()};
+    // Towards zero first: the second below the least value need not be one that the type holds.
+    const auto seconds = std::chrono::duration_cast<Seconds64>(value);
+    const auto rest = std::chrono::duration_cast<std::chrono::nanoseconds>(value - seconds).count();
+    return rest < 0 ? SplitSeconds{seconds.count() - 1, rest + 1000000000}
+                    : SplitSeconds{seconds.count(), rest};
 }
 
 }  // namespace internal
