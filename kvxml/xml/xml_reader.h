@@ -107,8 +107,8 @@ public:
     /// 1 for the document element and its end, one more for each level; at text that of the element that
     /// holds it.
     std::uint32_t GetDepth() const noexcept;
-    /// "/orders/order[2]/sku": local names with positions among siblings of the same name where not the
-    /// first.
+    /// "/orders/o:order[2]/sku": names as the document has them, with positions among siblings of the same
+    /// name where not the first.
     std::string GetPath() const;
     /// Of the first character of the event. From 1; counted when asked for.
     std::uint64_t GetLine() const;

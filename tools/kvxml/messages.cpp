@@ -105,6 +105,10 @@ void SayException(const std::string& fileName) {
     Say(fileName, MessageOfException());
 }
 
+void SayException() {
+    Say(MessageOfException());
+}
+
 int Print(std::string_view text) {
     const bool isPrinted =
         std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;

@@ -31,6 +31,8 @@ void Say(const std::string& fileName, std::string_view message);
 
 /// Says what the exception that is being handled is about.
 void SayException(const std::string& fileName);
+/// The same where its message names the file.
+void SayException();
 
 /// Runs `action`; a failure is reported under the name of the file it is about.
 template <class Action>

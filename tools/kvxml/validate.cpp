@@ -345,7 +345,7 @@ int RunValidate(int argc, char** argv) {
             std::fputs(text.c_str(), stderr);
             if (schema == nullptr) return kRefused;
         } catch (...) {
-            SayException(options.schemas.front());
+            SayException();
             return kRefused;
         }
     }

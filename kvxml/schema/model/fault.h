@@ -34,7 +34,8 @@ public:
 
     void Add(CFault fault);
     bool IsEmpty() const noexcept { return m_count == 0; }
-    /// All faults, also those that were not kept.
+    /// All faults that were added, also those that were not kept; who adds them may stop when the list is
+    /// full.
     std::size_t GetCount() const noexcept { return m_count; }
     bool IsFull() const noexcept { return m_limit != 0 && m_count >= m_limit; }
     const std::vector<CFault>& GetFaults() const noexcept { return m_faults; }

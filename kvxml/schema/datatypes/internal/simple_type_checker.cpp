@@ -29,8 +29,6 @@ std::string NameOf(const CSimpleTypeDefinition& type) {
 
 class Checker : public CSimpleTypeChecker {
 public:
-    WhiteSpace GetWhiteSpace() const noexcept override { return facets.whiteSpace; }
-
     bool Check(std::string_view text, const IPrefixScope* scope, CCheckedValue* value, std::string* error,
                const char** constraint) const override {
         switch (variety) {

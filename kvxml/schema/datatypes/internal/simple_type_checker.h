@@ -64,7 +64,6 @@ public:
     /// costs more. `scope` may be null where no QName can occur.
     virtual bool Check(std::string_view text, const IPrefixScope* scope, CCheckedValue* value,
                        std::string* error, const char** constraint) const = 0;
-    virtual WhiteSpace GetWhiteSpace() const noexcept = 0;
     /// Values may be, or contain, an ID, IDREF or ENTITY.
     virtual bool MayHaveReferences() const noexcept = 0;
 };

@@ -9,10 +9,6 @@ namespace KvXmlLib16::internal {
 
 namespace {
 
-bool IsTrue(std::string_view text) noexcept {
-    return text == "true" || text == "1";
-}
-
 /// `form`, or else the default of the document, decides on the namespace of a local declaration.
 bool IsQualified(const CSchemaNode& node, bool byDefault) noexcept {
     const std::string_view form = node.Get("form");
@@ -36,8 +32,8 @@ void CComponentBuilder::FillElement(CElementDeclaration& element, At at) {
     const CSchemaNode& node = *at.node;
     constexpr DerivationSet kBlocks = Derivation_Extension | Derivation_Restriction | Derivation_Substitution;
     constexpr DerivationSet kFinals = Derivation_Extension | Derivation_Restriction;
-    element.isNillable = IsTrue(node.Get("nillable"));
-    element.isAbstract = IsTrue(node.Get("abstract"));
+    element.isNillable = node.IsTrue("nillable");
+    element.isAbstract = node.IsTrue("abstract");
     element.disallowedSubstitutions =
         node.Has("block") ? ReadDerivationSet(node.Get("block"), kBlocks) : at.source->blockDefault & kBlocks;
     if (element.isGlobal) {

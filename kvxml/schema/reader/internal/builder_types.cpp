@@ -7,10 +7,6 @@ namespace KvXmlLib16::internal {
 
 namespace {
 
-bool IsTrue(std::string_view text) noexcept {
-    return text == "true" || text == "1";
-}
-
 bool FacetOf(SchemaTag tag, FacetKind& kind) noexcept {
     switch (tag) {
         case SchemaTag::Length:
@@ -142,7 +138,7 @@ void CComponentBuilder::ReadFacets(CSimpleTypeDefinition& type, At at) {
         Begin(facet, {at.source, child});
         facet.facet = kind;
         facet.value = child->GetRaw("value");
-        facet.isFixed = IsTrue(child->Get("fixed"));
+        facet.isFixed = child->IsTrue("fixed");
         if (kind == FacetKind::Enumeration) facet.scope = child->scope;
         type.ownFacets.push_back(&facet);
     }
@@ -162,7 +158,7 @@ void CComponentBuilder::FillComplexType(CComplexTypeDefinition& type, At at) {
     Begin(type, at);
     constexpr DerivationSet kSet = Derivation_Extension | Derivation_Restriction;
     const CSchemaNode& node = *at.node;
-    type.isAbstract = IsTrue(node.Get("abstract"));
+    type.isAbstract = node.IsTrue("abstract");
     type.prohibitedSubstitutions =
         node.Has("block") ? ReadDerivationSet(node.Get("block"), kSet) : at.source->blockDefault & kSet;
     type.final =
@@ -170,13 +166,13 @@ void CComponentBuilder::FillComplexType(CComplexTypeDefinition& type, At at) {
     type.baseTypeDefinition = &m_store.AnyType();
     PendingContent pending;
     pending.at = at;
-    pending.isMixed = IsTrue(node.Get("mixed"));
+    pending.isMixed = node.IsTrue("mixed");
     if (const CSchemaNode* simple = node.Child(SchemaTag::SimpleContent)) {
         pending.isSimpleContent = true;
         FillSimpleContent(type, {at.source, simple}, pending);
     } else if (const CSchemaNode* complex = node.Child(SchemaTag::ComplexContent)) {
         type.hasComplexContentElement = true;
-        if (complex->Has("mixed")) pending.isMixed = IsTrue(complex->Get("mixed"));
+        if (complex->Has("mixed")) pending.isMixed = complex->IsTrue("mixed");
         FillComplexContent(type, {at.source, complex}, pending);
     } else {
         type.derivationMethod = Derivation_Restriction;

@@ -138,31 +138,6 @@ std::string_view TagName(SchemaTag tag) noexcept {
     return kTagNames[static_cast<std::size_t>(tag)];
 }
 
-std::string_view Collapse(std::string_view text, CSchemaStore& store) {
-    while (!text.empty() && IsBlank(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && IsBlank(text.back()))
-        text.remove_suffix(1);
-    const auto isBad = [&](std::size_t at) {
-        return IsBlank(text[at]) && (text[at] != ' ' || IsBlank(text[at + 1]));  // the last one is no blank
-    };
-    std::size_t at = 0;
-    while (at < text.size() && !isBad(at))
-        ++at;
-    if (at == text.size()) return text;
-    std::string result;
-    bool inBlank = false;
-    for (const char c : text) {
-        if (!IsBlank(c)) {
-            result += c;
-        } else if (!inBlank) {
-            result += ' ';
-        }
-        inBlank = IsBlank(c);
-    }
-    return store.Keep(result);
-}
-
 std::string_view CSchemaNode::GetRaw(std::string_view name) const noexcept {
     for (const CSchemaNodeAttribute& attribute : attributes) {
         if (attribute.localName == name && attribute.namespaceUri.empty()) return attribute.value;

@@ -91,6 +91,8 @@ struct CSchemaNode {
     /// The same, as it stands.
     std::string_view GetRaw(std::string_view name) const noexcept;
     bool Has(std::string_view name) const noexcept { return GetRaw(name).data() != nullptr; }
+    /// The attribute is there, and says yes.
+    bool IsTrue(std::string_view name) const noexcept { return Get(name) == "true" || Get(name) == "1"; }
     /// The first child with the tag; null when there is none.
     const CSchemaNode* Child(SchemaTag which) const noexcept;
 };
@@ -114,10 +116,6 @@ private:
     std::deque<CSchemaNode> m_nodes;
     const CSchemaNode* m_root = nullptr;
 };
-
-/// Blanks at both ends taken off, runs of them inside made one; `text` itself when there is nothing to do,
-/// else kept by the store.
-std::string_view Collapse(std::string_view text, CSchemaStore& store);
 
 }  // namespace internal
 }  // namespace KvXmlLib16
