@@ -15,6 +15,7 @@
 #include <string>
 
 #include "kvxml/xml/xml_text_writer.h"
+#include "tests/tools/command_test.h"
 #include "tools/kvxml/encoded_stream.h"
 #include "tools/kvxml/messages.h"
 #include "tools/kvxml/output.h"
@@ -33,45 +34,11 @@ std::string Repeat(const std::string& text, int count) {
     return all;
 }
 
-struct Result {
-    int status;
-    std::string output;
-    std::string errors;
-};
-
-std::string Read(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
-
-/// A folder of its own for each test, in which commands run; "$K" is the program.
-class KvxmlCommand : public testing::Test {
+class KvxmlCommand : public CommandTest {
 protected:
     void SetUp() override {
-        char folder[] = "/tmp/kvxml-test-XXXXXX";
-        ASSERT_NE(mkdtemp(folder), nullptr);
-        m_folder = folder;
-        fs::create_directory(Path("work"));
-        setenv("K", KVXML_TOOL, 1);
+        CommandTest::SetUp();
         Save("in.xml", kDocument);
-    }
-    void TearDown() override { fs::remove_all(m_folder); }
-
-    fs::path Path(const std::string& name) const { return m_folder / name; }
-    fs::path File(const std::string& name) const { return m_folder / "work" / name; }
-    void Save(const std::string& name, const std::string& text) const {
-        std::ofstream(File(name), std::ios::binary) << text;
-    }
-
-    Result Run(const std::string& command, const std::string& input = "") const {
-        std::ofstream(Path("input"), std::ios::binary) << input;
-        const std::string folder = m_folder.string();
-        const std::string all = "cd " + folder + "/work && { " + command + "\n} <" + folder + "/input >" +
-                                folder + "/output 2>" + folder + "/errors";
-        const int status = std::system(all.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), Read(Path("output")),
-                Read(Path("errors"))};
     }
 
     std::set<std::string> Files() const {
@@ -80,8 +47,6 @@ protected:
             names.insert(entry.path().filename().string());
         return names;
     }
-
-    fs::path m_folder;
 };
 
 TEST_F(KvxmlCommand, LaysOut) {

@@ -8,6 +8,8 @@
 #include <sstream>
 #include <string>
 
+#include "tests/tools/command_test.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -27,46 +29,17 @@ std::string Hinting(const std::string& location, const std::string& content = "<
            location + "'>" + content + "</s:s>";
 }
 
-struct Result {
-    int status;
-    std::string output;
-    std::string errors;
-};
-
-std::string Read(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
-
-class KvxmlValidate : public testing::Test {
+class KvxmlValidate : public CommandTest {
 protected:
     void SetUp() override {
-        char folder[] = "/tmp/kvxml-validate-XXXXXX";
-        ASSERT_NE(mkdtemp(folder), nullptr);
-        m_folder = folder;
-        fs::create_directories(m_folder / "work");
+        CommandTest::SetUp();
         Save("s.xsd", kSchema);
         Save("good.xml", kValid);
         Save("bad.xml", kInvalid);
     }
-    void TearDown() override { fs::remove_all(m_folder); }
-
-    void Save(const std::string& name, const std::string& text) const {
-        const fs::path path = m_folder / "work" / name;
-        fs::create_directories(path.parent_path());
-        std::ofstream(path, std::ios::binary) << text;
-    }
     Result Run(const std::string& arguments, const std::string& input = "") const {
-        std::ofstream(m_folder / "input", std::ios::binary) << input;
-        const std::string all = "cd " + m_folder.string() + "/work && '" KVXML_TOOL "' validate " +
-                                arguments + " <../input >../output 2>../errors";
-        const int status = std::system(all.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), Read(m_folder / "output"),
-                Read(m_folder / "errors")};
+        return CommandTest::Run("$K validate " + arguments, input);
     }
-
-    fs::path m_folder;
 };
 
 TEST_F(KvxmlValidate, TellsVerdictsAndFaults) {
