@@ -15,6 +15,7 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "kvxml/base/smart_ptr.h"
 #include "kvxml/export.h"
@@ -44,6 +45,10 @@ struct CEnumTable {
     const char* const* texts;
     std::int32_t count;
 };
+/// The text of a value; empty when it is none of the enumeration.
+KVXML_EXPORT const char* TextAt(const CEnumTable& table, std::int32_t value) noexcept;
+/// The value that has the text, compared byte by byte; -1 when none has.
+KVXML_EXPORT std::int32_t FindText(const CEnumTable& table, std::string_view text) noexcept;
 
 /// Facets of a simple type, those of all its steps of derivation together. Texts are UTF-8.
 struct CFacetTable {
@@ -337,5 +342,14 @@ struct CClassTable {
     /// What the runtime makes of the table, when it is first used.
     mutable std::atomic<const internal::CTableRecords*> records{nullptr};
 };
+
+/// Stands for the class of anyType as the head of a substitution group: every class is derived from it.
+extern KVXML_EXPORT const CClassTable kAnyClass;
+
+/// For `CClassTable::create`.
+template <class T>
+CTableClass* NewTableClass() {
+    return new T;
+}
 
 }  // namespace KvXmlLib16

@@ -11,6 +11,7 @@ struct Command {
 };
 
 int RunConvert(int argc, char** argv);
+int RunGenerate(int argc, char** argv);
 int RunValidate(int argc, char** argv);
 
 }  // namespace tool

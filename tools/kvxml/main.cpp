@@ -19,6 +19,7 @@ using namespace tool;
 
 constexpr Command kCommands[] = {
     {"convert", "Read a document and write it in another form", RunConvert},
+    {"generate", "Write C++ classes for a schema", RunGenerate},
     {"validate", "Judge documents by a schema, or a schema by itself", RunValidate},
 };
 

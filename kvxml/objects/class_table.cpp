@@ -1,0 +1,22 @@
+#include "kvxml/objects/class_table.h"
+
+namespace KvXmlLib16 {
+
+const CClassTable kAnyClass = {"anyType", "http://www.w3.org/2001/XMLSchema",
+                               nullptr,   nullptr,
+                               nullptr,   nullptr,
+                               nullptr,   0,
+                               0,         0,
+                               CClassTable::kNone};
+
+const char* TextAt(const CEnumTable& table, std::int32_t value) noexcept {
+    return value >= 0 && value < table.count ? table.texts[value] : "";
+}
+
+std::int32_t FindText(const CEnumTable& table, std::string_view text) noexcept {
+    for (std::int32_t i = 0; i < table.count; ++i)
+        if (text == table.texts[i]) return i;
+    return -1;
+}
+
+}  // namespace KvXmlLib16
