@@ -20,6 +20,7 @@ configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/kvxmlConfig.cmake.in
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/kvxmlConfigVersion.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/kvxmlConfig.cmake ${PROJECT_BINARY_DIR}/kvxmlConfigVersion.cmake
+              ${CMAKE_CURRENT_LIST_DIR}/KvxmlGenerate.cmake
         DESTINATION ${KVXML_CMAKE_DIR})
 
 # --- pkg-config --------------------------------------------------------------------------------
