@@ -36,7 +36,7 @@ class CXmlObjectBase;
 struct CClassTable;
 
 namespace internal {
-class CTableRecords;
+struct CTableRecords;
 }
 
 /// The texts of an enumeration; the value at position i of the C++ enumeration has the number i.
@@ -324,6 +324,7 @@ struct CClassTable {
         kRestriction = 4,  ///< `members` and `content` are all there is; else they come after those of `base`
         kMixed = 8,        ///< text may stand between the elements
         kAnonymous = 16,   ///< the type has no name: no xsi:type names it
+        kNillable = 32,    ///< roots: the element may be nil
     };
 
     const char* name;          ///< of the type; of the element for anonymous types and roots

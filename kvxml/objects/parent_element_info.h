@@ -10,7 +10,10 @@
 
 namespace KvXmlLib16 {
 class CXmlGeneratedClass;
+namespace internal {
+class CTableAccess;
 }
+}  // namespace KvXmlLib16
 
 namespace KvXmlLib16Data {
 
@@ -64,6 +67,7 @@ public:
 
 private:
     friend class KvXmlLib16::CXmlGeneratedClass;
+    friend class KvXmlLib16::internal::CTableAccess;
 
     // What the driver has found out about the class; filled on first use, the same whoever fills it.
     struct Facts {

@@ -9,6 +9,7 @@
 #include "kvxml/base/smart_ptr.h"
 #include "kvxml/export.h"
 #include "kvxml/objects/class_table.h"
+#include "kvxml/objects/nillable.h"
 #include "kvxml/objects/xml_generated_class.h"
 
 namespace KvXmlLib16 {
@@ -17,7 +18,7 @@ namespace KvXmlLib16 {
 /// read, copy and write it while none does.
 ///
 /// Copies of objects are made by Clone and CopyFrom; objects are compared by `==`.
-class KVXML_EXPORT CTableClass : public CXmlGeneratedClass {
+class KVXML_EXPORT CTableClass : public CXmlGeneratedClass, public INillable {
 public:
     CTableClass(const CTableClass&) = delete;
     CTableClass& operator=(const CTableClass&) = delete;
@@ -31,8 +32,8 @@ public:
 
     /// The element is written as nil, with its attributes only (`xsi:nil`). Only where the schema lets the
     /// element be nil; what else it holds is not written.
-    bool IsNil() const noexcept { return m_isNil; }
-    void SetNil(bool isNil) noexcept { m_isNil = isNil; }
+    bool IsNil() const noexcept override { return m_isNil; }
+    void SetNil(bool isNil) noexcept override { m_isNil = isNil; }
 
 protected:
     /// Null: the object is written under the name of the member that holds it, or of its class.
@@ -92,13 +93,11 @@ protected:
 
 private:
     friend class CMemberPlace;
-    friend class internal::CTableRecords;
+    friend class internal::CTableAccess;
     template <class T>
     friend class CObjectsOf;
     template <class T>
     friend class CValuesOf;
-    friend class CTableReader;
-    friend class CTableWriter;
 
     bool IsSetFar(std::uint16_t bit) const noexcept;
     void MarkSetFar(std::uint16_t bit, bool isSet);

@@ -15,6 +15,10 @@
 
 namespace KvXmlLib16 {
 
+namespace internal {
+struct CTableMember;
+}
+
 /// The objects that a repeated member may hold, made when the first one is added. Owned by the object that
 /// has the member; the collection is for generated code and the views below.
 class KVXML_EXPORT CTableObjects final : public CXmlCollection {
@@ -36,7 +40,7 @@ protected:
     CSmartPtr<CXmlObjectBase> NewItemLike(const CXmlObjectBase& item) const override;
 
 private:
-    const CMember& m_member;
+    const internal::CTableMember& m_member;
 };
 
 namespace internal {

@@ -29,6 +29,7 @@ struct KvVariant;
 
 namespace internal {
 class CObjectGraph;
+class CTableAccess;
 void CheckFacets(const CPrimitiveRestrictions& restrictions, std::string_view name, const KvVariant& value,
                  std::string_view lexical);
 }  // namespace internal
@@ -199,6 +200,7 @@ public:
 
 private:
     friend class internal::CObjectGraph;
+    friend class internal::CTableAccess;
     friend void internal::CheckFacets(const CPrimitiveRestrictions& restrictions, std::string_view name,
                                       const KvVariant& value, std::string_view lexical);
 

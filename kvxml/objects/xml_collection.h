@@ -97,6 +97,7 @@ protected:
 
 private:
     friend class internal::CObjectGraph;
+    friend class internal::CTableAccess;
     friend class internal::CWriteFailure;
 
     void Swap(CXmlCollection& other) noexcept;

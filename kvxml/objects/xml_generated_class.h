@@ -129,6 +129,7 @@ private:
     friend class internal::CObjectGraph;
     friend class internal::CMemberAccess;
     friend class internal::CSubstitution;
+    friend class internal::CTableAccess;
     friend class internal::CWriteFailure;
 
     class RecordOfferer;
@@ -149,6 +150,11 @@ private:
     void SetIncompleteAt(const CXmlElement* parent, const CXmlElement* at) noexcept;
     void WriteContent(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
                       const CSerializationContext& context, bool suppressChoiceError) const;
+    /// The start tag, and before the document element and in it what the context adds.
+    void WriteStart(CXmlWriter* writer, bool isRoot, std::string_view name, std::string_view namespaceUri,
+                    const CSerializationContext& context) const;
+    /// In the document element, after its attributes. Returns what is to be written as content; empty: none.
+    static std::string_view WriteInLineSchema(CXmlWriter* writer, const CSerializationContext& context);
     void CheckNoneRemains(const CSerializationContext& context, const CXmlElement& parent,
                           CXmlElement*& cursor) const;
     void WriteAdditionalAttributes(const CAttributeCol& attributes, CXmlWriter* writer,

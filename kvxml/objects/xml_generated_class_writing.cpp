@@ -45,42 +45,49 @@ std::string_view CXmlGeneratedClass::EffectiveElementName() const {
     return name.empty() ? std::string_view(GetClassInfo()->GetElementName()) : name;
 }
 
+void CXmlGeneratedClass::WriteStart(CXmlWriter* writer, bool isRoot, std::string_view name,
+                                    std::string_view namespaceUri,
+                                    const CSerializationContext& context) const {
+    if (isRoot) {
+        for (const std::string& instruction : context.GetProcessingInstructions())
+            writer->WriteRaw(instruction);
+        for (const auto& [uri, alias] : context.GetNamespaceAliases())
+            writer->AddNamespaceAlias(alias, uri);
+        const std::string& defaultNamespace = context.GetDefaultNamespaceURIRef();
+        if (!defaultNamespace.empty()) writer->SetDefaultNamespace(defaultNamespace);
+    }
+    if (writer->GetDepth() >=
+        static_cast<std::int64_t>(internal::OrUnlimited(context.GetMaxElementDepth()))) {
+        throw CKvException(FormatString("The elements are nested deeper than the limit of %u.",
+                                        context.GetMaxElementDepth()));
+    }
+    writer->WriteStartElement(name, namespaceUri);
+    if (!isRoot) return;
+    if (const CAttributeCol* attributes = context.FindAdditionalRootAttributes())
+        WriteAdditionalAttributes(*attributes, writer, context);
+}
+
+std::string_view CXmlGeneratedClass::WriteInLineSchema(CXmlWriter* writer,
+                                                       const CSerializationContext& context) {
+    const std::string& schema = context.GetInLineSchemaRef();
+    if (internal::BeginsAsMarkup(schema)) return schema;
+    if (!schema.empty()) writer->WriteRawAfterSpace(schema);
+    return {};
+}
+
 void CXmlGeneratedClass::WriteContent(CXmlWriter* writer, bool isRoot, const char* namespaceUri,
                                       const CSerializationContext& context, bool suppressChoiceError) const {
     const CParentElementInfo& record = *GetClassInfo();
     const bool hasTag = record.GetElementType() == XmlElementType_Element;
-    if (hasTag) {
-        if (isRoot) {
-            for (const std::string& instruction : context.GetProcessingInstructions()) {
-                writer->WriteRaw(instruction);
-            }
-            for (const auto& [uri, alias] : context.GetNamespaceAliases())
-                writer->AddNamespaceAlias(alias, uri);
-            const std::string& defaultNamespace = context.GetDefaultNamespaceURIRef();
-            if (!defaultNamespace.empty()) writer->SetDefaultNamespace(defaultNamespace);
-        }
-        if (writer->GetDepth() >=
-            static_cast<std::int64_t>(internal::OrUnlimited(context.GetMaxElementDepth()))) {
-            throw CKvException(FormatString("The elements are nested deeper than the limit of %u.",
-                                            context.GetMaxElementDepth()));
-        }
-        writer->WriteStartElement(EffectiveElementName(), namespaceUri);
-        if (isRoot) {
-            if (const CAttributeCol* attributes = context.FindAdditionalRootAttributes())
-                WriteAdditionalAttributes(*attributes, writer, context);
-        }
-    }
+    if (hasTag) WriteStart(writer, isRoot, EffectiveElementName(), namespaceUri, context);
     // The owner's start tag has the attributes of a pseudo element already.
     if (record.GetElementType() != XmlElementType_PseudoElement) AttributesToXml_Int(writer, context);
-    const std::string& schema = context.GetInLineSchemaRef();
-    const bool hasSchema = isRoot && !schema.empty();
-    const bool isSchemaContent = hasSchema && internal::BeginsAsMarkup(schema);
-    if (hasSchema && !isSchemaContent) writer->WriteRawAfterSpace(schema);
+    const std::string_view schema = isRoot ? WriteInLineSchema(writer, context) : std::string_view();
     if (IsWrittenNil()) {
         writer->WriteNilAttribute();
     } else {
         const int valueIndex = record.GetPrimitiveValuePropertyIndex();
-        if (isSchemaContent) writer->WriteRawContent(schema, valueIndex == -1);
+        if (!schema.empty()) writer->WriteRawContent(schema, valueIndex == -1);
         switch (record.GetElementGroupType()) {
             case XmlElementGroupType_Sequence:
                 ProcessElementSeqToXml(context, GetClassElementInfo(), writer);

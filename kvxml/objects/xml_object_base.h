@@ -44,6 +44,7 @@ class CXmlWriter;
 namespace internal {
 class CObjectGraph;
 class CSubstitution;
+class CTableAccess;
 class CWriteFailure;
 }  // namespace internal
 
@@ -354,6 +355,7 @@ private:
     friend class KvXmlLib16Data::CElementInfo;
     friend class internal::CObjectGraph;
     friend class internal::CSubstitution;
+    friend class internal::CTableAccess;
     friend class internal::CWriteFailure;
 
     void ReadXmlText(std::string_view xml, const CSerializationContext& context);

@@ -23,6 +23,12 @@ CXmlTypeCollection::CXmlTypeCollection(ItemType type, const char* elementName, c
       m_restrictions(pattern, minLength, maxLength, minInclusive, maxInclusive, minExclusive, maxExclusive,
                      length, totalDigits, fractionDigits, rule, enumeration) {}
 
+CXmlTypeCollection::CXmlTypeCollection(ItemType type, const char* elementName, const char* ns, int minOccurs,
+                                       int maxOccurs, const CPrimitiveRestrictions& restrictions)
+    : CXmlCollectionBase(elementName, ns, minOccurs, maxOccurs),
+      m_itemType(type),
+      m_restrictions(restrictions) {}
+
 CXmlTypeCollection::CXmlTypeCollection(const CXmlTypeCollection&) = default;
 CXmlTypeCollection& CXmlTypeCollection::operator=(const CXmlTypeCollection&) = default;
 CXmlTypeCollection::CXmlTypeCollection(CXmlTypeCollection&& other) noexcept

@@ -28,6 +28,9 @@ public:
     ~CXmlTypeCollection() override;
 
 protected:
+    /// The same with facets that there are already.
+    CXmlTypeCollection(ItemType type, const char* elementName, const char* ns, int minOccurs, int maxOccurs,
+                       const CPrimitiveRestrictions& restrictions);
     CXmlTypeCollection(const CXmlTypeCollection&);
     CXmlTypeCollection& operator=(const CXmlTypeCollection&);
     /// The facets are in both then.

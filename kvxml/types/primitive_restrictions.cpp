@@ -72,7 +72,7 @@ public:
     }
 
     void Pattern() const {
-        if (m_facets.pattern.empty()) return;
+        if (m_facets.patterns.empty()) return;
         if (!m_lexical.empty()) return Pattern(m_lexical, internal::IsAllAscii(m_lexical));
         std::string text;
         m_makeText(text);
@@ -80,11 +80,11 @@ public:
     }
     /// `text` is in UTF-8.
     void Pattern(std::string_view text, bool isAscii) const {
-        if (m_facets.pattern.empty()) return;
-        const CXsdRegex::Result result = m_facets.Regex().Match(text, isAscii);
-        if (result == CXsdRegex::Result::NoMatch) Fail("pattern", m_facets.pattern);
-        if (result == CXsdRegex::Result::LimitExceeded) {
-            Fail("pattern", m_facets.pattern + "] [the match takes too many steps");
+        for (std::size_t i = 0; i < m_facets.patterns.size(); ++i) {
+            const CXsdRegex::Result result = m_facets.Regex(i).Match(text, isAscii);
+            if (result == CXsdRegex::Result::NoMatch) Fail("pattern", m_facets.patterns[i]);
+            if (result == CXsdRegex::Result::LimitExceeded)
+                Fail("pattern", m_facets.patterns[i] + "] [the match takes too many steps");
         }
     }
 
@@ -249,7 +249,7 @@ CPrimitiveRestrictions::CPrimitiveRestrictions(const char* pattern, std::int32_t
         minLength >= 0 || maxLength >= 0 || length >= 0 || totalDigits >= 0 || fractionDigits >= 0;
     if (!anyText && !anyNumber) return;
     auto facets = std::make_shared<Facets>();
-    facets->pattern = OrEmpty(pattern);
+    if (m_hasPattern) facets->patterns.emplace_back(pattern);
     facets->minLength = minLength;
     facets->maxLength = maxLength;
     facets->length = length;
@@ -266,6 +266,18 @@ CPrimitiveRestrictions::CPrimitiveRestrictions(const char* pattern, std::int32_t
     }
     facets->rule = rule;
     m_facets = std::move(facets);
+}
+
+CPrimitiveRestrictions CPrimitiveRestrictions::WithPatterns(const char* const* patterns,
+                                                            std::int32_t count) const {
+    CPrimitiveRestrictions result(*this);
+    if (count <= 0) return result;
+    auto facets = m_facets == nullptr ? std::make_shared<Facets>() : m_facets->CopyOfTexts();
+    facets->rule = m_rule;
+    facets->patterns.insert(facets->patterns.end(), patterns, patterns + count);
+    result.m_facets = std::move(facets);
+    result.m_hasPattern = true;
+    return result;
 }
 
 // --- checks -----------------------------------------------------------------------------------------------

@@ -68,6 +68,8 @@ public:
                            const char* maxExclusive, std::int32_t length, std::int32_t totalDigits,
                            std::int32_t fractionDigits, CWhitespaceUtils::WhitespaceRule rule,
                            const char* enumeration);
+    /// The same facets and patterns besides, each of which must match too.
+    CPrimitiveRestrictions WithPatterns(const char* const* patterns, std::int32_t count) const;
     CPrimitiveRestrictions(const CPrimitiveRestrictions& other) noexcept;
     CPrimitiveRestrictions(CPrimitiveRestrictions&& other) noexcept;
     CPrimitiveRestrictions& operator=(const CPrimitiveRestrictions& other) noexcept;

@@ -12,9 +12,29 @@ Facets::~Facets() {
     }
 }
 
-std::shared_ptr<const CXsdRegex> Facets::Compile(std::string_view name) const {
+std::shared_ptr<Facets> Facets::CopyOfTexts() const {
+    auto copy = std::make_shared<Facets>();
+    copy->patterns = patterns;
+    copy->minLength = minLength;
+    copy->maxLength = maxLength;
+    copy->length = length;
+    copy->minInclusive = minInclusive;
+    copy->maxInclusive = maxInclusive;
+    copy->minExclusive = minExclusive;
+    copy->maxExclusive = maxExclusive;
+    copy->totalDigits = totalDigits;
+    copy->fractionDigits = fractionDigits;
+    copy->enumeration = enumeration;
+    copy->rule = rule;
+    return copy;
+}
+
+std::vector<std::shared_ptr<const CXsdRegex>> Facets::Compile(std::string_view name) const {
     try {
-        return CXsdRegex::Get(IsLocalUtf8() ? pattern : LocalToUtf8(pattern));
+        std::vector<std::shared_ptr<const CXsdRegex>> regexes;
+        for (const std::string& pattern : patterns)
+            regexes.push_back(CXsdRegex::Get(IsLocalUtf8() ? pattern : LocalToUtf8(pattern)));
+        return regexes;
     } catch (const CKvException& e) {
         throw CKvException(e.GetMessage(),
                            CKvInvalidParamException("Invalid Facet of " + std::string(name) + ": pattern."));

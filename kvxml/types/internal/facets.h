@@ -77,7 +77,9 @@ struct Facets {
     ~Facets();
 
     /// After Typed.
-    const CXsdRegex& Regex() const { return *m_regex; }
+    const CXsdRegex& Regex(std::size_t index) const { return *m_regexes[index]; }
+    /// The same facets, of which nothing is made yet.
+    std::shared_ptr<Facets> CopyOfTexts() const;
 
     /// `fill` reads the texts and refuses facets that make no sense. A kind has only one T.
     template <class T, class Fill>
@@ -86,7 +88,7 @@ struct Facets {
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (const auto* const known = Find<T>(type)) return *known;
         CWhitespaceUtils::ApplyRule(rule, {});  // refuses a value that is no rule
-        if (!pattern.empty() && m_regex == nullptr) m_regex = Compile(name);
+        if (m_regexes.size() < patterns.size()) m_regexes = Compile(name);
         auto typed = std::make_unique<TypedFacets<T>>(type);
         fill(*typed);
         typed->next = m_typed.load(std::memory_order_relaxed);
@@ -95,7 +97,7 @@ struct Facets {
         return *result;
     }
 
-    std::string pattern;
+    std::vector<std::string> patterns;  // each must match
     std::int32_t minLength = CPrimitiveRestrictions::kNotSet;
     std::int32_t maxLength = CPrimitiveRestrictions::kNotSet;
     std::int32_t length = CPrimitiveRestrictions::kNotSet;
@@ -118,10 +120,10 @@ private:
         return nullptr;
     }
 
-    std::shared_ptr<const CXsdRegex> Compile(std::string_view name) const;
+    std::vector<std::shared_ptr<const CXsdRegex>> Compile(std::string_view name) const;
 
     mutable std::mutex m_mutex;
-    mutable std::shared_ptr<const CXsdRegex> m_regex;
+    mutable std::vector<std::shared_ptr<const CXsdRegex>> m_regexes;
     mutable std::atomic<const TypedFacetsBase*> m_typed{nullptr};
 };
 
