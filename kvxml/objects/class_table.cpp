@@ -1,5 +1,7 @@
 #include "kvxml/objects/class_table.h"
 
+#include "kvxml/objects/table_class.h"
+
 namespace KvXmlLib16 {
 
 const CClassTable kAnyClass = {"anyType", "http://www.w3.org/2001/XMLSchema",
@@ -17,6 +19,16 @@ std::int32_t FindText(const CEnumTable& table, std::string_view text) noexcept {
     for (std::int32_t i = 0; i < table.count; ++i)
         if (text == table.texts[i]) return i;
     return -1;
+}
+
+CSmartPtr<CTableClass> NewRootOf(const CClassTable* const* tables, std::size_t count,
+                                 std::string_view namespaceUri, std::string_view localName) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const CClassTable& table = *tables[i];
+        if (table.create != nullptr && localName == table.name && namespaceUri == table.namespaceUri)
+            return table.create();
+    }
+    return nullptr;
 }
 
 }  // namespace KvXmlLib16

@@ -13,6 +13,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -346,6 +347,11 @@ struct CClassTable {
 
 /// Stands for the class of anyType as the head of a substitution group: every class is derived from it.
 extern KVXML_EXPORT const CClassTable kAnyClass;
+
+/// An object for documents whose root has the name: of the first of the tables that is called so; null when
+/// none is.
+KVXML_EXPORT CSmartPtr<CTableClass> NewRootOf(const CClassTable* const* tables, std::size_t count,
+                                              std::string_view namespaceUri, std::string_view localName);
 
 /// For `CClassTable::create`.
 template <class T>

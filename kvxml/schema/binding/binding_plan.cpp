@@ -4,12 +4,6 @@
 
 namespace KvXmlLib16 {
 
-bool CFacetPlan::IsEmpty() const noexcept {
-    return patterns.empty() && length == -1 && minLength == -1 && maxLength == -1 && totalDigits == -1 &&
-           fractionDigits == -1 && minInclusive.empty() && maxInclusive.empty() && minExclusive.empty() &&
-           maxExclusive.empty() && enumeration.empty();
-}
-
 CBindingPlan::CBindingPlan(std::shared_ptr<const CSchemaSet> schema) : m_schema(std::move(schema)) {}
 
 CBindingPlan::~CBindingPlan() = default;

@@ -45,7 +45,11 @@ struct CFacetPlan {
     std::string maxExclusive;
     std::vector<std::string> enumeration;
 
-    bool IsEmpty() const noexcept;
+    bool IsEmpty() const noexcept {
+        return patterns.empty() && enumeration.empty() && length == -1 && minLength == -1 &&
+               maxLength == -1 && totalDigits == -1 && fractionDigits == -1 && minInclusive.empty() &&
+               maxInclusive.empty() && minExclusive.empty() && maxExclusive.empty();
+    }
 };
 
 /// How the values of a simple type are held.

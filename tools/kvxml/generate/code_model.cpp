@@ -91,6 +91,7 @@ CCodeModel::CCodeModel(std::shared_ptr<const CBindingPlan> plan, const CodeOptio
         m_scopes[uri] = name;
         m_scopeNames.Reserve(name);
     }
+    m_mainScope = ScopeOf(m_plan->GetSchema().GetDocuments().front()->targetNamespace);
     NameClasses();
     NameGroups();
     NameEnumerations();
@@ -284,6 +285,16 @@ void CCodeModel::NameMember(CppClass& one, CppMember& member) {
     if (plan.kind == Kind::Attribute && one.names.Has(wanted)) wanted += "Attribute";
     member.name = one.names.Take(wanted);
     member.variable = ToMemberVariable(member.name);
+}
+
+std::vector<const CppClass*> CCodeModel::GetRoots() const {
+    std::vector<const CppClass*> roots;
+    for (const CppClass* const one : m_order) {
+        const CClassPlan& plan = *one->plan;
+        if (plan.element != nullptr && plan.owner == nullptr && !plan.isAbstract && plan.element->isGlobal)
+            roots.push_back(one);
+    }
+    return roots;
 }
 
 std::string CCodeModel::ValueType(const CValuePlan& value) const {

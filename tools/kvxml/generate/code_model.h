@@ -67,6 +67,10 @@ public:
     const CppEnum& EnumOf(const CEnumPlan& plan) const { return *m_byEnum.at(&plan); }
     /// Type of one value in C++: "std::string", "std::int32_t", "Orders::EStatusType".
     std::string ValueType(const CValuePlan& value) const;
+    /// Classes of global elements.
+    std::vector<const CppClass*> GetRoots() const;
+    /// Namespace of C++ of what concerns the whole schema: that of its first document.
+    const std::string& MainScope() const noexcept { return m_mainScope; }
     /// Renames that named nothing in the schema.
     std::vector<std::string> GetUnusedRenames() const;
 
@@ -84,6 +88,7 @@ private:
 
     std::shared_ptr<const CBindingPlan> m_plan;
     const CodeOptions& m_options;
+    std::string m_mainScope;
     std::map<std::string, std::string, std::less<>> m_scopes;
     CNameScope m_scopeNames;
     std::map<std::string, CNameScope> m_names;  // by namespace of C++

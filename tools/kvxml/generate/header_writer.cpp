@@ -114,7 +114,7 @@ void CClassWriter::Write() {
 
 void CClassWriter::WriteConstructor() {
     const CClassPlan& plan = *m_class.plan;
-    const std::string base = m_class.base == nullptr ? "CTableClass" : m_class.base->name;
+    const std::string base = m_class.base == nullptr ? "CTableClass" : m_class.base->Qualified();
     if (plan.kind == CClassPlan::Kind::Root) {
         Line(m_class.name + "() : " + base + "(" + ToLiteral(plan.xmlName.localName) + ") {}");
         return;
@@ -374,7 +374,14 @@ std::string WriteHeader(const CCodeModel& model, const CodeOptions& options) {
         text.In(one->scope);
         CClassWriter(model, *one, text).Write();
     }
-    text.In({});
+    if (!model.GetRoots().empty()) {
+        text.In(model.MainScope());
+        text.Line(
+            "\n/// An object for documents whose root has the name; null when the schema has no such "
+            "element.");
+        text.Line("KvXmlLib16::CSmartPtr<KvXmlLib16::CTableClass> NewRoot(std::string_view namespaceUri,");
+        text.Line("                                                      std::string_view localName);");
+    }
     for (const CppClass* const one : model.GetClasses())
         CClassWriter(model, *one, text).WriteBodies();
     return text.Take();

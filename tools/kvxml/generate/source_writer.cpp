@@ -90,6 +90,7 @@ private:
     std::string TableOf(const CMemberPlan& plan);
     void WriteEnum(const CppEnum& one);
     void WriteClass(const CppClass& one);
+    void WriteRoots();
     std::string Create(const CppClass& one);
     std::string Flags(const CppClass& one);
 
@@ -308,6 +309,18 @@ void CSourceWriter::WriteClass(const CppClass& one) {
                 "::GetClassTable() const noexcept {\n    return kTable;\n}");
 }
 
+void CSourceWriter::WriteRoots() {
+    std::string list;
+    for (const CppClass* const one : m_model.GetRoots())
+        list += (list.empty() ? "&" : ", &") + one->Qualified() + "::kTable";
+    if (list.empty()) return;
+    const std::string roots = Constant("kRoots", "const CClassTable*", "[] = {" + list + "}");
+    m_text.In(m_model.MainScope());
+    m_text.Line(
+        "\nCSmartPtr<CTableClass> NewRoot(std::string_view namespaceUri, std::string_view localName) {");
+    m_text.Line("    return NewRootOf(" + roots + ", std::size(" + roots + "), namespaceUri, localName);\n}");
+}
+
 std::string CSourceWriter::Write(unsigned part) {
     const auto isMine = [&](std::size_t index, std::size_t count) {
         return index * m_options.parts / (count == 0 ? 1 : count) == part;
@@ -318,8 +331,10 @@ std::string CSourceWriter::Write(unsigned part) {
         if (isMine(i, enums.size())) WriteEnum(*enums[i]);
     for (std::size_t i = 0; i < classes.size(); ++i)
         if (isMine(i, classes.size())) WriteClass(*classes[i]);
+    if (part == 0) WriteRoots();
     const std::string body = m_text.Take();
-    std::string text = "// " + m_options.banner + "\n#include \"" + m_options.name + ".h\"\n";
+    std::string text =
+        "// " + m_options.banner + "\n#include \"" + m_options.name + ".h\"\n\n#include <iterator>\n";
     const std::size_t first = body.find('\n') + 1;  // after the banner
     text += "\nusing namespace KvXmlLib16;\n";
     if (!m_constantText.empty()) text += "\nnamespace {\n\n" + m_constantText + "\n}  // namespace\n";
