@@ -311,8 +311,9 @@ void ExpectRoundTrip(const std::string& document, const std::string& written) {
     const CSmartPtr<T> other(new T());
     other->FromXml(object->ToXml());
     EXPECT_TRUE(*object == *other) << object->ToXml();
-    ASSERT_EQ(ErrorOf([&] { other->FromJson(object->ToJson()); }), "(no error)") << object->ToJson();
-    EXPECT_TRUE(*object == *other) << object->ToJson() << Written(*other);
+    const std::string json = object->ToJson(false, EOLType_LF, Writing());
+    ASSERT_EQ(ErrorOf([&] { other->FromJson(json); }), "(no error)") << json;
+    EXPECT_TRUE(*object == *other) << json << Written(*other);
     other->FromXmlStream(object->ToFastInfosetStream());
     EXPECT_TRUE(*object == *other);
     EXPECT_TRUE(*object == *Clone(*object));
