@@ -183,7 +183,11 @@ void CTableClass::AccessProperty(int propertyIndex, bool read, KvVariant& value)
     if (propertyIndex < 0 || static_cast<std::size_t>(propertyIndex) >= members.size()) return;
     const CTableMember& record = members[static_cast<std::size_t>(propertyIndex)];
     if (read) {
-        if (IsMemberUsed(*this, record)) internal::GetMember(*this, record, value);
+        const CMemberPlace& place = record.member->place;
+        const bool isThere = place.GetKind() == CMemberPlace::Kind::Collection
+                                 ? place.Collection(*this) != nullptr
+                                 : IsMemberUsed(*this, record);
+        if (isThere) internal::GetMember(*this, record, value);
     } else {
         internal::SetMember(*this, record, value);
     }

@@ -7,6 +7,7 @@
 #include "kvxml/objects/clone.h"
 #include "kvxml/objects/internal/object_graph.h"
 #include "kvxml/objects/nillable.h"
+#include "kvxml/objects/table_class.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/prefix_list.h"
 
@@ -132,7 +133,8 @@ private:
         const CXmlCollectionBase& source = *value.PeekXmlCollection();
         CXmlCollectionBase* list = own.PeekXmlCollection();
         KvVariant made;
-        if (list == nullptr && !source.empty()) {
+        // An empty list may be a value.
+        if (list == nullptr && (!source.empty() || dynamic_cast<const CTableClass*>(&target) != nullptr)) {
             target.AccessProperty(index, false, made);
             made.Clear();
             target.ReadProperty(index, made);

@@ -8,6 +8,7 @@
 
 #include "kvxml/base/exceptions.h"
 #include "kvxml/objects/internal/object_graph.h"
+#include "kvxml/objects/internal/table_objects.h"
 #include "kvxml/objects/nillable.h"
 #include "kvxml/types/internal/item_traits.h"
 
@@ -96,6 +97,8 @@ private:
         if (a.IsNillableClass(*a.GetClassInfo()) &&
             dynamic_cast<const INillable&>(a).IsNil() != dynamic_cast<const INillable&>(b).IsNil())
             return false;
+        const auto* const table = dynamic_cast<const CTableClass*>(&a);
+        if (table != nullptr && !HaveSameLists(*table, static_cast<const CTableClass&>(b))) return false;
         const std::uint64_t usedA = a.GetUsedProperties();
         const std::uint64_t usedB = b.GetUsedProperties();
         bool isEqual = true;

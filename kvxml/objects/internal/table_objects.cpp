@@ -63,6 +63,13 @@ void GetMember(const CTableClass& object, const CTableMember& record, KvVariant&
     if (member.nilBit != CMember::kNoBit && CTableAccess::IsSet(object, member.nilBit)) value.SetNil();
 }
 
+bool HaveSameLists(const CTableClass& a, const CTableClass& b) {
+    for (const CTableMember& member : CTableRecords::Of(a.GetClassTable()).members) {
+        if (member.IsList() && IsMemberUsed(a, member) != IsMemberUsed(b, member)) return false;
+    }
+    return true;
+}
+
 void SetMember(CTableClass& object, const CTableMember& record, KvVariant& value) {
     const CMember& member = *record.member;
     switch (member.place.GetKind()) {
@@ -127,17 +134,17 @@ const CTableName* CTableObjectRules::NameFor(const CTableMember& member, const C
         if (substitute.name.localName == name) return &substitute;
     }
     const CClassTable& table = object.GetClassTable();
+    if (&table == member.own.classTable && !member.member->isAbstract) return &member.own;
     for (const CTableName& substitute : member.substitutes) {
         if (substitute.classTable == &table) return &substitute;
     }
+    if (!member.member->isAbstract) return &member.own;
     const CClassTable& type = CTableRecords::TypeOf(table);
-    if (!member.member->isAbstract && &type == &CTableRecords::TypeOf(*member.member->classTable))
-        return &member.own;
     for (const CTableName& substitute : member.substitutes) {
         if (substitute.classTable != nullptr && &CTableRecords::TypeOf(*substitute.classTable) == &type)
             return &substitute;
     }
-    return member.member->isAbstract ? nullptr : &member.own;
+    return nullptr;
 }
 
 CSmartPtr<CXmlCollectionBase> CTableObjectRules::NewList(const CTableClass& owner,

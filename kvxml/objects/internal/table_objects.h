@@ -14,6 +14,9 @@ namespace KvXmlLib16::internal {
 bool IsMemberUsed(const CTableClass& object, const CTableMember& member) noexcept;
 /// Reads the member, which is used, into a variant.
 void GetMember(const CTableClass& object, const CTableMember& member, KvVariant& value);
+/// Values of list types: whether they are there in both objects, which are of one class, or in none. An empty
+/// list is a value.
+bool HaveSameLists(const CTableClass& a, const CTableClass& b);
 /// Assigns what a variant holds; nothing makes the collection of a member that has one.
 void SetMember(CTableClass& object, const CTableMember& member, KvVariant& value);
 

@@ -183,7 +183,7 @@ void CTableRecords::FinishMember(CTableMember& made) {
                          "another type than its value.",
                          member.name, table.name));
     }
-    const ItemType item = made.value == nullptr ? ItemType_string : made.value->Item();
+    const ItemType item = made.value == nullptr ? ItemType_string : made.value->WrittenAs();
     const auto named = [&](const char* name, const char* ns, const CClassTable* classTable) {
         return CTableName{CSharedName(name), {CXmlWriter::NewNameId(), item, name, ns}, classTable};
     };

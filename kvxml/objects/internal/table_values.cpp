@@ -270,7 +270,7 @@ void CTableValues<T>::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSe
                                 bool) const {
     this->WriteEach(*this, writer, [&](const T& value) {
         this->WriteItem(writer, m_type.Format(this->GetElementNameView(), value, writer->ScratchText()),
-                        this->GetItemType());
+                        m_type.WrittenAs());
     });
 }
 

@@ -33,6 +33,10 @@ public:
 
     /// Of the value; of lists, that of an item. Enumerations are numbers.
     ItemType Item() const noexcept { return m_item; }
+    /// For writers: enumerations and lists are texts.
+    ItemType WrittenAs() const noexcept {
+        return IsList() || m_type.enumeration != nullptr ? ItemType_string : m_item;
+    }
     bool IsList() const noexcept { return m_list != nullptr; }
     const CPrimitiveRestrictions& Restrictions() const noexcept { return m_restrictions; }
 

@@ -158,7 +158,7 @@ void CTableWriter::WriteText(const Owner& owner) {
     }
     const std::string_view text = TextOf(owner, record);
     const bool isDefault = record.member->defaultText != nullptr && text == record.member->defaultText;
-    m_writer.WriteText(text, record.IsList() ? ItemType_string : record.own.name.type, isDefault);
+    m_writer.WriteText(text, record.own.name.type, isDefault);
 }
 
 /// Text first; its children are not set on lines of their own then, for these would become part of it.
