@@ -40,11 +40,6 @@ Needs FindNeeds(const CCodeModel& model) {
     return needs;
 }
 
-/// The class that objects of a member have at least.
-std::string ObjectType(const CCodeModel& model, const CMemberPlan& plan) {
-    return plan.classPlan == nullptr ? "KvXmlLib16::CTableClass" : model.ClassOf(*plan.classPlan).Qualified();
-}
-
 /// Writes one class.
 class CClassWriter {
 public:
@@ -57,6 +52,13 @@ public:
 
 private:
     void Line(const std::string& line) { m_text.Line("    " + line); }
+    /// The name as it is found from within the class.
+    std::string Shown(const std::string& type) const;
+    std::string ValueType(const CMemberPlan& plan) const { return Shown(m_model.ValueType(*plan.value)); }
+    std::string ObjectType(const CMemberPlan& plan) const {
+        return plan.classPlan == nullptr ? "KvXmlLib16::CTableClass"
+                                         : Shown(m_model.ClassOf(*plan.classPlan).Qualified());
+    }
     void WriteConstructor();
     void WriteAccessors(const CppMember& member);
     void WriteScalar(const CppMember& member);
@@ -65,6 +67,10 @@ private:
     void WriteObjects(const CppMember& member);
     void WriteUntyped(const CppMember& member);
     void WriteVariable(const CppMember& member);
+    std::string BaseName() const {
+        const CppClass& base = *m_class.base;
+        return base.scope == m_class.scope ? base.name : base.Qualified();
+    }
     std::string Initial(const CppMember& member) const;
     std::string Choose(const CppMember& member) const {
         return member.plan->isInChoice ? "Choose(&" + member.variable + "); " : "";
@@ -83,13 +89,23 @@ const CAnnotation* AnnotationOf(const CMemberPlan& plan) {
     return component->annotation;
 }
 
+std::string CClassWriter::Shown(const std::string& type) const {
+    const std::string scope = m_class.scope + "::";
+    if (type.compare(0, scope.size(), scope) != 0) return type;
+    std::string name = type.substr(scope.size());
+    // The name of a base class hides that of a class of the same name in this namespace.
+    for (const CppClass* base = m_class.base; base != nullptr; base = base->base)
+        if (base->name == name) return type;
+    return name;
+}
+
 void CClassWriter::Write() {
     const CClassPlan& plan = *m_class.plan;
     const CAnnotation* annotation = plan.element != nullptr ? plan.element->annotation : nullptr;
     if (annotation == nullptr && plan.type != nullptr) annotation = plan.type->annotation;
     m_text.Line();
     m_text.Document(annotation, "");
-    const std::string base = m_class.base == nullptr ? "KvXmlLib16::CTableClass" : m_class.base->Qualified();
+    const std::string base = m_class.base == nullptr ? "KvXmlLib16::CTableClass" : BaseName();
     m_text.Line("class " + m_class.name + " : public " + base + " {");
     m_text.Line("public:");
     Line("static const KvXmlLib16::CClassTable kTable;");
@@ -114,7 +130,7 @@ void CClassWriter::Write() {
 
 void CClassWriter::WriteConstructor() {
     const CClassPlan& plan = *m_class.plan;
-    const std::string base = m_class.base == nullptr ? "CTableClass" : m_class.base->Qualified();
+    const std::string base = m_class.base == nullptr ? "CTableClass" : BaseName();
     if (plan.kind == CClassPlan::Kind::Root) {
         Line(m_class.name + "() : " + base + "(" + ToLiteral(plan.xmlName.localName) + ") {}");
         return;
@@ -142,7 +158,7 @@ void CClassWriter::WriteAccessors(const CppMember& member) {
 void CClassWriter::WriteScalar(const CppMember& member) {
     const CMemberPlan& plan = *member.plan;
     const CValuePlan& value = *plan.value;
-    const std::string type = m_model.ValueType(value);
+    const std::string type = ValueType(plan);
     const std::string bit = std::to_string(member.bit);
     const std::string& name = member.name;
     const bool isEnum = value.enumeration != nullptr;
@@ -171,7 +187,7 @@ void CClassWriter::WriteScalar(const CppMember& member) {
 }
 
 void CClassWriter::WriteValues(const CppMember& member) {
-    const std::string type = m_model.ValueType(*member.plan->value);
+    const std::string type = ValueType(*member.plan);
     const std::string& name = member.name;
     Line("KvXmlLib16::CValuesOf<" + type + "> Get" + name + "() { return {*this, " + member.variable +
          "}; }");
@@ -184,7 +200,7 @@ void CClassWriter::WriteValues(const CppMember& member) {
 }
 
 void CClassWriter::WriteObject(const CppMember& member) {
-    const std::string type = ObjectType(m_model, *member.plan);
+    const std::string type = ObjectType(*member.plan);
     const std::string& name = member.name;
     Line("bool Has" + name + "() const noexcept { return " + member.variable + " != nullptr; }");
     Line("const " + type + "& Get" + name + "() const;");
@@ -196,7 +212,7 @@ void CClassWriter::WriteObject(const CppMember& member) {
 }
 
 void CClassWriter::WriteObjects(const CppMember& member) {
-    const std::string type = ObjectType(m_model, *member.plan);
+    const std::string type = ObjectType(*member.plan);
     Line("KvXmlLib16::CObjectsOf<" + type + "> Get" + member.name + "() { return {*this, " + member.variable +
          "}; }");
     Line("KvXmlLib16::CObjectsOf<const " + type + "> Get" + member.name + "() const { return {*this, " +
@@ -300,7 +316,7 @@ void CClassWriter::WriteBodies() {
         const CMemberPlan& plan = *member.plan;
         if (plan.inherited != nullptr || plan.kind != Kind::Object) continue;
         m_text.In(m_class.scope);
-        const std::string type = ObjectType(m_model, plan);
+        const std::string type = ObjectType(plan);
         const std::string front = m_class.name + "::";
         const std::string& name = member.name;
         const auto body = [&](const std::string& head, const std::string& code) {

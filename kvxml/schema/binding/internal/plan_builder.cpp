@@ -55,6 +55,17 @@ bool IsDerivedPlan(const CClassPlan& plan, const CClassPlan& base) {
     return false;
 }
 
+/// A sequence of all members needs no content model.
+void DropPlainContent(CClassPlan& plan) {
+    const auto isPlain = [&] {
+        const CContentPlan& top = plan.content.front();
+        return top.kind == CContentPlan::Kind::Sequence && !top.isOptional &&
+               std::all_of(plan.content.begin() + 1, plan.content.end(),
+                           [](const CContentPlan& node) { return node.kind == CContentPlan::Kind::Member; });
+    };
+    if (plan.content.size() == 1 || (!plan.content.empty() && isPlain())) plan.content.clear();
+}
+
 }  // namespace
 
 CPlanBuilder::CPlanBuilder(CBindingPlan& plan) : m_plan(plan), m_values(plan.m_values, plan.m_enumerations) {}
@@ -88,6 +99,13 @@ void CPlanBuilder::Build() {
     };
     for (CClassPlan& plan : m_plan.m_classes)
         inherit(inherit, plan);
+    const auto isReplaced = [&](const CClassPlan* one) {
+        for (; one != nullptr; one = one->owner)
+            if (m_replaced.count(one) != 0) return true;
+        return false;
+    };
+    auto& order = m_plan.m_classOrder;
+    order.erase(std::remove_if(order.begin(), order.end(), isReplaced), order.end());
     CheckSubstitutes();
     ListDerived();
 }
@@ -225,15 +243,7 @@ void CPlanBuilder::AddContent(CClassPlan& plan) {
     const CParticle* const particle = extends ? type.ownParticle : type.particle;
     if (particle == nullptr || IsNothing(*particle)) return;
     Flatten(plan, *particle, {});
-    // A sequence of all members needs no content model.
-    const auto isPlain = [&] {
-        if (plan.content.empty() || plan.content.front().kind != CContentPlan::Kind::Sequence ||
-            plan.content.front().isOptional)
-            return false;
-        return std::all_of(plan.content.begin() + 1, plan.content.end(),
-                           [](const CContentPlan& node) { return node.kind == CContentPlan::Kind::Member; });
-    };
-    if (plan.content.size() == 1 || isPlain()) plan.content.clear();
+    DropPlainContent(plan);
 }
 
 void CPlanBuilder::Flatten(CClassPlan& plan, const CParticle& particle, Surroundings where) {
@@ -375,7 +385,7 @@ void CPlanBuilder::AddGroups(CClassPlan& plan, const CParticle& particle, Surrou
     CParticle once = particle;
     once.minOccurs = once.maxOccurs = 1;
     Flatten(group, once, {});
-    if (group.content.size() == 1) group.content.clear();
+    DropPlainContent(group);
     CMemberPlan member;
     member.kind = Kind::Groups;
     member.component = &particle;

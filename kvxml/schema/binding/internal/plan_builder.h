@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -53,6 +54,7 @@ private:
     internal::CValuePlanner m_values;
     std::map<const CComplexTypeDefinition*, CClassPlan*> m_byType;
     std::deque<CClassPlan*> m_unfilled;
+    std::set<const CClassPlan*> m_replaced;  // groups for which a class uses those of its base
 };
 
 }  // namespace KvXmlLib16

@@ -80,7 +80,10 @@ void CPlanBuilder::Inherit(CClassPlan& plan) {
             member->maxOccurs = 1;
             member->kind = base->kind;
         }
-        if (member->kind == Kind::Groups) member->classPlan = base->classPlan;
+        if (member->kind == Kind::Groups) {
+            m_replaced.insert(member->classPlan);
+            member->classPlan = base->classPlan;
+        }
         if (member->value != nullptr && base->value != nullptr)
             member->value = &m_values.PlanHeldAs(*member->value->type, *base->value);
     }

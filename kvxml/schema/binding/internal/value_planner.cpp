@@ -278,6 +278,7 @@ CValuePlan CValuePlanner::Make(const CSimpleTypeDefinition& type) {
         case CSimpleTypeDefinition::Variety::List:
             plan.list = &Plan(*type.itemTypeDefinition);
             plan.item = plan.list->item;
+            plan.whitespace = WhiteSpace::Collapse;
             plan.facets = CollectFacets(type);
             break;
         case CSimpleTypeDefinition::Variety::Union:
