@@ -143,11 +143,8 @@ void CTableClass::Take(CSmartPtr<CXmlObjectBase>& place, CXmlObjectBase* object)
 }
 
 CXmlCollectionBase& CTableClass::Made(CSmartPtr<CXmlCollectionBase>& place) {
-    if (place == nullptr) {
-        const CTableMember& member = MemberAt(*this, &place);
-        Choose(&place);
-        place = CTableObjectRules::NewList(*this, member);
-    }
+    if (place == nullptr || place->empty()) Choose(&place);
+    if (place == nullptr) place = CTableObjectRules::NewList(*this, MemberAt(*this, &place));
     return *place;
 }
 

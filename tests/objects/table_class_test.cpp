@@ -38,8 +38,8 @@ constexpr CFacetTable kFewFacets{nullptr, 0, -1, 0, 3};
 constexpr CValueType kFew{ItemType_string, CValueType::Whitespace::Collapse, &kFewFacets, nullptr, &kNumber};
 
 constexpr const CValueType* kSizes[] = {&kNumber, &kColor};
-constexpr CValueType kSize{ItemType_string, CValueType::Whitespace::Collapse, nullptr, nullptr, nullptr, kSizes,
-                           2};
+constexpr CValueType kSize{
+    ItemType_string, CValueType::Whitespace::Collapse, nullptr, nullptr, nullptr, kSizes, 2};
 
 template <class T>
 CTableClass* New() {
@@ -115,17 +115,17 @@ const CMember kBoxMembers[] = {
     CMember::Value("side", kNs, At(&CBox::m_side), kNumber).Bit(70).Required(),
 };
 const CContentNode kBoxContent[] = {
-    CContentNode::Choice(5),  CContentNode::Sequence(3), CContentNode::Member(0),
+    CContentNode::Choice(5), CContentNode::Sequence(3), CContentNode::Member(0),
     CContentNode::Member(1), CContentNode::Member(2),
 };
 const CClassTable* const kShapes[] = {&CCircle::kTable, &CBox::kTable};
 const CClassTable CShape::kTable{"Shape", kNs, nullptr, nullptr, kShapeMembers, nullptr, kShapes, 2, 0, 2, 0};
 const CClassTable CCircle::kTable{
     "Circle", kNs, &New<CCircle>, &CShape::kTable, kCircleMembers, nullptr, nullptr, 1, 0, 0, 0};
-const CClassTable CRing::kTable{
-    "ring", kNs, &New<CRing>, &CCircle::kTable, nullptr, nullptr, nullptr, 0, 0, 0, CClassTable::kRoot};
-const CClassTable CBox::kTable{"Box",  kNs, &New<CBox>, &CShape::kTable, kBoxMembers, kBoxContent, nullptr, 3,
-                               5, 0, 0};
+const CClassTable CRing::kTable{"ring", kNs, &New<CRing>, &CCircle::kTable,  nullptr, nullptr, nullptr,
+                                0,      0,   0,           CClassTable::kRoot};
+const CClassTable CBox::kTable{"Box", kNs, &New<CBox>, &CShape::kTable, kBoxMembers, kBoxContent, nullptr, 3,
+                               5,     0,   0};
 
 // --- simple content, mixed content, groups, an all-group ---------------------------------------------------
 
@@ -140,8 +140,8 @@ const CMember kPriceMembers[] = {
     CMember::Attribute("currency", "", At(&CPrice::m_currency), kToken).Bit(0).Default("EUR"),
     CMember::Text(At(&CPrice::m_value), kDecimal).Bit(1).Required(),
 };
-const CClassTable CPrice::kTable{"Price", kNs, &New<CPrice>, nullptr, kPriceMembers, nullptr, nullptr, 2,
-                                 0,       0,   0};
+const CClassTable CPrice::kTable{"Price", kNs, &New<CPrice>, nullptr, kPriceMembers, nullptr, nullptr, 2, 0,
+                                 0,       0};
 
 class CPara : public CTableClass {
 public:
@@ -154,8 +154,8 @@ const CMember kParaMembers[] = {
     CMember::Text(At(&CPara::m_text), kText).Bit(0),
     CMember::Values("em", kNs, At(&CPara::m_em), kText, 0, CMember::kUnbounded),
 };
-const CClassTable CPara::kTable{
-    "Para", kNs, &New<CPara>, nullptr, kParaMembers, nullptr, nullptr, 2, 0, 0, CClassTable::kMixed};
+const CClassTable CPara::kTable{"Para",  kNs, &New<CPara>, nullptr, kParaMembers,       nullptr,
+                                nullptr, 2,   0,           0,       CClassTable::kMixed};
 
 class CPair : public CTableClass {
 public:
@@ -168,8 +168,8 @@ const CMember kPairMembers[] = {
     CMember::Value("key", kNs, At(&CPair::m_key), kToken).Bit(0).Required(),
     CMember::Values("val", kNs, At(&CPair::m_val), kNumber, 0, 2),
 };
-const CClassTable CPair::kTable{
-    "pair", kNs, &New<CPair>, nullptr, kPairMembers, nullptr, nullptr, 2, 0, 0, CClassTable::kGroup};
+const CClassTable CPair::kTable{"pair",  kNs, &New<CPair>, nullptr, kPairMembers,       nullptr,
+                                nullptr, 2,   0,           0,       CClassTable::kGroup};
 
 class CPick : public CTableClass {  // a repeated choice
 public:
@@ -182,9 +182,10 @@ const CMember kPickMembers[] = {
     CMember::Value("one", kNs, At(&CPick::m_one), kNumber).Bit(0).Required(),
     CMember::Value("two", kNs, At(&CPick::m_two), kText).Bit(1).Required(),
 };
-const CContentNode kPickContent[] = {CContentNode::Choice(3), CContentNode::Member(0), CContentNode::Member(1)};
-const CClassTable CPick::kTable{"pick", kNs, &New<CPick>, nullptr, kPickMembers, kPickContent, nullptr, 2,
-                                3,      0,   CClassTable::kGroup};
+const CContentNode kPickContent[] = {CContentNode::Choice(3), CContentNode::Member(0),
+                                     CContentNode::Member(1)};
+const CClassTable CPick::kTable{"pick",  kNs, &New<CPick>, nullptr, kPickMembers,       kPickContent,
+                                nullptr, 2,   3,           0,       CClassTable::kGroup};
 
 class CAll : public CTableClass {
 public:
@@ -201,7 +202,8 @@ const CMember kAllMembers[] = {
 };
 const CContentNode kAllContent[] = {CContentNode::All(4), CContentNode::Member(0), CContentNode::Member(1),
                                     CContentNode::Member(2)};
-const CClassTable CAll::kTable{"all", kNs, &New<CAll>, nullptr, kAllMembers, kAllContent, nullptr, 3, 4, 0, 0};
+const CClassTable CAll::kTable{"all", kNs, &New<CAll>, nullptr, kAllMembers, kAllContent, nullptr,
+                               3,     4,   0,          0};
 
 // --- all kinds of members ----------------------------------------------------------------------------------
 
@@ -272,14 +274,14 @@ const CMember kDocMembers[] = {
     CMember::Any("blob", kNs, At(&CDoc::m_blob), nullptr, nullptr),
     CMember::Anys("", "", At(&CDoc::m_any), "urn:a urn:b ##local", kNs, 0, 2),
 };
-const CClassTable CDoc::kTable{"doc", kNs, &New<CDoc>, nullptr, kDocMembers, nullptr, nullptr, 19, 0, 0,
-                               CClassTable::kAnonymous};
+const CClassTable CDoc::kTable{
+    "doc", kNs, &New<CDoc>, nullptr, kDocMembers, nullptr, nullptr, 19, 0, 0, CClassTable::kAnonymous};
 
 // --- documents ---------------------------------------------------------------------------------------------
 
 std::string Wrap(const std::string& element, const std::string& attributes, const std::string& content) {
-    return "<" + element + " xmlns='urn:t' xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'" + attributes +
-           ">" + content + "</" + element + ">";
+    return "<" + element + " xmlns='urn:t' xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'" +
+           attributes + ">" + content + "</" + element + ">";
 }
 
 CSerializationContext Writing() {
@@ -342,7 +344,8 @@ TEST(TableClassTest, DocumentsReadAndWritten) {
         {"", t + "<shape xsi:type=' Circle ' name='b'><radius>1</radius></shape>",
          ">" + t + "<shape xsi:type=\"Circle\" name=\"b\"><radius>1</radius></shape>"},
         {"",
-         t + "<item xsi:type=\"Box\" name=\"b\"><side>2</side></item><ring name=\"r\"><radius>1</radius></ring>"
+         t + "<item xsi:type=\"Box\" name=\"b\"><side>2</side></item><ring "
+             "name=\"r\"><radius>1</radius></ring>"
              "<item xsi:type=\"Circle\" name=\"c\"><radius>3</radius></item>",
          ""},
         {"", t + "<price currency=\"USD\">1.50</price>", " >" /* see below */},
@@ -352,12 +355,12 @@ TEST(TableClassTest, DocumentsReadAndWritten) {
         {"", t + "<para>some text<em>b</em><em>c</em></para>", ""},
         {"", t + "<para>\n <em>b</em>\n</para>", ">" + t + "<para><em>b</em></para>"},
         {"", t + "<blob q=\"1\"><z xmlns=\"\"/></blob>", ""},
-        {" xmlns:o=\"urn:o\" o:x=\"1\"", t + "<p:q xmlns:p=\"urn:b\">1</p:q>", " xmlns:o=\"urn:o\" o:x=\"1\">" + t + "<p:q xmlns:p=\"urn:b\">1</p:q>"},
+        {" xmlns:o=\"urn:o\" o:x=\"1\"", t + "<p:q xmlns:p=\"urn:b\">1</p:q>",
+         " xmlns:o=\"urn:o\" o:x=\"1\">" + t + "<p:q xmlns:p=\"urn:b\">1</p:q>"},
     };
     for (Row row : rows) {
         if (row.written == " >") row.written = ">" + t + "<price currency=\"USD\">1.5</price>";
-        const std::string written =
-            row.written.empty() ? row.attributes + ">" + row.content : row.written;
+        const std::string written = row.written.empty() ? row.attributes + ">" + row.content : row.written;
         ExpectRoundTrip<CDoc>(Wrap("doc", " id='1'" + row.attributes, row.content),
                               "<doc id=\"1\"" + written + "</doc>");
     }
@@ -378,16 +381,20 @@ TEST(TableClassTest, DocumentsRefused) {
         {" color='blue'", "<title/>",
          "Failed to set the property value [color].\nPath: /doc/@color\nInvalid Value for Color [blue]."},
         {" code='a-12'", "<title/>",
-         "Failed to set the property value [code].\nPath: /doc/@code\nInvalid Value for code [a-12]. It violates "
+         "Failed to set the property value [code].\nPath: /doc/@code\nInvalid Value for code [a-12]. It "
+         "violates "
          "the facet pattern [[A-Z]+-[0-9]+]."},
         {" code='A-1'", "<title/>",
-         "Failed to set the property value [code].\nPath: /doc/@code\nInvalid Value for code [A-1]. It violates "
+         "Failed to set the property value [code].\nPath: /doc/@code\nInvalid Value for code [A-1]. It "
+         "violates "
          "the facet pattern [.{4,6}]."},
         {" version='2'", "<title/>",
-         "Failed to set the property value [version].\nPath: /doc/@version\nInvalid Value for version [2]. The "
+         "Failed to set the property value [version].\nPath: /doc/@version\nInvalid Value for version [2]. "
+         "The "
          "only value is [1.0]."},
         {" few='1 2 3 4'", "<title/>",
-         "Failed to set the property value [few].\nPath: /doc/@few\nInvalid Value for few [1 2 3 4]. It violates "
+         "Failed to set the property value [few].\nPath: /doc/@few\nInvalid Value for few [1 2 3 4]. It "
+         "violates "
          "the facet maxLength [3]."},
         {"", "<title/><size>blue</size>",
          "Failed to set the property value [size].\nPath: /doc/size\nInvalid Value for size [blue]."},
@@ -398,20 +405,24 @@ TEST(TableClassTest, DocumentsRefused) {
         {"", "<title/>text", "The element [doc] may not contain text.\nPath: /doc"},
         {"", "<title/><tag/><tag/><tag/>",
          "The Maximum number of [tag] elements allowed in this collection is 2\nPath: /doc"},
-        {"", "<title/><shape name='a'/>", "The type [Shape] of the element [shape] is abstract.\nPath: /doc/shape"},
+        {"", "<title/><shape name='a'/>",
+         "The type [Shape] of the element [shape] is abstract.\nPath: /doc/shape"},
         {"", "<title/><shape xsi:type='Price' name='a'/>",
          "The type [Price] can not stand in for the type of the element [shape].\nPath: /doc/shape"},
         {"", "<title/><shape xsi:type='Box' name='a'><height>1</height></shape>",
          "Expected one of [width, side] in place of [height].\nPath: /doc/shape/height"},
         {"", "<title/><shape xsi:type='Box' name='a'/>",
-         "No child elements within the element [shape] were populated. The element represents a choice, so one "
+         "No child elements within the element [shape] were populated. The element represents a choice, so "
+         "one "
          "and only one element should be populated. The element contained no sutable child elements\nPath: "
          "/doc/shape"},
-        {"", "<title/><ring name='r'/>", "Failed to find the required child element [radius].\nPath: /doc/ring"},
+        {"", "<title/><ring name='r'/>",
+         "Failed to find the required child element [radius].\nPath: /doc/ring"},
         {"", "<title/><ring><radius>1</radius></ring>",
          "Failed to find the required Attribute [name].\nPath: /doc/ring"},
         {"", "<title/><key/><note/>",
-         "Failed read all the elements held within the element [doc]. The unexpected element [note] remains un "
+         "Failed read all the elements held within the element [doc]. The unexpected element [note] remains "
+         "un "
          "processed\nPath: /doc"},
         {"", "<title/><q xmlns='urn:c'/>",
          "Failed read all the elements held within the element [doc]. The unexpected element [q] remains un "
@@ -433,13 +444,17 @@ TEST(TableClassTest, ContextDecidesWhatIsTolerated) {
         const char* written;
     } rows[] = {
         {[](CSerializationContext& c) { c.SetIgnoreUnknownElements(true); },
-         "<doc xmlns='urn:t' id='1'><x/><title>a</title><x/><tag>1</tag><x><tag/></x><tag>2</tag><one>1</one><x/>"
+         "<doc xmlns='urn:t' "
+         "id='1'><x/><title>a</title><title>again</title><x/><tag>1</tag><x><tag/></x><tag>2</tag><one>1</"
+         "one><x/>"
          "<two>2</two><x/></doc>",
          "<doc id=\"1\"><title>a</title><tag>1</tag><tag>2</tag><one>1</one><two>2</two></doc>"},
         {[](CSerializationContext& c) { c.SetIgnoreUnknownAttributes(true); },
-         "<doc xmlns='urn:t' id='1' x='2'><title y='1'>a</title></doc>", "<doc id=\"1\"><title>a</title></doc>"},
+         "<doc xmlns='urn:t' id='1' x='2'><title y='1'>a</title></doc>",
+         "<doc id=\"1\"><title>a</title></doc>"},
         {[](CSerializationContext& c) { c.SetIgnoreNamespaces(true); },
-         "<doc id='1'><title>a</title><one>1</one></doc>", "<doc id=\"1\"><title>a</title><one>1</one></doc>"},
+         "<doc id='1'><title>a</title><one>1</one></doc>",
+         "<doc id=\"1\"><title>a</title><one>1</one></doc>"},
         {[](CSerializationContext& c) { c.SetIgnoreMissingMandatoryElements(true); },
          "<doc xmlns='urn:t' id='1'><note>a</note></doc>", nullptr},
         {[](CSerializationContext& c) { c.SetIgnoreInvalidCollectionCounts(true); },
@@ -465,7 +480,8 @@ TEST(TableClassTest, AccessorsAndWritingOfWhatIsWrong) {
     EXPECT_EQ(ErrorOf([&] { doc.GetShape(); }), "The member [shape] is not set.");
     EXPECT_EQ(ErrorOf([&] { doc.MakeShape(); }), "The class [Shape] of the member [shape] is abstract.");
     EXPECT_EQ(ErrorOf([&] { Written(doc); }),
-              "Failed to convert the element [doc] to XML\nPath: /doc\nThe Property [id] is mandatory, it may not be "
+              "Failed to convert the element [doc] to XML\nPath: /doc\nThe Property [id] is mandatory, it "
+              "may not be "
               "NULL");
     doc.FromXml(Wrap("doc", " id='1'", "<title>a</title>"));
 
@@ -486,32 +502,38 @@ TEST(TableClassTest, AccessorsAndWritingOfWhatIsWrong) {
     EXPECT_EQ(As<CCircle>(doc.GetItem()[0]), ring.Get());
     EXPECT_EQ(As<CBox>(doc.GetItem()[0]), nullptr);
     EXPECT_EQ(ErrorOf([&] { Written(doc); }),
-              "Failed to convert the element [doc] to XML\nPath: /doc\nThis element is a choice, and as such must have "
+              "Failed to convert the element [doc] to XML\nPath: /doc\nThis element is a choice, and as such "
+              "must have "
               "at one (and only one) valid item, currently there are none set");
     doc.GetPick().Clear();
-    EXPECT_EQ(Written(doc),
-              "<doc id=\"1\"><title>a</title><nums>7</nums><shape xsi:type=\"Box\" name=\"b\"><width>2</width>"
-              "<height>3</height></shape><ring name=\"r\"><radius>1</radius></ring></doc>");
+    EXPECT_EQ(
+        Written(doc),
+        "<doc id=\"1\"><title>a</title><nums>7</nums><shape xsi:type=\"Box\" name=\"b\"><width>2</width>"
+        "<height>3</height></shape><ring name=\"r\"><radius>1</radius></ring></doc>");
 
     const CSmartPtr<CCircle> circle(new CCircle());
     doc.GetItem().Add(circle);
     EXPECT_EQ(ErrorOf([&] { Written(doc); }),
-              "Failed to convert the element [doc] to XML\nPath: /doc/item\nThe Property [name] is mandatory, it may "
+              "Failed to convert the element [doc] to XML\nPath: /doc/item\nThe Property [name] is "
+              "mandatory, it may "
               "not be NULL");
     circle->SetName("c");
     circle->SetRadius(2);
     doc.SetCode("B-1");
     EXPECT_EQ(ErrorOf([&] { Written(doc); }),
-              "Failed to convert the element [doc] to XML\nPath: /doc/@code\nInvalid Value for code [B-1]. It violates "
+              "Failed to convert the element [doc] to XML\nPath: /doc/@code\nInvalid Value for code [B-1]. "
+              "It violates "
               "the facet pattern [.{4,6}].");
     doc.SetCode("B-12");
     box->SetNil(true);
-    EXPECT_EQ(ErrorOf([&] { Written(doc); }),
-              "Failed to convert the element [doc] to XML\nPath: /doc/shape\nThe element [shape] can not be nil.");
+    EXPECT_EQ(
+        ErrorOf([&] { Written(doc); }),
+        "Failed to convert the element [doc] to XML\nPath: /doc/shape\nThe element [shape] can not be nil.");
     doc.SetShape(nullptr);
     doc.ClearTitle();
     EXPECT_EQ(ErrorOf([&] { Written(doc); }),
-              "Failed to convert the element [doc] to XML\nPath: /doc\nThe Property [title] is mandatory, it may not "
+              "Failed to convert the element [doc] to XML\nPath: /doc\nThe Property [title] is mandatory, it "
+              "may not "
               "be NULL");
 }
 
@@ -525,6 +547,18 @@ TEST(TableClassTest, LongChainsAreReleased) {
     }
     EXPECT_EQ(last->m_next, nullptr);
     first.Reset();
+
+    constexpr int kDepth = 999;
+    std::string document = "<p>true</p>";
+    for (int i = 0; i < kDepth - 1; ++i)
+        document = "<next>" + document + "</next><p>true</p>";
+    CAll all;
+    all.FromXml(Wrap("all", "", document));
+    EXPECT_EQ(ErrorOf([&] { Written(all); }), "(no error)");
+    const CSmartPtr<CAll> outer(new CAll());
+    outer->FromXml(Wrap("all", "", "<p>true</p>"));
+    outer->m_next = Clone(all);
+    EXPECT_EQ(ErrorOf([&] { Written(*outer); }), "(no error)");
 }
 
 }  // namespace

@@ -173,7 +173,11 @@ void CTableReader::Finish() {
 
 void CTableReader::ReadNode(std::uint16_t index) {
     const CTableNode& node = m_records.nodes[index];
-    if (node.kind == CContentNode::Kind::Member) return ReadMember(node, index);
+    if (m_skipsUnknown && !m_isInAll) {
+        m_position = index;
+        SkipUnknown();
+    }
+    if (node.kind == CContentNode::Kind::Member) return ReadMember(node);
     if (node.isOptional && !IsAtFirst(node)) return;
     if (node.kind == CContentNode::Kind::Choice) return ReadChoice(node, index);
     if (node.kind == CContentNode::Kind::All) return ReadAll(node, index);
@@ -207,6 +211,7 @@ void CTableReader::ReadChoice(const CTableNode& node, std::uint16_t index) {
 
 void CTableReader::ReadAll(const CTableNode& node, std::uint16_t index) {
     std::vector<bool> seen(node.end - index);
+    m_isInAll = true;
     for (bool isAny = true; isAny && m_cursor != nullptr;) {
         isAny = false;
         for (auto i = static_cast<std::uint16_t>(index + 1); i < node.end && m_cursor != nullptr;
@@ -217,6 +222,7 @@ void CTableReader::ReadAll(const CTableNode& node, std::uint16_t index) {
             isAny = true;
         }
     }
+    m_isInAll = false;
     if (m_context.GetIgnoreMissingMandatoryElements()) return;
     for (auto i = static_cast<std::uint16_t>(index + 1); i < node.end; i = m_records.nodes[i].end) {
         const CTableNode& child = m_records.nodes[i];
@@ -227,7 +233,7 @@ void CTableReader::ReadAll(const CTableNode& node, std::uint16_t index) {
     }
 }
 
-void CTableReader::ReadMember(const CTableNode& node, std::uint16_t) {
+void CTableReader::ReadMember(const CTableNode& node) {
     const CTableMember& member = m_records.members[node.member];
     if (member.member->kind == CMember::Kind::Groups) return ReadGroups(member);
     const bool isThere = m_cursor != nullptr && Takes(member, *m_cursor);
@@ -417,12 +423,13 @@ bool CTableReader::Takes(const CTableMember& member, const CXmlElement& element)
            (id == member.nameId || (!member.substituteOf.empty() && member.substituteOf.count(id) != 0));
 }
 
-bool CTableReader::Knows(const CXmlElement& element) const {
-    return m_records.Knows(element, m_ignoreNamespaces) || (m_outer != nullptr && m_outer->Knows(element));
+bool CTableReader::HasPlaceFor(const CXmlElement& element) const {
+    return m_records.HasPlaceFor(element, m_position, m_ignoreNamespaces) ||
+           (m_outer != nullptr && m_outer->HasPlaceFor(element));
 }
 
 void CTableReader::SkipUnknown() {
-    while (m_cursor != nullptr && !Knows(*m_cursor))
+    while (m_cursor != nullptr && !HasPlaceFor(*m_cursor))
         m_cursor = m_cursor->GetNextSiblingElement();
 }
 

@@ -42,7 +42,7 @@ private:
     void ReadNode(std::uint16_t index);
     void ReadChoice(const CTableNode& node, std::uint16_t index);
     void ReadAll(const CTableNode& node, std::uint16_t index);
-    void ReadMember(const CTableNode& node, std::uint16_t index);
+    void ReadMember(const CTableNode& node);
     void ReadRun(const CTableMember& member);
     void ReadGroups(const CTableMember& member);
     void ReadOne(const CTableMember& member);
@@ -58,7 +58,7 @@ private:
     bool IsAtFirst(const CTableNode& node) const {
         return m_cursor != nullptr && m_records.MayBeginWith(node, *m_cursor, m_ignoreNamespaces);
     }
-    bool Knows(const CXmlElement& element) const;
+    bool HasPlaceFor(const CXmlElement& element) const;
     void Advance() {
         m_cursor = m_cursor->GetNextSiblingElement();
         if (m_skipsUnknown) SkipUnknown();
@@ -78,6 +78,8 @@ private:
     const CTableReader* m_outer;  // of a group: the reader that found it
     bool m_ignoreNamespaces;
     bool m_skipsUnknown;
+    bool m_isInAll = false;        // then any member may come
+    std::uint16_t m_position = 0;  // of the node that is read; kept where unknown elements are ignored
 };
 
 }  // namespace internal

@@ -177,6 +177,10 @@ void CTableRecords::FinishMember(CTableMember& made) {
     const CMember& member = *made.member;
     const auto index = static_cast<std::uint16_t>(&made - members.data());
     if (member.valueType != nullptr) made.value = ValueRecord(*member.valueType);
+    if (made.IsList() && made.IsRepeated()) {
+        throw CKvInvalidStateException(FormatString(
+            "The repeated member [%s] of the class [%s] has a list type.", member.name, table.name));
+    }
     if (member.place.GetKind() != NeededPlace(member, made.value)) {
         throw CKvInvalidStateException(
             FormatString("The place of the member [%s] of the class [%s] is of "
@@ -413,14 +417,15 @@ bool CTableRecords::MayBeginWith(const CTableNode& node, const CXmlElement& elem
     return false;
 }
 
-bool CTableRecords::Knows(const CXmlElement& element, bool ignoreNamespaces) const {
-    if (NameOf(element, ignoreNamespaces) != CTableMember::kNoName) return true;
+bool CTableRecords::HasPlaceFor(const CXmlElement& element, std::uint16_t from, bool ignoreNamespaces) const {
+    const std::uint32_t name = NameOf(element, ignoreNamespaces);
+    if (name != CTableMember::kNoName && lastNodes[name] >= from) return true;
     for (const CTableMember& member : members) {
-        if (member.node == CTableMember::kNoNode) continue;
+        if (member.node == CTableMember::kNoNode || member.node < from) continue;
         if (member.IsWildcard()) {
             if (member.namespaces.Accepts(element.GetNamespaceURI())) return true;
         } else if (member.member->kind == CMember::Kind::Groups) {
-            if (Of(*member.member->classTable).Knows(element, ignoreNamespaces)) return true;
+            if (Of(*member.member->classTable).HasPlaceFor(element, 0, ignoreNamespaces)) return true;
         }
     }
     return false;

@@ -117,8 +117,8 @@ struct CTableRecords {
     int AttributeOf(const CXmlAttribute& attribute, bool ignoreNamespaces) const;
     /// Whether the content of the node may begin with the element.
     bool MayBeginWith(const CTableNode& node, const CXmlElement& element, bool ignoreNamespaces) const;
-    /// Whether the element could stand anywhere in the content.
-    bool Knows(const CXmlElement& element, bool ignoreNamespaces) const;
+    /// Whether the node `from` or one after it could take the element.
+    bool HasPlaceFor(const CXmlElement& element, std::uint16_t from, bool ignoreNamespaces) const;
     /// Whether the wildcard takes the element: none that a later member has the name of.
     bool DoesWildcardTake(const CTableMember& member, const CXmlElement& element,
                           bool ignoreNamespaces) const;

@@ -265,15 +265,6 @@ std::string_view CValueRecord::FormatList(std::string_view name, const CXmlColle
 
 // --- collections and places --------------------------------------------------------------------------------
 
-template <class T>
-void CTableValues<T>::ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext&,
-                                bool) const {
-    this->WriteEach(*this, writer, [&](const T& value) {
-        this->WriteItem(writer, m_type.Format(this->GetElementNameView(), value, writer->ScratchText()),
-                        m_type.WrittenAs());
-    });
-}
-
 CSmartPtr<CXmlCollectionBase> MakeValues(const CValueRecord& type, const char* name, const char* ns,
                                          int minOccurs, int maxOccurs) {
     CSmartPtr<CXmlCollectionBase> list;
@@ -287,6 +278,13 @@ CSmartPtr<CXmlCollectionBase> MakeValues(const CValueRecord& type, const char* n
 void AppendText(CXmlCollectionBase& list, ItemType item, std::string_view name, std::string_view text) {
     VisitHeldType(item, [&](auto* tag) {
         static_cast<CTableValues<std::remove_pointer_t<decltype(tag)>>&>(list).AddText(name, text);
+    });
+}
+
+void WriteValues(const CXmlCollectionBase& list, ItemType item, const CXmlWriter::SimpleName& name,
+                 CXmlWriter& writer) {
+    VisitHeldType(item, [&](auto* tag) {
+        static_cast<const CTableValues<std::remove_pointer_t<decltype(tag)>>&>(list).Write(writer, name);
     });
 }
 

@@ -16,6 +16,7 @@
 #include "kvxml/types/internal/item_traits.h"
 #include "kvxml/types/internal/whitespace.h"
 #include "kvxml/types/primitive_restrictions.h"
+#include "kvxml/xml/xml_writer.h"
 
 namespace KvXmlLib16 {
 
@@ -85,17 +86,26 @@ private:
 template <class T>
 class CTableValues final : public CPrimitiveCollection<T> {
 public:
-    /// `type` is that of the values; the rest must outlive the collection.
+    /// `type` is that of the values and must outlive the collection.
     CTableValues(const CValueRecord& type, const char* name, const char* ns, int minOccurs, int maxOccurs)
         : CPrimitiveCollection<T>(type.Item(), name, ns, minOccurs, maxOccurs, type.Restrictions()),
           m_type(type) {}
+    /// As elements of the name.
+    void Write(CXmlWriter& writer, const CXmlWriter::SimpleName& name) const {
+        this->WriteEach(*this, &writer, [&](const T& value) {
+            writer.WriteSimpleElement(name, m_type.Format(name.localName, value, writer.ScratchText()), false,
+                                      true);
+        });
+    }
     void AddText(std::string_view name, std::string_view text) {
         std::string scratch;
         this->InsertItem(this->GetCount(), m_type.Convert<T>(name, text), m_type.Lexical(text, scratch));
     }
 
 protected:
-    void ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext&, bool) const override;
+    void ToXml_Int(CXmlWriter* writer, bool, const char*, const CSerializationContext&, bool) const override {
+        Write(*writer, {0, m_type.WrittenAs(), this->GetElementNameView(), this->GetItemNamespace()});
+    }
     void AddFromString(std::string_view text) override { AddText(this->GetElementNameView(), text); }
 
 private:
@@ -114,6 +124,9 @@ void VisitHeldType(ItemType type, Action action) {
 /// An empty collection of values of the type.
 CSmartPtr<CXmlCollectionBase> MakeValues(const CValueRecord& type, const char* name, const char* ns,
                                          int minOccurs, int maxOccurs);
+/// Writes the values of a collection that MakeValues made.
+void WriteValues(const CXmlCollectionBase& list, ItemType item, const CXmlWriter::SimpleName& name,
+                 CXmlWriter& writer);
 /// Appends the value of the text to a collection that MakeValues made.
 void AppendText(CXmlCollectionBase& list, ItemType item, std::string_view name, std::string_view text);
 

@@ -94,8 +94,12 @@ void CTableWriter::WriteType(const CTableClass& object, const CTableMember& memb
         throw CKvInvalidStateException(
             FormatString("The class [%s] is none that the member [%s] may hold.", type.name, member.Label()));
     }
-    if ((type.flags & CClassTable::kAnonymous) == 0 && m_context.GetWriteTypeAttribute())
-        m_writer.WriteTypeAttribute(type.namespaceUri, type.name, ItemType_string);
+    if (!m_context.GetWriteTypeAttribute()) return;
+    if ((type.flags & CClassTable::kAnonymous) != 0) {
+        throw CKvInvalidStateException(FormatString(
+            "The type of the class [%s] has no name, so [%s] can not hold it.", type.name, member.Label()));
+    }
+    m_writer.WriteTypeAttribute(type.namespaceUri, type.name, ItemType_string);
 }
 
 // --- attributes and text -----------------------------------------------------------------------------------
@@ -263,7 +267,7 @@ void CTableWriter::WriteRepeated(const Owner& owner, const CTableMember& record)
     const bool isArray = member.kind != CMember::Kind::Groups && *member.name != '\0';
     if (isArray) m_writer.BeginArray();
     if (member.kind == CMember::Kind::Values) {
-        CTableAccess::Write(list, m_writer, member.namespaceUri, m_context);
+        WriteValues(list, record.value->Item(), record.own.name, m_writer);
     } else {
         const auto& objects = static_cast<const CXmlCollection&>(list);
         for (const auto* node = CTableAccess::Head(objects); node != nullptr; node = node->next) {
