@@ -50,7 +50,7 @@ function(kvxml_generate)
   endif()
 
   set(folder ${CMAKE_CURRENT_BINARY_DIR}/${arg_TARGET})
-  set(headers ${folder}/${arg_NAME}.h ${folder}/${arg_NAME}_fwd.h)
+  set(headers ${folder}/${arg_NAME}_fwd.h ${folder}/${arg_NAME}.h)
   set(sources ${folder}/${arg_NAME}.cpp)
   if(arg_PARTS GREATER 1)
     foreach(part RANGE 2 ${arg_PARTS})
@@ -63,7 +63,7 @@ function(kvxml_generate)
   endforeach()
 
   add_custom_command(
-    OUTPUT ${sources} ${headers}
+    OUTPUT ${headers} ${sources}  # the first is the first target of the depfile
     COMMAND ${command} generate --output ${folder} --depfile ${folder}/${arg_NAME}.d ${options} ${arg_OPTIONS}
             ${schemas}
     DEPENDS ${depends}
