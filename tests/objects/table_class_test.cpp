@@ -205,6 +205,43 @@ const CContentNode kAllContent[] = {CContentNode::All(4), CContentNode::Member(0
 const CClassTable CAll::kTable{"all", kNs, &New<CAll>, nullptr, kAllMembers, kAllContent, nullptr,
                                3,     4,   0,          0};
 
+/// A name at two places, and a wildcard that may take the same name.
+class CTwice : public CTableClass {
+public:
+    static const CClassTable kTable;
+    const CClassTable& GetClassTable() const noexcept override { return kTable; }
+    std::int32_t m_first = 0;
+    std::string m_between;
+    std::int32_t m_last = 0;
+    CSmartPtr<CXmlCollectionBase> m_rest;
+};
+const CMember kTwiceMembers[] = {
+    CMember::Value("a", kNs, At(&CTwice::m_first), kNumber).Bit(0).Required(),
+    CMember::Value("b", kNs, At(&CTwice::m_between), kText).Bit(1).Required(),
+    CMember::Value("a", kNs, At(&CTwice::m_last), kNumber).Bit(2).Required(),
+    CMember::Anys("", "", At(&CTwice::m_rest), "##targetNamespace", kNs, 0, CMember::kUnbounded),
+};
+const CContentNode kTwiceContent[] = {CContentNode::Sequence(6),       CContentNode::Member(0),
+                                      CContentNode::Sequence(3, true), CContentNode::Member(1),
+                                      CContentNode::Member(2),         CContentNode::Member(3)};
+const CClassTable CTwice::kTable{
+    "twice", kNs, &New<CTwice>, nullptr, kTwiceMembers, kTwiceContent, nullptr, 4, 6, 0, 0};
+
+/// A restriction of the circle without its label.
+class CDot : public CCircle {
+public:
+    static const CClassTable kTable;
+    using CCircle::CCircle;
+    const CClassTable& GetClassTable() const noexcept override { return kTable; }
+};
+const CMember kDotMembers[] = {
+    CMember::Attribute("name", "", At(&CDot::m_name), kToken).Bit(0),
+    CMember::Value("radius", kNs, At(&CDot::m_radius), kReal).Bit(2),
+};
+const CClassTable CDot::kTable{
+    "Dot", kNs, &New<CDot>, &CCircle::kTable,         kDotMembers, nullptr, nullptr,
+    2,     0,   0,          CClassTable::kRestriction};
+
 // --- all kinds of members ----------------------------------------------------------------------------------
 
 class CDoc : public CTableClass {
@@ -366,6 +403,10 @@ TEST(TableClassTest, DocumentsReadAndWritten) {
     }
     ExpectRoundTrip<CAll>(Wrap("all", "", "<q>2020-01-02</q><next><p>1</p></next><p>true</p>"),
                           "<all><p>true</p><q>2020-01-02</q><next><p>true</p></next></all>");
+    const std::string thrice = "<twice><a>1</a><b>x</b><a>2</a><a>3</a></twice>";
+    ExpectRoundTrip<CTwice>(Wrap("twice", "", "<a>1</a><b>x</b><a>2</a><a>3</a>"), thrice);
+    ExpectRoundTrip<CTwice>(Wrap("twice", "", "<a>1</a>"), "<twice><a>1</a></twice>");
+    ExpectRoundTrip<CDot>(Wrap("Dot", "", "<radius>1</radius>"), "<Dot><radius>1</radius></Dot>");
     ExpectRoundTrip<CRing>(Wrap("ring", " name='r'", "<radius>1</radius>"),
                            "<ring name=\"r\"><radius>1</radius></ring>");
 }
@@ -432,6 +473,12 @@ TEST(TableClassTest, DocumentsRefused) {
         const std::string document = Wrap("doc", " id='1'" + row.attributes, row.content);
         EXPECT_EQ(ErrorOf([&] { CDoc().FromXml(document); }), row.message) << document;
     }
+    EXPECT_EQ(ErrorOf([&] { CTwice().FromXml(Wrap("twice", "", "<a>1</a><b>x</b>")); }),
+              "Failed to find the required child element [a].\nPath: /twice");
+    EXPECT_EQ(ErrorOf([&] { CDot().FromXml(Wrap("Dot", "", "<label/>")); }),
+              "Failed read all the elements held within the element [Dot]. The unexpected element [label] "
+              "remains un "
+              "processed\nPath: /Dot");
     EXPECT_EQ(ErrorOf([&] { CAll().FromXml(Wrap("all", "", "<q>2020-01-02</q>")); }),
               "Failed to find the mandatory element [p].\nPath: /all");
 }
@@ -455,6 +502,10 @@ TEST(TableClassTest, ContextDecidesWhatIsTolerated) {
         {[](CSerializationContext& c) { c.SetIgnoreNamespaces(true); },
          "<doc id='1'><title>a</title><one>1</one></doc>",
          "<doc id=\"1\"><title>a</title><one>1</one></doc>"},
+        {[](CSerializationContext& c) { c.SetIgnoreMissingChoice(true); },
+         "<doc xmlns='urn:t' id='1'><title/><shape xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' "
+         "xsi:type='Box' name='b'/></doc>",
+         nullptr},
         {[](CSerializationContext& c) { c.SetIgnoreMissingMandatoryElements(true); },
          "<doc xmlns='urn:t' id='1'><note>a</note></doc>", nullptr},
         {[](CSerializationContext& c) { c.SetIgnoreInvalidCollectionCounts(true); },
@@ -471,6 +522,15 @@ TEST(TableClassTest, ContextDecidesWhatIsTolerated) {
             EXPECT_NE(ErrorOf([&] { Written(doc); }), "(no error)");
         }
     }
+}
+
+TEST(TableClassTest, NullsOfJson) {
+    CDoc doc;
+    CSerializationContext context;
+    context.SetIgnoreNamespaces(true);
+    doc.FromJson(R"({"doc":{"@id":1,"title":null,"note":null,"tag":null,"price":null,"two":"x"}})", context);
+    EXPECT_EQ(Written(doc),
+              "<doc id=\"1\"><title xsi:nil=\"true\"/><price xsi:nil=\"true\"/><two>x</two></doc>");
 }
 
 TEST(TableClassTest, AccessorsAndWritingOfWhatIsWrong) {

@@ -52,12 +52,16 @@ bool IsSame(const T& a, const T& b) {
 
 void CTableJudgement::SetText(CTableClass& object, const CTableMember& record, std::string_view text) {
     const CMember& member = *record.member;
-    if (record.IsList()) {
-        member.place.Collection(object) = record.value->ParseList(member.name, text);
+    const std::string_view name = record.own.name.localName;
+    if (record.value->IsPlainText()) {
+        std::string scratch;
+        member.place.String(object).assign(record.value->Normalized(text, scratch));
+    } else if (record.IsList()) {
+        member.place.Collection(object) = record.value->ParseList(name, text);
     } else {
         VisitHeldType(record.value->Item(), [&](auto* tag) {
             using T = std::remove_pointer_t<decltype(tag)>;
-            PlaceIn<T>(member.place, object) = record.value->Parse<T>(member.name, text);
+            PlaceIn<T>(member.place, object) = record.value->Parse<T>(name, text);
         });
     }
     if (member.isFixed) CheckFixed(object, record, text);

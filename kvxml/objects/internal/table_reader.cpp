@@ -235,6 +235,11 @@ void CTableReader::ReadAll(const CTableNode& node, std::uint16_t index) {
 
 void CTableReader::ReadMember(const CTableNode& node) {
     const CTableMember& member = m_records.members[node.member];
+    if (member.isPlainValue && m_cursor != nullptr && !m_cursor->IsNullMember() &&
+        m_records.NameOf(*m_cursor, m_ignoreNamespaces) == member.nameId) {
+        ReadValue(member);
+        return Advance();
+    }
     if (member.member->kind == CMember::Kind::Groups) return ReadGroups(member);
     const bool isThere = m_cursor != nullptr && Takes(member, *m_cursor);
     if (!isThere && (node.isNullable || !FindLater(member))) {
@@ -292,7 +297,7 @@ void CTableReader::ReadRun(const CTableMember& record) {
             CXmlElement& element = *m_cursor;
             CTableJudgement::JudgeValue(m_context, element, false);
             try {
-                AppendText(list, record.value->Item(), member.name, element.GetTextView());
+                AppendText(list, record.value->Item(), record.own.name.localName, element.GetTextView());
             } catch (const CKvException& e) {
                 ThrowSetFailed(member.name, element.GetXPath(), e);
             }
@@ -356,8 +361,7 @@ void CTableReader::ReadValue(const CTableMember& record) {
         isNil = isNil || (member.isNillable && element.IsNull());
         if (!isNil && member.defaultText != nullptr) text = member.defaultText;
     }
-    if (record.nameId == CTableMember::kNoName || member.isAbstract || !record.substituteOf.empty())
-        NameOf(record);  // refuses an abstract head
+    if (!record.isPlainValue) NameOf(record);  // refuses an abstract head
     if (isNil) {
         if (member.nilBit != CMember::kNoBit) CTableAccess::Mark(m_object, member.nilBit, true);
         if (member.bit != CMember::kNoBit) CTableAccess::Mark(m_object, member.bit, true);

@@ -9,9 +9,7 @@
 #include "kvxml/objects/internal/table_access.h"
 #include "kvxml/objects/table_class.h"
 #include "kvxml/types/format_string.h"
-#include "kvxml/xml/internal/xml_name.h"
 #include "kvxml/xml/xml_attribute.h"
-#include "kvxml/xml/xml_element.h"
 
 namespace KvXmlLib16::internal {
 
@@ -294,6 +292,8 @@ void CTableRecords::SetNames() {
             return number;
         };
         if (*member.member->name != '\0') member.nameId = numberOf(member.own.name);
+        member.isPlainValue = member.member->kind == CMember::Kind::Value && !member.member->isAbstract &&
+                              member.substitutes.empty();
         for (std::size_t i = 0; i < member.substitutes.size(); ++i)
             member.substituteOf.emplace(numberOf(member.substitutes[i].name), static_cast<std::uint16_t>(i));
     }
@@ -374,13 +374,9 @@ std::uint32_t CTableRecords::Find(const std::vector<NameEntry>& names, std::stri
     return CTableMember::kNoName;
 }
 
-std::uint32_t CTableRecords::NameOf(const CXmlElement& element, bool ignoreNamespaces) const {
-    const CXmlName& name = *element.GetName();
-    const std::uint64_t key = elementKey | (ignoreNamespaces ? 1 : 0);
-    if (name.cacheKey != key) {
-        name.cacheValue = Find(m_elementNames, name.local, name.uri, ignoreNamespaces);
-        name.cacheKey = key;
-    }
+std::uint32_t CTableRecords::LookUp(const CXmlName& name, bool ignoreNamespaces) const {
+    name.cacheValue = Find(m_elementNames, name.local, name.uri, ignoreNamespaces);
+    name.cacheKey = elementKey | (ignoreNamespaces ? 1 : 0);
     return name.cacheValue;
 }
 

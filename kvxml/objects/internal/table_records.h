@@ -16,12 +16,13 @@
 #include "kvxml/objects/internal/table_values.h"
 #include "kvxml/objects/parent_element_info.h"
 #include "kvxml/objects/variant.h"
+#include "kvxml/xml/internal/xml_name.h"
+#include "kvxml/xml/xml_element.h"
 #include "kvxml/xml/xml_writer.h"
 
 namespace KvXmlLib16 {
 
 class CXmlAttribute;
-class CXmlElement;
 
 namespace internal {
 
@@ -60,6 +61,7 @@ struct CTableMember {
     std::uint16_t node = kNoNode;    // the leaf of the content model
     std::uint32_t nameId = kNoName;  // of the member's own name
     const CValueRecord* value = nullptr;
+    bool isPlainValue = false;  // one value, whose element has the member's own name
     CTableName own;
     std::vector<CTableName> substitutes;
     std::map<std::uint32_t, std::uint16_t> substituteOf;  // name to index
@@ -112,7 +114,11 @@ struct CTableRecords {
     }
 
     /// The number of the element's name, kNoName for one that no member has.
-    std::uint32_t NameOf(const CXmlElement& element, bool ignoreNamespaces) const;
+    std::uint32_t NameOf(const CXmlElement& element, bool ignoreNamespaces) const {
+        const CXmlName& name = *element.GetName();
+        return name.cacheKey == (elementKey | (ignoreNamespaces ? 1 : 0)) ? name.cacheValue
+                                                                          : LookUp(name, ignoreNamespaces);
+    }
     /// The member of the attribute; -1: none.
     int AttributeOf(const CXmlAttribute& attribute, bool ignoreNamespaces) const;
     /// Whether the content of the node may begin with the element.
@@ -155,6 +161,7 @@ private:
     static const CTableRecords& Make(const CClassTable& table);
     static std::uint32_t Find(const std::vector<NameEntry>& names, std::string_view local,
                               std::string_view ns, bool ignoreNamespaces);
+    std::uint32_t LookUp(const CXmlName& name, bool ignoreNamespaces) const;
     void AddMembers(const CClassTable& from);
     void AddContent(const CClassTable& from, std::uint16_t& firstMember);
     void AddOwnContent(const CClassTable& from, std::uint16_t firstMember);

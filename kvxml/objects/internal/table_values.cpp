@@ -67,6 +67,8 @@ CValueRecord::CValueRecord(const CValueType& type)
                                            : type.item),
       m_rule(type.list != nullptr ? CWhitespaceUtils::WhitespaceRule_Collapse : RuleOf(type.whitespace)),
       m_restrictions(RestrictionsOf(type, m_rule)) {
+    m_isPlainText = m_item == ItemType_string && type.list == nullptr && type.memberCount == 0 &&
+                    m_restrictions.IsEmpty();
     for (std::int32_t i = 0; i < type.memberCount; ++i)
         m_members.push_back(std::make_unique<CValueRecord>(*type.members[i]));
     if (type.enumeration != nullptr) {

@@ -12,7 +12,7 @@
 
 #include "kvxml/base/smart_ptr.h"
 #include "kvxml/objects/class_table.h"
-#include "kvxml/objects/primitive_collection.h"
+#include "kvxml/objects/primitive_collections.h"
 #include "kvxml/types/internal/item_traits.h"
 #include "kvxml/types/internal/whitespace.h"
 #include "kvxml/types/primitive_restrictions.h"
@@ -37,6 +37,11 @@ public:
     /// For writers: enumerations and lists are texts.
     ItemType WrittenAs() const noexcept {
         return IsList() || m_type.enumeration != nullptr ? ItemType_string : m_item;
+    }
+    /// Any text, which only the whitespace rule changes.
+    bool IsPlainText() const noexcept { return m_isPlainText; }
+    std::string_view Normalized(std::string_view text, std::string& scratch) const {
+        return ApplyRule(m_rule, text, scratch);
     }
     bool IsList() const noexcept { return m_list != nullptr; }
     const CPrimitiveRestrictions& Restrictions() const noexcept { return m_restrictions; }
@@ -75,6 +80,7 @@ private:
     const CValueType& m_type;
     ItemType m_item;
     CWhitespaceUtils::WhitespaceRule m_rule;
+    bool m_isPlainText;
     CPrimitiveRestrictions m_restrictions;  // of lists, the patterns
     std::unique_ptr<CValueRecord> m_list;   // of the items
     std::vector<std::unique_ptr<CValueRecord>> m_members;

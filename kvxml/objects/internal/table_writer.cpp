@@ -32,6 +32,10 @@ void CTableWriter::WriteRoot(const CTableClass& object, bool isRoot, const char*
     const Owner owner{object, CTableRecords::Of(object.GetClassTable())};
     try {
         if (owner.records.isGroup) return WriteContent(owner);
+        if (isRoot && object.IsNil() && (owner.records.table.flags & CClassTable::kNillable) == 0) {
+            throw CKvInvalidStateException(FormatString(
+                "The element [%s] can not be nil.", std::string(CTableAccess::NameToWrite(object)).c_str()));
+        }
         CTableAccess::WriteStart(object, m_writer, isRoot, CTableAccess::NameToWrite(object), namespaceUri,
                                  m_context);
         WriteAttributes(object);
@@ -143,11 +147,13 @@ std::string_view CTableWriter::TextOf(const Owner& owner, const CTableMember& re
     std::string& scratch = m_writer.ScratchText();
     std::string_view text;
     if (record.IsList()) {
-        text = record.value->FormatList(member.name, *member.place.Collection(owner.object), scratch);
+        text = record.value->FormatList(record.own.name.localName, *member.place.Collection(owner.object),
+                                        scratch);
     } else {
         VisitHeldType(record.value->Item(), [&](auto* tag) {
             using T = std::remove_pointer_t<decltype(tag)>;
-            text = record.value->Format<T>(member.name, PlaceIn<T>(member.place, owner.object), scratch);
+            text = record.value->Format<T>(record.own.name.localName, PlaceIn<T>(member.place, owner.object),
+                                           scratch);
         });
     }
     if (member.isFixed) CTableJudgement::CheckFixed(owner.object, record, text);
