@@ -9,6 +9,7 @@
 #include "kvxml/objects/internal/table_access.h"
 #include "kvxml/objects/internal/table_judgement.h"
 #include "kvxml/objects/internal/table_objects.h"
+#include "kvxml/settings/namespace_alias_map.h"
 #include "kvxml/settings/serialization_context.h"
 #include "kvxml/types/format_string.h"
 #include "kvxml/xml/internal/tree_limits.h"
@@ -24,6 +25,21 @@ namespace {
                                        std::string());
 }
 
+/// A root that the context gives no prefix makes its namespace the default one, unless elements of its class
+/// are in none, which would have to take that back.
+bool MakesDefaultNamespace(const CTableRecords& records, const char* ns,
+                           const CSerializationContext& context) {
+    if (ns == nullptr || *ns == '\0' || !context.GetDefaultNamespaceURIRef().empty() ||
+        context.GetNamespaceAliases().DoesNamespaceExist(ns))
+        return false;
+    for (const CTableMember& record : records.members) {
+        const CMember& member = *record.member;
+        if (record.node != CTableMember::kNoNode && *member.name != '\0' && *member.namespaceUri == '\0')
+            return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 // --- elements ----------------------------------------------------------------------------------------------
@@ -36,6 +52,8 @@ void CTableWriter::WriteRoot(const CTableClass& object, bool isRoot, const char*
             throw CKvInvalidStateException(FormatString(
                 "The element [%s] can not be nil.", std::string(CTableAccess::NameToWrite(object)).c_str()));
         }
+        if (isRoot && MakesDefaultNamespace(owner.records, namespaceUri, m_context))
+            m_writer.SetDefaultNamespace(namespaceUri);
         CTableAccess::WriteStart(object, m_writer, isRoot, CTableAccess::NameToWrite(object), namespaceUri,
                                  m_context);
         WriteAttributes(object);

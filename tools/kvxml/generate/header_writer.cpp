@@ -160,6 +160,8 @@ void CClassWriter::WriteScalar(const CppMember& member) {
     const CValuePlan& value = *plan.value;
     const std::string type = ValueType(plan);
     const std::string bit = std::to_string(member.bit);
+    const std::string isSet = "MarkSet(" + bit + "); " +
+                              (plan.isNillable ? "MarkUnset(" + std::to_string(member.nilBit) + "); " : "");
     const std::string& name = member.name;
     const bool isEnum = value.enumeration != nullptr;
     const std::string stored = isEnum ? "static_cast<std::int32_t>(value)" : "value";
@@ -168,11 +170,11 @@ void CClassWriter::WriteScalar(const CppMember& member) {
             isEnum ? "static_cast<" + type + ">(" + member.variable + ")" : member.variable;
         Line(type + " Get" + name + "() const noexcept { return " + read + "; }");
         Line("void Set" + name + "(" + type + " value) { " + Choose(member) + member.variable + " = " +
-             stored + "; MarkSet(" + bit + "); }");
+             stored + "; " + isSet + "}");
     } else {
         Line("const " + type + "& Get" + name + "() const noexcept { return " + member.variable + "; }");
         Line("void Set" + name + "(" + type + " value) { " + Choose(member) + member.variable +
-             " = std::move(value); MarkSet(" + bit + "); }");
+             " = std::move(value); " + isSet + "}");
     }
     if (!plan.isRequired || plan.isInChoice) {
         Line("bool Has" + name + "() const noexcept { return IsSet(" + bit + "); }");

@@ -82,7 +82,7 @@ std::string ToName(std::string_view text, bool namesSigns) {
             name += beginsWord ? ToUpper(c) : c;
             beginsWord = false;
         } else if (code >= 0x80) {
-            char number[16];
+            char number[24];
             std::snprintf(number, sizeof number, "U%04lX", code);
             name += number;
             beginsWord = false;

@@ -251,6 +251,9 @@ std::string CSourceWriter::Flags(const CppClass& one) {
     add(one.plan->isRestriction, "kRestriction");
     add(one.plan->isMixed, "kMixed");
     add(one.plan->isAnonymous, "kAnonymous");
+    add(one.plan->kind != CClassPlan::Kind::Group && one.plan->element != nullptr &&
+            one.plan->element->isNillable,
+        "kNillable");
     return flags.empty() ? "0" : flags;
 }
 

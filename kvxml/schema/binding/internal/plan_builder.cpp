@@ -333,7 +333,9 @@ void CPlanBuilder::DescribeElement(CMemberPlan& member, const CClassPlan& plan,
     member.isAbstract = element.isAbstract;
     member.valueConstraint = element.valueConstraint;
     if (const CSimpleTypeDefinition* const simple = element.typeDefinition->AsSimple()) {
-        member.value = &m_values.Plan(*simple);
+        const CValuePlan& value = m_values.Plan(*simple);
+        const bool isManyLists = member.kind == Kind::Values && value.list != nullptr;
+        member.value = isManyLists ? &m_values.PlanAsText(*simple) : &value;
     } else if (member.kind == Kind::Object || member.kind == Kind::Objects) {
         const CComplexTypeDefinition& type = *element.typeDefinition->AsComplex();
         if (&type != &m_plan.m_schema->GetAnyType())

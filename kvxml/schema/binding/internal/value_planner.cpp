@@ -270,6 +270,18 @@ const CValuePlan& CValuePlanner::PlanHeldAs(const CSimpleTypeDefinition& type, c
     return *known;
 }
 
+const CValuePlan& CValuePlanner::PlanAsText(const CSimpleTypeDefinition& type) {
+    const CValuePlan*& known = m_asText[&type];
+    if (known != nullptr) return *known;
+    CValuePlan plan;
+    plan.type = &type;
+    plan.whitespace = WhiteSpace::Collapse;
+    plan.members = {&Plan(type)};
+    m_values.push_back(std::move(plan));
+    known = &m_values.back();
+    return *known;
+}
+
 CValuePlan CValuePlanner::Make(const CSimpleTypeDefinition& type) {
     CValuePlan plan;
     plan.type = &type;

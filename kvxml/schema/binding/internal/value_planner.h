@@ -19,6 +19,9 @@ public:
     /// As `Plan`, held as `held` is: for a member that restricts one of another class.
     const CValuePlan& PlanHeldAs(const CSimpleTypeDefinition& type, const CValuePlan& held);
 
+    /// As `Plan` for a member that holds one value as text: where many of a list type are held.
+    const CValuePlan& PlanAsText(const CSimpleTypeDefinition& type);
+
 private:
     CValuePlan Make(const CSimpleTypeDefinition& type);
     void MakeAtomic(const CSimpleTypeDefinition& type, CValuePlan& plan);
@@ -28,6 +31,7 @@ private:
     std::deque<CEnumPlan>& m_enumerations;
     std::map<const CSimpleTypeDefinition*, const CValuePlan*> m_byType;
     std::map<std::pair<const CSimpleTypeDefinition*, const CValuePlan*>, const CValuePlan*> m_heldAs;
+    std::map<const CSimpleTypeDefinition*, const CValuePlan*> m_asText;
     std::map<const CSimpleTypeDefinition*, const CEnumPlan*> m_byEnumeration;
 };
 
