@@ -41,16 +41,26 @@ public:
         }
     }
 
-    bool MayHaveReferences() const noexcept override { return mayHaveReferences; }
-
     const CSimpleTypeDefinition* type = nullptr;
     Variety variety = Variety::Atomic;
     BuiltInType builtIn = BuiltInType::AnySimpleType;
     BuiltInType primitive = BuiltInType::AnySimpleType;
     CFacetSet facets;
+    /// A text type without facets.
+    bool IsAnyText() const noexcept {
+        return variety == Variety::Atomic &&
+               (primitive == BuiltInType::AnySimpleType ||
+                (primitive == BuiltInType::String &&
+                 (builtIn == BuiltInType::String || builtIn == BuiltInType::NormalizedString ||
+                  builtIn == BuiltInType::Token))) &&
+               !facets.length && !facets.minLength && !facets.maxLength && facets.patterns.empty() &&
+               facets.enumeration == nullptr;
+    }
+
     std::shared_ptr<const Checker> item;
     std::vector<std::shared_ptr<const Checker>> members;
-    bool mayHaveReferences = false;
+    using CSimpleTypeChecker::acceptsAnyText;
+    using CSimpleTypeChecker::mayHaveReferences;
     bool containsList = false;  ///< a list, or a union with one
 
 private:
@@ -274,6 +284,7 @@ std::shared_ptr<const CSimpleTypeChecker> CompileSimpleType(const CSimpleTypeDef
                             : static_cast<const CSimpleTypeChecker&>(*checker),
                   checker->facets, report);
     }
+    checker->acceptsAnyText = checker->IsAnyText();
     return checker;
 }
 
