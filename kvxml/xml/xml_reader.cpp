@@ -49,7 +49,8 @@ void CXmlReader::Impl::Begin(std::string_view documentName) {
     isAfterEnd = false;
     attributes.clear();
     open.clear();
-    counts.assign(1, internal::CChildCounts());
+    otherCounts.clear();
+    lastElement = 0;
     bindings.clear();
     scope = lastScope = 0;
     input = std::make_unique<internal::CXmlInput>(inflateLimits);
@@ -188,16 +189,25 @@ void CXmlReader::Impl::Leave() noexcept {
     if (!isAfterEnd) return;
     bindings.resize(open.back().bindings);
     scope = open.back().scope;
+    while (otherCounts.size() > open.back().otherCounts) {
+        const OtherCount& other = otherCounts.back();
+        other.name->parent = other.parent;
+        other.name->count = other.count;
+        otherCounts.pop_back();
+    }
     open.pop_back();
     isAfterEnd = false;
 }
 
 void CXmlReader::Impl::Enter(const CEventName* entered, std::uint64_t place) {
     name = entered;
-    const std::uint64_t among = counts[open.size()].Count(name);
-    open.push_back({name, among, bindings.size(), scope, place});
-    if (counts.size() <= open.size()) counts.emplace_back();
-    counts[open.size()].Clear();
+    const std::uint64_t parent = open.empty() ? 0 : open.back().number;
+    if (name->parent != parent) {
+        otherCounts.push_back({name, name->parent, name->count});
+        name->parent = parent;
+        name->count = 0;
+    }
+    open.push_back({name, ++name->count, bindings.size(), scope, place, ++lastElement, otherCounts.size()});
 }
 
 void CXmlReader::Impl::Take(const CXmlEventQueue::Event& taken) {

@@ -38,8 +38,9 @@ public:
 
     void SetReport(const CFaultList& report) noexcept { m_report = &report; }
     bool OnStart(const internal::CDocumentName& name, const internal::CDocumentAttribute* attributes,
-                 std::size_t count) override {
-        m_elements.Start(name, attributes, count);
+                 std::size_t count, std::uint64_t offset) override {
+        m_elements.Start(name, attributes, count, offset);
+        Wish();
         return !m_report->IsFull();
     }
     bool OnText(std::string_view text) override {
@@ -48,10 +49,19 @@ public:
     }
     bool OnEnd() override {
         m_elements.EndElement();
+        Wish();
         return !m_report->IsFull();
     }
 
 private:
+    void Wish() noexcept {
+        using Use = internal::CElementValidator::TextUse;
+        const Use use = m_elements.GetTextUse();
+        SetWish(use == Use::None         ? IDocumentEvents::Wish::None
+                : use == Use::OnlyBlanks ? IDocumentEvents::Wish::NotBlank
+                                         : IDocumentEvents::Wish::All);
+    }
+
     internal::CElementValidator& m_elements;
     const CFaultList* m_report = nullptr;
 };

@@ -30,6 +30,15 @@ struct CXmlReader::Impl::Pump : internal::IXmlEvents {
     std::vector<CDocumentAttribute> attributes;
     std::vector<CXmlEventQueue::Declaration> declarations;
 
+    bool Wants(std::string_view text) const noexcept {
+        using Wish = internal::IDocumentEvents::Wish;
+        if (events.GetWish() == Wish::None) return false;
+        if (events.GetWish() == Wish::All) return !text.empty();
+        for (const char c : text) {
+            if (c != ' ' && c != '\n' && c != '\t' && c != '\r') return true;
+        }
+        return false;
+    }
     static void GoOn(bool wantsMore) {
         if (!wantsMore) throw Stopped();
     }
@@ -44,7 +53,8 @@ struct CXmlReader::Impl::Pump : internal::IXmlEvents {
         attributes.clear();
         for (; *values != nullptr; values += 2)
             attributes.push_back({names.Attribute(values[0]), values[1]});
-        impl.Enter(known, impl.parser->GetOffset());
+        const std::uint64_t offset = impl.parser->GetOffset();
+        impl.Enter(known, offset);
         if (!declarations.empty()) {
             impl.scope = ++impl.lastScope;
             for (const CXmlEventQueue::Declaration& declared : declarations)
@@ -52,7 +62,7 @@ struct CXmlReader::Impl::Pump : internal::IXmlEvents {
             declarations.clear();
         }
         impl.kind = XmlEvent::StartElement;
-        GoOn(events.OnStart(*known, attributes.data(), attributes.size()));
+        GoOn(events.OnStart(*known, attributes.data(), attributes.size(), offset));
     }
     void OnEnd() override {
         impl.Leave();
@@ -62,9 +72,10 @@ struct CXmlReader::Impl::Pump : internal::IXmlEvents {
         GoOn(events.OnEnd());
     }
     void OnText(const char* text, std::size_t length) override {
+        if (!Wants({text, length})) return;
         impl.Leave();
         impl.kind = XmlEvent::Text;
-        if (length != 0) GoOn(events.OnText({text, length}));
+        GoOn(events.OnText({text, length}));
     }
     void OnCData(bool) override {}
     void OnComment(const char*) override {}
@@ -111,7 +122,7 @@ bool internal::CReaderEvents::Deliver(const CXmlReader& reader, IDocumentEvents&
                 const auto& attribute = impl.queue->Attributes()[impl.event->firstAttribute + i];
                 attributes.push_back({attribute.name, impl.queue->ViewOf(attribute.value)});
             }
-            return events.OnStart(*impl.name, attributes.data(), attributes.size());
+            return events.OnStart(*impl.name, attributes.data(), attributes.size(), impl.offset);
         }
         case XmlEvent::EndElement:
             return events.OnEnd();

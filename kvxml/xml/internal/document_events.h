@@ -17,12 +17,23 @@ namespace internal {
 /// Receiver. Each operation returns whether it wants more. What they throw leaves the reading.
 class IDocumentEvents {
 public:
+    /// Which characters of the innermost element it wants.
+    enum class Wish : std::uint8_t { None, NotBlank, All };
+
     virtual ~IDocumentEvents() = default;
-    virtual bool OnStart(const CDocumentName& name, const CDocumentAttribute* attributes,
-                         std::size_t count) = 0;
+    Wish GetWish() const noexcept { return m_wish; }
+    /// `offset`: of the tag in the input.
+    virtual bool OnStart(const CDocumentName& name, const CDocumentAttribute* attributes, std::size_t count,
+                         std::uint64_t offset) = 0;
     /// One run of characters, not empty; neighbouring runs may come in several calls.
     virtual bool OnText(std::string_view text) = 0;
     virtual bool OnEnd() = 0;
+
+protected:
+    void SetWish(Wish wish) noexcept { m_wish = wish; }
+
+private:
+    Wish m_wish = Wish::All;
 };
 
 /// What a reader tells the library beyond what it tells everybody.

@@ -21,6 +21,9 @@ struct CEventName : CDocumentName {
     CEventName* otherElement = nullptr;
     CEventName* firstAttribute = nullptr;
     CEventName* nextAttribute = nullptr;
+    /// For readers: the open element that has had children of this name, and how many.
+    mutable std::uint64_t parent = 0;
+    mutable std::uint64_t count = 0;
 
     bool Is(const char* text) const noexcept { return std::strcmp(raw.c_str(), text) == 0; }
 };

@@ -7,8 +7,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "kvxml/xml/internal/document_events.h"
@@ -20,35 +18,6 @@
 
 namespace KvXmlLib16 {
 
-namespace internal {
-
-/// How many children of each name an element has had so far.
-class CChildCounts {
-public:
-    void Clear() noexcept {
-        m_few.clear();
-        m_many.clear();
-    }
-    std::uint64_t Count(const CEventName* name) {
-        for (auto& [known, count] : m_few) {
-            if (known == name) return ++count;
-        }
-        if (m_few.size() < kFew) {
-            m_few.emplace_back(name, 1);
-            return 1;
-        }
-        return ++m_many[name];
-    }
-
-private:
-    static constexpr std::size_t kFew = 16;
-
-    std::vector<std::pair<const CEventName*, std::uint64_t>> m_few;
-    std::unordered_map<const CEventName*, std::uint64_t> m_many;
-};
-
-}  // namespace internal
-
 struct CXmlReader::Impl {
     struct Open {
         const internal::CEventName* name;
@@ -56,6 +25,8 @@ struct CXmlReader::Impl {
         std::size_t bindings;    // how many there were before
         std::uint64_t scope;     // before
         std::uint64_t offset;    // of its start tag
+        std::uint64_t number;
+        std::size_t otherCounts;  // how many there were before
     };
     struct Binding {
         std::string_view prefix;
@@ -94,7 +65,15 @@ struct CXmlReader::Impl {
     bool isAfterEnd = false;  // the element that ends is still the last of `open`
     std::vector<CXmlReaderAttribute> attributes;
     std::vector<Open> open;
-    std::vector<internal::CChildCounts> counts;  // of the children of open elements, by depth
+    /// How often a name was met among the children of one element, while it is counted among those of
+    /// another.
+    struct OtherCount {
+        const internal::CEventName* name;
+        std::uint64_t parent;
+        std::uint64_t count;
+    };
+    std::vector<OtherCount> otherCounts;
+    std::uint64_t lastElement = 0;  // elements are numbered from 1
     std::vector<Binding> bindings;
     std::uint64_t scope = 0;
     std::uint64_t lastScope = 0;

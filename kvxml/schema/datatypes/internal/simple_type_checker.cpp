@@ -61,6 +61,7 @@ public:
     std::vector<std::shared_ptr<const Checker>> members;
     using CSimpleTypeChecker::acceptsAnyText;
     using CSimpleTypeChecker::mayHaveReferences;
+    bool needsNumber = false;   ///< facets ask for what floating-point text stands for
     bool containsList = false;  ///< a list, or a union with one
 
 private:
@@ -110,6 +111,7 @@ private:
         std::string buffer;
         const std::string_view text = TreatWhiteSpace(raw, facets.whiteSpace, buffer);
         CParsedValue parsed;
+        parsed.isFormOnly = value == nullptr && !needsNumber;
         if (!ParseValue(builtIn, primitive, text, scope, parsed))
             return Fail(text, "cvc-datatype-valid.1.2.1", error, constraint);
         const char* violated = CheckPatterns(facets, text);
@@ -285,6 +287,10 @@ std::shared_ptr<const CSimpleTypeChecker> CompileSimpleType(const CSimpleTypeDef
                   checker->facets, report);
     }
     checker->acceptsAnyText = checker->IsAnyText();
+    const CFacetSet& facets = checker->facets;
+    checker->needsNumber = facets.enumeration != nullptr || facets.minInclusive != nullptr ||
+                           facets.maxInclusive != nullptr || facets.minExclusive != nullptr ||
+                           facets.maxExclusive != nullptr;
     return checker;
 }
 

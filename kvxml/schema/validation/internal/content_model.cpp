@@ -11,9 +11,6 @@ namespace {
 /// Choices of more alternatives are looked up by name.
 constexpr std::size_t kSmallChoice = 8;
 
-/// Steps remembered for each leaf.
-constexpr std::size_t kWays = 2;
-
 }  // namespace
 
 // --- compiling ---------------------------------------------------------------------------------------------
@@ -324,17 +321,6 @@ void CContentModel::TakeMember(State& state, std::uint32_t leaf) const {
     }
 }
 
-/// The only place, in the first round of all that counts around it.
-void CContentModel::SetPlace(State& state, std::uint32_t leaf) const {
-    state.isAtStart = false;
-    state.isPlain = m_nodes[leaf].depth == 0 && !m_hasAll;
-    state.leaf = leaf;
-    if (state.isPlain) return;
-    state.places.resize(1);
-    state.places[0].counts.assign(m_nodes[leaf].depth, 1);
-    state.places[0].leaf = leaf;
-}
-
 /// From the start.
 CMatch CContentModel::StepFirst(State& state, const Name& name, bool lenient) const {
     Target target = FindFirst(m_root, name);
@@ -399,18 +385,6 @@ CMatch CContentModel::Step(State& state, const Name& name, bool lenient) const {
     return MatchOf(best);
 }
 
-/// Where nothing is counted, a step depends on the leaf and the name alone.
-const CContentModel::Node* CContentModel::FindKnown(const State& state, std::uint32_t number) const noexcept {
-    if (number == 0 || m_known.empty() || (!state.isPlain && !state.isAtStart)) return nullptr;
-    const std::atomic<std::uint64_t>* const known =
-        &m_known[kWays * (state.isAtStart ? m_nodes.size() : state.leaf)];
-    for (std::size_t way = 0; way < kWays; ++way) {
-        const std::uint64_t step = known[way].load(std::memory_order_relaxed);
-        if (step >> 32 == number) return &m_nodes[static_cast<std::uint32_t>(step)];
-    }
-    return nullptr;
-}
-
 void CContentModel::Remember(std::size_t from, std::uint32_t number, std::uint32_t leaf) const noexcept {
     if (m_hasAll || m_nodes[leaf].table != kNone) return;
     std::atomic<std::uint64_t>* const known = &m_known[kWays * from];
@@ -419,11 +393,7 @@ void CContentModel::Remember(std::size_t from, std::uint32_t number, std::uint32
     known[0].store(std::uint64_t{number} << 32 | leaf, std::memory_order_relaxed);
 }
 
-CMatch CContentModel::Next(State& state, std::uint32_t number, std::string_view namespaceUri) const {
-    if (const Node* const node = FindKnown(state, number)) {
-        SetPlace(state, static_cast<std::uint32_t>(node - m_nodes.data()));
-        return {node->element, nullptr};
-    }
+CMatch CContentModel::NextUnknown(State& state, std::uint32_t number, std::string_view namespaceUri) const {
     if (!state.isAtStart && !state.isPlain && state.places.size() == 1) {
         const Node& node = m_nodes[state.leaf];
         if (node.repeatsItself && node.number == number) {

@@ -68,7 +68,12 @@ public:
     void Start(State& state) const;
     /// Takes one child, by the number of its name; 0: no declaration has it, so that only wildcards may admit
     /// its namespace. Without a match the state is as before.
-    CMatch Next(State& state, std::uint32_t number, std::string_view namespaceUri) const;
+    CMatch Next(State& state, std::uint32_t number, std::string_view namespaceUri) const {
+        const Node* const known = FindKnown(state, number);
+        if (known == nullptr) return NextUnknown(state, number, namespaceUri);
+        SetPlace(state, static_cast<std::uint32_t>(known - m_nodes.data()));
+        return {known->element, nullptr};
+    }
     /// Whether the content may end here.
     bool MayEnd(const State& state) const;
     /// Names that may come next, "[a]" or "any element", at most `max`; `isComplete` tells whether there are
@@ -113,6 +118,7 @@ private:
     };
     using NumberOf = std::function<std::uint32_t(const CExpandedName&)>;
     static constexpr std::uint32_t kNone = UINT32_MAX;
+    static constexpr std::size_t kWays = 2;  // steps remembered for each leaf
 
     std::uint32_t AddParticle(const CParticle& particle, std::size_t nesting, const NumberOf& numberOf);
     std::uint32_t AddTerm(const CParticle& particle, std::size_t nesting, const NumberOf& numberOf);
@@ -142,9 +148,29 @@ private:
     CMatch StepFirst(State& state, const Name& name, bool lenient) const;
     Target FindNext(State& state, const Name& name, bool lenient) const;
     void TakeMember(State& state, std::uint32_t leaf) const;
-    void SetPlace(State& state, std::uint32_t leaf) const;
+    CMatch NextUnknown(State& state, std::uint32_t number, std::string_view namespaceUri) const;
+    /// The only place, in the first round of all that counts around it.
+    void SetPlace(State& state, std::uint32_t leaf) const {
+        state.isAtStart = false;
+        state.isPlain = m_nodes[leaf].depth == 0 && !m_hasAll;
+        state.leaf = leaf;
+        if (state.isPlain) return;
+        state.places.resize(1);
+        state.places[0].counts.assign(m_nodes[leaf].depth, 1);
+        state.places[0].leaf = leaf;
+    }
     CMatch MatchOf(const Target& target) const noexcept;
-    const Node* FindKnown(const State& state, std::uint32_t number) const noexcept;
+    /// Where nothing is counted, a step depends on the leaf and the name alone.
+    const Node* FindKnown(const State& state, std::uint32_t number) const noexcept {
+        if (number == 0 || m_known.empty() || (!state.isPlain && !state.isAtStart)) return nullptr;
+        const std::atomic<std::uint64_t>* const known =
+            &m_known[kWays * (state.isAtStart ? m_nodes.size() : state.leaf)];
+        for (std::size_t way = 0; way < kWays; ++way) {
+            const std::uint64_t step = known[way].load(std::memory_order_relaxed);
+            if (step >> 32 == number) return &m_nodes[static_cast<std::uint32_t>(step)];
+        }
+        return nullptr;
+    }
     void Remember(std::size_t from, std::uint32_t number, std::uint32_t leaf) const noexcept;
     void ListFirst(std::uint32_t node, std::vector<std::string>& names, std::size_t max) const;
 

@@ -14,7 +14,10 @@ using Content = CComplexTypeDefinition::ContentKind;
 constexpr std::size_t kMostExpected = 8;
 
 bool IsBlank(std::string_view text) noexcept {
-    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+    for (const char c : text) {
+        if (c != ' ' && c != '\n' && c != '\t' && c != '\r') return false;
+    }
+    return true;
 }
 
 std::string Bracket(std::string_view text) {
@@ -84,7 +87,6 @@ CElementValidator::Frame& CElementValidator::Push(const CDocumentName& name) {
     frame.complex = nullptr;
     frame.simple = nullptr;
     frame.table = nullptr;
-    frame.mark = m_place->GetMark();
     frame.textUse = TextUse::None;
     frame.isSkipped = frame.isNil = frame.isBroken = false;
     frame.hasChildren = frame.hasCharacters = frame.hasTextFault = false;
@@ -95,11 +97,12 @@ CElementValidator::Frame& CElementValidator::Push(const CDocumentName& name) {
 // --- which declaration -------------------------------------------------------------------------------------
 
 void CElementValidator::Start(const CDocumentName& name, const CDocumentAttribute* attributes,
-                              std::size_t count) {
+                              std::size_t count, std::uint64_t mark) {
     m_name = &name;
     m_attributes = attributes;
     m_attributeCount = count;
     Frame& frame = Push(name);
+    frame.mark = mark;
     FindInstanceAttributes();
     if (m_depth == 1) {
         StartRoot(frame);
@@ -156,6 +159,8 @@ void CElementValidator::StartRoot(Frame& frame) {
 /// The step of the content model that the element that starts makes.
 CMatch CElementValidator::Match(const CContentModel& model, CContentModel::State& state,
                                 bool recovers) const {
+    if (!m_ignoresNamespaces && !recovers)
+        return model.Next(state, m_tables.NumberOf(*m_name), m_name->namespaceUri);
     const auto step = [&](std::uint32_t number, std::string_view uri) {
         return recovers ? model.Recover(state, number, uri) : model.Next(state, number, uri);
     };
@@ -274,7 +279,10 @@ void CElementValidator::SetTextUse(Frame& frame) {
     } else if (frame.complex->contentKind == Content::ElementOnly) {
         frame.textUse = TextUse::OnlyBlanks;
     } else {
-        frame.textUse = isFixed ? TextUse::Keep : TextUse::None;
+        // Whether there are any decides on a default.
+        const bool hasConstraint =
+            frame.declaration != nullptr && frame.declaration->valueConstraint.kind != CValueConstraint::None;
+        frame.textUse = isFixed ? TextUse::Keep : hasConstraint ? TextUse::Note : TextUse::None;
     }
 }
 
@@ -488,6 +496,7 @@ void CElementValidator::Text(std::string_view text, bool isWhole) {
     const char* constraint = nullptr;
     switch (frame.textUse) {
         case TextUse::None:
+        case TextUse::Note:
             return;
         case TextUse::Keep:
             frame.text += text;
@@ -510,10 +519,6 @@ void CElementValidator::Text(std::string_view text, bool isWhole) {
     frame.hasTextFault = true;
     FaultAt(isWhole ? frame.mark : m_place->GetMark(), "The element " + Bracket(m_place->GetPath()) + why,
             constraint);
-}
-
-bool CElementValidator::IgnoresBlanks() const noexcept {
-    return m_depth != 0 && m_frames[m_depth - 1]->textUse == TextUse::OnlyBlanks;
 }
 
 void CElementValidator::Null() {

@@ -37,11 +37,11 @@ public:
 
     /// Place and report must stay until End.
     void Begin(const IDocumentPlace& place, CFaultList& report, bool ignoresNamespaces = false);
-    void Start(const CDocumentName& name, const CDocumentAttribute* attributes, std::size_t count);
+    /// `mark`: what the place's GetMark would give now.
+    void Start(const CDocumentName& name, const CDocumentAttribute* attributes, std::size_t count,
+               std::uint64_t mark);
     /// Characters of the innermost element, not none. `isWhole`: all that it has, told at its end.
     void Text(std::string_view text, bool isWhole = false);
-    /// Whether blanks in the innermost element make no difference.
-    bool IgnoresBlanks() const noexcept;
     /// The innermost element is null, which is nil where it may be.
     void Null();
     void EndElement();
@@ -52,10 +52,14 @@ public:
     /// Adds a fault with the place of the current event.
     void Fault(std::string message, const char* constraint, std::string_view attribute = {});
 
-private:
     /// What becomes of an element's characters.
-    enum class TextUse : std::uint8_t { None, Keep, OnlyBlanks, RefuseNil, RefuseEmpty };
+    enum class TextUse : std::uint8_t { None, Note, Keep, OnlyBlanks, RefuseNil, RefuseEmpty };
+    /// Of the innermost element; None: nobody need tell of them, OnlyBlanks: only of others.
+    TextUse GetTextUse() const noexcept {
+        return m_depth == 0 ? TextUse::None : m_frames[m_depth - 1]->textUse;
+    }
 
+private:
     struct Frame {
         const CDocumentName* name = nullptr;
         const CElementDeclaration* declaration = nullptr;

@@ -42,7 +42,7 @@ void CTreeFeed::Start(const CXmlElement& element) {
         if (m_converts) value = m_converted.emplace_back(LocalToUtf8(value));
         m_attributes.push_back({&attribute->GetName()->judged, value});
     }
-    m_elements.Start(element.GetName()->judged, m_attributes.data(), m_attributes.size());
+    m_elements.Start(element.GetName()->judged, m_attributes.data(), m_attributes.size(), GetMark());
 }
 
 void CTreeFeed::End(const CXmlElement& element) {
@@ -54,7 +54,9 @@ void CTreeFeed::End(const CXmlElement& element) {
 }
 
 void CTreeFeed::Text(const CXmlElement& element) {
-    if (m_elements.IgnoresBlanks() && element.IsTextBlank()) return;
+    using Use = CElementValidator::TextUse;
+    const Use use = m_elements.GetTextUse();
+    if (use == Use::None || (use == Use::OnlyBlanks && element.IsTextBlank())) return;
     std::string_view text = element.GetTextView();
     if (text.empty()) return;
     std::string changed;
