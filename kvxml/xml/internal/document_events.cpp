@@ -1,5 +1,7 @@
 #include "kvxml/xml/internal/document_events.h"
 
+#include <algorithm>
+
 #include "kvxml/xml/internal/tree_limits.h"
 #include "kvxml/xml/internal/xml_reader_impl.h"
 
@@ -34,10 +36,9 @@ struct CXmlReader::Impl::Pump : internal::IXmlEvents {
         using Wish = internal::IDocumentEvents::Wish;
         if (events.GetWish() == Wish::None) return false;
         if (events.GetWish() == Wish::All) return !text.empty();
-        for (const char c : text) {
-            if (c != ' ' && c != '\n' && c != '\t' && c != '\r') return true;
-        }
-        return false;
+        // Of what is not greater than a blank, only blanks may stand in a document.
+        return std::any_of(text.begin(), text.end(),
+                           [](char c) { return static_cast<unsigned char>(c) > ' '; });
     }
     static void GoOn(bool wantsMore) {
         if (!wantsMore) throw Stopped();
