@@ -200,6 +200,7 @@ TEST_F(KvxmlValidate, TakesJsonAndFastInfoset) {
     Save("good.json", R"({"s": {"@id": "a", "n": [1, 2]}})");
     Save("bad.json", R"({"s": {"n": [1, "x"]}})");
     Save("late.json", R"({"s": {"n": 1, "@id": "1"}})");
+    Save("other.json", R"({"s": {"@xmlns": "urn:other", "n": 1}})");
     Save("broken.json", R"({"s": )");
     EXPECT_EQ(CommandTest::Run("$K convert good.xml good.fi && $K convert bad.xml bad.finf", "").status, 0);
     const struct {
@@ -211,6 +212,7 @@ TEST_F(KvxmlValidate, TakesJsonAndFastInfoset) {
         {"bad.json", "bad.json: invalid\n", "bad.json: The element [n] is not valid: "},
         {"bad.json", "bad.json: invalid\n", "    /s/n[2]\n"},
         {"late.json", "late.json: invalid\n", "    /s/@id\n"},
+        {"other.json", "other.json: invalid\n", "There is no declaration of the element [s]."},
         {"broken.json", "broken.json: invalid\n", "broken.json: "},
         {"bad.finf", "bad.finf: invalid\n", "    /s:s/n[2]\n"},
         {"--from json good.xml", "good.xml: invalid\n", "good.xml: "},

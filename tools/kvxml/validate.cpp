@@ -165,7 +165,9 @@ private:
             const auto schema = SchemaOf(name, HintsOf(*document.GetDocumentElement()), result);
             if (schema == nullptr) return result;
             CValidationOptions options = m_validation;
-            options.ignoreNamespaces = std::string_view(format.option) == "json";
+            // JSON is mostly written without namespaces.
+            options.ignoreNamespaces = std::string_view(format.option) == "json" &&
+                                       document.GetDocumentElement()->GetNamespaceURI().empty();
             const CValidationReport report =
                 CSchemaValidator(schema, options).Validate(document, InputName(name));
             result.isValid = report.IsValid();

@@ -473,7 +473,7 @@ void CExpatReader::Locate(std::uint64_t offset, std::uint64_t& line, std::uint64
     };
     std::uint64_t lines = 0;
     for (std::size_t i = 0; i < between.size(); ++i)
-        lines += isLineEnd(i) ? 1 : 0;
+        lines += isLineEnd(i) ? 1U : 0U;
     const auto isCharacter = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
     if (lines == 0) {
         column -= static_cast<std::uint64_t>(std::count_if(between.begin(), between.end(), isCharacter));

@@ -18,6 +18,11 @@
 
 namespace KvXmlLib16::internal {
 
+/// As messages show names and values.
+inline std::string Bracket(std::string_view text) {
+    return "[" + std::string(text) + "]";
+}
+
 /// Where a document stands: places for faults, and the prefixes in scope.
 class IDocumentPlace : public IPrefixScope {
 public:
@@ -42,6 +47,9 @@ public:
                std::uint64_t mark);
     /// Characters of the innermost element, not none. `isWhole`: all that it has, told at its end.
     void Text(std::string_view text, bool isWhole = false);
+    /// Whether a null child of the name is to be taken as not there, since it is declared here and cannot be
+    /// nil.
+    bool IsAbsentNull(const CDocumentName& name);
     /// The innermost element is null, which is nil where it may be.
     void Null();
     void EndElement();

@@ -1,5 +1,7 @@
 #include "kvxml/schema/validation/internal/tree_feed.h"
 
+#include <utility>
+
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/platform/internal/code_page.h"
@@ -34,6 +36,14 @@ CTreeFeed::CTreeFeed(CElementValidator& elements, std::string_view name, const C
     : m_elements(elements), m_name(name), m_document(document), m_converts(!IsLocalUtf8()) {}
 
 void CTreeFeed::Start(const CXmlElement& element) {
+    StartPending();
+    m_pending = &element;
+    if (m_document.places != nullptr) StartPending();
+}
+
+void CTreeFeed::StartPending() {
+    if (m_pending == nullptr) return;
+    const CXmlElement& element = *std::exchange(m_pending, nullptr);
     m_element = &element;
     m_attributes.clear();
     m_converted.clear();
@@ -46,6 +56,12 @@ void CTreeFeed::Start(const CXmlElement& element) {
 }
 
 void CTreeFeed::End(const CXmlElement& element) {
+    if (m_pending == &element && element.IsNullMember() &&
+        m_elements.IsAbsentNull(element.GetName()->judged)) {
+        m_pending = nullptr;
+        return;
+    }
+    StartPending();
     m_element = &element;
     Text(element);
     if (element.IsNull()) m_elements.Null();

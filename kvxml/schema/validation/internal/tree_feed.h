@@ -35,12 +35,15 @@ public:
 
 private:
     void Text(const CXmlElement& element);
+    void StartPending();
 
     CElementValidator& m_elements;
     const std::string m_name;
     const CJudgedDocument m_document;
     const bool m_converts;
     const CXmlElement* m_element = nullptr;
+    /// Begun, but not told yet: where elements may be null, which shows at the next event.
+    const CXmlElement* m_pending = nullptr;
     std::vector<CDocumentAttribute> m_attributes;
     std::deque<std::string> m_converted;
     mutable std::string m_uri;
