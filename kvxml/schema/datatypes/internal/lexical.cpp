@@ -258,6 +258,9 @@ std::string_view TreatWhiteSpace(std::string_view text, WhiteSpace rule, std::st
         std::replace_if(buffer.begin() + static_cast<std::ptrdiff_t>(first), buffer.end(), IsBlank, ' ');
         return buffer;
     }
+    // Most texts have nothing like a blank.
+    if (std::none_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) <= ' '; }))
+        return text;
     while (!text.empty() && IsBlank(text.front()))
         text.remove_prefix(1);
     while (!text.empty() && IsBlank(text.back()))
