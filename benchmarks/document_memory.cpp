@@ -4,6 +4,7 @@
 ///     document_memory DOCUMENT [MEGABYTES]          peak memory at one size (default 20)
 ///     document_memory DOCUMENT --scaling [LARGEST]  milliseconds per MB of input, from 1 MB up to LARGEST
 ///                                                   (default 500); reading includes releasing the objects
+///     document_memory orders --validation           peak memory of validating files of 20, 100 and 500 MB
 #include <expat.h>
 #include <malloc.h>
 #include <sys/resource.h>
@@ -22,6 +23,7 @@
 #include "examples/gpx/gpx_type.h"
 #include "examples/orders/orders_type.h"
 #include "kvxml/kvxml.h"
+#include "kvxml/schema/schema.h"
 
 namespace {
 
@@ -182,6 +184,21 @@ void MeasureScaling(const Document& measured, std::size_t largest) {
     }
 }
 
+void MeasureValidation(const Document& measured) {
+    const double nothing = InChild([] {}).peakMegabytes;
+    for (const std::size_t megabytes : {20, 100, 500}) {
+        const std::string file = WriteDocumentFile(measured, megabytes * 1000000);
+        const Result result = InChild([&] {
+            CSchemaLoader loader;
+            loader.AddFile(KVXML_SOURCE_DIR "/examples/orders/orders.xsd");
+            if (!CSchemaValidator(loader.Load()).ValidateFile(file.c_str()).IsValid()) _exit(1);
+        });
+        std::printf("%4zu MB: %6.2f MB, schema included  %8.1f ms\n", megabytes,
+                    result.peakMegabytes - nothing, result.seconds * 1000);
+        unlink(file.c_str());
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -190,11 +207,14 @@ int main(int argc, char** argv) {
         if (argc > 1 && std::strcmp(argv[1], document.name) == 0) measured = &document;
     }
     if (measured == nullptr) {
-        std::fprintf(stderr, "usage: document_memory gpx|orders [MEGABYTES | --scaling [LARGEST]]\n");
+        std::fprintf(stderr,
+                     "usage: document_memory gpx|orders [MEGABYTES | --scaling [LARGEST] | --validation]\n");
         return 2;
     }
     if (argc > 2 && std::strcmp(argv[2], "--scaling") == 0) {
         MeasureScaling(*measured, argc > 3 ? std::strtoul(argv[3], nullptr, 10) : 500);
+    } else if (argc > 2 && std::strcmp(argv[2], "--validation") == 0) {
+        MeasureValidation(kDocuments[1]);  // the one that has a schema
     } else {
         MeasureMemory(*measured, (argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 20) * 1000000);
     }

@@ -26,6 +26,7 @@
 #include "kvxml/objects/xml_tree_writer.h"
 #include "kvxml/platform/critical_section.h"
 #include "kvxml/platform/text_settings.h"
+#include "kvxml/settings/document_check.h"
 #include "kvxml/settings/fast_infoset_context.h"
 #include "kvxml/settings/fast_infoset_decl.h"
 #include "kvxml/settings/fast_infoset_vocabulary.h"

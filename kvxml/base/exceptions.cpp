@@ -119,6 +119,7 @@ const char* CKvException::what() const noexcept {
 
 KVXML_DEFINE_EXCEPTION_WITH_PATH(CKvValidationException, CKvException)
 KVXML_DEFINE_EXCEPTION_WITH_PATH(CKvInvalidNamespaceException, CKvValidationException)
+KVXML_DEFINE_EXCEPTION_WITH_PATH(CKvSchemaValidationException, CKvValidationException)
 
 KVXML_DEFINE_EXCEPTION_COMMON(CKvInvalidValueException, CKvValidationException)
 CKvInvalidValueException::CKvInvalidValueException(std::string message)

@@ -115,6 +115,23 @@ protected:
     CKvException* Clone() const override;
 };
 
+/// The document check of the context refuses the document. The message has the place where there are lines.
+class KVXML_EXPORT CKvSchemaValidationException : public CKvValidationException {
+public:
+    CKvSchemaValidationException();
+    CKvSchemaValidationException(std::string message, std::string path);
+    CKvSchemaValidationException(std::string message, std::string path, const CKvException& inner);
+    explicit CKvSchemaValidationException(const CKvException& other);
+    CKvSchemaValidationException(const CKvSchemaValidationException& other);
+    CKvSchemaValidationException(CKvSchemaValidationException&& other) noexcept;
+    CKvSchemaValidationException& operator=(const CKvSchemaValidationException& other);
+    CKvSchemaValidationException& operator=(CKvSchemaValidationException&& other) noexcept;
+    ~CKvSchemaValidationException() override;
+
+protected:
+    CKvException* Clone() const override;
+};
+
 /// Declares one of the classes that differ from their base by their type only.
 #define KVXML_DECLARE_EXCEPTION(Class, Base)                   \
     class KVXML_EXPORT Class : public Base {                   \

@@ -73,6 +73,7 @@ void CXmlDocument::Parse(const unsigned char* data, std::size_t length) {
 bool CXmlDocument::TryParseFastInfoset(const unsigned char* data, std::size_t length) {
     if (!internal::IsFastInfoset(data, length)) return false;
     internal::CXmlTreeBuilder builder(Tree(), m_filter, *m_context, !internal::IsLocalUtf8());
+    builder.SetJudge(BeginJudging(nullptr, false), false);
     Tree().Arena().ExpectInput(length * 2);
     internal::CFastInfosetReader reader(
         Tree(), builder, m_context->GetFIContext(),
@@ -158,6 +159,9 @@ void CXmlDocument::LoadInChunks(const char* fileName) {
             chunk = reading.reader.ParseBuffer(got, isLast) ? kChunk : std::min(chunk * 2, kPiece);
         }
         if (GetDocumentElement() == nullptr) throw CKvException("Invalid or empty XML document");
+    } catch (const CKvSchemaValidationException&) {
+        Cleanup();
+        throw;
     } catch (const CKvException& e) {
         Cleanup();
         throw CKvException(e);

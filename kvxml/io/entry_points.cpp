@@ -110,6 +110,8 @@ public:
         CXmlDocument document(context);
         try {
             build(document);
+        } catch (const CKvSchemaValidationException&) {
+            throw;
         } catch (const CKvException& e) {
             throw CKvException("Error converting JSON to XML:\n" + e.GetMessage(), e);
         }

@@ -8,6 +8,7 @@
 #include "kvxml/io/internal/input_file.h"
 #include "kvxml/json/internal/json_conversion.h"
 #include "kvxml/platform/internal/code_page.h"
+#include "kvxml/settings/document_check.h"
 #include "kvxml/types/binary_data.h"
 #include "kvxml/types/internal/compression.h"
 #include "kvxml/xml/internal/xml_tree.h"
@@ -117,8 +118,10 @@ void CXmlDocument::BuildTree(std::string_view json) {
     for (const bool anyOrder : {false, true}) {
         Cleanup();
         internal::CXmlTreeBuilder builder(Tree(), m_filter, *m_context, !internal::IsLocalUtf8());
+        // Attributes that come late are not told of before the second reading.
+        builder.SetJudge(BeginJudging(nullptr, true), true);
         Tree().Arena().ExpectInput(json.size());
-        if (internal::JsonToTree(json, *m_context, builder, anyOrder)) return;
+        if (internal::JsonToTree(json, *m_context, builder, anyOrder)) return builder.EndJudging();
     }
 }
 

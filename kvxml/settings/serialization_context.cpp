@@ -36,6 +36,7 @@ CSerializationContext::CSerializationContext(const CSerializationContext& other)
 CSerializationContext& CSerializationContext::operator=(const CSerializationContext& other) {
     if (this == &other) return *this;
     m_shared->Set(other.m_shared->Get());
+    m_documentCheck = other.m_documentCheck;
     m_defaultNamespaceUri = other.m_defaultNamespaceUri;
     m_namespaceAliases = other.m_namespaceAliases;
     m_processingInstructions = other.m_processingInstructions;

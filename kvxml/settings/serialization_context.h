@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kvxml/export.h"
@@ -18,6 +19,7 @@
 namespace KvXmlLib16 {
 
 class CAttributeCol;
+class CDocumentCheck;
 class CFastInfosetContext;
 class CJsonContext;
 template <class T>
@@ -37,7 +39,8 @@ enum SchemaType : std::int32_t {
 /// the document and how they lay it out.
 ///
 /// Copies own their settings, but share the JSON settings, the Fast Infoset settings and the additional root
-/// attributes, if these were there when the copy was made. Several threads may read one context at once.
+/// attributes, if these were there when the copy was made, and the document check. Several threads may read
+/// one context at once.
 class KVXML_EXPORT CSerializationContext {
 public:
     CSerializationContext();
@@ -84,6 +87,12 @@ public:
     /// Deliver CDATA sections as plain text, without their markers. Default true.
     bool GetStripCDATA() const noexcept { return m_stripCDATA; }
     void SetStripCDATA(bool value) noexcept { m_stripCDATA = value; }
+    /// Judges every document that is loaded, in the pass that reads it, and refuses it with a
+    /// CKvSchemaValidationException. Default null: nobody does. docs/schemas.md tells more.
+    const std::shared_ptr<const CDocumentCheck>& GetDocumentCheck() const noexcept { return m_documentCheck; }
+    void SetDocumentCheck(std::shared_ptr<const CDocumentCheck> check) noexcept {
+        m_documentCheck = std::move(check);
+    }
     /// @}
     /// @name Limits against hostile input
     /// All are on by default, and 0 switches one off. They hold for XML, Fast Infoset and JSON, read from
@@ -172,6 +181,7 @@ private:
     struct Shared;
 
     std::unique_ptr<Shared> m_shared;
+    std::shared_ptr<const CDocumentCheck> m_documentCheck;
     std::string m_defaultNamespaceUri;
     CNamespaceAliasMap m_namespaceAliases;
     std::vector<std::string> m_processingInstructions;

@@ -5,6 +5,8 @@
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/c_text.h"
 #include "kvxml/platform/internal/code_page.h"
+#include "kvxml/settings/document_check.h"
+#include "kvxml/settings/json_context.h"
 #include "kvxml/xml/internal/xml_reading.h"
 #include "kvxml/xml/internal/xml_tree.h"
 #include "kvxml/xml/xml_element.h"
@@ -54,6 +56,19 @@ CXmlDocument::~CXmlDocument() = default;
 
 void CXmlDocument::Cleanup() {
     m_tree.reset();
+}
+
+/// Null when the context has no check.
+std::unique_ptr<CDocumentJudge> CXmlDocument::BeginJudging(const CReadingPlaces* places, bool isJson) const {
+    const std::shared_ptr<const CDocumentCheck>& check = m_context->GetDocumentCheck();
+    if (check == nullptr) return nullptr;
+    CJudgedDocument document;
+    document.places = places;
+    document.ignoresNamespaces = m_context->GetIgnoreNamespaces();
+    document.keepsCData = !isJson && !m_context->GetStripCDATA();
+    if (isJson && m_context->GetJsonContext().GetSupportRoundtrip() != JsonRoundTrip_Full)
+        document.ignoresNamespaces = true;
+    return check->Begin(document);
 }
 
 internal::CXmlTree& CXmlDocument::Tree() {

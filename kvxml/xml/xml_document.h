@@ -18,6 +18,8 @@
 namespace KvXmlLib16 {
 
 class CBinaryData;
+class CDocumentJudge;
+class CReadingPlaces;
 class CXmlElement;
 class CXmlReader;
 
@@ -33,8 +35,9 @@ class CXmlTree;
 /// %llu"), what was read up to there stays until the next load; a file read in chunks leaves nothing.
 /// Documents own their elements and can be moved, not copied.
 ///
-/// What is beyond a limit of the context is refused (docs/limits.md), and external entities are not read. One
-/// thread at a time uses a document, its elements included.
+/// A document check of the context judges what is loaded, and its CKvSchemaValidationException leaves the
+/// load. What is beyond a limit of the context is refused (docs/limits.md), and external entities are not
+/// read. One thread at a time uses a document, its elements included.
 class KVXML_EXPORT CXmlDocument {
 public:
     /// Called for each element at its end tag; true discards the element with all it contains, and gives its
@@ -128,6 +131,7 @@ private:
     void BuildFromJsonText(std::string_view json);
     void BuildTree(std::string_view json);
 
+    std::unique_ptr<CDocumentJudge> BeginJudging(const CReadingPlaces* places, bool isJson) const;
     internal::CXmlTree& Tree();
     void Parse(const unsigned char* data, std::size_t length);
     bool TryParseFastInfoset(const unsigned char* data, std::size_t length);

@@ -120,6 +120,10 @@ const std::string& CXmlElement::GetAttribute(std::string_view localName,
     return kEmpty;
 }
 
+const std::string* CXmlElement::FindNamespace(std::string_view prefix) const {
+    return m_name->tree->FindNamespace(*this, prefix);
+}
+
 std::string CXmlElement::GetXPath() const {
     std::vector<const CXmlElement*> line;
     for (const CXmlElement* element = this; element != nullptr; element = element->GetParentElm())

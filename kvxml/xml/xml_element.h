@@ -63,6 +63,9 @@ public:
     bool IsTextBlank() const noexcept;
     /// Value of the first attribute with this name and namespace; empty when there is none.
     const std::string& GetAttribute(std::string_view localName, std::string_view namespaceUri) const;
+    /// The namespace that the prefix, or with an empty one names without prefix, stand for at this element:
+    /// empty for none, null where the prefix is not declared.
+    const std::string* FindNamespace(std::string_view prefix) const;
     /// Path from the document element, with the position among siblings of the same name where there are
     /// several: "/a/x:b[2]". Names carry the prefixes that the document's table has at the time of the call.
     std::string GetXPath() const;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -11,11 +10,8 @@
 #include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/settings/serialization_context.h"
-#include "kvxml/xml/internal/expat_reader.h"
-#include "kvxml/xml/internal/text_position.h"
 #include "kvxml/xml/internal/tree_limits.h"
-#include "kvxml/xml/internal/xml_event_queue.h"
-#include "kvxml/xml/internal/xml_input.h"
+#include "kvxml/xml/internal/xml_reader_impl.h"
 #include "kvxml/xml/internal/xml_tree.h"
 #include "kvxml/xml/internal/xml_tree_builder.h"
 #include "kvxml/xml/xml_document.h"
@@ -30,98 +26,22 @@ namespace {
 constexpr std::size_t kPiece = 65536;
 constexpr std::size_t kMaxPiece = std::size_t{1} << 26;
 
-/// How many children of each name an element has had so far.
-class ChildCounts {
-public:
-    void Clear() noexcept {
-        m_few.clear();
-        m_many.clear();
-    }
-    std::uint64_t Count(const CEventName* name) {
-        for (auto& [known, count] : m_few) {
-            if (known == name) return ++count;
-        }
-        if (m_few.size() < kFew) {
-            m_few.emplace_back(name, 1);
-            return 1;
-        }
-        return ++m_many[name];
-    }
-
-private:
-    static constexpr std::size_t kFew = 16;
-
-    std::vector<std::pair<const CEventName*, std::uint64_t>> m_few;
-    std::unordered_map<const CEventName*, std::uint64_t> m_many;
-};
+// Beyond so many bytes nobody counts lines a second time.
+constexpr std::uint64_t kMostRecounted = std::uint64_t{1} << 20;
 
 }  // namespace
-
-struct CXmlReader::Impl {
-    struct Open {
-        const CEventName* name;
-        std::uint64_t position;  // among the siblings of its name
-        std::size_t bindings;    // how many there were before
-        std::uint64_t scope;     // before
-    };
-    struct Binding {
-        std::string_view prefix;
-        std::string_view uri;
-    };
-
-    internal::InflateLimits inflateLimits;
-    std::size_t maxExpansion = 0;
-    std::uint64_t maxNames = 0;
-    std::uint64_t maxDepth = 0;
-
-    // Of the document that is open
-    std::string fileName;
-    std::unique_ptr<internal::CXmlInput> input;
-    std::unique_ptr<CXmlEventQueue> queue;
-    std::unique_ptr<internal::CExpatReader> parser;
-    std::string buffer;  // bytes that were given to the parser, from `bufferStart` on
-    std::uint64_t bufferStart = 0;
-    std::size_t piece = kPiece;
-    bool isUtf8 = false;  // whatever the text declares
-    bool isLast = false;
-    bool hasBegun = false;
-    std::string converted;     // the whole text, where the parser does not know its encoding
-    std::exception_ptr error;  // to be thrown when the queue is empty
-    std::uint64_t errorOffset = 0;
-    mutable internal::CTextPosition position;
-
-    // Where the caller is
-    const CXmlEventQueue::Event* event = nullptr;
-    XmlEvent kind = XmlEvent::None;
-    std::uint64_t offset = 0;
-    const CEventName* name = nullptr;
-    bool isAfterEnd = false;  // the element that ends is still the last of `open`
-    std::vector<CXmlReaderAttribute> attributes;
-    std::vector<Open> open;
-    std::vector<ChildCounts> counts;  // of the children of open elements, by depth
-    std::vector<Binding> bindings;
-    std::uint64_t scope = 0;
-    std::uint64_t lastScope = 0;
-
-    void Begin(std::string_view documentName);
-    void StartParser();
-    bool Fill();
-    void Parse(std::size_t got);
-    void ConvertAll();
-    void CountTo(std::uint64_t where) const;
-    void Take(const CXmlEventQueue::Event& taken);
-    void TakeStart();
-};
 
 void CXmlReader::Impl::Begin(std::string_view documentName) {
     fileName = documentName;
     buffer.clear();
+    held = {};
     bufferStart = 0;
     piece = kPiece;
-    isUtf8 = isLast = hasBegun = false;
+    isUtf8 = isLast = hasBegun = isPushing = false;
     converted.clear();
     error = nullptr;
-    position = {};
+    pump.reset();
+    position = firstPosition = openPosition = {};
     event = nullptr;
     kind = XmlEvent::None;
     offset = 0;
@@ -129,7 +49,8 @@ void CXmlReader::Impl::Begin(std::string_view documentName) {
     isAfterEnd = false;
     attributes.clear();
     open.clear();
-    counts.assign(1, ChildCounts());
+    otherCounts.clear();
+    lastElement = 0;
     bindings.clear();
     scope = lastScope = 0;
     input = std::make_unique<internal::CXmlInput>(inflateLimits);
@@ -142,18 +63,30 @@ void CXmlReader::Impl::StartParser() {
     internal::CExpatOptions options;
     options.isUtf8 = isUtf8;
     options.maxExpansion = maxExpansion;
-    parser = std::make_unique<internal::CExpatReader>(*queue, options);
+    internal::IXmlEvents* receiver = queue.get();
+    if (pump != nullptr) receiver = pump.get();
+    parser = std::make_unique<internal::CExpatReader>(*receiver, options);
     queue->SetParser(parser.get());
 }
 
-/// Counts lines up to a place that the buffer still holds.
+/// Counts lines up to a place that is still held.
 void CXmlReader::Impl::CountTo(std::uint64_t where) const {
     const std::uint64_t from = position.GetOffset();
     if (where <= from || from < bufferStart) return;
-    const std::string_view bytes(buffer);
-    const auto start = static_cast<std::size_t>(std::min<std::uint64_t>(from - bufferStart, bytes.size()));
-    const auto end = static_cast<std::size_t>(std::min<std::uint64_t>(where - bufferStart, bytes.size()));
-    position.Advance(bytes.substr(start, end - start));
+    const auto start = static_cast<std::size_t>(std::min<std::uint64_t>(from - bufferStart, held.size()));
+    const auto end = static_cast<std::size_t>(std::min<std::uint64_t>(where - bufferStart, held.size()));
+    position.Advance(held.substr(start, end - start));
+}
+
+/// Lines are counted forward; only of the element that holds the current place the start is asked for later.
+const internal::CTextPosition& CXmlReader::Impl::Locate(std::uint64_t where) const {
+    if (where == openPosition.GetOffset() && where < bufferStart) return openPosition;
+    if (where < position.GetOffset() && where >= firstPosition.GetOffset() &&
+        where - firstPosition.GetOffset() <= kMostRecounted) {
+        position = firstPosition;
+    }
+    CountTo(where);
+    return position;
 }
 
 /// Reads and parses pieces until there is an event. False at the end of the document.
@@ -166,41 +99,51 @@ bool CXmlReader::Impl::Fill() {
         }
         if (isLast || input == nullptr) return false;
         queue->Clear();
-        // What the parser is not done with stays, for the places of what begins there.
-        const std::uint64_t done = parser->GetOffset();
-        CountTo(done);
-        if (done > bufferStart) {
-            const auto drop =
-                static_cast<std::size_t>(std::min<std::uint64_t>(done - bufferStart, buffer.size()));
-            buffer.erase(0, drop);
-            bufferStart += drop;
-        }
-        const std::size_t before = buffer.size();
-        buffer.resize(before + piece);
-        std::size_t got = 0;
-        try {
-            got = input->Read(buffer.data() + before, piece);
-        } catch (...) {
-            buffer.resize(before);
-            isLast = true;
-            throw;
-        }
-        buffer.resize(before + got);
-        isLast = got < piece;
-        if (!hasBegun) {
-            position.Begin(buffer);
-            if (isUtf8) position.SetUtf8();  // the converted text still declares what it was
-        }
-        hasBegun = true;
-        Parse(got);
-        piece = parser->GetOffset() > done ? kPiece : std::min(piece * 2, kMaxPiece);
+        ReadPiece();
     }
     return true;
 }
 
-void CXmlReader::Impl::Parse(std::size_t got) {
+void CXmlReader::Impl::ReadPiece() {
+    // What the parser is not done with stays, for the places of what begins there.
+    const std::uint64_t done = parser->GetOffset();
+    if (!open.empty() && open.back().offset >= bufferStart) openPosition = Locate(open.back().offset);
+    CountTo(done);
+    firstPosition = position;
+    if (done > bufferStart) {
+        const auto drop =
+            static_cast<std::size_t>(std::min<std::uint64_t>(done - bufferStart, buffer.size()));
+        buffer.erase(0, drop);
+        bufferStart += drop;
+    }
+    const std::size_t before = buffer.size();
+    buffer.resize(before + piece);
+    std::size_t got = 0;
     try {
-        parser->ParsePiece(buffer.data() + buffer.size() - got, got, isLast);
+        got = input->Read(buffer.data() + before, piece);
+    } catch (...) {
+        buffer.resize(before);
+        held = buffer;
+        isLast = true;
+        throw;
+    }
+    buffer.resize(before + got);
+    isLast = got < piece;
+    held = buffer;
+    Parse(held.substr(before));
+    piece = parser->GetOffset() > done ? kPiece : std::min(piece * 2, kMaxPiece);
+}
+
+/// `bytes`: the end of those that are held.
+void CXmlReader::Impl::Parse(std::string_view bytes) {
+    if (!hasBegun) {
+        position.Begin(held);
+        if (isUtf8) position.SetUtf8();  // the converted text still declares what it was
+        firstPosition = position;
+    }
+    hasBegun = true;
+    try {
+        parser->ParsePiece(bytes.data(), bytes.size(), isLast);
     } catch (const CKvException&) {
         if (!parser->GetUnreadEncoding().empty() && converted.empty()) return ConvertAll();
         error = std::current_exception();
@@ -216,8 +159,9 @@ void CXmlReader::Impl::Parse(std::size_t got) {
 /// The parser does not know the encoding, which stands at the very beginning: nothing was delivered yet.
 void CXmlReader::Impl::ConvertAll() {
     const std::exception_ptr reason = std::current_exception();
-    std::string all = std::move(buffer);
+    std::string all(held);
     buffer.clear();
+    held = {};
     while (!isLast) {
         const std::size_t before = all.size();
         all.resize(before + kPiece);
@@ -232,7 +176,7 @@ void CXmlReader::Impl::ConvertAll() {
     isUtf8 = true;
     isLast = hasBegun = false;
     bufferStart = 0;
-    position = {};
+    position = firstPosition = {};
     StartParser();
     input = std::make_unique<internal::CXmlInput>(internal::InflateLimits());
     input->OpenMemory(converted.data(), converted.size());
@@ -240,13 +184,34 @@ void CXmlReader::Impl::ConvertAll() {
 
 // --- the caller's place ------------------------------------------------------------------------------------
 
-void CXmlReader::Impl::Take(const CXmlEventQueue::Event& taken) {
-    if (isAfterEnd) {
-        bindings.resize(open.back().bindings);
-        scope = open.back().scope;
-        open.pop_back();
-        isAfterEnd = false;
+/// The element that ended with the last event is no longer open.
+void CXmlReader::Impl::Leave() noexcept {
+    if (!isAfterEnd) return;
+    bindings.resize(open.back().bindings);
+    scope = open.back().scope;
+    while (otherCounts.size() > open.back().otherCounts) {
+        const OtherCount& other = otherCounts.back();
+        other.name->parent = other.parent;
+        other.name->count = other.count;
+        otherCounts.pop_back();
     }
+    open.pop_back();
+    isAfterEnd = false;
+}
+
+void CXmlReader::Impl::Enter(const CEventName* entered, std::uint64_t place) {
+    name = entered;
+    const std::uint64_t parent = open.empty() ? 0 : open.back().number;
+    if (name->parent != parent) {
+        otherCounts.push_back({name, name->parent, name->count});
+        name->parent = parent;
+        name->count = 0;
+    }
+    open.push_back({name, ++name->count, bindings.size(), scope, place, ++lastElement, otherCounts.size()});
+}
+
+void CXmlReader::Impl::Take(const CXmlEventQueue::Event& taken) {
+    Leave();
     event = &taken;
     kind = taken.kind;
     offset = taken.offset;
@@ -261,11 +226,7 @@ void CXmlReader::Impl::Take(const CXmlEventQueue::Event& taken) {
 }
 
 void CXmlReader::Impl::TakeStart() {
-    name = event->name;
-    const std::uint64_t among = counts[open.size()].Count(name);
-    open.push_back({name, among, bindings.size(), scope});
-    if (counts.size() <= open.size()) counts.emplace_back();
-    counts[open.size()].Clear();
+    Enter(event->name, event->offset);
     if (event->declarationCount != 0) {
         scope = ++lastScope;
         for (std::size_t i = 0; i < event->declarationCount; ++i) {
@@ -416,17 +377,15 @@ std::string CXmlReader::GetPath() const {
 }
 
 std::uint64_t CXmlReader::GetLine() const {
-    m_impl->CountTo(m_impl->offset);
-    return m_impl->position.GetLine();
+    return m_impl->Locate(m_impl->Offset()).GetLine();
 }
 
 std::uint64_t CXmlReader::GetColumn() const {
-    m_impl->CountTo(m_impl->offset);
-    return m_impl->position.GetColumn();
+    return m_impl->Locate(m_impl->Offset()).GetColumn();
 }
 
 std::uint64_t CXmlReader::GetOffset() const noexcept {
-    return m_impl->offset;
+    return m_impl->Offset();
 }
 
 const std::string& CXmlReader::GetFileName() const noexcept {

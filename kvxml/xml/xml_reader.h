@@ -24,6 +24,10 @@ namespace KvXmlLib16 {
 class CSerializationContext;
 class CXmlDocument;
 
+namespace internal {
+class CReaderEvents;
+}
+
 /// Kinds of events.
 enum class XmlEvent : std::uint8_t {
     None,  ///< before the first and after the last event
@@ -125,6 +129,8 @@ public:
     void ReadSubtree(CXmlDocument& document);
 
 private:
+    friend class internal::CReaderEvents;
+
     struct Impl;
     std::unique_ptr<Impl> m_impl;
 };

@@ -18,8 +18,12 @@
 #include "kvxml/base/exceptions.h"
 #include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/schema/schema.h"
+#include "kvxml/xml/xml_attribute.h"
+#include "kvxml/xml/xml_document.h"
+#include "kvxml/xml/xml_element.h"
 #include "kvxml/xml/xml_reader.h"
 #include "tools/kvxml/command.h"
+#include "tools/kvxml/formats.h"
 #include "tools/kvxml/input.h"
 #include "tools/kvxml/limits.h"
 #include "tools/kvxml/messages.h"
@@ -37,6 +41,7 @@ struct Options {
     CSchemaLoadOptions load;
     std::vector<std::string> mappings;  // NAMESPACE=FILE
     std::vector<std::string> documents;
+    std::string from;
     std::size_t maxErrors = CFaultList::kDefaultLimit;
     bool quiet = false;
     unsigned jobs = 1;
@@ -61,6 +66,10 @@ void AddOptions(CLI::App& parser, Options& options) {
         .add_option("--include-path", options.load.includePaths,
                     "Folder for schema documents that are not beside others")
         ->allow_extra_args(false);
+    parser.add_option("--from", options.from, "Format of the documents (default: by their names, else xml)")
+        ->check([](const std::string& name) {
+            return FindFormat(name) == nullptr ? "no format: " + name : std::string();
+        });
     parser.add_option("--max-errors", options.maxErrors, "Faults told of each document; 0 for all")
         ->capture_default_str();
     parser.add_flag("--quiet,-q", options.quiet, "Tell verdicts only, no faults");
@@ -104,6 +113,8 @@ public:
     }
 
     Result Judge(const std::string& name) {
+        const Format& format = m_options.from.empty() ? FormatOf(name) : *FindFormat(m_options.from);
+        if (std::string_view(format.option) != "xml") return JudgeTree(name, format);
         Result result;
         try {
             std::vector<unsigned char> data;
@@ -138,6 +149,36 @@ public:
     }
 
 private:
+    /// A document of a format that is not read as a stream of events. What is no such document has one fault.
+    Result JudgeTree(const std::string& name, const Format& format) {
+        Result result;
+        try {
+            CSerializationContext context(m_options.context);
+            if (format.prepare != nullptr) format.prepare(context);
+            CXmlDocument document(context);
+            try {
+                format.read(name, document);
+            } catch (const CKvException& e) {
+                result.faults = Printable(InputName(name) + ": " + e.GetMessage()) + "\n";
+                return result;
+            }
+            const auto schema = SchemaOf(name, HintsOf(*document.GetDocumentElement()), result);
+            if (schema == nullptr) return result;
+            CValidationOptions options = m_validation;
+            // JSON is mostly written without namespaces.
+            options.ignoreNamespaces = std::string_view(format.option) == "json" &&
+                                       document.GetDocumentElement()->GetNamespaceURI().empty();
+            const CValidationReport report =
+                CSchemaValidator(schema, options).Validate(document, InputName(name));
+            result.isValid = report.IsValid();
+            TellAll(result.faults, report);
+        } catch (const std::exception& e) {
+            result.isFailure = true;
+            result.faults = Printable(InputName(name) + ": " + e.what()) + "\n";
+        }
+        return result;
+    }
+
     static void Fail(Result& result, const std::string& name, const std::string& message) {
         result.isFailure = true;
         result.faults = "kvxml: " + Printable(InputName(name) + ": " + message) + "\n";
@@ -166,47 +207,74 @@ private:
             Tell(result.faults, fault);
             return nullptr;
         }
+        const std::string& fileName = reader.GetFileName();
+        const std::shared_ptr<const CSchemaSet> schema = SchemaOf(fileName, std::move(hints), result);
+        if (schema == nullptr || schema == m_schema) return m_validator.get();
+        m_hinted = std::make_unique<CSchemaValidator>(schema, m_validation);
+        return m_hinted.get();
+    }
+
+    /// The schema that was given, with what the hints name beyond it; null, with its faults, when there is
+    /// none.
+    std::shared_ptr<const CSchemaSet> SchemaOf(const std::string& fileName, Hints hints, Result& result) {
         if (m_schema != nullptr) {
             const auto isKnown = [this](const Hint& hint) { return m_schema->HasNamespace(hint.first); };
             hints.erase(std::remove_if(hints.begin(), hints.end(), isKnown), hints.end());
-            if (hints.empty()) return m_validator.get();
+            if (hints.empty()) return m_schema;
         }
-        auto& known = m_byHints[{reader.GetFileName(), hints}];
+        std::shared_ptr<const CSchemaSet>& known = m_byHints[{fileName, hints}];
         if (known == nullptr) {
             CSchemaLoader loader(m_options.load);
             for (const std::string& file : m_options.schemas)
                 loader.AddFile(file);
             for (const auto& [uri, location] : hints)
-                loader.AddHint(uri, location, reader.GetFileName());
+                loader.AddHint(uri, location, fileName);
             CFaultList faults(m_options.maxErrors);
             CFaultList remarks(m_options.maxErrors);
-            const std::shared_ptr<const CSchemaSet> schema = loader.Load(faults, &remarks);
+            known = loader.Load(faults, &remarks);
             TellAll(result.faults, remarks);
-            if (schema == nullptr) {
-                if (m_schema != nullptr) return m_validator.get();
-                TellAll(result.faults, faults);
-                return nullptr;
+            if (known == nullptr) {
+                if (m_schema == nullptr) TellAll(result.faults, faults);
+                return m_schema;
             }
-            known = std::make_unique<CSchemaValidator>(schema, m_validation);
         }
-        return known.get();
+        return known;
     }
 
     static void AddHints(const CXmlReader& reader, Hints& hints) {
         constexpr std::string_view kInstance = internal::kInstanceNamespace;
-        const auto add = [&](std::string uri, std::string location) {
-            std::pair<std::string, std::string> hint(std::move(uri), std::move(location));
-            if (std::find(hints.begin(), hints.end(), hint) == hints.end()) hints.push_back(std::move(hint));
-        };
-        if (const auto* attribute = reader.FindAttribute(kInstance, "noNamespaceSchemaLocation")) {
-            for (const std::string& location : Words(attribute->value))
-                add({}, location);
+        if (const auto* attribute = reader.FindAttribute(kInstance, "noNamespaceSchemaLocation"))
+            AddLocations(attribute->value, hints);
+        if (const auto* attribute = reader.FindAttribute(kInstance, "schemaLocation"))
+            AddPairs(attribute->value, hints);
+    }
+
+    /// Of the document element alone.
+    static Hints HintsOf(const CXmlElement& element) {
+        Hints hints;
+        for (const CXmlAttribute* attribute : element.GetAttributes()) {
+            if (attribute->GetNamespaceURI() != internal::kInstanceNamespace) continue;
+            if (attribute->GetLocalName() == "noNamespaceSchemaLocation")
+                AddLocations(attribute->GetValueView(), hints);
+            if (attribute->GetLocalName() == "schemaLocation") AddPairs(attribute->GetValueView(), hints);
         }
-        if (const auto* attribute = reader.FindAttribute(kInstance, "schemaLocation")) {
-            const std::vector<std::string> words = Words(attribute->value);
-            for (std::size_t i = 0; i + 1 < words.size(); i += 2)
-                add(words[i], words[i + 1]);
-        }
+        return hints;
+    }
+
+    static void AddLocations(std::string_view value, Hints& hints) {
+        for (const std::string& location : Words(value))
+            Add(hints, {}, location);
+    }
+
+    static void AddPairs(std::string_view value, Hints& hints) {
+        const std::vector<std::string> words = Words(value);
+        for (std::size_t i = 0; i + 1 < words.size(); i += 2)
+            Add(hints, words[i], words[i + 1]);
+    }
+
+    static void Add(Hints& hints, std::string uri, std::string location) {
+        Hint hint(std::move(uri), std::move(location));
+        if (std::find(hints.begin(), hints.end(), hint) == hints.end()) hints.push_back(std::move(hint));
     }
 
     static std::vector<std::string> Words(std::string_view text) {
@@ -225,7 +293,8 @@ private:
     std::shared_ptr<const CSchemaSet> m_schema;
     CValidationOptions m_validation;
     std::unique_ptr<CSchemaValidator> m_validator;
-    std::map<std::pair<std::string, Hints>, std::unique_ptr<CSchemaValidator>> m_byHints;
+    std::unique_ptr<CSchemaValidator> m_hinted;
+    std::map<std::pair<std::string, Hints>, std::shared_ptr<const CSchemaSet>> m_byHints;
 };
 
 /// Folders are replaced by the documents in them, in the order of their names.

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "kvxml/export.h"
+
 namespace KvXmlLib16::internal {
 
 /// Process-wide text switches, set once at start-up and read without locking.
@@ -21,7 +23,7 @@ void SetLocalCodePage(unsigned int codePage) noexcept;
 
 /// True when narrow text needs no conversion from or to UTF-8: `ASCIIOnly` is on or the local code page is
 /// UTF-8. Cheap; asked once per document or writer.
-bool IsLocalUtf8() noexcept;
+KVXML_EXPORT bool IsLocalUtf8() noexcept;
 
 /// UTF-8 (well-formed) to the local code page. A character that it cannot hold becomes "?". An unknown code
 /// page throws CKvException. With `ASCIIOnly` on, the bytes are returned as they are.
@@ -29,7 +31,7 @@ std::string Utf8ToLocal(std::string_view utf8);
 /// Local code page to UTF-8. Ill-formed input becomes U+FFFD; the result is always well-formed UTF-8, also
 /// when the local code page is UTF-8. With `ASCIIOnly` on, the bytes are returned as they are. An unknown
 /// code page throws CKvException.
-std::string LocalToUtf8(std::string_view local);
+KVXML_EXPORT std::string LocalToUtf8(std::string_view local);
 /// Replaces each ill-formed sequence by U+FFFD, one for each longest beginning of a character.
 std::string RepairUtf8(std::string_view utf8);
 /// True when all bytes are below 128.

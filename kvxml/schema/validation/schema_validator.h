@@ -17,6 +17,7 @@
 
 namespace KvXmlLib16 {
 
+class CXmlDocument;
 class CXmlReader;
 
 /// The outcome for one document.
@@ -28,12 +29,15 @@ public:
 
 struct CValidationOptions {
     std::size_t maxFaults = CFaultList::kDefaultLimit;
-    /// Limits and encodings of reading.
+    /// Limits and encodings of reading. Its document check does not count.
     const CSerializationContext* context = nullptr;  ///< null: the default context
+    /// Names are matched by their local parts alone, as in JSON without namespaces.
+    bool ignoreNamespaces = false;
 };
 
 /// Validates documents, one after another, against a schema set that is shared. One thread at a time uses a
-/// validator; memory does not grow with the document, tables of identity constraints and IDs apart.
+/// validator; to make one takes no time. Memory does not grow with the document, tables of identity
+/// constraints and IDs apart.
 ///
 /// A document that is not well-formed is a fault of the report with the parser's message and place, not an
 /// exception; CKvException is thrown when a file cannot be read at all.
@@ -47,8 +51,10 @@ public:
 
     CValidationReport ValidateFile(const char* fileName);
     CValidationReport ValidateBuffer(const void* data, std::size_t length, std::string_view name = {});
-    /// Pulls all events of the reader.
+    /// Reads all events of the reader.
     CValidationReport Validate(CXmlReader& reader);
+    /// A document of any format that has been loaded, under the name `name` in faults, which have no lines.
+    CValidationReport Validate(const CXmlDocument& document, std::string_view name = {});
 
     // In step with the caller: the caller reads, and hands over each event after `Begin`.
 

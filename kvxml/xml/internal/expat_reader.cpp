@@ -457,6 +457,34 @@ std::uint64_t CExpatReader::GetOffset() const noexcept {
     return offset < 0 ? 0 : static_cast<std::uint64_t>(offset);
 }
 
+void CExpatReader::Locate(std::uint64_t offset, std::uint64_t& line, std::uint64_t& column) const {
+    line = XML_GetCurrentLineNumber(m_parser.get());
+    column = std::uint64_t{XML_GetCurrentColumnNumber(m_parser.get())} + 1;
+    int current = 0;
+    int size = 0;
+    const char* const text = XML_GetInputContext(m_parser.get(), &current, &size);
+    const std::uint64_t here = GetOffset();
+    if (text == nullptr || offset >= here || here - offset > static_cast<std::uint64_t>(current)) return;
+    // Back from the event to the place. Other encodings than UTF-8 count as if each byte were a character.
+    const std::string_view before(text, static_cast<std::size_t>(current) - (here - offset));
+    const std::string_view between(text + before.size(), here - offset);
+    const auto isLineEnd = [&](std::size_t i) {
+        return between[i] == '\n' || (between[i] == '\r' && i + 1 < between.size() && between[i + 1] != '\n');
+    };
+    std::uint64_t lines = 0;
+    for (std::size_t i = 0; i < between.size(); ++i)
+        lines += isLineEnd(i) ? 1U : 0U;
+    const auto isCharacter = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
+    if (lines == 0) {
+        column -= static_cast<std::uint64_t>(std::count_if(between.begin(), between.end(), isCharacter));
+        return;
+    }
+    line -= lines;
+    const std::size_t start = before.find_last_of("\r\n");
+    const std::string_view own = start == before.npos ? before : before.substr(start + 1);
+    column = static_cast<std::uint64_t>(std::count_if(own.begin(), own.end(), isCharacter)) + 1;
+}
+
 void CExpatReader::Check(int status) {
     if (status == XML_STATUS_OK && m_exception == nullptr) return;
     if (m_builder != nullptr) m_builder->Abandon();

@@ -50,6 +50,8 @@ public:
     void ParsePiece(const char* text, std::size_t length, bool isLast);
     /// Where in the input the event stands that is being handled, or the error that was found.
     std::uint64_t GetOffset() const noexcept;
+    /// Line and column of a place that the text still at hand has, else of the event that is being handled.
+    void Locate(std::uint64_t offset, std::uint64_t& line, std::uint64_t& column) const;
 
     /// Set when parsing failed because the parser cannot read the encoding that the text declares, though the
     /// host's converter may know it; else empty.

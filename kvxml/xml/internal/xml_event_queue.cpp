@@ -31,54 +31,19 @@ CXmlEventQueue::Text CXmlEventQueue::Keep(const char* text, std::size_t length) 
     return kept;
 }
 
-const CEventName* CXmlEventQueue::Name(const char* raw) {
-    const auto found = m_byRaw.find(raw);
-    if (found != m_byRaw.end()) return found->second;
-    if (m_names.size() >= m_maxNames) {
-        throw CTreeLimitPassed{"the document has more distinct names than the limit of %llu", m_maxNames};
-    }
-    CEventName& name = m_names.emplace_back();
-    name.raw = raw;
-    const std::string_view text = name.raw;
-    const std::size_t first = text.find(kSeparator);
-    if (first == std::string_view::npos) {
-        name.localName = text;
-    } else {
-        const std::size_t second = text.find(kSeparator, first + 1);
-        name.namespaceUri = text.substr(0, first);
-        name.localName =
-            text.substr(first + 1, second == std::string_view::npos ? second : second - first - 1);
-        if (second != std::string_view::npos) name.prefix = text.substr(second + 1);
-    }
-    m_byRaw.emplace(text, &name);
-    return &name;
-}
-
-/// Texts of declarations, which recur.
-const std::string* CXmlEventQueue::Keep(const char* text) {
-    const auto found = m_byText.find(text);
-    if (found != m_byText.end()) return found->second;
-    if (m_texts.size() >= m_maxNames) {
-        throw CTreeLimitPassed{"the document has more distinct names than the limit of %llu", m_maxNames};
-    }
-    const std::string* const kept = &m_texts.emplace_back(text);
-    m_byText.emplace(*kept, kept);
-    return kept;
-}
-
 void CXmlEventQueue::OnDeclarePrefix(const char* prefix, const char* uri) {
-    m_declarations.push_back({Keep(prefix), Keep(uri)});
+    m_declarations.push_back({m_names.Keep(prefix), m_names.Keep(uri)});
     ++m_newDeclarations;
 }
 
 void CXmlEventQueue::OnStart(const char* name, const char** attributes, int specified) {
     if (++m_depth > m_maxDepth) throw CTreeLimitPassed{kTooDeep, m_maxDepth};
     // The event comes last: what is beyond a limit leaves none.
-    const CEventName* const known = Name(name);
+    const CEventName* const known = m_names.Element(name);
     const std::size_t firstAttribute = m_attributes.size();
     for (int i = 0; attributes[i] != nullptr; i += 2) {
-        m_attributes.push_back(
-            {Name(attributes[i]), Keep(attributes[i + 1], std::strlen(attributes[i + 1])), i >= specified});
+        m_attributes.push_back({m_names.Attribute(attributes[i]),
+                                Keep(attributes[i + 1], std::strlen(attributes[i + 1])), i >= specified});
     }
     Event& event = Add(XmlEvent::StartElement);
     event.name = known;

@@ -3,26 +3,17 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
+#include "kvxml/xml/internal/event_names.h"
 #include "kvxml/xml/internal/xml_events.h"
 #include "kvxml/xml/xml_reader.h"
 
 namespace KvXmlLib16::internal {
 
 class CExpatReader;
-
-/// A name of the document, split once.
-struct CEventName {
-    std::string raw;  ///< as the parser writes it
-    std::string_view namespaceUri;
-    std::string_view localName;
-    std::string_view prefix;
-};
 
 /// Fills itself from a parser, and is emptied by CXmlReader. Views of names stay for the whole document.
 class CXmlEventQueue : public IXmlEvents {
@@ -54,7 +45,7 @@ public:
 
     /// `maxNames`, `maxDepth`: beyond, CTreeLimitPassed.
     CXmlEventQueue(std::uint64_t maxNames, std::uint64_t maxDepth)
-        : m_maxNames(maxNames), m_maxDepth(maxDepth) {}
+        : m_maxDepth(maxDepth), m_names(maxNames) {}
 
     /// To be set before the parser runs.
     void SetParser(const CExpatReader* parser) noexcept { m_parser = parser; }
@@ -81,10 +72,7 @@ public:
 private:
     Event& Add(XmlEvent kind);
     Text Keep(const char* text, std::size_t length);
-    const CEventName* Name(const char* raw);
-    const std::string* Keep(const char* text);
 
-    const std::uint64_t m_maxNames;
     const std::uint64_t m_maxDepth;
     const CExpatReader* m_parser = nullptr;
     std::vector<Event> m_events;
@@ -95,10 +83,7 @@ private:
     std::size_t m_newDeclarations = 0;  // for the start that comes next
     std::uint64_t m_depth = 0;
     bool m_isInCData = false;
-    std::deque<CEventName> m_names;
-    std::unordered_map<std::string_view, const CEventName*> m_byRaw;
-    std::deque<std::string> m_texts;
-    std::unordered_map<std::string_view, const std::string*> m_byText;
+    CEventNames m_names;
 };
 
 }  // namespace KvXmlLib16::internal

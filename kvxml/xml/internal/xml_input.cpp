@@ -16,8 +16,10 @@ constexpr std::size_t kRawPiece = 65536;
 }  // namespace
 
 void CXmlInput::OpenMemory(const void* data, std::size_t length) {
-    m_memory = std::string_view(static_cast<const char*>(data), length);
-    Begin();
+    m_isMemory = m_isLast = true;
+    m_next = static_cast<const unsigned char*>(data);
+    m_rest = length;
+    FindCompression();
 }
 
 void CXmlInput::OpenFile(const char* fileName) {
@@ -42,6 +44,10 @@ void CXmlInput::Begin() {
     m_isLast = got < m_raw.size();
     m_next = m_raw.data();
     m_rest = got;
+    FindCompression();
+}
+
+void CXmlInput::FindCompression() {
     if (CInflater::IsCompressed(m_next, m_rest)) m_inflater = std::make_unique<CInflater>(m_limits);
 }
 
@@ -52,14 +58,10 @@ void CXmlInput::ReadPlain(unsigned char* buffer, std::size_t length, std::size_t
             throw CKvException(FormatString("Failed to read the contents of the file [%s] Error [0x%08x]",
                                             m_fileName.c_str(), static_cast<unsigned>(error)));
         }
-    } else if (m_stream != nullptr) {
+    } else {
         m_stream->read(reinterpret_cast<char*>(buffer), static_cast<std::streamsize>(length));
         got = static_cast<std::size_t>(m_stream->gcount());
         if (m_stream->bad()) throw CKvException("Failed to read from the stream.");
-    } else {
-        got = std::min(length, m_memory.size());
-        if (got != 0) std::memcpy(buffer, m_memory.data(), got);
-        m_memory.remove_prefix(got);
     }
 }
 
@@ -68,7 +70,7 @@ std::size_t CXmlInput::Read(char* buffer, std::size_t length) {
     std::size_t made = 0;
     if (m_inflater == nullptr) {
         made = std::min(length, m_rest);
-        std::memcpy(out, m_next, made);
+        if (made != 0) std::memcpy(out, m_next, made);
         m_next += made;
         m_rest -= made;
         if (made < length && !m_isLast) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "kvxml/base/internal/document_name.h"
 #include "kvxml/base/shared_name.h"
 
 namespace KvXmlLib16::internal {
@@ -46,6 +47,8 @@ struct CXmlName {
     mutable CSharedName sharedPrefix;
     mutable bool isResolved = false;
     mutable bool isSpaceAttribute = false;  ///< xml:space; known when resolved
+    /// As judges get it.
+    CDocumentName judged;
 };
 
 }  // namespace KvXmlLib16::internal

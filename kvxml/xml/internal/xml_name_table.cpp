@@ -135,6 +135,8 @@ std::unique_ptr<CXmlNameEntry> CXmlNameTable::Make(const CXmlNamespace& space, s
     if (m_convert) name->ownRawLocal = local;
     name->local = m_convert ? Utf8ToLocal(local) : std::string(local);
     name->tree = m_tree;
+    name->judged.namespaceUri = space.raw;
+    name->judged.localName = name->RawLocal();
     if (name->uri == kInstanceNamespace || name->uri == kXmlnsNamespace) {
         name->isNamespaceAttribute =
             std::find(std::begin(kNamespaceAttributes), std::end(kNamespaceAttributes), name->local) !=

@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "kvxml/platform/internal/code_page.h"
 #include "kvxml/xml/internal/tree_limits.h"
@@ -33,6 +34,7 @@ CXmlTreeBuilder::CXmlTreeBuilder(CXmlTree& tree, CXmlDocument::ElementFilter fil
       m_maxDepth(OrUnlimited(limits.GetMaxElementDepth())),
       m_convert(convert),
       m_mayBePlain(filter == nullptr && !convert),
+      m_watchesEnds(filter != nullptr),
       m_isPlain(m_mayBePlain),
       m_frames(FrameCount(kFirstFrames)) {
     m_open = m_frames.data();
@@ -64,22 +66,24 @@ void CXmlTreeBuilder::StartAnyElement(const char* name, const char* const* attri
     Frame* const frame = BeginElement();
     LinkElement(frame, m_convert || !m_declared.empty() ? MakeListedElement(name, attributes)
                                                         : MakeElement(name, attributes));
+    if (m_judge != nullptr) Judge([this](CDocumentJudge& judge) { judge.StartElement(*m_open->element); });
 }
 
 void CXmlTreeBuilder::StartElement(const CXmlName* name, const CXmlNewAttribute* attributes,
                                    std::size_t count) {
     Frame* const frame = BeginElement();
-    if (!m_convert) {
+    if (m_convert) {
+        std::vector<std::string> values;
+        for (std::size_t i = 0; i < count; ++i)
+            values.push_back(Utf8ToLocal(attributes[i].value));
+        std::vector<CXmlNewAttribute> converted;
+        for (std::size_t i = 0; i < count; ++i)
+            converted.push_back({attributes[i].name, values[i], false});
+        LinkElement(frame, MakeElement(name, converted.data(), count));
+    } else {
         LinkElement(frame, MakeElement(name, attributes, count));
-        return;
     }
-    std::vector<std::string> values;
-    for (std::size_t i = 0; i < count; ++i)
-        values.push_back(Utf8ToLocal(attributes[i].value));
-    std::vector<CXmlNewAttribute> converted;
-    for (std::size_t i = 0; i < count; ++i)
-        converted.push_back({attributes[i].name, values[i], false});
-    LinkElement(frame, MakeElement(name, converted.data(), count));
+    if (m_judge != nullptr) Judge([this](CDocumentJudge& judge) { judge.StartElement(*m_open->element); });
 }
 
 CXmlTreeBuilder::Frame* CXmlTreeBuilder::BeginElement() {
@@ -285,10 +289,39 @@ void CXmlTreeBuilder::ConvertRun() {
     m_arena.AppendToRun(converted.data(), converted.size());
 }
 
-void CXmlTreeBuilder::Filter() {
+void CXmlTreeBuilder::SetJudge(std::unique_ptr<CDocumentJudge> judge, bool throwsLate) {
+    m_judge = std::move(judge);
+    m_throwsLate = throwsLate;
+    m_watchesEnds = m_filter != nullptr || m_judge != nullptr;
+    m_mayBePlain = !m_watchesEnds && !m_convert;
+    m_isPlain = m_mayBePlain && m_declared.empty();
+}
+
+template <class Call>
+void CXmlTreeBuilder::Judge(Call call) {
+    if (!m_throwsLate) return call(*m_judge);
+    try {
+        call(*m_judge);
+    } catch (...) {
+        m_refusal = std::current_exception();
+        m_judge.reset();
+    }
+}
+
+void CXmlTreeBuilder::EndJudging() {
+    if (m_refusal != nullptr) std::rethrow_exception(m_refusal);
+}
+
+void CXmlTreeBuilder::WatchEnd() {
     const Frame& closed = *(m_open + 1);
     CXmlElement* const element = closed.element;
-    if (!m_filter(element) || m_open->element == nullptr) return;
+    if (m_judge != nullptr) {
+        Judge([&](CDocumentJudge& judge) {
+            judge.EndElement(*element);
+            if (m_open->element == nullptr) judge.EndDocument();
+        });
+    }
+    if (m_filter == nullptr || !m_filter(element) || m_open->element == nullptr) return;
     m_open->nextChild = closed.place;
     *closed.place = nullptr;
     m_tree.DropBoxes(closed.boxes, *element);

@@ -3,9 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
+#include <memory>
 #include <string_view>
 #include <vector>
 
+#include "kvxml/settings/document_check.h"
 #include "kvxml/xml/internal/xml_tree.h"
 #include "kvxml/xml/xml_document.h"
 
@@ -29,6 +32,11 @@ public:
     CXmlTreeBuilder(CXmlTree& tree, CXmlDocument::ElementFilter filter, const CSerializationContext& limits,
                     bool convert);
 
+    /// Tells the judge, if it is not null, of all elements from now on. With `throwsLate` what it throws is
+    /// thrown by `EndJudging` only, to be called after the document.
+    void SetJudge(std::unique_ptr<CDocumentJudge> judge, bool throwsLate);
+    void EndJudging();
+
     /// See `CXmlNameTable::TrustPlaces`.
     void TrustPlacesOfNames() noexcept { m_names.TrustPlaces(); }
 
@@ -44,11 +52,11 @@ public:
     }
     /// The same with names and attributes as the tree has them.
     void StartElement(const CXmlName* name, const CXmlNewAttribute* attributes, std::size_t count);
-    /// Closes the element opened last and asks the filter, whose exceptions pass.
+    /// Closes the element opened last, tells the judge and asks the filter; the exceptions of both pass.
     void EndElement() {
         FinishText();
         --m_open;
-        if (m_filter != nullptr) Filter();
+        if (m_watchesEnds) WatchEnd();
     }
     /// Adds to the text of the element opened last. Carriage returns must have been left out.
     void AppendText(const char* text, std::size_t length) { m_arena.AppendToRun(text, length); }
@@ -133,7 +141,9 @@ private:
     void LinkRun(CXmlElement& element, const char* characters, std::size_t length);
     CXmlTextRun* NewRun(const CXmlTextRun* previous, const char* characters, std::size_t length);
     void ConvertRun();
-    void Filter();
+    void WatchEnd();
+    template <class Call>
+    void Judge(Call call);
 
     CXmlTree& m_tree;
     CArena& m_arena;
@@ -142,11 +152,15 @@ private:
     const CXmlDocument::ElementFilter m_filter;
     const std::uint32_t m_maxDepth;
     const bool m_convert;
-    const bool m_mayBePlain;
+    bool m_mayBePlain;
+    bool m_watchesEnds;
+    bool m_throwsLate = false;
     bool m_isPlain;      // elements need nothing but to be made
     Frame* m_open;       // of the element opened last; the first one stands for the document
     Frame* m_framesEnd;  // after the last one that may be opened without a look
     std::vector<Frame> m_frames;
+    std::unique_ptr<CDocumentJudge> m_judge;
+    std::exception_ptr m_refusal;         // thrown by the judge
     std::vector<CXmlBinding> m_declared;  // by the element that is opened next
     std::vector<CXmlNewAttribute> m_attributes;
 };

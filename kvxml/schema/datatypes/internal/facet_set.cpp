@@ -384,9 +384,12 @@ const char* CheckLengths(const CFacetSet& facets, std::size_t length) noexcept {
 }
 
 const char* CheckPatterns(const CFacetSet& facets, std::string_view text) {
+    if (facets.patterns.empty()) return nullptr;
+    const bool isAscii =
+        std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
     for (const auto& step : facets.patterns) {
         const bool matches = std::any_of(step.begin(), step.end(), [&](const auto& pattern) {
-            return pattern->Match(text, false) == CXsdRegex::Result::Match;
+            return pattern->Match(text, isAscii) == CXsdRegex::Result::Match;
         });
         if (!matches) return "cvc-pattern-valid";
     }

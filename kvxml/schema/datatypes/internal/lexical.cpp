@@ -102,7 +102,9 @@ bool ParseBoolean(std::string_view text, bool& value) noexcept {
     return value || text == "false" || text == "0";
 }
 
-bool ParseDouble(std::string_view text, bool isFloat, double& value) noexcept {
+bool ParseDouble(std::string_view text, bool isFloat, double* result) noexcept {
+    double unused = 0;
+    double& value = result != nullptr ? *result : unused;
     if (text == "INF" || text == "-INF") {
         value = text.front() == '-' ? -HUGE_VAL : HUGE_VAL;
         return true;
@@ -135,18 +137,19 @@ bool ParseDouble(std::string_view text, bool isFloat, double& value) noexcept {
         rest.remove_prefix(digits);
     }
     if (!rest.empty()) return false;
+    if (result == nullptr) return true;
 
     if (text.front() == '+') text.remove_prefix(1);
     const char* const end = text.data() + text.size();
-    std::from_chars_result result{};
+    std::from_chars_result read{};
     if (isFloat) {
         float narrow = 0;
-        result = std::from_chars(text.data(), end, narrow);
+        read = std::from_chars(text.data(), end, narrow);
         value = static_cast<double>(narrow);
     } else {
-        result = std::from_chars(text.data(), end, value);
+        read = std::from_chars(text.data(), end, value);
     }
-    if (result.ec == std::errc::result_out_of_range) {
+    if (read.ec == std::errc::result_out_of_range) {
         const double magnitude = hasNegativeExponent ? 0.0 : HUGE_VAL;
         value = text.front() == '-' ? -magnitude : magnitude;
     }
@@ -255,6 +258,9 @@ std::string_view TreatWhiteSpace(std::string_view text, WhiteSpace rule, std::st
         std::replace_if(buffer.begin() + static_cast<std::ptrdiff_t>(first), buffer.end(), IsBlank, ' ');
         return buffer;
     }
+    // Most texts have nothing like a blank.
+    if (std::none_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) <= ' '; }))
+        return text;
     while (!text.empty() && IsBlank(text.front()))
         text.remove_prefix(1);
     while (!text.empty() && IsBlank(text.back()))

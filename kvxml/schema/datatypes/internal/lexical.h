@@ -26,8 +26,8 @@ Order Compare(const CDecimalView& a, const CDecimalView& b) noexcept;
 
 bool ParseBoolean(std::string_view text, bool& value) noexcept;
 
-/// Rounds as IEEE 754 has it; what is too large becomes INF. `isFloat`: to 32 bits.
-bool ParseDouble(std::string_view text, bool isFloat, double& value) noexcept;
+/// Rounds as IEEE 754 has it; what is too large becomes INF. `isFloat`: to 32 bits. `value` may be null.
+bool ParseDouble(std::string_view text, bool isFloat, double* value) noexcept;
 /// NaN is equal to itself and not ordered otherwise.
 Order CompareDoubles(double a, double b) noexcept;
 

@@ -65,9 +65,9 @@ bool ParseValue(BuiltInType type, BuiltInType primitive, std::string_view text, 
             return type == BuiltInType::Decimal ? ParseDecimal(text, value.decimal)
                                                 : ParseInteger(text, value.decimal);
         case BuiltInType::Float:
-            return ParseDouble(text, true, value.number);
+            return ParseDouble(text, true, value.isFormOnly ? nullptr : &value.number);
         case BuiltInType::Double:
-            return ParseDouble(text, false, value.number);
+            return ParseDouble(text, false, value.isFormOnly ? nullptr : &value.number);
         case BuiltInType::Duration:
             return ParseDuration(text, value.duration);
         case BuiltInType::HexBinary:

@@ -22,6 +22,7 @@ struct CParsedValue {
     bool truth = false;             ///< boolean
     std::string_view namespaceUri;  ///< QName, NOTATION, when there was a scope
     std::string_view localName;     ///< QName, NOTATION
+    bool isFormOnly = false;        ///< set before reading: nobody asks for `number`
 };
 
 /// Reads `text` by the lexical rules of the built-in type `type`, derived from `primitive`; bounds are facets

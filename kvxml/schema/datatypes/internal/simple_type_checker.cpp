@@ -41,16 +41,27 @@ public:
         }
     }
 
-    bool MayHaveReferences() const noexcept override { return mayHaveReferences; }
-
     const CSimpleTypeDefinition* type = nullptr;
     Variety variety = Variety::Atomic;
     BuiltInType builtIn = BuiltInType::AnySimpleType;
     BuiltInType primitive = BuiltInType::AnySimpleType;
     CFacetSet facets;
+    /// A text type without facets.
+    bool IsAnyText() const noexcept {
+        return variety == Variety::Atomic &&
+               (primitive == BuiltInType::AnySimpleType ||
+                (primitive == BuiltInType::String &&
+                 (builtIn == BuiltInType::String || builtIn == BuiltInType::NormalizedString ||
+                  builtIn == BuiltInType::Token))) &&
+               !facets.length && !facets.minLength && !facets.maxLength && facets.patterns.empty() &&
+               facets.enumeration == nullptr;
+    }
+
     std::shared_ptr<const Checker> item;
     std::vector<std::shared_ptr<const Checker>> members;
-    bool mayHaveReferences = false;
+    using CSimpleTypeChecker::acceptsAnyText;
+    using CSimpleTypeChecker::mayHaveReferences;
+    bool needsNumber = false;   ///< facets ask for what floating-point text stands for
     bool containsList = false;  ///< a list, or a union with one
 
 private:
@@ -100,6 +111,7 @@ private:
         std::string buffer;
         const std::string_view text = TreatWhiteSpace(raw, facets.whiteSpace, buffer);
         CParsedValue parsed;
+        parsed.isFormOnly = value == nullptr && !needsNumber;
         if (!ParseValue(builtIn, primitive, text, scope, parsed))
             return Fail(text, "cvc-datatype-valid.1.2.1", error, constraint);
         const char* violated = CheckPatterns(facets, text);
@@ -274,6 +286,11 @@ std::shared_ptr<const CSimpleTypeChecker> CompileSimpleType(const CSimpleTypeDef
                             : static_cast<const CSimpleTypeChecker&>(*checker),
                   checker->facets, report);
     }
+    checker->acceptsAnyText = checker->IsAnyText();
+    const CFacetSet& facets = checker->facets;
+    checker->needsNumber = facets.enumeration != nullptr || facets.minInclusive != nullptr ||
+                           facets.maxInclusive != nullptr || facets.minExclusive != nullptr ||
+                           facets.maxExclusive != nullptr;
     return checker;
 }
 

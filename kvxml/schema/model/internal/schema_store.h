@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -83,9 +84,21 @@ public:
     std::vector<const CSchemaDocument*> documents;
     std::unordered_set<std::string_view> namespaces;
 
+    /// The store of a set. Nothing in it may be changed.
+    static CSchemaStore& Of(const CSchemaSet& set) noexcept { return *set.m_store; }
+    /// What users make of the whole set, once for all of them; `T` is one type for all calls, made from the
+    /// store. Any number of threads may call it at once.
+    template <class T>
+    const T& Derived() {
+        std::call_once(m_derivedOnce, [this] { m_derived = std::make_shared<const T>(*this); });
+        return *static_cast<const T*>(m_derived.get());
+    }
+
     /// All components of a kind, local and anonymous ones included, in order of making.
     template <class T>
     std::deque<T>& Pool() noexcept;
+    /// Greater than the order of every component.
+    std::uint32_t GetOrderEnd() const noexcept { return m_nextOrder; }
 
 private:
     void MakeBuiltIns();
@@ -110,6 +123,8 @@ private:
     std::unordered_set<std::string> m_texts;
     CSimpleTypeDefinition* m_builtIn[kBuiltInTypeCount] = {};
     CComplexTypeDefinition* m_anyType = nullptr;
+    std::once_flag m_derivedOnce;
+    std::shared_ptr<const void> m_derived;
 };
 
 template <>

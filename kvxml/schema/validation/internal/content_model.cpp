@@ -15,10 +15,11 @@ constexpr std::size_t kSmallChoice = 8;
 
 // --- compiling ---------------------------------------------------------------------------------------------
 
-CContentModel::CContentModel(const CParticle* particle) {
+CContentModel::CContentModel(const CParticle* particle, const NumberOf& numberOf) {
     if (particle == nullptr) return;
-    m_root = AddParticle(*particle, 0);
+    m_root = AddParticle(*particle, 0, numberOf);
     Finish();
+    m_known = std::vector<std::atomic<std::uint64_t>>(kWays * (m_nodes.size() + 1));
 }
 
 std::uint32_t CContentModel::AddNode(Kind kind) {
@@ -38,9 +39,10 @@ void CContentModel::AdoptChildren(std::uint32_t parent, const std::vector<std::u
     }
 }
 
-std::uint32_t CContentModel::AddParticle(const CParticle& particle, std::size_t nesting) {
+std::uint32_t CContentModel::AddParticle(const CParticle& particle, std::size_t nesting,
+                                         const NumberOf& numberOf) {
     if (nesting > kMaxNesting) throw CKvException("The content model is nested too deeply.");
-    const std::uint32_t term = AddTerm(particle, nesting);
+    const std::uint32_t term = AddTerm(particle, nesting, numberOf);
     if (particle.minOccurs == 1 && particle.maxOccurs == 1) return term;
     const std::uint32_t repeat = AddNode(Kind::Repeat);
     Node& node = m_nodes[repeat];
@@ -54,18 +56,22 @@ std::uint32_t CContentModel::AddParticle(const CParticle& particle, std::size_t 
     return repeat;
 }
 
-std::uint32_t CContentModel::AddTerm(const CParticle& particle, std::size_t nesting) {
-    if (const CElementDeclaration* element = particle.AsElement()) {
-        const std::uint32_t leaf = AddNode(Kind::Element);
-        m_nodes[leaf].element = element;
-        if (!element->substitutionGroupMembers.empty()) {
-            Table table;
-            AddMembers(*element, leaf, table);
-            m_nodes[leaf].table = static_cast<std::uint32_t>(m_tables.size());
-            m_tables.push_back(std::move(table));
-        }
-        return leaf;
+std::uint32_t CContentModel::AddElement(const CElementDeclaration& element, const NumberOf& numberOf) {
+    const std::uint32_t leaf = AddNode(Kind::Element);
+    m_nodes[leaf].element = &element;
+    m_nodes[leaf].number = numberOf(element.name);
+    if (!element.substitutionGroupMembers.empty()) {
+        Table table;
+        AddMembers(element, leaf, table, numberOf);
+        m_nodes[leaf].table = static_cast<std::uint32_t>(m_tables.size());
+        m_tables.push_back(std::move(table));
     }
+    return leaf;
+}
+
+std::uint32_t CContentModel::AddTerm(const CParticle& particle, std::size_t nesting,
+                                     const NumberOf& numberOf) {
+    if (const CElementDeclaration* element = particle.AsElement()) return AddElement(*element, numberOf);
     if (const CWildcard* wildcard = particle.AsWildcard()) {
         const std::uint32_t leaf = AddNode(Kind::Wildcard);
         m_nodes[leaf].wildcard = wildcard;
@@ -81,22 +87,31 @@ std::uint32_t CContentModel::AddTerm(const CParticle& particle, std::size_t nest
     bool anyNullable = false;
     bool allNullable = true;
     for (const CParticle* child : group.particles) {
-        children.push_back(AddParticle(*child, nesting + 1));
+        children.push_back(AddParticle(*child, nesting + 1, numberOf));
         anyNullable = anyNullable || m_nodes[children.back()].isNullable;
         allNullable = allNullable && m_nodes[children.back()].isNullable;
     }
     m_nodes[node].isNullable = isChoice ? anyNullable : allNullable;
     AdoptChildren(node, children);
+    m_hasAll = m_hasAll || group.compositor == Compositor::All;
+    if (group.compositor == Compositor::Sequence) {
+        bool isNullable = true;
+        for (auto child = children.rbegin(); child != children.rend(); ++child) {
+            m_nodes[*child].isRestNullable = isNullable;
+            isNullable = isNullable && m_nodes[*child].isNullable;
+        }
+    }
     return node;
 }
 
 /// Everything that may stand for the head, at any number of steps.
-void CContentModel::AddMembers(const CElementDeclaration& head, std::uint32_t leaf, Table& table) const {
+void CContentModel::AddMembers(const CElementDeclaration& head, std::uint32_t leaf, Table& table,
+                               const NumberOf& numberOf) const {
     std::vector<const CElementDeclaration*> open{&head};
     while (!open.empty()) {
         const CElementDeclaration& at = *open.back();
         open.pop_back();
-        if (IsSubstitutable(at, head)) table.elements.emplace(at.name.localName, Target{leaf, &at});
+        if (IsSubstitutable(at, head)) table.elements.emplace(numberOf(at.name), Target{leaf, &at});
         open.insert(open.end(), at.substitutionGroupMembers.begin(), at.substitutionGroupMembers.end());
     }
 }
@@ -122,6 +137,19 @@ void CContentModel::Finish() {
             open.push_back(m_children[node.firstChild + i]);
         }
     }
+    for (Node& node : m_nodes)
+        node.repeatsItself = RepeatsItself(node);
+}
+
+/// An element of a range such as 0 to 5, with no repetition further out: one more of it can be nothing else.
+bool CContentModel::RepeatsItself(const Node& leaf) const noexcept {
+    if (leaf.kind != Kind::Element || leaf.table != kNone || leaf.depth != 1 || m_hasAll) return false;
+    const Node& repeat = m_nodes[leaf.parent];
+    if (repeat.kind != Kind::Repeat || !repeat.counts) return false;
+    for (std::uint32_t at = repeat.parent; at != kNone; at = m_nodes[at].parent) {
+        if (m_nodes[at].kind == Kind::Repeat && m_nodes[at].max > 1) return false;
+    }
+    return true;
 }
 
 /// Leaves that may come first in the node.
@@ -133,7 +161,7 @@ void CContentModel::CollectFirst(std::uint32_t at, Table& table) const {
         open.pop_back();
         if (node.kind == Kind::Element) {
             if (node.table == kNone) {
-                table.elements.emplace(node.element->name.localName, Target{index, node.element});
+                table.elements.emplace(node.number, Target{index, node.element});
             } else {
                 for (const auto& entry : m_tables[node.table].elements)
                     table.elements.insert(entry);
@@ -152,10 +180,8 @@ void CContentModel::CollectFirst(std::uint32_t at, Table& table) const {
 // --- steps -------------------------------------------------------------------------------------------------
 
 CContentModel::Target CContentModel::FindIn(const Table& table, const Name& name) const {
-    const auto [first, last] = table.elements.equal_range(name.localName);
-    for (auto entry = first; entry != last; ++entry) {
-        if (entry->second.element->name.namespaceUri == name.namespaceUri) return entry->second;
-    }
+    const auto found = table.elements.find(name.number);
+    if (found != table.elements.end()) return found->second;
     for (const std::uint32_t wildcard : table.wildcards) {
         if (m_nodes[wildcard].wildcard->Admits(name.namespaceUri)) return {wildcard, nullptr};
     }
@@ -168,10 +194,7 @@ CContentModel::Target CContentModel::FindFirst(std::uint32_t at, const Name& nam
     if (node.table != kNone) return FindIn(m_tables[node.table], name);
     switch (node.kind) {
         case Kind::Element:
-            if (node.element->name.localName == name.localName &&
-                node.element->name.namespaceUri == name.namespaceUri)
-                return {at, node.element};
-            return {kNone, nullptr};
+            return node.number == name.number ? Target{at, node.element} : Target{kNone, nullptr};
         case Kind::Wildcard:
             return {node.wildcard->Admits(name.namespaceUri) ? at : kNone, nullptr};
         default:
@@ -250,6 +273,7 @@ void CContentModel::Enter(Place& place, std::uint32_t leaf, std::uint32_t from) 
 
 void CContentModel::Start(State& state) const {
     state.isAtStart = true;
+    state.isPlain = false;
     state.places.clear();
 }
 
@@ -283,41 +307,42 @@ void CContentModel::AddPlace(std::vector<Place>& places, Place place) const {
     if (places.size() < kMaxPlaces) places.push_back(std::move(place));
 }
 
-CMatch CContentModel::Step(State& state, const Name& name, bool lenient) const {
-    if (m_root == kNone) return {};
-    const auto matchOf = [this](const Target& target) {
-        return CMatch{target.element, target.element == nullptr ? m_nodes[target.leaf].wildcard : nullptr};
-    };
-    const auto take = [this, &state](std::uint32_t leaf) {
-        // The member of an all-group; the leaf may be inside a repetition of it.
-        for (std::uint32_t at = leaf; m_nodes[at].parent != kNone; at = m_nodes[at].parent) {
-            const Node& parent = m_nodes[m_nodes[at].parent];
-            if (parent.kind != Kind::All) continue;
-            state.taken.resize(parent.childCount / 64 + 1, 0);
-            state.taken[m_nodes[at].index / 64] |= std::uint64_t{1} << (m_nodes[at].index % 64);
-        }
-    };
-    if (state.isAtStart) {
-        const Target found = FindFirst(m_root, name);
-        Target target = found;
-        if (found.leaf == kNone && lenient) {
-            // Anywhere in the outermost sequence.
-            const Node* node = &m_nodes[m_root];
-            if (node->kind == Kind::Repeat) node = &Child(*node, 0);
-            for (std::uint32_t i = 0; node->kind == Kind::Sequence && i < node->childCount; ++i) {
-                target = FindFirst(m_children[node->firstChild + i], name);
-                if (target.leaf != kNone) break;
-            }
-        }
-        if (target.leaf == kNone) return {};
-        state.isAtStart = false;
-        state.taken.clear();
-        state.places.resize(1);
-        state.places[0].counts.assign(m_nodes[target.leaf].depth, 1);
-        state.places[0].leaf = target.leaf;
-        take(target.leaf);
-        return matchOf(target);
+CMatch CContentModel::MatchOf(const Target& target) const noexcept {
+    return {target.element, target.element == nullptr ? m_nodes[target.leaf].wildcard : nullptr};
+}
+
+/// The member of an all-group is taken; the leaf may be inside a repetition of it.
+void CContentModel::TakeMember(State& state, std::uint32_t leaf) const {
+    for (std::uint32_t at = leaf; m_nodes[at].parent != kNone; at = m_nodes[at].parent) {
+        const Node& parent = m_nodes[m_nodes[at].parent];
+        if (parent.kind != Kind::All) continue;
+        state.taken.resize(parent.childCount / 64 + 1, 0);
+        state.taken[m_nodes[at].index / 64] |= std::uint64_t{1} << (m_nodes[at].index % 64);
     }
+}
+
+/// From the start.
+CMatch CContentModel::StepFirst(State& state, const Name& name, bool lenient) const {
+    Target target = FindFirst(m_root, name);
+    if (target.leaf == kNone && lenient) {
+        // Anywhere in the outermost sequence.
+        const Node* node = &m_nodes[m_root];
+        if (node->kind == Kind::Repeat) node = &Child(*node, 0);
+        for (std::uint32_t i = 0; node->kind == Kind::Sequence && i < node->childCount; ++i) {
+            target = FindFirst(m_children[node->firstChild + i], name);
+            if (target.leaf != kNone) break;
+        }
+    }
+    if (target.leaf == kNone) return {};
+    state.taken.clear();
+    SetPlace(state, target.leaf);
+    TakeMember(state, target.leaf);
+    if (target.element != nullptr && !lenient) Remember(m_nodes.size(), name.number, target.leaf);
+    return MatchOf(target);
+}
+
+/// The leaf that takes the name, with all places to which it leads in `state.next`.
+CContentModel::Target CContentModel::FindNext(State& state, const Name& name, bool lenient) const {
     Target best{kNone, nullptr};
     state.next.clear();
     for (const Place& place : state.places) {
@@ -338,27 +363,60 @@ CMatch CContentModel::Step(State& state, const Name& name, bool lenient) const {
             AddPlace(state.next, std::move(moved));
         });
     }
+    return best;
+}
+
+CMatch CContentModel::Step(State& state, const Name& name, bool lenient) const {
+    if (m_root == kNone) return {};
+    if (state.isAtStart) return StepFirst(state, name, lenient);
+    const bool wasPlain = state.isPlain;
+    if (wasPlain) {
+        state.places.resize(1);
+        state.places[0].counts.clear();
+        state.places[0].leaf = state.leaf;
+    }
+    const Target best = FindNext(state, name, lenient);
     if (best.leaf == kNone) return {};
+    if (wasPlain && best.element != nullptr && !lenient) Remember(state.leaf, name.number, best.leaf);
     std::swap(state.places, state.next);
-    take(best.leaf);
-    return matchOf(best);
+    state.isPlain = !m_hasAll && m_nodes[best.leaf].depth == 0;
+    state.leaf = best.leaf;
+    TakeMember(state, best.leaf);
+    return MatchOf(best);
 }
 
-CMatch CContentModel::Next(State& state, std::string_view namespaceUri, std::string_view localName) const {
-    return Step(state, {namespaceUri, localName}, false);
+void CContentModel::Remember(std::size_t from, std::uint32_t number, std::uint32_t leaf) const noexcept {
+    if (m_hasAll || m_nodes[leaf].table != kNone) return;
+    std::atomic<std::uint64_t>* const known = &m_known[kWays * from];
+    for (std::size_t way = kWays - 1; way > 0; --way)
+        known[way].store(known[way - 1].load(std::memory_order_relaxed), std::memory_order_relaxed);
+    known[0].store(std::uint64_t{number} << 32 | leaf, std::memory_order_relaxed);
 }
 
-CMatch CContentModel::Recover(State& state, std::string_view namespaceUri, std::string_view localName) const {
-    return Step(state, {namespaceUri, localName}, true);
+CMatch CContentModel::NextUnknown(State& state, std::uint32_t number, std::string_view namespaceUri) const {
+    if (!state.isAtStart && !state.isPlain && state.places.size() == 1) {
+        const Node& node = m_nodes[state.leaf];
+        if (node.repeatsItself && node.number == number) {
+            const Node& repeat = m_nodes[node.parent];
+            std::uint64_t& rounds = state.places[0].counts[0];
+            if (rounds < repeat.max) {
+                if (repeat.max != CParticle::kUnbounded || rounds < repeat.min) ++rounds;
+                return {node.element, nullptr};
+            }
+        }
+    }
+    return Step(state, {number, namespaceUri}, false);
+}
+
+CMatch CContentModel::Recover(State& state, std::uint32_t number, std::string_view namespaceUri) const {
+    return Step(state, {number, namespaceUri}, true);
 }
 
 bool CContentModel::MayEnd(const State& state, const Place& place) const {
     for (std::uint32_t at = place.leaf; m_nodes[at].parent != kNone; at = m_nodes[at].parent) {
         const Node& node = m_nodes[m_nodes[at].parent];
         if (node.kind == Kind::Sequence) {
-            for (std::uint32_t i = m_nodes[at].index + 1; i < node.childCount; ++i) {
-                if (!Child(node, i).isNullable) return false;
-            }
+            if (!m_nodes[at].isRestNullable) return false;
         } else if (node.kind == Kind::All) {
             if (!IsAllDone(node, state)) return false;
         } else if (node.kind == Kind::Repeat && node.counts) {
@@ -371,6 +429,7 @@ bool CContentModel::MayEnd(const State& state, const Place& place) const {
 bool CContentModel::MayEnd(const State& state) const {
     if (m_root == kNone) return true;
     if (state.isAtStart) return m_nodes[m_root].isNullable;
+    if (state.isPlain) return MayEnd(state, {state.leaf, {}});
     return std::any_of(state.places.begin(), state.places.end(),
                        [&](const Place& place) { return MayEnd(state, place); });
 }
@@ -404,7 +463,7 @@ std::vector<std::string> CContentModel::Expected(const State& state, std::size_t
         ListFirst(m_root, names, max);
         return names;
     }
-    const Place& place = state.places.front();
+    const Place place = state.isPlain ? Place{state.leaf, {}} : state.places.front();
     for (std::uint32_t at = place.leaf; m_nodes[at].parent != kNone; at = m_nodes[at].parent) {
         const Node& node = m_nodes[m_nodes[at].parent];
         if (node.kind == Kind::Sequence) {

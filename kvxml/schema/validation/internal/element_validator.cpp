@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "kvxml/base/internal/namespace_uris.h"
 #include "kvxml/schema/constraints/internal/schema_constraints.h"
-#include "kvxml/xml/xml_reader.h"
 
 namespace KvXmlLib16::internal {
 
@@ -16,11 +14,10 @@ using Content = CComplexTypeDefinition::ContentKind;
 constexpr std::size_t kMostExpected = 8;
 
 bool IsBlank(std::string_view text) noexcept {
-    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
-}
-
-std::string Bracket(std::string_view text) {
-    return "[" + std::string(text) + "]";
+    for (const char c : text) {
+        if (c != ' ' && c != '\n' && c != '\t' && c != '\r') return false;
+    }
+    return true;
 }
 
 std::string Joined(const std::vector<std::string>& names) {
@@ -37,11 +34,12 @@ std::string TypeName(const CTypeDefinition& type) {
 }  // namespace
 
 CElementValidator::CElementValidator(std::shared_ptr<const CSchemaSet> schema)
-    : m_schema(std::move(schema)), m_identity(*this) {}
+    : m_schema(std::move(schema)), m_tables(CTypeTables::Of(*m_schema)), m_identity(*this) {}
 
-void CElementValidator::Begin(const CXmlReader& reader, CValidationReport& report) {
-    m_reader = &reader;
+void CElementValidator::Begin(const IDocumentPlace& place, CFaultList& report, bool ignoresNamespaces) {
+    m_place = &place;
     m_report = &report;
+    m_ignoresNamespaces = ignoresNamespaces;
     m_depth = 0;
     m_identity.Clear();
     m_ids.clear();
@@ -49,19 +47,18 @@ void CElementValidator::Begin(const CXmlReader& reader, CValidationReport& repor
 }
 
 void CElementValidator::Fault(std::string message, const char* constraint, std::string_view attribute) {
+    FaultAt(m_place->GetMark(), std::move(message), constraint, attribute);
+}
+
+void CElementValidator::FaultAt(std::uint64_t mark, std::string message, const char* constraint,
+                                std::string_view attribute) {
     CFault fault;
-    fault.file = m_reader->GetFileName();
-    fault.line = m_reader->GetLine();
-    fault.column = m_reader->GetColumn();
-    fault.path = m_reader->GetPath();
+    m_place->Locate(mark, fault);
+    fault.path = m_place->GetPath();
     if (!attribute.empty()) fault.path.append("/@").append(attribute);
     fault.message = std::move(message);
     fault.constraint = constraint;
     m_report->Add(std::move(fault));
-}
-
-bool CElementValidator::Resolve(std::string_view prefix, std::string_view& namespaceUri) const {
-    return m_reader->LookupNamespace(prefix, namespaceUri);
 }
 
 const CElementDeclaration* CElementValidator::GetElementDeclaration() const noexcept {
@@ -72,44 +69,37 @@ const CTypeDefinition* CElementValidator::GetTypeDefinition() const noexcept {
     return m_depth == 0 ? nullptr : m_frames[m_depth - 1]->type;
 }
 
+/// Of the innermost element.
 std::string CElementValidator::Name() const {
-    return Bracket(m_reader->GetLocalName());
+    return Bracket(m_frames[m_depth - 1]->name->localName);
 }
 
-CElementValidator::Frame& CElementValidator::Push() {
+CElementValidator::Frame& CElementValidator::Push(const CDocumentName& name) {
     if (m_frames.size() == m_depth) m_frames.push_back(std::make_unique<Frame>());
     Frame& frame = *m_frames[m_depth++];
+    frame.name = &name;
     frame.declaration = nullptr;
     frame.type = nullptr;
     frame.complex = nullptr;
+    frame.simple = nullptr;
     frame.table = nullptr;
+    frame.textUse = TextUse::None;
     frame.isSkipped = frame.isNil = frame.isBroken = false;
     frame.hasChildren = frame.hasCharacters = frame.hasTextFault = false;
     frame.text.clear();
     return frame;
 }
 
-void CElementValidator::OnEvent() {
-    switch (m_reader->GetEvent()) {
-        case XmlEvent::StartElement:
-            Start();
-            break;
-        case XmlEvent::EndElement:
-            EndElement();
-            break;
-        case XmlEvent::Text:
-        case XmlEvent::CData:
-            Text();
-            break;
-        default:
-            break;
-    }
-}
-
 // --- which declaration -------------------------------------------------------------------------------------
 
-void CElementValidator::Start() {
-    Frame& frame = Push();
+void CElementValidator::Start(const CDocumentName& name, const CDocumentAttribute* attributes,
+                              std::size_t count, std::uint64_t mark) {
+    m_name = &name;
+    m_attributes = attributes;
+    m_attributeCount = count;
+    Frame& frame = Push(name);
+    frame.mark = mark;
+    FindInstanceAttributes();
     if (m_depth == 1) {
         StartRoot(frame);
     } else {
@@ -118,20 +108,64 @@ void CElementValidator::Start() {
     if (!frame.isSkipped) Judge(frame);
     if (frame.isSkipped && m_identity.IsIdle()) return;
     const CElementDeclaration* const declaration = frame.isSkipped ? nullptr : frame.declaration;
-    if (m_identity.IsIdle() && (declaration == nullptr || declaration->identityConstraints.empty())) {
-        if (!frame.isSkipped) CheckAttributes(frame);
-        return;
+    if (!m_identity.IsIdle() || (declaration != nullptr && !declaration->identityConstraints.empty())) {
+        m_identity.Start(declaration, name.namespaceUri, name.localName, static_cast<std::uint32_t>(m_depth));
     }
-    m_identity.Start(declaration, m_reader->GetNamespaceUri(), m_reader->GetLocalName(),
-                     static_cast<std::uint32_t>(m_depth));
-    if (!frame.isSkipped) CheckAttributes(frame);
+    if (frame.isSkipped) return;
+    SetTextUse(frame);
+    if (m_attributeCount != 0 || (frame.table != nullptr && !frame.table->uses.empty()))
+        CheckAttributes(frame);
+}
+
+/// The number of a name of the instance namespace; 0 for others.
+std::uint32_t CElementValidator::InstanceNumber(const CDocumentName& name) const {
+    std::uint32_t number = 0;
+    if (!m_ignoresNamespaces) {
+        number = m_tables.NumberOf(name);
+    } else if (const auto& alike = m_tables.AlikeOf(name); alike.size() == 1) {
+        number = alike.front();
+    }
+    return number <= CTypeTables::kXsiNoNamespaceSchemaLocation ? number : 0;
+}
+
+void CElementValidator::FindInstanceAttributes() {
+    m_instance = {};
+    for (std::size_t i = 0; i < m_attributeCount; ++i) {
+        const std::uint32_t number = InstanceNumber(*m_attributes[i].name);
+        if (number == CTypeTables::kXsiType) m_instance.type = &m_attributes[i];
+        if (number == CTypeTables::kXsiNil) m_instance.nil = &m_attributes[i];
+    }
+}
+
+/// The global declaration of the element that starts.
+const CElementDeclaration* CElementValidator::FindElement() const {
+    if (!m_ignoresNamespaces) return m_tables.FindElement(m_tables.NumberOf(*m_name));
+    for (const std::uint32_t number : m_tables.AlikeOf(*m_name)) {
+        if (const CElementDeclaration* found = m_tables.FindElement(number)) return found;
+    }
+    return nullptr;
 }
 
 void CElementValidator::StartRoot(Frame& frame) {
-    frame.declaration = m_schema->FindElement(m_reader->GetNamespaceUri(), m_reader->GetLocalName());
-    if (frame.declaration != nullptr || m_reader->FindAttribute(kInstanceNamespace, "type") != nullptr)
-        return;
+    frame.declaration = FindElement();
+    if (frame.declaration != nullptr || m_instance.type != nullptr) return;
     Fault("There is no declaration of the element " + Name() + ".", "cvc-elt.1");
+}
+
+/// The step of the content model that the element that starts makes.
+CMatch CElementValidator::Match(const CContentModel& model, CContentModel::State& state,
+                                bool recovers) const {
+    if (!m_ignoresNamespaces && !recovers)
+        return model.Next(state, m_tables.NumberOf(*m_name), m_name->namespaceUri);
+    const auto step = [&](std::uint32_t number, std::string_view uri) {
+        return recovers ? model.Recover(state, number, uri) : model.Next(state, number, uri);
+    };
+    if (!m_ignoresNamespaces) return step(m_tables.NumberOf(*m_name), m_name->namespaceUri);
+    const std::vector<std::uint32_t>& alike = m_tables.AlikeOf(*m_name);
+    for (const std::uint32_t number : alike) {
+        if (const CMatch match = step(number, m_tables.NamespaceOf(number))) return match;
+    }
+    return alike.empty() ? step(0, m_name->namespaceUri) : CMatch();
 }
 
 void CElementValidator::StartIn(Frame& parent, Frame& frame) {
@@ -152,10 +186,8 @@ void CElementValidator::StartIn(Frame& parent, Frame& frame) {
         return refuseAll(" stands in an element of simple content.", "cvc-complex-type.2.2");
     if (parent.complex != nullptr && parent.complex->contentKind == Content::Empty)
         return refuseAll(" stands in an element that must be empty.", "cvc-complex-type.2.1");
-    const std::string_view uri = m_reader->GetNamespaceUri();
-    const std::string_view name = m_reader->GetLocalName();
     const CContentModel& model = *parent.table->content;
-    const CMatch match = model.Next(parent.state, uri, name);
+    const CMatch match = Match(model, parent.state, false);
     if (!match) return Refuse(parent, frame, model);
     if (match.element != nullptr) {
         frame.declaration = match.element;
@@ -170,17 +202,16 @@ void CElementValidator::StartByWildcard(const CWildcard& wildcard, Frame& frame)
         frame.isSkipped = true;
         return;
     }
-    frame.declaration = m_schema->FindElement(m_reader->GetNamespaceUri(), m_reader->GetLocalName());
+    frame.declaration = FindElement();
     if (frame.declaration != nullptr || wildcard.processContents == Process::Lax) return;
-    if (m_reader->FindAttribute(kInstanceNamespace, "type") != nullptr) return;
+    if (m_instance.type != nullptr) return;
     Fault("The element " + Name() + " is admitted by a strict wildcard, but has no declaration.",
           "cvc-complex-type.2.4");
 }
 
 /// A child that does not fit: told once, and then judged by what it probably is.
 void CElementValidator::Refuse(Frame& parent, Frame& frame, const CContentModel& model) {
-    const std::string_view uri = m_reader->GetNamespaceUri();
-    const std::string_view name = m_reader->GetLocalName();
+    const std::string_view uri = m_name->namespaceUri;
     if (!parent.isBroken) {
         const std::vector<std::string> expected = model.Expected(parent.state, kMostExpected + 1);
         std::string message = "The element " + Name();
@@ -189,13 +220,13 @@ void CElementValidator::Refuse(Frame& parent, Frame& frame, const CContentModel&
         message += expected.empty() ? "; nothing more is." : "; expected: " + Joined(expected) + ".";
         Fault(std::move(message), "cvc-complex-type.2.4");
     }
-    const CMatch match = model.Recover(parent.state, uri, name);
+    const CMatch match = Match(model, parent.state, true);
     if (match.element != nullptr) {
         frame.declaration = match.element;
         return;
     }
     parent.isBroken = true;
-    frame.declaration = m_schema->FindElement(uri, name);
+    frame.declaration = FindElement();
     frame.isSkipped = frame.declaration == nullptr;
 }
 
@@ -209,7 +240,7 @@ void CElementValidator::Judge(Frame& frame) {
             Fault("The element " + Name() + " is abstract; one of its substitution group must stand here.",
                   "cvc-elt.2");
     }
-    if (m_reader->FindAttribute(kInstanceNamespace, "type") != nullptr) {
+    if (m_instance.type != nullptr) {
         if (const CTypeDefinition* type = ReadXsiType(declaration, frame.type)) frame.type = type;
     }
     if (frame.type == nullptr) frame.type = &m_schema->GetAnyType();
@@ -221,26 +252,57 @@ void CElementValidator::Judge(Frame& frame) {
                 "cvc-type.2");
         frame.table = &m_tables.Get(*frame.complex);
         if (frame.table->content != nullptr) frame.table->content->Start(frame.state);
+        frame.simple = frame.complex->contentKind == Content::Simple ? frame.complex->simpleContent : nullptr;
+    } else {
+        frame.simple = frame.type->AsSimple();
     }
-    if (m_reader->FindAttribute(kInstanceNamespace, "nil") != nullptr) ReadXsiNil(frame);
+    if (m_instance.nil != nullptr) ReadXsiNil(frame);
+}
+
+/// After the identity constraints know of the element.
+void CElementValidator::SetTextUse(Frame& frame) {
+    const bool isFixed =
+        frame.declaration != nullptr && frame.declaration->valueConstraint.kind == CValueConstraint::Fixed;
+    if (frame.isNil) {
+        frame.textUse = TextUse::RefuseNil;
+    } else if (frame.simple != nullptr) {
+        const bool needsText =
+            frame.simple->checker != nullptr && (!frame.simple->checker->AcceptsAnyText() || isFixed ||
+                                                 m_identity.WantsValue(static_cast<std::uint32_t>(m_depth)));
+        frame.textUse = needsText ? TextUse::Keep : TextUse::None;
+    } else if (frame.complex->contentKind == Content::Empty) {
+        frame.textUse = TextUse::RefuseEmpty;
+    } else if (frame.complex->contentKind == Content::ElementOnly) {
+        frame.textUse = TextUse::OnlyBlanks;
+    } else {
+        // Whether there are any decides on a default.
+        const bool hasConstraint =
+            frame.declaration != nullptr && frame.declaration->valueConstraint.kind != CValueConstraint::None;
+        frame.textUse = isFixed ? TextUse::Keep : hasConstraint ? TextUse::Note : TextUse::None;
+    }
 }
 
 const CTypeDefinition* CElementValidator::ReadXsiType(const CElementDeclaration* declaration,
                                                       const CTypeDefinition* declared) {
-    const std::string_view text = m_reader->FindAttribute(kInstanceNamespace, "type")->value;
+    const std::string_view text = m_instance.type->value;
     CCheckedValue value;
     std::string error;
     const CSimpleTypeDefinition& qname = m_schema->GetBuiltInType(BuiltInType::QName);
-    if (!qname.checker->Check(text, this, &value, &error, nullptr)) {
+    if (!qname.checker->Check(text, m_place, &value, &error, nullptr)) {
         Fault(std::move(error), "cvc-elt.4.1", "xsi:type");
         return nullptr;
     }
     const std::string_view name = value.normalized;
     const std::size_t colon = name.find(':');
     std::string_view uri;
-    Resolve(colon == std::string_view::npos ? std::string_view() : name.substr(0, colon), uri);
-    const CTypeDefinition* const type =
-        m_schema->FindType(uri, colon == std::string_view::npos ? name : name.substr(colon + 1));
+    m_place->Resolve(colon == std::string_view::npos ? std::string_view() : name.substr(0, colon), uri);
+    const std::string_view local = colon == std::string_view::npos ? name : name.substr(colon + 1);
+    const CTypeDefinition* type = m_schema->FindType(uri, local);
+    if (type == nullptr && m_ignoresNamespaces) {
+        const auto isAlike = [&](const CTypeDefinition* one) { return one->name.localName == local; };
+        const auto found = std::find_if(m_schema->GetTypes().begin(), m_schema->GetTypes().end(), isAlike);
+        if (found != m_schema->GetTypes().end()) type = *found;
+    }
     if (type == nullptr) {
         Fault("There is no type " + Bracket(name) + ".", "cvc-elt.4.2", "xsi:type");
         return nullptr;
@@ -258,7 +320,7 @@ const CTypeDefinition* CElementValidator::ReadXsiType(const CElementDeclaration*
 }
 
 void CElementValidator::ReadXsiNil(Frame& frame) {
-    const std::string_view raw = m_reader->FindAttribute(kInstanceNamespace, "nil")->value;
+    const std::string_view raw = m_instance.nil->value;
     std::string error;
     if (!m_schema->GetBuiltInType(BuiltInType::Boolean)
              .checker->Check(raw, nullptr, &m_value, &error, nullptr)) {
@@ -275,161 +337,55 @@ void CElementValidator::ReadXsiNil(Frame& frame) {
         Fault("The element " + Name() + " has a fixed value and cannot be nil.", "cvc-elt.3.2.2", "xsi:nil");
 }
 
-// --- attributes --------------------------------------------------------------------------------------------
-
-void CElementValidator::CheckAttributes(Frame& frame) {
-    std::size_t wildIds = 0;
-    if (frame.table != nullptr) m_present.assign(frame.complex->attributeUses.size(), false);
-    for (std::size_t i = 0; i < m_reader->GetAttributeCount(); ++i)
-        CheckAttribute(frame, m_reader->GetAttributeAt(i), wildIds);
-    if (frame.table == nullptr) return;
-    for (const std::size_t index : frame.table->required) {
-        if (m_present[index]) continue;
-        const CAttributeUse& use = *frame.complex->attributeUses[index];
-        Fault("The element " + Name() + " lacks the attribute " +
-                  Bracket(use.attributeDeclaration->name.localName) + ".",
-              "cvc-complex-type.4");
-    }
-    if (!frame.table->defaulted.empty()) AddDefaults(frame, m_present);
-}
-
-void CElementValidator::CheckAttribute(Frame& frame, const CXmlReaderAttribute& attribute,
-                                       std::size_t& wildIds) {
-    const bool isInstance = attribute.namespaceUri == kInstanceNamespace;
-    const auto isOne = [&](const char* name) { return isInstance && attribute.localName == name; };
-    if (frame.table != nullptr) {
-        const auto found = frame.table->uses.find({attribute.namespaceUri, attribute.localName});
-        if (found != frame.table->uses.end()) {
-            const CTypeTable::Use& entry = found->second;
-            m_present[entry.index] = true;
-            return CheckAttributeValue(*entry.use->attributeDeclaration, attribute,
-                                       entry.hasFixedKey ? &entry.fixedKey : nullptr,
-                                       entry.use->EffectiveValueConstraint(), nullptr);
-        }
-    }
-    if (isOne("type") || isOne("nil") || isOne("schemaLocation") || isOne("noNamespaceSchemaLocation"))
-        return;
-    const CWildcard* const wildcard = frame.table == nullptr ? nullptr : frame.complex->attributeWildcard;
-    if (wildcard == nullptr || !wildcard->Admits(attribute.namespaceUri)) {
-        std::string name(attribute.localName);
-        if (!attribute.prefix.empty()) name = std::string(attribute.prefix) + ":" + name;
-        Fault("The attribute " + Bracket(name) + " is not allowed on the element " + Name() + ".",
-              frame.table == nullptr ? "cvc-type.3.1.1" : "cvc-complex-type.3.2.2", name);
-        return;
-    }
-    if (wildcard->processContents == CWildcard::ProcessContents::Skip) return;
-    const CAttributeDeclaration* const declaration =
-        m_schema->FindAttribute(attribute.namespaceUri, attribute.localName);
-    if (declaration != nullptr) {
-        CheckAttributeValue(*declaration, attribute, nullptr, declaration->valueConstraint, &wildIds);
-    } else if (wildcard->processContents == CWildcard::ProcessContents::Strict) {
-        Fault("The attribute " + Bracket(attribute.localName) +
-                  " is admitted by a strict wildcard, but has no declaration.",
-              "cvc-complex-type.3.2.2", attribute.localName);
-    }
-}
-
-void CElementValidator::CheckAttributeValue(const CAttributeDeclaration& declaration,
-                                            const CXmlReaderAttribute& attribute, const std::string* fixedKey,
-                                            const CValueConstraint& fixed, std::size_t* wildIds) {
-    const CSimpleTypeDefinition& type = *declaration.typeDefinition;
-    if (type.checker == nullptr) return;
-    const bool isFixed = fixed.kind == CValueConstraint::Fixed;
-    const bool wantsKey = isFixed || m_identity.WantsAttributes();
-    std::string error;
-    const char* constraint = nullptr;
-    const bool needsValue = wantsKey || type.checker->MayHaveReferences();
-    if (!type.checker->Check(attribute.value, this, needsValue ? &m_value : nullptr, &error, &constraint)) {
-        Fault("The attribute " + Bracket(attribute.localName) + " is not valid: " + error, constraint,
-              attribute.localName);
-        return;
-    }
-    if (!needsValue) return;
-    if (isFixed) {
-        std::string own;
-        if (fixedKey == nullptr) {
-            const CVectorScope scope(fixed.scope);
-            CCheckedValue value;
-            if (type.checker->Check(fixed.text, &scope, &value, nullptr, nullptr)) own = std::move(value.key);
-            fixedKey = &own;
-        }
-        if (m_value.key != *fixedKey) {
-            Fault("The attribute " + Bracket(attribute.localName) + " must have the value " +
-                      Bracket(fixed.text) + ", not " + Bracket(m_value.normalized) + ".",
-                  "cvc-attribute.4", attribute.localName);
-        }
-    }
-    if (wildIds != nullptr && std::any_of(m_value.references.begin(), m_value.references.end(),
-                                          [](const auto& one) { return one.first == BuiltInType::ID; })) {
-        if (++*wildIds > 1)
-            Fault("The element has two attributes of the type ID.", "cvc-complex-type.5.1",
-                  attribute.localName);
-    }
-    TakeReferences(m_value);
-    if (m_identity.WantsAttributes())
-        m_identity.Attribute(attribute.namespaceUri, attribute.localName, m_value.key);
-}
-
-/// Absent attributes with a default take part in identity constraints and tables of IDs.
-void CElementValidator::AddDefaults(Frame& frame, const std::vector<bool>& present) {
-    for (const std::size_t index : frame.table->defaulted) {
-        if (present[index]) continue;
-        const CAttributeUse& use = *frame.complex->attributeUses[index];
-        const CSimpleTypeDefinition& type = *use.attributeDeclaration->typeDefinition;
-        if (type.checker == nullptr || !(m_identity.WantsAttributes() || type.checker->MayHaveReferences()))
-            continue;
-        const CValueConstraint& constraint = use.EffectiveValueConstraint();
-        const CVectorScope scope(constraint.scope);
-        if (!type.checker->Check(constraint.text, &scope, &m_value, nullptr, nullptr)) continue;
-        TakeReferences(m_value);
-        const CExpandedName& name = use.attributeDeclaration->name;
-        if (m_identity.WantsAttributes())
-            m_identity.Attribute(name.namespaceUri, name.localName, m_value.key);
-    }
-}
-
-void CElementValidator::TakeReferences(const CCheckedValue& value) {
-    for (const auto& [kind, text] : value.references) {
-        if (kind == BuiltInType::ID) {
-            const auto [found, isNew] = m_ids.emplace(std::string(text), true);
-            if (!isNew) Fault("The ID " + Bracket(text) + " stands there twice.", "cvc-id.2");
-            m_idrefs.erase(found->first);
-        } else if (kind == BuiltInType::IDREF && m_ids.count(std::string(text)) == 0) {
-            const auto [reference, isNew] = m_idrefs.emplace(std::string(text), Reference());
-            if (isNew) reference->second = {m_reader->GetLine(), m_reader->GetColumn(), m_reader->GetPath()};
-        }
-    }
-}
-
 // --- content -----------------------------------------------------------------------------------------------
 
-void CElementValidator::Text() {
+void CElementValidator::Text(std::string_view text, bool isWhole) {
     if (m_depth == 0) return;
     Frame& frame = *m_frames[m_depth - 1];
-    if (frame.isSkipped) return;
-    const std::string_view text = m_reader->GetText();
-    if (text.empty()) return;
     frame.hasCharacters = true;
-    const auto refuse = [&](const char* why, const char* constraint) {
-        if (!frame.hasTextFault) Fault("The element " + Bracket(m_reader->GetPath()) + why, constraint);
-        frame.hasTextFault = true;
-    };
-    if (frame.isNil) return refuse(" is nil and may not have text.", "cvc-elt.3.2.1");
-    if (frame.complex == nullptr || frame.complex->contentKind == Content::Simple) {
-        frame.text += text;
-        return;
-    }
-    switch (frame.complex->contentKind) {
-        case Content::Empty:
-            return refuse(" must be empty and may not have text.", "cvc-complex-type.2.1");
-        case Content::ElementOnly:
-            if (!IsBlank(text)) refuse(" may have elements, but no text.", "cvc-complex-type.2.3");
+    const char* why = nullptr;
+    const char* constraint = nullptr;
+    switch (frame.textUse) {
+        case TextUse::None:
+        case TextUse::Note:
+            return;
+        case TextUse::Keep:
+            frame.text += text;
+            return;
+        case TextUse::OnlyBlanks:
+            if (IsBlank(text)) return;
+            why = " may have elements, but no text.";
+            constraint = "cvc-complex-type.2.3";
             break;
-        default:
-            if (frame.declaration != nullptr &&
-                frame.declaration->valueConstraint.kind == CValueConstraint::Fixed)
-                frame.text += text;
+        case TextUse::RefuseNil:
+            why = " is nil and may not have text.";
+            constraint = "cvc-elt.3.2.1";
+            break;
+        case TextUse::RefuseEmpty:
+            why = " must be empty and may not have text.";
+            constraint = "cvc-complex-type.2.1";
+            break;
     }
+    if (frame.hasTextFault) return;
+    frame.hasTextFault = true;
+    FaultAt(isWhole ? frame.mark : m_place->GetMark(), "The element " + Bracket(m_place->GetPath()) + why,
+            constraint);
+}
+
+bool CElementValidator::IsAbsentNull(const CDocumentName& name) {
+    if (m_depth == 0) return false;
+    const Frame& parent = *m_frames[m_depth - 1];
+    if (parent.isSkipped || parent.isNil || parent.table == nullptr || parent.table->content == nullptr)
+        return false;
+    m_name = &name;
+    CContentModel::State state = parent.state;
+    const CMatch match = Match(*parent.table->content, state, false);
+    return match.element != nullptr && !match.element->isNillable;
+}
+
+void CElementValidator::Null() {
+    Frame& frame = *m_frames[m_depth - 1];
+    if (frame.declaration != nullptr && frame.declaration->isNillable) frame.isNil = true;
 }
 
 void CElementValidator::EndElement() {
@@ -437,9 +393,7 @@ void CElementValidator::EndElement() {
     const std::string* key = nullptr;
     if (!frame.isSkipped) EndContent(frame, key);
     if (!m_identity.IsIdle()) {
-        const bool hasSimpleType = frame.type != nullptr && (frame.complex == nullptr ||
-                                                             frame.complex->contentKind == Content::Simple);
-        m_identity.End(static_cast<std::uint32_t>(m_depth), key, hasSimpleType,
+        m_identity.End(static_cast<std::uint32_t>(m_depth), key, frame.simple != nullptr,
                        frame.declaration != nullptr && frame.declaration->isNillable);
     }
     --m_depth;
@@ -447,9 +401,10 @@ void CElementValidator::EndElement() {
 
 void CElementValidator::EndContent(Frame& frame, const std::string*& key) {
     if (frame.isNil) return;
-    if (frame.complex == nullptr) return CheckSimpleContent(frame, *frame.type->AsSimple(), key);
-    if (frame.complex->contentKind == Content::Simple)
-        return CheckSimpleContent(frame, *frame.complex->simpleContent, key);
+    if (frame.simple != nullptr) {
+        if (frame.textUse == TextUse::Keep) CheckSimpleContent(frame, key);
+        return;
+    }
     if (frame.table->content == nullptr) return;
     const bool isEmpty = !frame.hasChildren && !frame.hasCharacters;
     const bool hasConstraint =
@@ -468,15 +423,16 @@ void CElementValidator::CheckFixedMixed(Frame& frame) {
     if (frame.hasChildren) {
         Fault("The element " + Name() + " has a fixed value and may not have elements.", "cvc-elt.5.2.2.1");
     } else if (frame.text != frame.declaration->valueConstraint.text) {
-        Fault("The element " + Name() + " must have the value " +
-                  Bracket(frame.declaration->valueConstraint.text) + ".",
-              "cvc-elt.5.2.2.2.1");
+        FaultAt(frame.mark,
+                "The element " + Name() + " must have the value " +
+                    Bracket(frame.declaration->valueConstraint.text) + ".",
+                "cvc-elt.5.2.2.2.1");
     }
 }
 
-void CElementValidator::CheckSimpleContent(Frame& frame, const CSimpleTypeDefinition& type,
-                                           const std::string*& key) {
-    if (type.checker == nullptr || frame.hasChildren) return;
+void CElementValidator::CheckSimpleContent(Frame& frame, const std::string*& key) {
+    const CSimpleTypeDefinition& type = *frame.simple;
+    if (frame.hasChildren) return;
     const CValueConstraint* const constraint =
         frame.declaration == nullptr ? nullptr : &frame.declaration->valueConstraint;
     const bool hasConstraint = constraint != nullptr && constraint->kind != CValueConstraint::None;
@@ -485,12 +441,13 @@ void CElementValidator::CheckSimpleContent(Frame& frame, const CSimpleTypeDefini
     const bool wantsKey = isFixed || m_identity.WantsValue(static_cast<std::uint32_t>(m_depth));
     const bool needsValue = wantsKey || type.checker->MayHaveReferences();
     const CVectorScope constraintScope(hasConstraint ? constraint->scope : nullptr);
-    const IPrefixScope* const scope = isDefaulted ? static_cast<const IPrefixScope*>(&constraintScope) : this;
+    const IPrefixScope* const scope =
+        isDefaulted ? static_cast<const IPrefixScope*>(&constraintScope) : m_place;
     const std::string_view text = isDefaulted ? constraint->text : std::string_view(frame.text);
     std::string error;
     const char* rule = nullptr;
     if (!type.checker->Check(text, scope, needsValue ? &m_value : nullptr, &error, &rule)) {
-        Fault("The element " + Name() + " is not valid: " + error, rule);
+        FaultAt(frame.mark, "The element " + Name() + " is not valid: " + error, rule);
         return;
     }
     if (!needsValue) return;
@@ -499,8 +456,9 @@ void CElementValidator::CheckSimpleContent(Frame& frame, const CSimpleTypeDefini
     if (!isFixed || isDefaulted) return;
     const std::string* const fixed = m_tables.GetFixedKey(*frame.declaration, type);
     if (fixed == nullptr || *fixed != m_value.key) {
-        Fault("The element " + Name() + " must have the value " + Bracket(constraint->text) + ".",
-              "cvc-elt.5.2.2.2.2");
+        FaultAt(frame.mark,
+                "The element " + Name() + " must have the value " + Bracket(constraint->text) + ".",
+                "cvc-elt.5.2.2.2.2");
     }
 }
 
@@ -511,7 +469,7 @@ void CElementValidator::End() {
     });
     for (const auto& [name, reference] : open) {
         CFault fault;
-        fault.file = m_reader->GetFileName();
+        fault.file = m_file;
         fault.line = reference.line;
         fault.column = reference.column;
         fault.path = reference.path;
