@@ -4,18 +4,6 @@
 
 namespace KvXmlLib16 {
 
-const CClassTable kAnyClass = {"anyType",
-                               "http://www.w3.org/2001/XMLSchema",
-                               nullptr,
-                               nullptr,
-                               nullptr,
-                               nullptr,
-                               nullptr,
-                               0,
-                               0,
-                               0,
-                               CClassTable::kNone};
-
 const char* TextAt(const CEnumTable& table, std::int32_t value) noexcept {
     return value >= 0 && value < table.count ? table.texts[value] : "";
 }

@@ -345,9 +345,6 @@ struct CClassTable {
     mutable std::atomic<const internal::CTableRecords*> records{nullptr};
 };
 
-/// Stands for the class of anyType as the head of a substitution group: every class is derived from it.
-extern KVXML_EXPORT const CClassTable kAnyClass;
-
 /// An object for documents whose root has the name: of the first of the tables that is called so; null when
 /// none is.
 KVXML_EXPORT CSmartPtr<CTableClass> NewRootOf(const CClassTable* const* tables, std::size_t count,

@@ -449,9 +449,6 @@ const CClassTable& CTableRecords::TypeOf(const CClassTable& table) noexcept {
 }
 
 bool CTableRecords::IsDerived(const CClassTable& table, const CClassTable& base) noexcept {
-    if (base.create == nullptr && base.base == nullptr && std::string_view(base.name) == "anyType" &&
-        base.namespaceUri == kSchemaNamespace)
-        return true;
     const CClassTable* at = &table;
     while (at != nullptr && at != &base)
         at = at->base;

@@ -97,7 +97,7 @@ struct CMemberPlan {
     std::uint32_t minOccurs = 0;  ///< of repeated members
     std::uint32_t maxOccurs = kUnbounded;
     const CValuePlan* value = nullptr;
-    const CClassPlan* classPlan = nullptr;  ///< of objects and groups; null: any class (head of anyType)
+    const CClassPlan* classPlan = nullptr;  ///< of objects and groups; otherwise null
     std::vector<CSubstitutePlan> substitutes;
     std::string namespaces;            ///< of wildcards, as the schema has it
     std::string_view targetNamespace;  ///< what ##other and ##targetNamespace mean there

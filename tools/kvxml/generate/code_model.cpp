@@ -176,6 +176,8 @@ void CCodeModel::NameClasses() {
 std::string CCodeModel::GroupName(const CClassPlan& group) const {
     if (group.particle->modelGroupDefinition != nullptr)
         return ToPascal(group.particle->modelGroupDefinition->name.localName);
+    if (const CElementDeclaration* const head = group.particle->AsElement())
+        return ToPascal(head->name.localName);  // of a substitution group
     switch (group.particle->AsGroup()->compositor) {
         case CModelGroup::Compositor::Choice:
             return "Choice";

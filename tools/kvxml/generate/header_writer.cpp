@@ -56,8 +56,7 @@ private:
     std::string Shown(const std::string& type) const;
     std::string ValueType(const CMemberPlan& plan) const { return Shown(m_model.ValueType(*plan.value)); }
     std::string ObjectType(const CMemberPlan& plan) const {
-        return plan.classPlan == nullptr ? "KvXmlLib16::CTableClass"
-                                         : Shown(m_model.ClassOf(*plan.classPlan).Qualified());
+        return Shown(m_model.ClassOf(*plan.classPlan).Qualified());
     }
     void WriteConstructor();
     void WriteAccessors(const CppMember& member);
@@ -207,8 +206,7 @@ void CClassWriter::WriteObject(const CppMember& member) {
     Line("bool Has" + name + "() const noexcept { return " + member.variable + " != nullptr; }");
     Line("const " + type + "& Get" + name + "() const;");
     Line(type + "& Get" + name + "();");
-    if (member.plan->classPlan != nullptr && !member.plan->classPlan->isAbstract)
-        Line(type + "& Make" + name + "();");
+    if (!member.plan->classPlan->isAbstract) Line(type + "& Make" + name + "();");
     Line("void Set" + name + "(const KvXmlLib16::CSmartPtr<" + type + ">& value);");
     Line("void Clear" + name + "() { Unset(&" + member.variable + "); }");
 }
@@ -330,7 +328,7 @@ void CClassWriter::WriteBodies() {
         body(type + "& " + front + "Get" + name + "()", "return const_cast<" + type +
                                                             "&>(static_cast<const " + type + "&>(Held(" +
                                                             member.variable + ")));");
-        if (plan.classPlan != nullptr && !plan.classPlan->isAbstract)
+        if (!plan.classPlan->isAbstract)
             body(type + "& " + front + "Make" + name + "()",
                  Choose(member) + "return static_cast<" + type + "&>(Made(" + member.variable + "));");
         body("void " + front + "Set" + name + "(const KvXmlLib16::CSmartPtr<" + type + ">& value)",

@@ -180,7 +180,6 @@ std::string CSourceWriter::Wildcard(const CMemberPlan& plan) {
 }
 
 std::string CSourceWriter::TableOf(const CMemberPlan& plan) {
-    if (plan.classPlan == nullptr) return "kAnyClass";
     return m_model.ClassOf(*plan.classPlan).Qualified() + "::kTable";
 }
 

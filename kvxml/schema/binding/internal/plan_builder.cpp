@@ -305,8 +305,53 @@ CMemberPlan& CPlanBuilder::Add(CClassPlan& plan, CMemberPlan member, bool isCont
     return plan.members.back();
 }
 
-void CPlanBuilder::AddElement(CClassPlan& plan, const CParticle&, const CElementDeclaration& element,
+/// The elements that may stand where the head is asked for, in document order: the head itself unless it is
+/// abstract, and its substitutes.
+std::vector<const CElementDeclaration*> CPlanBuilder::ElementsOfGroup(const CElementDeclaration& head) const {
+    std::vector<const CElementDeclaration*> elements;
+    std::vector<const CElementDeclaration*> open{&head};
+    std::set<const CElementDeclaration*> seen;
+    while (!open.empty()) {
+        const CElementDeclaration& element = *open.back();
+        open.pop_back();
+        if (!seen.insert(&element).second) continue;
+        open.insert(open.end(), element.substitutionGroupMembers.rbegin(),
+                    element.substitutionGroupMembers.rend());
+        if (!element.isAbstract && IsSubstitutable(element, head)) elements.push_back(&element);
+    }
+    return elements;
+}
+
+/// A head without a type has nothing in common with its substitutes: the group is a choice of them.
+void CPlanBuilder::AddUntypedHead(CClassPlan& plan, const CParticle& particle,
+                                  const CElementDeclaration& head, std::uint64_t min, std::uint64_t max,
+                                  Surroundings where) {
+    const auto addChoice = [&](CClassPlan& holder, bool isOptional) {
+        const std::size_t at = holder.content.size();
+        CContentPlan node;
+        node.kind = CContentPlan::Kind::Choice;
+        node.isOptional = isOptional;
+        holder.content.push_back(node);
+        for (const CElementDeclaration* const element : ElementsOfGroup(head))
+            AddElement(holder, particle, *element, 1, 1, {true, true});
+        holder.content[at].size = static_cast<std::uint32_t>(holder.content.size() - at);
+    };
+    if (max == 1) {
+        addChoice(plan, min == 0);
+        return;
+    }
+    CClassPlan& group = NewGroup(plan, particle);
+    addChoice(group, false);
+    AddGroupMember(plan, group, min, max, where);
+}
+
+void CPlanBuilder::AddElement(CClassPlan& plan, const CParticle& particle, const CElementDeclaration& element,
                               std::uint64_t min, std::uint64_t max, Surroundings where) {
+    const bool isUntyped = element.typeDefinition == &m_plan.m_schema->GetAnyType();
+    if (isUntyped && !element.substitutionGroupMembers.empty() && !where.isOfGroup) {
+        AddUntypedHead(plan, particle, element, min, max, where);
+        return;
+    }
     CMemberPlan member;
     member.isInChoice = where.isInChoice;
     member.isRequired = min > 0 && max == 1;
@@ -315,18 +360,17 @@ void CPlanBuilder::AddElement(CClassPlan& plan, const CParticle&, const CElement
     const bool repeats = max != 1;
     if (element.typeDefinition->IsSimple()) {
         member.kind = repeats ? Kind::Values : Kind::Value;
-    } else if (element.typeDefinition == &m_plan.m_schema->GetAnyType() &&
-               element.substitutionGroupMembers.empty()) {
+    } else if (isUntyped) {
         member.kind = repeats ? Kind::Anys : Kind::Any;
     } else {
         member.kind = repeats ? Kind::Objects : Kind::Object;
     }
-    DescribeElement(member, plan, element);
+    DescribeElement(member, plan, element, where.isOfGroup);
     Add(plan, std::move(member), true);
 }
 
 void CPlanBuilder::DescribeElement(CMemberPlan& member, const CClassPlan& plan,
-                                   const CElementDeclaration& element) {
+                                   const CElementDeclaration& element, bool isOfGroup) {
     member.name = element.name;
     member.component = &element;
     member.isNillable = element.isNillable;
@@ -338,29 +382,18 @@ void CPlanBuilder::DescribeElement(CMemberPlan& member, const CClassPlan& plan,
         member.value = isManyLists ? &m_values.PlanAsText(*simple) : &value;
     } else if (member.kind == Kind::Object || member.kind == Kind::Objects) {
         const CComplexTypeDefinition& type = *element.typeDefinition->AsComplex();
-        if (&type != &m_plan.m_schema->GetAnyType())
-            member.classPlan = &ClassOf(type, &element, element.isGlobal ? nullptr : &plan);
+        member.classPlan = &ClassOf(type, &element, element.isGlobal ? nullptr : &plan);
     }
-    if (element.isGlobal) AddSubstitutes(member, element);
+    if (element.isGlobal && !isOfGroup) AddSubstitutes(member, element);
 }
 
 void CPlanBuilder::AddSubstitutes(CMemberPlan& member, const CElementDeclaration& head) {
-    std::vector<const CElementDeclaration*> open(head.substitutionGroupMembers.rbegin(),
-                                                 head.substitutionGroupMembers.rend());
-    std::set<const CElementDeclaration*> seen{&head};
-    while (!open.empty()) {
-        const CElementDeclaration& element = *open.back();
-        open.pop_back();
-        if (!seen.insert(&element).second) continue;
-        open.insert(open.end(), element.substitutionGroupMembers.rbegin(),
-                    element.substitutionGroupMembers.rend());
-        if (element.isAbstract || !IsSubstitutable(element, head)) continue;
+    for (const CElementDeclaration* const element : ElementsOfGroup(head)) {
+        if (element == &head) continue;
         CSubstitutePlan substitute;
-        substitute.element = &element;
-        if (const CComplexTypeDefinition* const type = element.typeDefinition->AsComplex()) {
-            if (type == &m_plan.m_schema->GetAnyType()) continue;
-            substitute.classPlan = &ClassOf(*type, &element, nullptr);
-        }
+        substitute.element = element;
+        if (const CComplexTypeDefinition* const type = element->typeDefinition->AsComplex())
+            substitute.classPlan = &ClassOf(*type, element, nullptr);
         member.substitutes.push_back(substitute);
     }
 }
@@ -379,23 +412,33 @@ void CPlanBuilder::AddWildcard(CClassPlan& plan, const CParticle&, const CWildca
     Add(plan, std::move(member), true);
 }
 
-void CPlanBuilder::AddGroups(CClassPlan& plan, const CParticle& particle, Surroundings where) {
-    CClassPlan& group = NewClass(CClassPlan::Kind::Group, plan.xmlName);
+CClassPlan& CPlanBuilder::NewGroup(const CClassPlan& owner, const CParticle& particle) {
+    CClassPlan& group = NewClass(CClassPlan::Kind::Group, owner.xmlName);
     group.particle = &particle;
-    group.owner = &plan;
+    group.owner = &owner;
     group.isAnonymous = true;
+    return group;
+}
+
+void CPlanBuilder::AddGroupMember(CClassPlan& plan, const CClassPlan& group, std::uint64_t min,
+                                  std::uint64_t max, Surroundings where) {
+    CMemberPlan member;
+    member.kind = Kind::Groups;
+    member.component = group.particle;
+    member.isInChoice = where.isInChoice;
+    member.minOccurs = ToBound(min);
+    member.maxOccurs = ToBound(max);
+    member.classPlan = &group;
+    Add(plan, std::move(member), true);
+}
+
+void CPlanBuilder::AddGroups(CClassPlan& plan, const CParticle& particle, Surroundings where) {
+    CClassPlan& group = NewGroup(plan, particle);
     CParticle once = particle;
     once.minOccurs = once.maxOccurs = 1;
     Flatten(group, once, {});
     DropPlainContent(group);
-    CMemberPlan member;
-    member.kind = Kind::Groups;
-    member.component = &particle;
-    member.isInChoice = where.isInChoice;
-    member.minOccurs = ToBound(particle.minOccurs);
-    member.maxOccurs = ToBound(particle.maxOccurs);
-    member.classPlan = &group;
-    Add(plan, std::move(member), true);
+    AddGroupMember(plan, group, particle.minOccurs, particle.maxOccurs, where);
 }
 
 /// Substitutes that the head's class does not admit as an object: told, and left out.
@@ -405,8 +448,7 @@ void CPlanBuilder::CheckSubstitutes() {
             const auto isUnfit = [&](const CSubstitutePlan& one) {
                 const bool isObject = member.kind == Kind::Object || member.kind == Kind::Objects;
                 if (isObject != (one.classPlan != nullptr)) return true;
-                return isObject && member.classPlan != nullptr &&
-                       !IsDerivedPlan(*one.classPlan, *member.classPlan);
+                return isObject && !IsDerivedPlan(*one.classPlan, *member.classPlan);
             };
             for (const CSubstitutePlan& one : member.substitutes)
                 if (isUnfit(one))

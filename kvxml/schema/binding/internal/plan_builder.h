@@ -22,6 +22,7 @@ private:
     /// Where a particle stands among what is being flattened.
     struct Surroundings {
         bool isInChoice = false;
+        bool isOfGroup = false;  // the element stands for itself, not for its substitution group
     };
 
     CClassPlan& NewClass(CClassPlan::Kind kind, CExpandedName name);
@@ -42,7 +43,14 @@ private:
     void AddWildcard(CClassPlan& plan, const CParticle& particle, const CWildcard& wildcard,
                      std::uint64_t min, std::uint64_t max, Surroundings where);
     void AddGroups(CClassPlan& plan, const CParticle& particle, Surroundings where);
-    void DescribeElement(CMemberPlan& member, const CClassPlan& plan, const CElementDeclaration& element);
+    void DescribeElement(CMemberPlan& member, const CClassPlan& plan, const CElementDeclaration& element,
+                         bool isOfGroup);
+    std::vector<const CElementDeclaration*> ElementsOfGroup(const CElementDeclaration& head) const;
+    void AddUntypedHead(CClassPlan& plan, const CParticle& particle, const CElementDeclaration& head,
+                        std::uint64_t min, std::uint64_t max, Surroundings where);
+    CClassPlan& NewGroup(const CClassPlan& owner, const CParticle& particle);
+    void AddGroupMember(CClassPlan& plan, const CClassPlan& group, std::uint64_t min, std::uint64_t max,
+                        Surroundings where);
     void AddSubstitutes(CMemberPlan& member, const CElementDeclaration& head);
     CMemberPlan& Add(CClassPlan& plan, CMemberPlan member, bool isContent);
     void CheckSubstitutes();
