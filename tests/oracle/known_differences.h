@@ -1,6 +1,7 @@
 /// Where the other judges are known to differ from the recommendation.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -19,7 +20,10 @@ struct CDifference {
     CVerdict other;
 };
 
-/// What explains the difference; null when nothing does.
-const char* FindKnown(const CDifference& difference);
+inline constexpr std::size_t kMostRules = 64;
+/// The rule that explains the difference, by its number; -1 when there is none.
+int FindRule(const CDifference& difference);
+/// What the rule says and whom it is about; null beyond the last one.
+const char* TextOfRule(std::size_t rule);
 
 }  // namespace oracle

@@ -43,10 +43,12 @@ public:
 
     CVerdict Judge(const std::string& document) override {
         CVerdict verdict;
-        const Handle<xmlDoc, xmlFreeDoc> tree(xmlReadMemory(document.data(), static_cast<int>(document.size()), "memory",
-                                                            nullptr, XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
+        const Handle<xmlDoc, xmlFreeDoc> tree(
+            xmlReadMemory(document.data(), static_cast<int>(document.size()), "memory", nullptr,
+                          XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
         if (tree == nullptr) return {false, "not well-formed"};
-        const Handle<xmlSchemaValidCtxt, xmlSchemaFreeValidCtxt> validator(xmlSchemaNewValidCtxt(m_schema.get()));
+        const Handle<xmlSchemaValidCtxt, xmlSchemaFreeValidCtxt> validator(
+            xmlSchemaNewValidCtxt(m_schema.get()));
         xmlSchemaSetValidStructuredErrors(validator.get(), &Keep, &verdict);
         const int status = xmlSchemaValidateDoc(validator.get(), tree.get());
         if (status != 0 && verdict.isValid) verdict = {false, "status " + std::to_string(status)};

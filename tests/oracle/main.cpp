@@ -2,12 +2,16 @@
 ///
 ///     schema_oracle [--first SEED] [--schemas COUNT] [--documents COUNT-PER-SCHEMA] [--keep FOLDER]
 ///
-/// Ends with 1 when another judge differs from kvxml and no known weakness of it explains that. With --keep, each such
-/// case is left in the folder: the schema, and the document if it is about one.
+/// Ends with 1 when another judge differs from kvxml and no known weakness of it explains that. With --keep,
+/// each such case is left in the folder: the schema, and the document if it is about one. Each schema is
+/// compared with each judge in a process of its own, since the others crash or do not come to an end on some.
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <map>
 #include <string>
 #include <string_view>
 
@@ -26,84 +30,110 @@ struct Options {
     std::string keep;
 };
 
+/// Kept in memory that the processes share.
+struct Counts {
+    std::size_t schemas, validSchemas, documents, validDocuments, unexplained, gaveUp;
+    std::size_t byRule[kMostRules];
+    bool isOtherBusy;  ///< not kvxml, should the process end now
+};
+
+constexpr unsigned kMostSeconds = 5;
+
 class CComparison {
 public:
-    explicit CComparison(Options options)
-        : m_options(std::move(options)), m_xerces(MakeXercesJudge()), m_libxml(MakeLibxmlJudge()) {}
+    CComparison(const Options& options, Counts& counts) : m_options(options), m_counts(counts) {}
 
-    bool Run() {
-        for (std::uint64_t seed = m_options.first; seed < m_options.first + m_options.schemas; ++seed)
-            CompareSeed(seed);
-        std::printf("schemas: %zu, %zu valid; documents: %zu, %zu valid; verdicts of others that differ: %zu, "
-                    "of those unexplained: %zu\n",
-                    m_schemas.count, m_schemas.valid, m_documents.count, m_documents.valid, m_known + m_unknown,
-                    m_unknown);
-        for (const auto& [rule, count] : m_byRule)
-            std::printf("%7zu %s\n", count, rule.c_str());
-        return m_unknown == 0;
+    /// In a process of its own; the documents are counted by one of the judges only.
+    void Run(std::uint64_t seed, IJudge& other, bool isCounting) {
+        CRandom random(seed);
+        const std::string schema = RandomSchema(random);
+        COwnJudge own;
+        const CVerdict verdict = own.Load(schema);
+        if (isCounting) ++m_counts.schemas, m_counts.validSchemas += verdict.isValid;
+        const CVerdict others = Ask([&] { return other.Load(schema); });
+        Compare({other.Name(), seed, 0, schema, {}, verdict, others});
+        if (!verdict.isValid || !others.isValid) return;
+        for (std::uint64_t number = 1; number <= m_options.documents; ++number) {
+            const std::string document = RandomDocument(*own.GetSchema(), random, number % 4);
+            const CVerdict mine = own.Judge(document);
+            ++m_counts.documents, m_counts.validDocuments += mine.isValid;
+            const CVerdict its = Ask([&] { return other.Judge(document); });
+            Compare({other.Name(), seed, number, schema, document, mine, its});
+        }
     }
 
 private:
-    struct Count {
-        std::size_t count = 0;
-        std::size_t valid = 0;
-        void Add(bool isValid) { ++count, valid += isValid ? 1 : 0; }
-    };
-
-    void CompareSeed(std::uint64_t seed) {
-        CRandom random(seed);
-        const std::string schema = RandomSchema(random);
-        const CVerdict own = m_own.Load(schema);
-        m_schemas.Add(own.isValid);
-        bool takePart[2] = {};
-        IJudge* const others[] = {m_xerces.get(), m_libxml.get()};
-        for (std::size_t i = 0; i < 2; ++i) {
-            const CVerdict other = others[i]->Load(schema);
-            takePart[i] = own.isValid && other.isValid;
-            Compare({others[i]->Name(), seed, 0, schema, {}, own, other});
-        }
-        if (!own.isValid) return;
-        for (std::uint64_t number = 1; number <= m_options.documents; ++number) {
-            const std::string document = RandomDocument(*m_own.GetSchema(), random, number % 4);
-            const CVerdict verdict = m_own.Judge(document);
-            m_documents.Add(verdict.isValid);
-            for (std::size_t i = 0; i < 2; ++i) {
-                if (takePart[i])
-                    Compare({others[i]->Name(), seed, number, schema, document, verdict, others[i]->Judge(document)});
-            }
-        }
+    template <class Action>
+    CVerdict Ask(Action action) {
+        m_counts.isOtherBusy = true;
+        CVerdict verdict = action();
+        m_counts.isOtherBusy = false;
+        return verdict;
     }
 
     void Compare(const CDifference& difference) {
         if (difference.own.isValid == difference.other.isValid) return;
-        if (const char* const rule = FindKnown(difference)) {
-            ++m_known;
-            ++m_byRule[std::string(difference.judge) + ": " + rule];
+        if (const int rule = FindRule(difference); rule >= 0) {
+            ++m_counts.byRule[rule];
             return;
         }
-        ++m_unknown;
+        ++m_counts.unexplained;
         const auto text = [](const CVerdict& verdict) {
             return verdict.isValid ? std::string("valid") : "invalid: " + verdict.reason;
         };
         const std::string name = std::to_string(difference.seed) + "-" + std::to_string(difference.document);
-        std::printf("%s\n    kvxml: %s\n    %s: %s\n", name.c_str(), text(difference.own).c_str(), difference.judge,
-                    text(difference.other).c_str());
+        std::printf("%s\n    kvxml: %s\n    %s: %s\n", name.c_str(), text(difference.own).c_str(),
+                    difference.judge, text(difference.other).c_str());
         if (m_options.keep.empty()) return;
         std::ofstream(m_options.keep + "/" + name + ".xsd") << difference.schemaText;
         if (difference.document != 0)
             std::ofstream(m_options.keep + "/" + name + ".xml") << difference.documentText;
     }
 
-    Options m_options;
-    COwnJudge m_own;
-    std::unique_ptr<IJudge> m_xerces;
-    std::unique_ptr<IJudge> m_libxml;
-    Count m_schemas;
-    Count m_documents;
-    std::size_t m_known = 0;
-    std::size_t m_unknown = 0;
-    std::map<std::string, std::size_t> m_byRule;
+    const Options& m_options;
+    Counts& m_counts;
 };
+
+void RunApart(const Options& options, Counts& counts, std::uint64_t seed, std::size_t judge) {
+    std::fflush(stdout);
+    counts.isOtherBusy = false;
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(kMostSeconds);
+        const auto other = judge == 0 ? MakeXercesJudge() : MakeLibxmlJudge();
+        CComparison(options, counts).Run(seed, *other, judge == 0);
+        std::fflush(stdout);
+        _exit(0);
+    }
+    int status = 0;
+    if (child < 0 || waitpid(child, &status, 0) != child) std::abort();
+    if (status == 0) return;
+    if (counts.isOtherBusy) {
+        ++counts.gaveUp;
+        return;
+    }
+    ++counts.unexplained;
+    std::printf("%llu: kvxml ended with status %d\n", static_cast<unsigned long long>(seed), status);
+}
+
+bool RunAll(const Options& options) {
+    void* const shared =
+        mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (shared == MAP_FAILED) std::abort();
+    Counts& counts = *new (shared) Counts();
+    for (std::uint64_t seed = options.first; seed < options.first + options.schemas; ++seed) {
+        RunApart(options, counts, seed, 0);
+        RunApart(options, counts, seed, 1);
+    }
+    std::printf(
+        "schemas: %zu, %zu valid; verdicts on documents compared: %zu, %zu valid; "
+        "another crashed or did not end: %zu; differences without explanation: %zu\n",
+        counts.schemas, counts.validSchemas, counts.documents, counts.validDocuments, counts.gaveUp,
+        counts.unexplained);
+    for (std::size_t i = 0; TextOfRule(i) != nullptr; ++i)
+        std::printf("%7zu %s\n", counts.byRule[i], TextOfRule(i));
+    return counts.unexplained == 0 && counts.documents > 0;
+}
 
 }  // namespace
 }  // namespace oracle
@@ -126,5 +156,5 @@ int main(int argc, char** argv) {
             return 2;
         }
     }
-    return oracle::CComparison(options).Run() ? 0 : 1;
+    return oracle::RunAll(options) ? 0 : 1;
 }

@@ -23,7 +23,8 @@ CVerdict COwnJudge::Load(const std::string& schema) {
 }
 
 CVerdict COwnJudge::Judge(const std::string& document) {
-    return VerdictOf(CSchemaValidator(m_schema).ValidateBuffer(document.data(), document.size(), "document.xml"));
+    return VerdictOf(
+        CSchemaValidator(m_schema).ValidateBuffer(document.data(), document.size(), "document.xml"));
 }
 
 }  // namespace oracle

@@ -73,17 +73,21 @@ public:
     void Spoil() {
         Node& node = *m_random.Of(m_all);
         const std::size_t count = node.children.size();
-        const auto at = [&](std::size_t index) { return node.children.begin() + static_cast<std::ptrdiff_t>(index); };
+        const auto at = [&](std::size_t index) {
+            return node.children.begin() + static_cast<std::ptrdiff_t>(index);
+        };
         switch (m_random.Below(10)) {
             case 0:
-                if (count > 0) std::rotate(at(m_random.Below(count)), node.children.end() - 1, node.children.end());
+                if (count > 0)
+                    std::rotate(at(m_random.Below(count)), node.children.end() - 1, node.children.end());
                 break;
             case 1:
                 // Nodes that are out of the tree may still be spoiled, to no effect.
                 if (count > 0) m_removed.push_back(std::move(*at(0))), node.children.erase(at(0));
                 break;
             case 2:
-                if (count > 0) node.children.insert(at(m_random.Below(count + 1)), Copy(**at(m_random.Below(count))));
+                if (count > 0)
+                    node.children.insert(at(m_random.Below(count + 1)), Copy(**at(m_random.Below(count))));
                 break;
             case 3:
                 if (count > 1) std::iter_swap(at(m_random.Below(count)), at(m_random.Below(count)));
@@ -122,8 +126,9 @@ private:
 
     void AddAttribute(Node& node) {
         static const std::vector<std::pair<const char*, const char*>> kAttributes = {
-            {"xsi:nil", "true"}, {"xsi:nil", "0"}, {"xsi:type", "xs:string"}, {"xsi:type", "t:C9"}, {"a1", "10"},
-            {"a2", "x"},         {"t:a3", "1"},    {"x:other", "y"},          {"xml:lang", "en"}};
+            {"xsi:nil", "true"},  {"xsi:nil", "0"}, {"xsi:type", "xs:string"},
+            {"xsi:type", "t:C9"}, {"a1", "10"},     {"a2", "x"},
+            {"t:a3", "1"},        {"x:other", "y"}, {"xml:lang", "en"}};
         const auto& [name, value] = m_random.Of(kAttributes);
         for (const auto& attribute : node.attributes) {
             if (attribute.first == name) return;
@@ -187,13 +192,15 @@ private:
         const CComplexTypeDefinition& complex = *type.AsComplex();
         AddAttributes(node, complex);
         if (complex.simpleContent != nullptr) node.text = Value(*complex.simpleContent);
-        if (complex.contentKind == CComplexTypeDefinition::ContentKind::Mixed && m_random.Chance(50)) node.text = "text";
+        if (complex.contentKind == CComplexTypeDefinition::ContentKind::Mixed && m_random.Chance(50))
+            node.text = "text";
         if (complex.particle != nullptr) Fill(node, *complex.particle, depth);
     }
 
     void Fill(Node& node, const CParticle& particle, std::size_t depth) {
         const bool isSmall = depth > kMostDepth || m_all.size() > kMostNodes;
-        const std::size_t room = particle.maxOccurs - particle.minOccurs > 3 ? 3 : particle.maxOccurs - particle.minOccurs;
+        const std::size_t room =
+            particle.maxOccurs - particle.minOccurs > 3 ? 3 : particle.maxOccurs - particle.minOccurs;
         const std::size_t count = particle.minOccurs + (isSmall ? 0 : m_random.Below(room + 1));
         if (isSmall && m_all.size() > 2 * kMostNodes) return;
         for (std::size_t i = 0; i < count; ++i) {
@@ -240,7 +247,11 @@ private:
 
 void Escape(std::string& out, std::string_view text) {
     for (const char c : text)
-        out += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '"' ? "&quot;" : c == '\t' ? "&#9;" : std::string(1, c);
+        out += c == '&'    ? "&amp;"
+               : c == '<'  ? "&lt;"
+               : c == '"'  ? "&quot;"
+               : c == '\t' ? "&#9;"
+                           : std::string(1, c);
 }
 
 void Write(std::string& out, const Node& node, bool isRoot) {

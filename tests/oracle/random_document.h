@@ -8,8 +8,8 @@
 
 namespace oracle {
 
-/// A document for the element `root`: valid but for texts that no sample fits, then changed in `mistakes` places.
-/// Empty when the schema has no such element.
+/// A document for the element `root`: valid but for texts that no sample fits, then changed in `mistakes`
+/// places. Empty when the schema has no such element.
 std::string RandomDocument(const KvXmlLib16::CSchemaSet& schema, CRandom& random, std::size_t mistakes);
 
 }  // namespace oracle

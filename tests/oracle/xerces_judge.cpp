@@ -52,9 +52,11 @@ public:
         m_reader->setFeature(XMLUni::fgXercesSchemaFullChecking, true);
         m_reader->setFeature(XMLUni::fgXercesUseCachedGrammarInParse, true);
         m_reader->setFeature(XMLUni::fgXercesLoadSchema, false);
-        return Run([&](const MemBufInputSource& source) {
-            m_reader->loadGrammar(source, Grammar::SchemaGrammarType, true);
-        }, schema);
+        return Run(
+            [&](const MemBufInputSource& source) {
+                m_reader->loadGrammar(source, Grammar::SchemaGrammarType, true);
+            },
+            schema);
     }
 
     CVerdict Judge(const std::string& document) override {
