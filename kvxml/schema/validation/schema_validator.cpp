@@ -43,6 +43,7 @@ CValidationReport CSchemaValidator::Validate(CXmlReader& reader) {
     CValidationReport report(m_impl->options.maxFaults);
     Begin(reader, report);
     try {
+        if (reader.GetEvent() == XmlEvent::StartElement) m_impl->elements.OnEvent();
         while (!report.IsFull() && reader.Read())
             m_impl->elements.OnEvent();
     } catch (const CKvException& e) {

@@ -47,7 +47,7 @@ public:
 
     CValidationReport ValidateFile(const char* fileName);
     CValidationReport ValidateBuffer(const void* data, std::size_t length, std::string_view name = {});
-    /// Pulls all events of the reader.
+    /// Pulls all events of the reader. One that stands at the document element already is taken from there.
     CValidationReport Validate(CXmlReader& reader);
 
     // In step with the caller: the caller reads, and hands over each event after `Begin`.
