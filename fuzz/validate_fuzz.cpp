@@ -43,7 +43,7 @@ constexpr const char* kSchema = R"(
   <xs:complexType name='Less'><xs:complexContent><xs:restriction base='Base'>
     <xs:attribute name='k' use='prohibited'/></xs:restriction></xs:complexContent></xs:complexType>
   <xs:complexType name='Text' mixed='true'><xs:choice minOccurs='0' maxOccurs='unbounded'>
-    <xs:element name='b' type='Text'/><xs:any namespace='##other urn:g' processContents='skip'/>
+    <xs:element name='b' type='Text'/><xs:any namespace='urn:g urn:x' processContents='skip'/>
   </xs:choice></xs:complexType>
   <xs:complexType name='Price'><xs:simpleContent><xs:extension base='xs:double'>
     <xs:attribute name='currency' type='xs:NMTOKEN' default='EUR'/></xs:extension></xs:simpleContent></xs:complexType>
@@ -64,10 +64,11 @@ constexpr const char* kSchema = R"(
         <xs:sequence minOccurs='0' maxOccurs='3'><xs:element ref='value'/><xs:element ref='none' maxOccurs='2'/>
         </xs:sequence>
       </xs:choice>
-      <xs:any namespace='##targetNamespace' processContents='strict' minOccurs='0'/>
+      <xs:any namespace='urn:g' processContents='strict' minOccurs='0'/>
       <xs:any namespace='##local' processContents='lax' minOccurs='0' maxOccurs='unbounded'/>
     </xs:sequence><xs:attributeGroup ref='Ids'/></xs:complexType>
-    <xs:key name='byK'><xs:selector xpath='*'/><xs:field xpath='@k|@id'/></xs:key>
+    <xs:unique name='byK'><xs:selector xpath='*'/><xs:field xpath='@k|@id'/></xs:unique>
+    <xs:key name='byN'><xs:selector xpath='one'/><xs:field xpath='n'/></xs:key>
     <xs:unique name='pairs'><xs:selector xpath='.//inner|r'/><xs:field xpath='@id'/><xs:field xpath='.//r'/></xs:unique>
     <xs:keyref name='refer' refer='byK'><xs:selector xpath='.//one'/><xs:field xpath='n'/></xs:keyref>
   </xs:element>
