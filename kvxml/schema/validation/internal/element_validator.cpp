@@ -30,6 +30,26 @@ std::string Joined(const std::vector<std::string>& names) {
     return names.size() > kMostExpected ? text + ", ..." : text;
 }
 
+std::string Described(const CExpandedName& name) {
+    return Bracket(name.localName) +
+           (name.namespaceUri.empty() ? std::string() : " of the namespace " + Bracket(name.namespaceUri));
+}
+
+/// An attribute of the local name, in whatever namespace; null when the type has none.
+const CAttributeUse* FindUse(const CComplexTypeDefinition* type, std::string_view localName) {
+    if (type == nullptr) return nullptr;
+    for (const CAttributeUse* use : type->attributeUses) {
+        if (use->attributeDeclaration->name.localName == localName) return use;
+    }
+    return nullptr;
+}
+
+/// The local name of the element at the end of a path.
+std::string LastName(const std::string& path) {
+    const std::string name = path.substr(path.rfind('/') + 1);
+    return name.substr(name.find(':') + 1, name.find('[') - name.find(':') - 1);
+}
+
 std::string TypeName(const CTypeDefinition& type) {
     return type.IsAnonymous() ? "of " + Bracket(GetNamePath(type)) : Bracket(type.name.localName);
 }
@@ -60,6 +80,17 @@ void CElementValidator::Fault(std::string message, const char* constraint, std::
     m_report->Add(std::move(fault));
 }
 
+void CElementValidator::ReportIdentity(std::string message, const char* constraint,
+                                       const CIdentityPlace* place) {
+    if (place == nullptr) return Fault(std::move(message), constraint);
+    m_report->Add(
+        {m_reader->GetFileName(), place->line, place->column, place->path, std::move(message), constraint});
+}
+
+CIdentityPlace CElementValidator::Here() const {
+    return {m_reader->GetLine(), m_reader->GetColumn(), m_reader->GetPath()};
+}
+
 bool CElementValidator::Resolve(std::string_view prefix, std::string_view& namespaceUri) const {
     return m_reader->LookupNamespace(prefix, namespaceUri);
 }
@@ -83,7 +114,9 @@ CElementValidator::Frame& CElementValidator::Push() {
     frame.type = nullptr;
     frame.complex = nullptr;
     frame.table = nullptr;
-    frame.isSkipped = frame.isNil = frame.isBroken = false;
+    frame.isSkipped = frame.isNil = frame.lacksNil = frame.isRefused = false;
+    frame.strangers = 0;
+    frame.missed.clear();
     frame.hasChildren = frame.hasCharacters = frame.hasTextFault = false;
     frame.text.clear();
     return frame;
@@ -131,7 +164,16 @@ void CElementValidator::StartRoot(Frame& frame) {
     frame.declaration = m_schema->FindElement(m_reader->GetNamespaceUri(), m_reader->GetLocalName());
     if (frame.declaration != nullptr || m_reader->FindAttribute(kInstanceNamespace, "type") != nullptr)
         return;
-    Fault("There is no declaration of the element " + Name() + ".", "cvc-elt.1");
+    const CExpandedName name{m_reader->GetNamespaceUri(), m_reader->GetLocalName()};
+    std::string message = "There is no declaration of the element " + Described(name);
+    for (const CElementDeclaration* element : m_schema->GetElements()) {
+        if (element->name.localName != name.localName) continue;
+        message += "; there is one of " + (element->name.namespaceUri.empty()
+                                               ? std::string("no namespace")
+                                               : "the namespace " + Bracket(element->name.namespaceUri));
+        break;
+    }
+    Fault(message + ".", "cvc-elt.1");
 }
 
 void CElementValidator::StartIn(Frame& parent, Frame& frame) {
@@ -177,24 +219,34 @@ void CElementValidator::StartByWildcard(const CWildcard& wildcard, Frame& frame)
           "cvc-complex-type.2.4");
 }
 
-/// A child that does not fit: told once, and then judged by what it probably is.
+/// A child that does not fit, judged by what it probably is. One mistake is told once: after a child that the
+/// content does not have, what should have stood there is not missed; and after one that came too early, what
+/// should have stood before it may follow.
 void CElementValidator::Refuse(Frame& parent, Frame& frame, const CContentModel& model) {
     const std::string_view uri = m_reader->GetNamespaceUri();
     const std::string_view name = m_reader->GetLocalName();
-    if (!parent.isBroken) {
-        const std::vector<std::string> expected = model.Expected(parent.state, kMostExpected + 1);
-        std::string message = "The element " + Name();
-        if (!uri.empty()) message += " of the namespace " + Bracket(uri);
-        message += " is not allowed here";
+    const auto late = std::find(parent.missed.begin(), parent.missed.end(), Name());
+    if (late != parent.missed.end()) {
+        parent.missed.erase(late);
+        frame.declaration = model.Find(uri, name);
+        frame.isSkipped = frame.declaration == nullptr;
+        return;
+    }
+    std::vector<std::string> expected = model.Expected(parent.state, kMostExpected + 1, &uri);
+    const CMatch match = model.Recover(parent.state, uri, name);
+    if (match.element != nullptr && parent.strangers > 0) {
+        --parent.strangers;
+    } else {
+        std::string message = "The element " + Described({uri, name}) + " is not allowed here";
         message += expected.empty() ? "; nothing more is." : "; expected: " + Joined(expected) + ".";
         Fault(std::move(message), "cvc-complex-type.2.4");
     }
-    const CMatch match = model.Recover(parent.state, uri, name);
     if (match.element != nullptr) {
         frame.declaration = match.element;
+        parent.missed = std::move(expected);
         return;
     }
-    parent.isBroken = true;
+    ++parent.strangers;
     frame.declaration = m_schema->FindElement(uri, name);
     frame.isSkipped = frame.declaration == nullptr;
 }
@@ -268,6 +320,7 @@ void CElementValidator::ReadXsiNil(Frame& frame) {
     if (frame.declaration == nullptr) return;
     if (!frame.declaration->isNillable) {
         Fault("The element " + Name() + " may not have xsi:nil.", "cvc-elt.3.1", "xsi:nil");
+        frame.lacksNil = true;
         return;
     }
     frame.isNil = m_value.normalized == "true" || m_value.normalized == "1";
@@ -286,9 +339,11 @@ void CElementValidator::CheckAttributes(Frame& frame) {
     for (const std::size_t index : frame.table->required) {
         if (m_present[index]) continue;
         const CAttributeUse& use = *frame.complex->attributeUses[index];
-        Fault("The element " + Name() + " lacks the attribute " +
-                  Bracket(use.attributeDeclaration->name.localName) + ".",
+        const CExpandedName& missing = use.attributeDeclaration->name;
+        Fault("The element " + Name() + " lacks the attribute " + Described(missing) + ".",
               "cvc-complex-type.4");
+        if (m_identity.WantsAttributes())
+            m_identity.Attribute(missing.namespaceUri, missing.localName, nullptr);
     }
     if (!frame.table->defaulted.empty()) AddDefaults(frame, m_present);
 }
@@ -313,8 +368,12 @@ void CElementValidator::CheckAttribute(Frame& frame, const CXmlReaderAttribute& 
     if (wildcard == nullptr || !wildcard->Admits(attribute.namespaceUri)) {
         std::string name(attribute.localName);
         if (!attribute.prefix.empty()) name = std::string(attribute.prefix) + ":" + name;
-        Fault("The attribute " + Bracket(name) + " is not allowed on the element " + Name() + ".",
-              frame.table == nullptr ? "cvc-type.3.1.1" : "cvc-complex-type.3.2.2", name);
+        std::string message = "The attribute " + Bracket(name) + " is not allowed on the element " + Name();
+        if (const CAttributeUse* meant = FindUse(frame.complex, attribute.localName))
+            message += "; " + Described(meant->attributeDeclaration->name) +
+                       (meant->attributeDeclaration->name.namespaceUri.empty() ? " of no namespace" : "") +
+                       " is";
+        Fault(message + ".", frame.table == nullptr ? "cvc-type.3.1.1" : "cvc-complex-type.3.2.2", name);
         return;
     }
     if (wildcard->processContents == CWildcard::ProcessContents::Skip) return;
@@ -342,6 +401,8 @@ void CElementValidator::CheckAttributeValue(const CAttributeDeclaration& declara
     if (!type.checker->Check(attribute.value, this, needsValue ? &m_value : nullptr, &error, &constraint)) {
         Fault("The attribute " + Bracket(attribute.localName) + " is not valid: " + error, constraint,
               attribute.localName);
+        if (m_identity.WantsAttributes())
+            m_identity.Attribute(attribute.namespaceUri, attribute.localName, nullptr);
         return;
     }
     if (!needsValue) return;
@@ -367,7 +428,7 @@ void CElementValidator::CheckAttributeValue(const CAttributeDeclaration& declara
     }
     TakeReferences(m_value);
     if (m_identity.WantsAttributes())
-        m_identity.Attribute(attribute.namespaceUri, attribute.localName, m_value.key);
+        m_identity.Attribute(attribute.namespaceUri, attribute.localName, &m_value.key);
 }
 
 /// Absent attributes with a default take part in identity constraints and tables of IDs.
@@ -384,7 +445,7 @@ void CElementValidator::AddDefaults(Frame& frame, const std::vector<bool>& prese
         TakeReferences(m_value);
         const CExpandedName& name = use.attributeDeclaration->name;
         if (m_identity.WantsAttributes())
-            m_identity.Attribute(name.namespaceUri, name.localName, m_value.key);
+            m_identity.Attribute(name.namespaceUri, name.localName, &m_value.key);
     }
 }
 
@@ -411,7 +472,8 @@ void CElementValidator::Text() {
     if (text.empty()) return;
     frame.hasCharacters = true;
     const auto refuse = [&](const char* why, const char* constraint) {
-        if (!frame.hasTextFault) Fault("The element " + Bracket(m_reader->GetPath()) + why, constraint);
+        if (!frame.hasTextFault)
+            Fault("The element " + Bracket(LastName(m_reader->GetPath())) + why, constraint);
         frame.hasTextFault = true;
     };
     if (frame.isNil) return refuse(" is nil and may not have text.", "cvc-elt.3.2.1");
@@ -440,7 +502,7 @@ void CElementValidator::EndElement() {
         const bool hasSimpleType = frame.type != nullptr && (frame.complex == nullptr ||
                                                              frame.complex->contentKind == Content::Simple);
         m_identity.End(static_cast<std::uint32_t>(m_depth), key, hasSimpleType,
-                       frame.declaration != nullptr && frame.declaration->isNillable);
+                       frame.declaration != nullptr && frame.declaration->isNillable, frame.isRefused);
     }
     --m_depth;
 }
@@ -454,10 +516,14 @@ void CElementValidator::EndContent(Frame& frame, const std::string*& key) {
     const bool isEmpty = !frame.hasChildren && !frame.hasCharacters;
     const bool hasConstraint =
         frame.declaration != nullptr && frame.declaration->valueConstraint.kind != CValueConstraint::None;
+    if (isEmpty && frame.lacksNil) return;
     if (isEmpty && hasConstraint) return;  // the value of the constraint stands for it
-    if (!frame.isBroken && !frame.table->content->MayEnd(frame.state)) {
-        Fault("The element " + Name() + " is not complete; expected: " +
-                  Joined(frame.table->content->Expected(frame.state, kMostExpected + 1)) + ".",
+    if (frame.strangers == 0 && !frame.table->content->MayEnd(frame.state)) {
+        const auto expected = frame.table->content->Expected(frame.state, kMostExpected + 1);
+        Fault("The element " + Name() +
+                  (expected.empty()
+                       ? " is not complete, and nothing can complete it: its type has a choice of nothing."
+                       : " is not complete; expected: " + Joined(expected) + "."),
               "cvc-complex-type.2.4");
     }
     if (hasConstraint && frame.declaration->valueConstraint.kind == CValueConstraint::Fixed)
@@ -490,7 +556,9 @@ void CElementValidator::CheckSimpleContent(Frame& frame, const CSimpleTypeDefini
     std::string error;
     const char* rule = nullptr;
     if (!type.checker->Check(text, scope, needsValue ? &m_value : nullptr, &error, &rule)) {
-        Fault("The element " + Name() + " is not valid: " + error, rule);
+        frame.isRefused = true;
+        if (!(frame.lacksNil && frame.text.empty()))
+            Fault("The element " + Name() + " is not valid: " + error, rule);
         return;
     }
     if (!needsValue) return;

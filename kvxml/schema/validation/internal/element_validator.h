@@ -45,7 +45,10 @@ private:
         CContentModel::State state;
         bool isSkipped = false;  ///< neither it nor what it contains is judged
         bool isNil = false;
-        bool isBroken = false;  ///< a child did not fit; its end says nothing more
+        bool lacksNil = false;            ///< has xsi:nil, but may not; the empty content is not told as well
+        bool isRefused = false;           ///< its value is not valid
+        std::uint32_t strangers = 0;      ///< children that the content does not have
+        std::vector<std::string> missed;  ///< names that were expected when a later one came
         bool hasChildren = false;
         bool hasCharacters = false;
         bool hasTextFault = false;
@@ -76,9 +79,8 @@ private:
     Frame& Push();
     std::string Name() const;
 
-    void ReportIdentity(std::string message, const char* constraint) override {
-        Fault(std::move(message), constraint);
-    }
+    void ReportIdentity(std::string message, const char* constraint, const CIdentityPlace* place) override;
+    CIdentityPlace Here() const override;
     bool Resolve(std::string_view prefix, std::string_view& namespaceUri) const override;
 
     std::shared_ptr<const CSchemaSet> m_schema;
