@@ -87,8 +87,8 @@ void CElementValidator::ReportIdentity(std::string message, const char* constrai
         {m_reader->GetFileName(), place->line, place->column, place->path, std::move(message), constraint});
 }
 
-CIdentityPlace CElementValidator::Here() const {
-    return {m_reader->GetLine(), m_reader->GetColumn(), m_reader->GetPath()};
+CIdentityPlace CElementValidator::Here(bool withPath) const {
+    return {m_reader->GetLine(), m_reader->GetColumn(), withPath ? m_reader->GetPath() : std::string()};
 }
 
 bool CElementValidator::Resolve(std::string_view prefix, std::string_view& namespaceUri) const {

@@ -80,7 +80,7 @@ private:
     std::string Name() const;
 
     void ReportIdentity(std::string message, const char* constraint, const CIdentityPlace* place) override;
-    CIdentityPlace Here() const override;
+    CIdentityPlace Here(bool withPath) const override;
     bool Resolve(std::string_view prefix, std::string_view& namespaceUri) const override;
 
     std::shared_ptr<const CSchemaSet> m_schema;

@@ -23,7 +23,7 @@ std::string Shown(const std::string& sequence) {
     constexpr char kDecimal = 'A' + static_cast<char>(BuiltInType::Decimal);
     std::string text = "[";
     char kind = 0;
-    const auto end = [&] {
+    const auto endValue = [&] {
         // Decimals have a point, and no zeros that they can do without.
         if (kind == kDecimal && text.back() == '.') text.pop_back();
         if (kind == kDecimal && (text.back() == '[' || text.back() == ' ' || text.back() == '-')) text += '0';
@@ -31,7 +31,7 @@ std::string Shown(const std::string& sequence) {
     };
     for (const char c : sequence) {
         if (c == '\x02' || c == '\x01') {
-            end();
+            endValue();
             text += c == '\x02' ? "], [" : " ";
         } else if (kind == 0) {
             kind = c;
@@ -39,7 +39,7 @@ std::string Shown(const std::string& sequence) {
             text += c;
         }
     }
-    end();
+    endValue();
     if (text.size() > kMost) {
         std::size_t end = kMost;
         while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
@@ -106,6 +106,7 @@ bool CPathMatcher::MaySelectAttributes() const noexcept {
 void CIdentityTracker::Clear() {
     m_scopes.clear();
     m_tables.clear();
+    m_open.clear();
     m_wantsAttributes = false;
 }
 
@@ -123,12 +124,7 @@ void CIdentityTracker::Start(const CElementDeclaration* declaration, std::string
                              std::string_view localName, std::uint32_t depth) {
     m_wantsAttributes = false;
     for (const auto& scope : m_scopes) {
-        for (Target& target : scope->targets) {
-            for (Field& field : target.fields) {
-                if (field.matcher.Enter(namespaceUri, localName)) OpenField(*scope, field, depth);
-                m_wantsAttributes = m_wantsAttributes || field.matcher.MaySelectAttributes();
-            }
-        }
+        EnterTargets(*scope, namespaceUri, localName, depth);
         if (scope->selector.Enter(namespaceUri, localName)) Select(*scope, depth);
     }
     if (declaration == nullptr) return;
@@ -138,32 +134,61 @@ void CIdentityTracker::Start(const CElementDeclaration* declaration, std::string
     }
 }
 
+/// Goes on with the targets whose fields may still select something here or below.
+void CIdentityTracker::EnterTargets(Scope& scope, std::string_view namespaceUri, std::string_view localName,
+                                    std::uint32_t depth) {
+    std::vector<std::uint32_t> active;
+    for (const std::uint32_t index : scope.active.back()) {
+        std::vector<Field>& fields = scope.targets[index].fields;
+        bool isActive = false;
+        for (std::uint32_t i = 0; i < fields.size(); ++i) {
+            CPathMatcher& matcher = fields[i].matcher;
+            if (matcher.Enter(namespaceUri, localName)) OpenField(scope, index, i, depth);
+            isActive = isActive || matcher.IsAlive();
+            m_wantsAttributes = m_wantsAttributes || matcher.MaySelectAttributes();
+        }
+        if (isActive) {
+            active.push_back(index);
+        } else {
+            for (Field& field : fields)
+                field.matcher.Leave();
+        }
+    }
+    scope.active.push_back(std::move(active));
+}
+
 void CIdentityTracker::Select(Scope& scope, std::uint32_t depth) {
+    const auto index = static_cast<std::uint32_t>(scope.targets.size());
+    scope.active.back().push_back(index);
     Target& target = scope.targets.emplace_back();
     target.depth = depth;
-    target.place = m_report.Here();
-    if (scope.constraint->category != Definition::Category::Keyref) target.place.path.clear();
+    target.place = m_report.Here(scope.constraint->category == Definition::Category::Keyref);
+    target.fields.reserve(scope.constraint->fields.size());
     for (const Definition::XPath& path : scope.constraint->fields) {
-        Field& field = target.fields.emplace_back(path);
-        if (field.matcher.IsContextSelected()) OpenField(scope, field, depth);
-        m_wantsAttributes = m_wantsAttributes || field.matcher.MaySelectAttributes();
+        const CPathMatcher& matcher = target.fields.emplace_back(path).matcher;
+        if (matcher.IsContextSelected())
+            OpenField(scope, index, static_cast<std::uint32_t>(target.fields.size() - 1), depth);
+        m_wantsAttributes = m_wantsAttributes || matcher.MaySelectAttributes();
     }
 }
 
-void CIdentityTracker::OpenField(Scope& scope, Field& field, std::uint32_t depth) {
-    if (field.isFound || field.openDepth != 0) {
+void CIdentityTracker::OpenField(Scope& scope, std::uint32_t target, std::uint32_t index,
+                                 std::uint32_t depth) {
+    Field& field = scope.targets[target].fields[index];
+    if (field.isFound || field.isOpen) {
         m_report.ReportIdentity(NameOf(field, scope) + " selects more than one node.",
                                 "cvc-identity-constraint.3");
         return;
     }
-    field.openDepth = depth;
+    field.isOpen = true;
+    m_open.push_back({&scope, target, index, depth});
 }
 
 void CIdentityTracker::Attribute(std::string_view namespaceUri, std::string_view localName,
                                  const std::string* key) {
     for (const auto& scope : m_scopes) {
-        for (Target& target : scope->targets) {
-            for (Field& field : target.fields) {
+        for (const std::uint32_t index : scope->active.back()) {
+            for (Field& field : scope->targets[index].fields) {
                 if (!field.matcher.SelectsAttribute(namespaceUri, localName)) continue;
                 if (field.isFound) {
                     m_report.ReportIdentity(NameOf(field, *scope) + " selects more than one node.",
@@ -178,37 +203,41 @@ void CIdentityTracker::Attribute(std::string_view namespaceUri, std::string_view
 }
 
 bool CIdentityTracker::WantsValue(std::uint32_t depth) const noexcept {
-    for (const auto& scope : m_scopes) {
-        for (const Target& target : scope->targets) {
-            for (const Field& field : target.fields) {
-                if (field.openDepth == depth) return true;
-            }
+    return !m_open.empty() && m_open.back().depth == depth;
+}
+
+/// Gives the value of the element that ends to the fields that it is.
+void CIdentityTracker::CloseFields(std::uint32_t depth, const std::string* key, bool hasSimpleType,
+                                   bool isNillable, bool isRefused) {
+    std::size_t first = m_open.size();
+    while (first > 0 && m_open[first - 1].depth == depth)
+        --first;
+    for (std::size_t i = first; i < m_open.size(); ++i) {
+        const Scope& scope = *m_open[i].scope;
+        Field& field = m_open[i].scope->targets[m_open[i].target].fields[m_open[i].field];
+        field.isOpen = false;
+        if (!hasSimpleType) {
+            m_report.ReportIdentity(NameOf(field, scope) + " selects an element that has no simple content.",
+                                    "cvc-identity-constraint.3");
+        } else if (key != nullptr || isRefused) {
+            field.isFound = true;
+            field.isRefused = isRefused;
+            field.isNillable = isNillable;
+            if (key != nullptr) field.key = *key;
         }
     }
-    return false;
+    m_open.resize(first);
 }
 
 void CIdentityTracker::End(std::uint32_t depth, const std::string* key, bool hasSimpleType, bool isNillable,
                            bool isRefused) {
+    CloseFields(depth, key, hasSimpleType, isNillable, isRefused);
     for (const auto& scope : m_scopes) {
-        for (Target& target : scope->targets) {
-            for (Field& field : target.fields) {
-                if (field.openDepth == depth) {
-                    field.openDepth = 0;
-                    if (!hasSimpleType) {
-                        m_report.ReportIdentity(
-                            NameOf(field, *scope) + " selects an element that has no simple content.",
-                            "cvc-identity-constraint.3");
-                    } else if (key != nullptr || isRefused) {
-                        field.isFound = true;
-                        field.isRefused = isRefused;
-                        field.isNillable = isNillable;
-                        if (key != nullptr) field.key = *key;
-                    }
-                }
+        for (const std::uint32_t index : scope->active.back()) {
+            for (Field& field : scope->targets[index].fields)
                 field.matcher.Leave();
-            }
         }
+        scope->active.pop_back();
         if (!scope->targets.empty() && scope->targets.back().depth == depth) {
             EndTarget(*scope, scope->targets.back());
             scope->targets.pop_back();

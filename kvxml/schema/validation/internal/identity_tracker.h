@@ -27,8 +27,8 @@ public:
     /// About the current event, or about `place` when it is not null.
     virtual void ReportIdentity(std::string message, const char* constraint,
                                 const CIdentityPlace* place = nullptr) = 0;
-    /// Of the current event.
-    virtual CIdentityPlace Here() const = 0;
+    /// Of the current event; the path, which takes time, when it is wanted.
+    virtual CIdentityPlace Here(bool withPath) const = 0;
 };
 
 /// Follows one path of a selector or field, from its context element down.
@@ -44,6 +44,8 @@ public:
     /// Whether the attribute of the element entered last is selected.
     bool SelectsAttribute(std::string_view namespaceUri, std::string_view localName) const noexcept;
     bool MaySelectAttributes() const noexcept;
+    /// Whether anything may be selected at the element entered last or below it.
+    bool IsAlive() const noexcept { return !m_levels.back().empty(); }
 
 private:
     struct Position {
@@ -96,8 +98,8 @@ private:
         std::string key;
         bool isFound = false;
         bool isNillable = false;
-        bool isRefused = false;       ///< its value is missing or not valid, which has been told
-        std::uint32_t openDepth = 0;  // of the element whose value is the field; 0: none is open
+        bool isRefused = false;  ///< its value is missing or not valid, which has been told
+        bool isOpen = false;     ///< it is an element whose end is to come
     };
     /// A selected element that is open.
     struct Target {
@@ -113,11 +115,18 @@ private:
         std::uint32_t depth;
         CPathMatcher selector;
         std::vector<Target> targets;
+        /// For each level from the scope's own on: the targets whose fields may select something there or
+        /// below. Elements have many targets around them, few of which care.
+        std::vector<std::vector<std::uint32_t>> active{{}};
         Table table;
     };
 
     void Select(Scope& scope, std::uint32_t depth);
-    void OpenField(Scope& scope, Field& field, std::uint32_t depth);
+    void EnterTargets(Scope& scope, std::string_view namespaceUri, std::string_view localName,
+                      std::uint32_t depth);
+    void OpenField(Scope& scope, std::uint32_t target, std::uint32_t index, std::uint32_t depth);
+    void CloseFields(std::uint32_t depth, const std::string* key, bool hasSimpleType, bool isNillable,
+                     bool isRefused);
     void EndTarget(Scope& scope, Target& target);
     void EndScope(Scope& scope);
     void Propagate(std::uint32_t depth);
@@ -133,6 +142,14 @@ private:
         Table table;
     };
     std::vector<Held> m_tables;
+    /// Fields that are elements whose ends are to come, by depth.
+    struct Open {
+        Scope* scope;
+        std::uint32_t target;
+        std::uint32_t field;
+        std::uint32_t depth;
+    };
+    std::vector<Open> m_open;
     bool m_wantsAttributes = false;
 };
 
