@@ -151,7 +151,7 @@ TEST(Gpx, RecordsAreReadOneAfterAnother) {
     std::vector<std::string> found;
     while (reader.Read()) {
         if (!reader.IsStart("wpt") && !reader.IsStart("rtept")) continue;
-        const CSmartPtr<CWptType> point(new CWptType());
+        const CSmartPtr<Gpx::CWptType> point(new Gpx::CWptType());
         const std::string error = ErrorOf([&] { point->FromXml(reader); });
         found.push_back(error == "(no error)" ? point->GetName() : error);
         EXPECT_EQ(reader.GetEvent(), XmlEvent::EndElement);
@@ -162,7 +162,7 @@ TEST(Gpx, RecordsAreReadOneAfterAnother) {
     EXPECT_NE(found[1].find("Path: /g:gpx/g:wpt[2]"), std::string::npos) << found[1];
     EXPECT_NE(found[1].find("@lat"), std::string::npos) << found[1];
     EXPECT_EQ(found[2], "b");
-    EXPECT_EQ(ErrorOf([&] { CSmartPtr<CWptType>(new CWptType())->FromXml(reader); }),
+    EXPECT_EQ(ErrorOf([&] { CSmartPtr<Gpx::CWptType>(new Gpx::CWptType())->FromXml(reader); }),
               "The reader does not stand at the start of an element");
 }
 
