@@ -1,5 +1,6 @@
 #include "kvxml/schema/datatypes/internal/simple_type_checker.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "kvxml/schema/datatypes/internal/facet_set.h"
@@ -278,7 +279,10 @@ std::shared_ptr<const CSimpleTypeChecker> CompileSimpleType(const CSimpleTypeDef
             if (compiled == nullptr) continue;
             checker->containsList = checker->containsList || compiled->containsList;
             checker->mayHaveReferences = checker->mayHaveReferences || compiled->mayHaveReferences;
-            checker->members.push_back(compiled);
+            // What refused a value once refuses it again, and unions of unions would ask ever more often.
+            if (std::find(checker->members.begin(), checker->members.end(), compiled) ==
+                checker->members.end())
+                checker->members.push_back(compiled);
         }
     }
     if (checker->builtIn == BuiltInType::ID || checker->builtIn == BuiltInType::IDREF ||
