@@ -18,6 +18,7 @@
 #include "kvxml/xml/text_stream.h"
 #include "kvxml/xml/xml_document.h"
 #include "kvxml/xml/xml_element.h"
+#include "kvxml/xml/xml_reader.h"
 #include "kvxml/xml/xml_text_writer.h"
 
 namespace KvXmlLib16 {
@@ -307,6 +308,22 @@ void CXmlObjectBase::ReadXmlText(std::string_view xml, const CSerializationConte
     CXmlDocument document(context);
     document.LoadXml(xml);
     internal::CEntryPoints::Read(*this, document, context);
+}
+
+void CXmlObjectBase::FromXml(CXmlReader& reader, const CSerializationContext& context) {
+    if (reader.GetEvent() != XmlEvent::StartElement)
+        throw CKvInvalidStateException("The reader does not stand at the start of an element");
+    const std::string name(reader.GetLocalName());
+    const std::string path = reader.GetPath();
+    const std::uint64_t line = reader.GetLine();
+    CXmlDocument document(context);
+    reader.ReadSubtree(document);
+    try {
+        FromXmlElement(document.GetDocumentElement(), context);
+    } catch (const CKvException& e) {
+        throw CKvValidationException("Invalid element [" + name + "] at line " + std::to_string(line), path,
+                                     e);
+    }
 }
 
 void CXmlObjectBase::FromXmlStream(std::istream& in, const CSerializationContext& context) {

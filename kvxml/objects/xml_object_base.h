@@ -39,6 +39,7 @@ class CElement;
 class CXmlCollectionBase;
 class CXmlElement;
 class CXmlObjectBase;
+class CXmlReader;
 class CXmlWriter;
 
 namespace internal {
@@ -176,6 +177,12 @@ public:
     void FromJson(const Text& json, const CSerializationContext& context = DefaultContext()) {
         ReadJsonText(json, context);
     }
+    /// Reads the element that the reader has just started, so that the records of a large document become
+    /// objects one after another; the end of the element is then the reader's current event, also after a
+    /// failure, unless the document is not well-formed. The element's own name is not checked. What is wrong
+    /// with the content is a CKvValidationException with line and path in the document, and the cause inside;
+    /// CKvInvalidStateException when the reader stands elsewhere.
+    void FromXml(CXmlReader& reader, const CSerializationContext& context = DefaultContext());
     /// Read all that is left in the stream, as from bytes. CKvException "Failed to read from the stream." for
     /// a stream that has failed or fails, whether or not it throws by itself; its state is then as the
     /// failure left it, and otherwise eofbit.

@@ -11,6 +11,7 @@
 #include "examples/gpx/class_factory.h"
 #include "examples/gpx/gpx_type.h"
 #include "kvxml/kvxml.h"
+#include "kvxml/xml/xml_reader.h"
 #include "tests/support/error_of.h"
 
 namespace {
@@ -137,6 +138,32 @@ TEST(Gpx, InvalidDocumentsAreRefusedWithTheirPathAndTheObjectStaysUsable) {
         EXPECT_EQ(ErrorOf([&] { gpx->FromXml(sample.c_str()); }), "(no error)");
         EXPECT_EQ(Written(*gpx), sample);
     }
+}
+
+/// What is wrong with one record keeps nobody from the next.
+TEST(Gpx, RecordsAreReadOneAfterAnother) {
+    const std::string xml =
+        "<?xml version='1.0'?>\n<g:gpx xmlns:g='http://www.topografix.com/GPX/1/1' version='1.1' creator='c'>"
+        "<g:wpt lat='1' lon='2'><g:name>a</g:name></g:wpt>\n<g:wpt lat='91' lon='2'/>\n"
+        "<g:rte><g:rtept lat='3' lon='4'><g:name>b</g:name></g:rtept></g:rte></g:gpx>";
+    CXmlReader reader;
+    reader.OpenText(xml);
+    std::vector<std::string> found;
+    while (reader.Read()) {
+        if (!reader.IsStart("wpt") && !reader.IsStart("rtept")) continue;
+        const CSmartPtr<Gpx::CWptType> point(new Gpx::CWptType());
+        const std::string error = ErrorOf([&] { point->FromXml(reader); });
+        found.push_back(error == "(no error)" ? point->GetName() : error);
+        EXPECT_EQ(reader.GetEvent(), XmlEvent::EndElement);
+    }
+    ASSERT_EQ(found.size(), 3U);
+    EXPECT_EQ(found[0], "a");
+    EXPECT_EQ(found[1].compare(0, 33, "Invalid element [wpt] at line 3\nP"), 0) << found[1];
+    EXPECT_NE(found[1].find("Path: /g:gpx/g:wpt[2]"), std::string::npos) << found[1];
+    EXPECT_NE(found[1].find("@lat"), std::string::npos) << found[1];
+    EXPECT_EQ(found[2], "b");
+    EXPECT_EQ(ErrorOf([&] { CSmartPtr<Gpx::CWptType>(new Gpx::CWptType())->FromXml(reader); }),
+              "The reader does not stand at the start of an element");
 }
 
 TEST(Gpx, FactoryMakesEveryClassUnderTheGivenName) {

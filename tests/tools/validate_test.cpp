@@ -193,6 +193,29 @@ TEST_F(KvxmlValidate, TakesFoldersAndStandardInput) {
     EXPECT_EQ(box.output, "box/a.xml: invalid\nbox/b.xml: valid\nbox/below/c.xml: valid\ngood.xml: valid\n");
     EXPECT_EQ(box.status, 1);
     EXPECT_EQ(box.errors, "");
+
+    Save("empty/d.txt", "no document");
+    const Result empty = Run("--schema s.xsd empty good.xml");
+    EXPECT_EQ(empty.output, "good.xml: valid\n");
+    EXPECT_EQ(empty.status, 1);
+    EXPECT_EQ(empty.errors, "kvxml: empty: no .xml file is in the folder\n");
+}
+
+/// A pipe gives its document once, whoever looks for hints in it.
+TEST_F(KvxmlValidate, TakesPipes) {
+    Save("hints.xml", Hinting("s.xsd"));
+    const struct {
+        const char* schema;
+        const char* document;
+        const char* output;
+    } rows[] = {{"--schema s.xsd", "good.xml", "pipe: valid\n"},
+                {"--schema s.xsd", "bad.xml", "pipe: invalid\n"},
+                {"", "hints.xml", "pipe: valid\n"}};
+    for (const auto& row : rows) {
+        const Result result = CommandTest::Run(std::string("rm -f pipe && mkfifo pipe\ncat ") + row.document +
+                                               " >pipe & timeout 20 $K validate " + row.schema + " pipe");
+        EXPECT_EQ(result.output, row.output) << result.errors;
+    }
 }
 
 /// Without namespaces, names in JSON count by their local parts.

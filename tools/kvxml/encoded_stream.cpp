@@ -1,13 +1,13 @@
 #include "tools/kvxml/encoded_stream.h"
 
 #include <iconv.h>
-#include <strings.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
 
+#include "kvxml/base/internal/ascii.h"
 #include "tools/kvxml/messages.h"
 #include "tools/kvxml/progress.h"
 #include "tools/kvxml/utf8.h"
@@ -24,7 +24,7 @@ constexpr std::size_t kShortestWindow = 16;
 constexpr std::size_t kLongestWindow = std::size_t{1} << 16;
 
 bool IsNamed(const std::string& encoding, const char* name) {
-    return strcasecmp(encoding.c_str(), name) == 0;
+    return internal::EqualsIgnoreAsciiCase(encoding, name);
 }
 
 bool IsEncodingName(const std::string& name) {

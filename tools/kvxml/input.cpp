@@ -11,6 +11,26 @@
 
 namespace tool {
 
+namespace {
+
+std::vector<unsigned char> ReadDescriptor(int file) {
+    constexpr std::size_t kFirstPiece = std::size_t{1} << 16;
+    std::vector<unsigned char> data;
+    std::size_t length = 0;
+    for (;;) {
+        if (data.size() - length < kFirstPiece) data.resize(data.size() * 2 + kFirstPiece);
+        const ssize_t count = read(file, data.data() + length, data.size() - length);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) throw CFailure("cannot read", errno);
+        if (count == 0) break;
+        length += static_cast<std::size_t>(count);
+    }
+    data.resize(length);
+    return data;
+}
+
+}  // namespace
+
 bool IsStandardInput(const std::string& name) {
     return name == "-";
 }
@@ -20,19 +40,25 @@ std::string InputName(const std::string& name) {
 }
 
 std::vector<unsigned char> ReadStandardInput() {
-    constexpr std::size_t kFirstPiece = std::size_t{1} << 16;
-    std::vector<unsigned char> data;
-    std::size_t length = 0;
-    for (;;) {
-        if (data.size() - length < kFirstPiece) data.resize(data.size() * 2 + kFirstPiece);
-        const ssize_t count = read(STDIN_FILENO, data.data() + length, data.size() - length);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) throw CFailure("cannot read", errno);
-        if (count == 0) break;
-        length += static_cast<std::size_t>(count);
+    return ReadDescriptor(STDIN_FILENO);
+}
+
+std::vector<unsigned char> ReadAll(const std::string& fileName) {
+    const int file = open(fileName.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) throw CFailure("", errno);
+    try {
+        std::vector<unsigned char> data = ReadDescriptor(file);
+        close(file);
+        return data;
+    } catch (...) {
+        close(file);
+        throw;
     }
-    data.resize(length);
-    return data;
+}
+
+bool IsRegularFile(const std::string& fileName) {
+    struct stat status;
+    return stat(fileName.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 void CheckFile(const std::string& fileName) {

@@ -117,33 +117,10 @@ public:
         if (std::string_view(format.option) != "xml") return JudgeTree(name, format);
         Result result;
         try {
-            std::vector<unsigned char> data;
-            const bool isInput = IsStandardInput(name);
-            if (isInput) {
-                data = ReadStandardInput();
-            } else {
-                CheckFile(name);
-            }
-            CXmlReader reader(m_options.context);
-            const auto open = [&] {
-                if (isInput) {
-                    reader.OpenBuffer(data.data(), data.size(), InputName(name));
-                } else {
-                    reader.OpenFile(name.c_str());
-                }
-            };
-            open();
-            CSchemaValidator* const validator = Choose(reader, result);
-            if (validator == nullptr) return result;
-            open();
-            const CValidationReport report = validator->Validate(reader);
-            result.isValid = report.IsValid();
-            TellAll(result.faults, report);
+            JudgeReadable(name, result);
         } catch (const std::exception& e) {
-            result.isFailure = true;
             const auto* const own = dynamic_cast<const CKvException*>(&e);
-            result.faults =
-                Printable(InputName(name) + ": " + (own != nullptr ? own->GetMessage() : e.what())) + "\n";
+            Fail(result, name, own != nullptr ? own->GetMessage() : e.what());
         }
         return result;
     }
@@ -173,8 +150,7 @@ private:
             result.isValid = report.IsValid();
             TellAll(result.faults, report);
         } catch (const std::exception& e) {
-            result.isFailure = true;
-            result.faults = Printable(InputName(name) + ": " + e.what()) + "\n";
+            Fail(result, name, e.what());
         }
         return result;
     }
@@ -184,11 +160,37 @@ private:
         result.faults = "kvxml: " + Printable(InputName(name) + ": " + message) + "\n";
     }
 
+    void JudgeReadable(const std::string& name, Result& result) {
+        std::vector<unsigned char> data;
+        const bool isInput = IsStandardInput(name);
+        if (!isInput) CheckFile(name);
+        // Without a schema, documents are read twice, and what is no file can be read but once.
+        const bool isHeld = isInput || (m_schema == nullptr && !IsRegularFile(name));
+        if (isHeld) data = isInput ? ReadStandardInput() : ReadAll(name);
+        CXmlReader reader(m_options.context);
+        const auto open = [&] {
+            if (isHeld) {
+                reader.OpenBuffer(data.data(), data.size(), InputName(name));
+            } else {
+                reader.OpenFile(name.c_str());
+            }
+        };
+        open();
+        CSchemaValidator* const validator = Choose(reader, result);
+        if (validator == nullptr) return;
+        // A document that begins anew goes the quick way; a pipe goes on from its document element.
+        if (isHeld || IsRegularFile(name)) open();
+        const CValidationReport report = validator->Validate(reader);
+        result.isValid = report.IsValid();
+        TellAll(result.faults, report);
+    }
+
     using Hint = std::pair<std::string, std::string>;  // namespace and location
     using Hints = std::vector<Hint>;
 
     /// The validator of the schemas that were given, and of those that the document itself names: of all its
     /// elements when none was given, else of its document element, for namespaces that are not known yet.
+    /// With schemas the reader is left at the document element; null when there is none, which has been told.
     CSchemaValidator* Choose(CXmlReader& reader, Result& result) {
         Hints hints;
         try {
@@ -198,7 +200,6 @@ private:
                 if (m_schema != nullptr) break;
             }
         } catch (const CKvException& e) {
-            if (m_schema != nullptr) return m_validator.get();  // which tells of it
             CFault fault;
             fault.file = reader.GetFileName();
             fault.line = reader.GetLine();
@@ -297,10 +298,11 @@ private:
     std::map<std::pair<std::string, Hints>, std::shared_ptr<const CSchemaSet>> m_byHints;
 };
 
-/// Folders are replaced by the documents in them, in the order of their names.
-std::vector<std::string> Expand(const std::vector<std::string>& names) {
+/// Folders are replaced by the documents in them, in the order of their names. False when a folder has none,
+/// or cannot be read, which is told.
+bool Expand(const std::vector<std::string>& names, std::vector<std::string>& files) {
     namespace fs = std::filesystem;
-    std::vector<std::string> files;
+    bool isComplete = true;
     for (const std::string& name : names) {
         std::error_code error;
         if (IsStandardInput(name) || !fs::is_directory(name, error)) {
@@ -308,20 +310,27 @@ std::vector<std::string> Expand(const std::vector<std::string>& names) {
             continue;
         }
         std::vector<std::string> found;
-        for (const auto& entry : fs::recursive_directory_iterator(name, error)) {
-            if (entry.is_regular_file(error) && entry.path().extension() == ".xml")
-                found.push_back(entry.path().string());
+        fs::recursive_directory_iterator at(name, error);
+        for (; !error && at != fs::recursive_directory_iterator(); at.increment(error)) {
+            std::error_code unknown;
+            if (at->is_regular_file(unknown) && at->path().extension() == ".xml")
+                found.push_back(at->path().string());
+        }
+        if (error || found.empty()) {
+            Say(name,
+                error ? "the folder cannot be read: " + error.message() : "no .xml file is in the folder");
+            isComplete = false;
         }
         std::sort(found.begin(), found.end());
         files.insert(files.end(), found.begin(), found.end());
     }
-    return files;
+    return isComplete;
 }
 
 /// Tells the results in the order of the documents.
 class CTeller {
 public:
-    explicit CTeller(const Options& options) : m_options(options) {}
+    CTeller(const Options& options, int status) : m_options(options), m_status(status) {}
 
     void Tell(const std::string& name, const Result& result) {
         Progress().Clear();
@@ -338,12 +347,12 @@ public:
 
 private:
     const Options& m_options;
-    int m_status = kDone;
+    int m_status;
 };
 
 int JudgeAll(const Options& options, const std::shared_ptr<const CSchemaSet>& schema) {
-    const std::vector<std::string> names = Expand(options.documents);
-    CTeller teller(options);
+    std::vector<std::string> names;
+    CTeller teller(options, Expand(options.documents, names) ? kDone : kRefused);
     Progress().Start("Validating", "documents", 1);
     const std::size_t jobs = std::min<std::size_t>(options.jobs, names.size());
     if (jobs <= 1) {

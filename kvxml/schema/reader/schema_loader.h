@@ -26,6 +26,9 @@ struct CSchemaLoadOptions {
     std::vector<std::pair<std::string, std::string>> mappings;
     /// Folders searched for relative locations that do not exist beside the document.
     std::vector<std::string> includePaths;
+    /// Open the files that locations in schemas and hints lead to. Without, only root documents, mappings,
+    /// catalogs and what is built in are read: for schemas from outside, which could name any file.
+    bool followLocations = true;
     /// Check all constraints on schemas; without, only what is needed to make the components.
     bool fullChecking = true;
     std::size_t maxFaults = CFaultList::kDefaultLimit;

@@ -105,7 +105,9 @@ CValidationReport CSchemaValidator::Validate(CXmlReader& reader) {
     CValidationReport report(m_impl->options.maxFaults);
     Begin(reader, report);
     try {
-        internal::CReaderEvents::ReadAll(reader, m_impl->feed);
+        if (reader.GetEvent() == XmlEvent::StartElement)
+            internal::CReaderEvents::Deliver(reader, m_impl->feed);
+        if (!report.IsFull()) internal::CReaderEvents::ReadAll(reader, m_impl->feed);
     } catch (const CKvException& e) {
         m_impl->elements.Fault(e.GetMessage(), "");
         return report;

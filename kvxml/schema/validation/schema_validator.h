@@ -51,7 +51,7 @@ public:
 
     CValidationReport ValidateFile(const char* fileName);
     CValidationReport ValidateBuffer(const void* data, std::size_t length, std::string_view name = {});
-    /// Reads all events of the reader.
+    /// Reads all events of the reader. One that stands at the document element already is taken from there.
     CValidationReport Validate(CXmlReader& reader);
     /// A document of any format that has been loaded, under the name `name` in faults, which have no lines.
     CValidationReport Validate(const CXmlDocument& document, std::string_view name = {});

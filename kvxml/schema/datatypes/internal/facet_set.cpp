@@ -256,6 +256,14 @@ private:
                    Rule(facet.facet));
             return;
         }
+        // The base's own bound is no value of it when it is exclusive, but may be given again.
+        std::string error;
+        const bool isSame = base != nullptr && Compare(bound->value, base->value) == Order::Equal;
+        if (!isSame && !m_baseChecker.Check(facet.value, nullptr, nullptr, &error, nullptr)) {
+            Refuse(facet, std::string("The ") + name + " is no value of the base type: " + error,
+                   Rule(facet.facet));
+            return;
+        }
         place = std::move(bound);
     }
 
@@ -283,10 +291,10 @@ private:
         };
         const bool isMin = kind == FacetKind::MinInclusive || kind == FacetKind::MinExclusive;
         const bool isInclusive = kind == FacetKind::MinInclusive || kind == FacetKind::MaxInclusive;
-        const bool isMinExclusive = kind == FacetKind::MinExclusive;
         const bool isMaxExclusive = kind == FacetKind::MaxExclusive;
         if (violates(m_base.minInclusive, true, isMaxExclusive, false)) return m_base.minInclusive.get();
-        if (violates(m_base.maxInclusive, false, isMinExclusive, true)) return m_base.maxInclusive.get();
+        // An equal minExclusive leaves no value, but is not wider.
+        if (violates(m_base.maxInclusive, false, false, true)) return m_base.maxInclusive.get();
         if (violates(m_base.minExclusive, true, isInclusive || !isMin, false))
             return m_base.minExclusive.get();
         if (violates(m_base.maxExclusive, false, isInclusive || isMin, true))

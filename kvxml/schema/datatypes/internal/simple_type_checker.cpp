@@ -1,5 +1,6 @@
 #include "kvxml/schema/datatypes/internal/simple_type_checker.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "kvxml/schema/datatypes/internal/facet_set.h"
@@ -70,7 +71,7 @@ private:
         if (error == nullptr) return false;
         *error = "The value " + Shown(text);
         if (std::string_view(rule).substr(0, 18) == "cvc-datatype-valid") {
-            *error += " is no value of the type [" + NameOf(*type) + "].";
+            *error += " is no value of the type [" + NameOf(*type) + "]" + MembersText() + ".";
             return false;
         }
         // "cvc-maxLength-valid" tells the facet.
@@ -97,13 +98,32 @@ private:
         if (facet == "maxInclusive") return bound(facets.maxInclusive);
         if (facet == "minExclusive") return bound(facets.minExclusive);
         if (facet == "maxExclusive") return bound(facets.maxExclusive);
-        if (facet != "pattern") return {};
+        if (facet == "pattern") return NearestFacets(FacetKind::Pattern, ", which is ", " or ");
+        return NearestFacets(FacetKind::Enumeration, ", which has ", ", ");
+    }
+
+    /// The values of the facet in the last step of derivation that has it; the first ones of many.
+    std::string NearestFacets(FacetKind kind, const char* before, const char* between) const {
+        constexpr std::size_t kMost = 8;
         for (const CTypeDefinition* at = type; at != nullptr && at->IsSimple(); at = at->baseTypeDefinition) {
+            std::string text;
+            std::size_t count = 0;
             for (const CFacet* own : at->AsSimple()->ownFacets) {
-                if (own->facet == FacetKind::Pattern) return ", which is " + Shown(own->value);
+                if (own->facet != kind) continue;
+                if (++count > kMost) return text + ", ...";
+                text += (count == 1 ? before : between) + Shown(own->value);
             }
+            if (count != 0) return text;
         }
         return {};
+    }
+
+    std::string MembersText() const {
+        constexpr std::size_t kMost = 8;
+        std::string text;
+        for (std::size_t i = 0; i < members.size() && i < kMost; ++i)
+            text += (i == 0 ? ", a union of [" : ", [") + NameOf(*members[i]->type) + "]";
+        return members.size() > kMost ? text + ", ..." : text;
     }
 
     bool CheckAtomic(std::string_view raw, const IPrefixScope* scope, CCheckedValue* value,
@@ -271,7 +291,10 @@ std::shared_ptr<const CSimpleTypeChecker> CompileSimpleType(const CSimpleTypeDef
             if (compiled == nullptr) continue;
             checker->containsList = checker->containsList || compiled->containsList;
             checker->mayHaveReferences = checker->mayHaveReferences || compiled->mayHaveReferences;
-            checker->members.push_back(compiled);
+            // What refused a value once refuses it again, and unions of unions would ask ever more often.
+            if (std::find(checker->members.begin(), checker->members.end(), compiled) ==
+                checker->members.end())
+                checker->members.push_back(compiled);
         }
     }
     if (checker->builtIn == BuiltInType::ID || checker->builtIn == BuiltInType::IDREF ||

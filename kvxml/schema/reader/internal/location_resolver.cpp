@@ -97,7 +97,7 @@ CResolvedLocation CLocationResolver::Resolve(std::string_view namespaceUri, std:
 
     std::string path;
     const bool isLocal = !location.empty() && ToPath(location, path) && !path.empty();
-    if (isLocal) {
+    if (isLocal && m_impl->options.followLocations) {
         found.file = Beside(baseFile, path);
         if (Exists(found.file)) return found;
         for (const std::string& folder : m_impl->options.includePaths) {
@@ -113,6 +113,8 @@ CResolvedLocation CLocationResolver::Resolve(std::string_view namespaceUri, std:
     }
     if (location.empty()) {
         found.problem = "No location is known for the namespace [" + std::string(namespaceUri) + "].";
+    } else if (isLocal && !m_impl->options.followLocations) {
+        found.problem = "The location [" + std::string(location) + "] is not followed; map it to a file.";
     } else if (isLocal) {
         found.problem = "The document [" + std::string(location) + "] is not there.";
     } else {

@@ -436,11 +436,28 @@ bool CContentModel::MayEnd(const State& state) const {
 
 // --- messages ----------------------------------------------------------------------------------------------
 
-void CContentModel::ListFirst(std::uint32_t at, std::vector<std::string>& names, std::size_t max) const {
+const CElementDeclaration* CContentModel::Find(std::string_view namespaceUri,
+                                               std::string_view localName) const noexcept {
+    for (const Node& node : m_nodes) {
+        if (node.kind == Kind::Element && node.element->name == CExpandedName{namespaceUri, localName})
+            return node.element;
+    }
+    return nullptr;
+}
+
+void CContentModel::ListFirst(std::uint32_t at, std::vector<std::string>& names, std::size_t max,
+                              const std::string_view* namespaceUri) const {
     if (names.size() >= max) return;
     const Node& node = m_nodes[at];
     std::string name;
-    if (node.kind == Kind::Element) name = "[" + std::string(node.element->name.localName) + "]";
+    if (node.kind == Kind::Element) {
+        const CExpandedName& own = node.element->name;
+        name = "[" + std::string(own.localName) + "]";
+        if (namespaceUri != nullptr && own.namespaceUri != *namespaceUri) {
+            name += own.namespaceUri.empty() ? std::string(" of no namespace")
+                                             : " of the namespace [" + std::string(own.namespaceUri) + "]";
+        }
+    }
     if (node.kind == Kind::Wildcard) {
         name = node.wildcard->constraint == CWildcard::Constraint::Any
                    ? "any element"
@@ -451,16 +468,17 @@ void CContentModel::ListFirst(std::uint32_t at, std::vector<std::string>& names,
         return;
     }
     for (std::uint32_t i = 0; i < node.childCount; ++i) {
-        ListFirst(m_children[node.firstChild + i], names, max);
+        ListFirst(m_children[node.firstChild + i], names, max, namespaceUri);
         if (node.kind == Kind::Sequence && !Child(node, i).isNullable) break;
     }
 }
 
-std::vector<std::string> CContentModel::Expected(const State& state, std::size_t max) const {
+std::vector<std::string> CContentModel::Expected(const State& state, std::size_t max,
+                                                 const std::string_view* namespaceUri) const {
     std::vector<std::string> names;
     if (m_root == kNone) return names;
     if (state.isAtStart) {
-        ListFirst(m_root, names, max);
+        ListFirst(m_root, names, max, namespaceUri);
         return names;
     }
     const Place place = state.isPlain ? Place{state.leaf, {}} : state.places.front();
@@ -468,19 +486,19 @@ std::vector<std::string> CContentModel::Expected(const State& state, std::size_t
         const Node& node = m_nodes[m_nodes[at].parent];
         if (node.kind == Kind::Sequence) {
             for (std::uint32_t i = m_nodes[at].index + 1; i < node.childCount; ++i) {
-                ListFirst(m_children[node.firstChild + i], names, max);
+                ListFirst(m_children[node.firstChild + i], names, max, namespaceUri);
                 if (!Child(node, i).isNullable) return names;
             }
         } else if (node.kind == Kind::All) {
             for (std::uint32_t i = 0; i < node.childCount; ++i) {
                 if ((state.taken[i / 64] >> (i % 64) & 1) == 0)
-                    ListFirst(m_children[node.firstChild + i], names, max);
+                    ListFirst(m_children[node.firstChild + i], names, max, namespaceUri);
             }
             if (!IsAllDone(node, state)) return names;
         } else if (node.kind == Kind::Repeat) {
             const std::uint64_t rounds = node.counts ? place.counts[node.depth] : 1;
             if (node.max == CParticle::kUnbounded || rounds < node.max)
-                ListFirst(m_children[node.firstChild], names, max);
+                ListFirst(m_children[node.firstChild], names, max, namespaceUri);
             if (rounds < node.min && !Child(node, 0).isNullable) return names;
         }
     }

@@ -76,9 +76,13 @@ public:
     }
     /// Whether the content may end here.
     bool MayEnd(const State& state) const;
-    /// Names that may come next, "[a]" or "any element", at most `max`; `isComplete` tells whether there are
-    /// more.
-    std::vector<std::string> Expected(const State& state, std::size_t max) const;
+    /// A declaration of the name anywhere in the content; null when there is none. For messages: it looks
+    /// through all.
+    const CElementDeclaration* Find(std::string_view namespaceUri, std::string_view localName) const noexcept;
+    /// Names that may come next, "[a]" or "any element", at most `max`. With `namespaceUri`, names of others
+    /// are told with theirs.
+    std::vector<std::string> Expected(const State& state, std::size_t max,
+                                      const std::string_view* namespaceUri = nullptr) const;
     /// After a child that does not fit: goes on as if required particles in between had been there, so that
     /// one mistake gives one message. No match, and the state as before, when that does not help.
     CMatch Recover(State& state, std::uint32_t number, std::string_view namespaceUri) const;
@@ -172,7 +176,8 @@ private:
         return nullptr;
     }
     void Remember(std::size_t from, std::uint32_t number, std::uint32_t leaf) const noexcept;
-    void ListFirst(std::uint32_t node, std::vector<std::string>& names, std::size_t max) const;
+    void ListFirst(std::uint32_t node, std::vector<std::string>& names, std::size_t max,
+                   const std::string_view* namespaceUri) const;
 
     std::vector<Node> m_nodes;
     std::vector<std::uint32_t> m_children;

@@ -27,6 +27,12 @@ std::string Joined(const std::vector<std::string>& names) {
     return names.size() > kMostExpected ? text + ", ..." : text;
 }
 
+/// The local name of the element at the end of a path.
+std::string LastName(const std::string& path) {
+    const std::string name = path.substr(path.rfind('/') + 1);
+    return name.substr(name.find(':') + 1, name.find('[') - name.find(':') - 1);
+}
+
 std::string TypeName(const CTypeDefinition& type) {
     return type.IsAnonymous() ? "of " + Bracket(GetNamePath(type)) : Bracket(type.name.localName);
 }
@@ -61,6 +67,25 @@ void CElementValidator::FaultAt(std::uint64_t mark, std::string message, const c
     m_report->Add(std::move(fault));
 }
 
+void CElementValidator::ReportIdentity(std::string message, const char* constraint,
+                                       const CIdentityPlace* place) {
+    if (place == nullptr) return Fault(std::move(message), constraint);
+    CFault fault;
+    m_place->Locate(m_place->GetMark(), fault);  // for the file
+    fault.line = place->line;
+    fault.column = place->column;
+    fault.path = place->path;
+    fault.message = std::move(message);
+    fault.constraint = constraint;
+    m_report->Add(std::move(fault));
+}
+
+CIdentityPlace CElementValidator::Here(bool withPath) const {
+    CFault place;
+    m_place->Locate(m_place->GetMark(), place);
+    return {place.line, place.column, withPath ? m_place->GetPath() : std::string()};
+}
+
 const CElementDeclaration* CElementValidator::GetElementDeclaration() const noexcept {
     return m_depth == 0 ? nullptr : m_frames[m_depth - 1]->declaration;
 }
@@ -84,7 +109,9 @@ CElementValidator::Frame& CElementValidator::Push(const CDocumentName& name) {
     frame.simple = nullptr;
     frame.table = nullptr;
     frame.textUse = TextUse::None;
-    frame.isSkipped = frame.isNil = frame.isBroken = false;
+    frame.isSkipped = frame.isNil = frame.lacksNil = frame.isRefused = false;
+    frame.strangers = 0;
+    frame.missed.clear();
     frame.hasChildren = frame.hasCharacters = frame.hasTextFault = false;
     frame.text.clear();
     return frame;
@@ -149,7 +176,16 @@ const CElementDeclaration* CElementValidator::FindElement() const {
 void CElementValidator::StartRoot(Frame& frame) {
     frame.declaration = FindElement();
     if (frame.declaration != nullptr || m_instance.type != nullptr) return;
-    Fault("There is no declaration of the element " + Name() + ".", "cvc-elt.1");
+    const CExpandedName name{m_name->namespaceUri, m_name->localName};
+    std::string message = "There is no declaration of the element " + Described(name);
+    for (const CElementDeclaration* element : m_schema->GetElements()) {
+        if (element->name.localName != name.localName) continue;
+        message += "; there is one of " + (element->name.namespaceUri.empty()
+                                               ? std::string("no namespace")
+                                               : "the namespace " + Bracket(element->name.namespaceUri));
+        break;
+    }
+    Fault(message + ".", "cvc-elt.1");
 }
 
 /// The step of the content model that the element that starts makes.
@@ -209,23 +245,34 @@ void CElementValidator::StartByWildcard(const CWildcard& wildcard, Frame& frame)
           "cvc-complex-type.2.4");
 }
 
-/// A child that does not fit: told once, and then judged by what it probably is.
+/// A child that does not fit, judged by what it probably is. One mistake is told once: after a child that the
+/// content does not have, what should have stood there is not missed; and after one that came too early, what
+/// should have stood before it may follow.
 void CElementValidator::Refuse(Frame& parent, Frame& frame, const CContentModel& model) {
-    const std::string_view uri = m_name->namespaceUri;
-    if (!parent.isBroken) {
-        const std::vector<std::string> expected = model.Expected(parent.state, kMostExpected + 1);
-        std::string message = "The element " + Name();
-        if (!uri.empty()) message += " of the namespace " + Bracket(uri);
-        message += " is not allowed here";
+    const CExpandedName name{m_name->namespaceUri, m_name->localName};
+    const auto late = std::find(parent.missed.begin(), parent.missed.end(), Name());
+    if (late != parent.missed.end()) {
+        parent.missed.erase(late);
+        frame.declaration = model.Find(name.namespaceUri, name.localName);
+        frame.isSkipped = frame.declaration == nullptr;
+        return;
+    }
+    std::vector<std::string> expected =
+        model.Expected(parent.state, kMostExpected + 1, m_ignoresNamespaces ? nullptr : &name.namespaceUri);
+    const CMatch match = Match(model, parent.state, true);
+    if (match.element != nullptr && parent.strangers > 0) {
+        --parent.strangers;
+    } else {
+        std::string message = "The element " + Described(name) + " is not allowed here";
         message += expected.empty() ? "; nothing more is." : "; expected: " + Joined(expected) + ".";
         Fault(std::move(message), "cvc-complex-type.2.4");
     }
-    const CMatch match = Match(model, parent.state, true);
     if (match.element != nullptr) {
         frame.declaration = match.element;
+        parent.missed = std::move(expected);
         return;
     }
-    parent.isBroken = true;
+    ++parent.strangers;
     frame.declaration = FindElement();
     frame.isSkipped = frame.declaration == nullptr;
 }
@@ -330,6 +377,7 @@ void CElementValidator::ReadXsiNil(Frame& frame) {
     if (frame.declaration == nullptr) return;
     if (!frame.declaration->isNillable) {
         Fault("The element " + Name() + " may not have xsi:nil.", "cvc-elt.3.1", "xsi:nil");
+        frame.lacksNil = true;
         return;
     }
     frame.isNil = m_value.normalized == "true" || m_value.normalized == "1";
@@ -368,8 +416,8 @@ void CElementValidator::Text(std::string_view text, bool isWhole) {
     }
     if (frame.hasTextFault) return;
     frame.hasTextFault = true;
-    FaultAt(isWhole ? frame.mark : m_place->GetMark(), "The element " + Bracket(m_place->GetPath()) + why,
-            constraint);
+    FaultAt(isWhole ? frame.mark : m_place->GetMark(),
+            "The element " + Bracket(LastName(m_place->GetPath())) + why, constraint);
 }
 
 bool CElementValidator::IsAbsentNull(const CDocumentName& name) {
@@ -394,7 +442,7 @@ void CElementValidator::EndElement() {
     if (!frame.isSkipped) EndContent(frame, key);
     if (!m_identity.IsIdle()) {
         m_identity.End(static_cast<std::uint32_t>(m_depth), key, frame.simple != nullptr,
-                       frame.declaration != nullptr && frame.declaration->isNillable);
+                       frame.declaration != nullptr && frame.declaration->isNillable, frame.isRefused);
     }
     --m_depth;
 }
@@ -409,10 +457,14 @@ void CElementValidator::EndContent(Frame& frame, const std::string*& key) {
     const bool isEmpty = !frame.hasChildren && !frame.hasCharacters;
     const bool hasConstraint =
         frame.declaration != nullptr && frame.declaration->valueConstraint.kind != CValueConstraint::None;
+    if (isEmpty && frame.lacksNil) return;
     if (isEmpty && hasConstraint) return;  // the value of the constraint stands for it
-    if (!frame.isBroken && !frame.table->content->MayEnd(frame.state)) {
-        Fault("The element " + Name() + " is not complete; expected: " +
-                  Joined(frame.table->content->Expected(frame.state, kMostExpected + 1)) + ".",
+    if (frame.strangers == 0 && !frame.table->content->MayEnd(frame.state)) {
+        const auto expected = frame.table->content->Expected(frame.state, kMostExpected + 1);
+        Fault("The element " + Name() +
+                  (expected.empty()
+                       ? " is not complete, and nothing can complete it: its type has a choice of nothing."
+                       : " is not complete; expected: " + Joined(expected) + "."),
               "cvc-complex-type.2.4");
     }
     if (hasConstraint && frame.declaration->valueConstraint.kind == CValueConstraint::Fixed)
@@ -447,7 +499,9 @@ void CElementValidator::CheckSimpleContent(Frame& frame, const std::string*& key
     std::string error;
     const char* rule = nullptr;
     if (!type.checker->Check(text, scope, needsValue ? &m_value : nullptr, &error, &rule)) {
-        FaultAt(frame.mark, "The element " + Name() + " is not valid: " + error, rule);
+        frame.isRefused = true;
+        if (!(frame.lacksNil && frame.text.empty()))
+            FaultAt(frame.mark, "The element " + Name() + " is not valid: " + error, rule);
         return;
     }
     if (!needsValue) return;

@@ -23,6 +23,12 @@ inline std::string Bracket(std::string_view text) {
     return "[" + std::string(text) + "]";
 }
 
+/// A name with its namespace, if it has one.
+inline std::string Described(const CExpandedName& name) {
+    return Bracket(name.localName) +
+           (name.namespaceUri.empty() ? std::string() : " of the namespace " + Bracket(name.namespaceUri));
+}
+
 /// Where a document stands: places for faults, and the prefixes in scope.
 class IDocumentPlace : public IPrefixScope {
 public:
@@ -80,7 +86,10 @@ private:
         TextUse textUse = TextUse::None;
         bool isSkipped = false;  ///< neither it nor what it contains is judged
         bool isNil = false;
-        bool isBroken = false;  ///< a child did not fit; its end says nothing more
+        bool lacksNil = false;            ///< has xsi:nil, but may not; the empty content is not told as well
+        bool isRefused = false;           ///< its value is not valid
+        std::uint32_t strangers = 0;      ///< children that the content does not have
+        std::vector<std::string> missed;  ///< names that were expected when a later one came
         bool hasChildren = false;
         bool hasCharacters = false;
         bool hasTextFault = false;
@@ -123,9 +132,8 @@ private:
                  std::string_view attribute = {});
     std::string Name() const;
 
-    void ReportIdentity(std::string message, const char* constraint) override {
-        Fault(std::move(message), constraint);
-    }
+    void ReportIdentity(std::string message, const char* constraint, const CIdentityPlace* place) override;
+    CIdentityPlace Here(bool withPath) const override;
 
     std::shared_ptr<const CSchemaSet> m_schema;
     const CTypeTables& m_tables;

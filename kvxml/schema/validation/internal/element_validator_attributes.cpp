@@ -6,6 +6,19 @@
 
 namespace KvXmlLib16::internal {
 
+namespace {
+
+/// An attribute of the local name, in whatever namespace; null when the type has none.
+const CAttributeUse* FindMeant(const CComplexTypeDefinition* type, std::string_view localName) {
+    if (type == nullptr) return nullptr;
+    for (const CAttributeUse* use : type->attributeUses) {
+        if (use->attributeDeclaration->name.localName == localName) return use;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
 void CElementValidator::CheckAttributes(Frame& frame) {
     std::size_t wildIds = 0;
     if (frame.table != nullptr) m_present.assign(frame.complex->attributeUses.size(), 0);
@@ -15,9 +28,11 @@ void CElementValidator::CheckAttributes(Frame& frame) {
     for (const std::size_t index : frame.table->required) {
         if (m_present[index] != 0) continue;
         const CAttributeUse& use = *frame.complex->attributeUses[index];
-        Fault("The element " + Name() + " lacks the attribute " +
-                  Bracket(use.attributeDeclaration->name.localName) + ".",
+        const CExpandedName& missing = use.attributeDeclaration->name;
+        Fault("The element " + Name() + " lacks the attribute " + Described(missing) + ".",
               "cvc-complex-type.4");
+        if (m_identity.WantsAttributes())
+            m_identity.Attribute(missing.namespaceUri, missing.localName, nullptr);
     }
     if (!frame.table->defaulted.empty()) AddDefaults(frame);
 }
@@ -57,8 +72,12 @@ void CElementValidator::CheckWildAttribute(Frame& frame, const CDocumentAttribut
     if (wildcard == nullptr || !wildcard->Admits(given.namespaceUri)) {
         std::string name(given.localName);
         if (!given.prefix.empty()) name = std::string(given.prefix) + ":" + name;
-        Fault("The attribute " + Bracket(name) + " is not allowed on the element " + Name() + ".",
-              frame.table == nullptr ? "cvc-type.3.1.1" : "cvc-complex-type.3.2.2", name);
+        std::string message = "The attribute " + Bracket(name) + " is not allowed on the element " + Name();
+        if (const CAttributeUse* meant = FindMeant(frame.complex, given.localName))
+            message += "; " + Described(meant->attributeDeclaration->name) +
+                       (meant->attributeDeclaration->name.namespaceUri.empty() ? " of no namespace" : "") +
+                       " is";
+        Fault(message + ".", frame.table == nullptr ? "cvc-type.3.1.1" : "cvc-complex-type.3.2.2", name);
         return;
     }
     if (wildcard->processContents == CWildcard::ProcessContents::Skip) return;
@@ -87,6 +106,8 @@ void CElementValidator::CheckAttributeValue(const CAttributeDeclaration& declara
     if (!type.checker->Check(attribute.value, m_place, needsValue ? &m_value : nullptr, &error,
                              &constraint)) {
         Fault("The attribute " + Bracket(localName) + " is not valid: " + error, constraint, localName);
+        if (m_identity.WantsAttributes())
+            m_identity.Attribute(attribute.name->namespaceUri, localName, nullptr);
         return;
     }
     if (!needsValue) return;
@@ -111,7 +132,7 @@ void CElementValidator::CheckAttributeValue(const CAttributeDeclaration& declara
     }
     TakeReferences(m_value);
     if (m_identity.WantsAttributes())
-        m_identity.Attribute(attribute.name->namespaceUri, localName, m_value.key);
+        m_identity.Attribute(attribute.name->namespaceUri, localName, &m_value.key);
 }
 
 /// Absent attributes with a default take part in identity constraints and tables of IDs.
@@ -128,7 +149,7 @@ void CElementValidator::AddDefaults(Frame& frame) {
         TakeReferences(m_value);
         const CExpandedName& name = use.attributeDeclaration->name;
         if (m_identity.WantsAttributes())
-            m_identity.Attribute(name.namespaceUri, name.localName, m_value.key);
+            m_identity.Attribute(name.namespaceUri, name.localName, &m_value.key);
     }
 }
 

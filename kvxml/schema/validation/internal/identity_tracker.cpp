@@ -1,6 +1,7 @@
 #include "kvxml/schema/validation/internal/identity_tracker.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace KvXmlLib16::internal {
@@ -19,21 +20,26 @@ bool Matches(const Definition::Step& step, std::string_view namespaceUri,
 /// Key sequences in messages: the values without their kinds.
 std::string Shown(const std::string& sequence) {
     constexpr std::size_t kMost = 80;
+    constexpr char kDecimal = 'A' + static_cast<char>(BuiltInType::Decimal);
     std::string text = "[";
-    bool isKind = true;
+    char kind = 0;
+    const auto endValue = [&] {
+        // Decimals have a point, and no zeros that they can do without.
+        if (kind == kDecimal && text.back() == '.') text.pop_back();
+        if (kind == kDecimal && (text.back() == '[' || text.back() == ' ' || text.back() == '-')) text += '0';
+        kind = 0;
+    };
     for (const char c : sequence) {
-        if (c == '\x02') {
-            text += "], [";
-            isKind = true;
-        } else if (c == '\x01') {
-            text += ' ';
-            isKind = true;
-        } else if (isKind) {
-            isKind = false;
+        if (c == '\x02' || c == '\x01') {
+            endValue();
+            text += c == '\x02' ? "], [" : " ";
+        } else if (kind == 0) {
+            kind = c;
         } else {
             text += c;
         }
     }
+    endValue();
     if (text.size() > kMost) {
         std::size_t end = kMost;
         while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
@@ -100,6 +106,7 @@ bool CPathMatcher::MaySelectAttributes() const noexcept {
 void CIdentityTracker::Clear() {
     m_scopes.clear();
     m_tables.clear();
+    m_open.clear();
     m_wantsAttributes = false;
 }
 
@@ -109,16 +116,15 @@ std::string CIdentityTracker::NameOf(const Scope& scope) const {
            std::string(scope.constraint->name.localName) + "]";
 }
 
+std::string CIdentityTracker::NameOf(const Field& field, const Scope& scope) const {
+    return "The field [" + std::string(field.text) + "] of the " + NameOf(scope);
+}
+
 void CIdentityTracker::Start(const CElementDeclaration* declaration, std::string_view namespaceUri,
                              std::string_view localName, std::uint32_t depth) {
     m_wantsAttributes = false;
     for (const auto& scope : m_scopes) {
-        for (Target& target : scope->targets) {
-            for (Field& field : target.fields) {
-                if (field.matcher.Enter(namespaceUri, localName)) OpenField(*scope, field, depth);
-                m_wantsAttributes = m_wantsAttributes || field.matcher.MaySelectAttributes();
-            }
-        }
+        EnterTargets(*scope, namespaceUri, localName, depth);
         if (scope->selector.Enter(namespaceUri, localName)) Select(*scope, depth);
     }
     if (declaration == nullptr) return;
@@ -128,73 +134,110 @@ void CIdentityTracker::Start(const CElementDeclaration* declaration, std::string
     }
 }
 
+/// Goes on with the targets whose fields may still select something here or below.
+void CIdentityTracker::EnterTargets(Scope& scope, std::string_view namespaceUri, std::string_view localName,
+                                    std::uint32_t depth) {
+    std::vector<std::uint32_t> active;
+    for (const std::uint32_t index : scope.active.back()) {
+        std::vector<Field>& fields = scope.targets[index].fields;
+        bool isActive = false;
+        for (std::uint32_t i = 0; i < fields.size(); ++i) {
+            CPathMatcher& matcher = fields[i].matcher;
+            if (matcher.Enter(namespaceUri, localName)) OpenField(scope, index, i, depth);
+            isActive = isActive || matcher.IsAlive();
+            m_wantsAttributes = m_wantsAttributes || matcher.MaySelectAttributes();
+        }
+        if (isActive) {
+            active.push_back(index);
+        } else {
+            for (Field& field : fields)
+                field.matcher.Leave();
+        }
+    }
+    scope.active.push_back(std::move(active));
+}
+
 void CIdentityTracker::Select(Scope& scope, std::uint32_t depth) {
+    const auto index = static_cast<std::uint32_t>(scope.targets.size());
+    scope.active.back().push_back(index);
     Target& target = scope.targets.emplace_back();
     target.depth = depth;
+    target.place = m_report.Here(scope.constraint->category == Definition::Category::Keyref);
+    target.fields.reserve(scope.constraint->fields.size());
     for (const Definition::XPath& path : scope.constraint->fields) {
-        Field& field = target.fields.emplace_back(path);
-        if (field.matcher.IsContextSelected()) OpenField(scope, field, depth);
-        m_wantsAttributes = m_wantsAttributes || field.matcher.MaySelectAttributes();
+        const CPathMatcher& matcher = target.fields.emplace_back(path).matcher;
+        if (matcher.IsContextSelected())
+            OpenField(scope, index, static_cast<std::uint32_t>(target.fields.size() - 1), depth);
+        m_wantsAttributes = m_wantsAttributes || matcher.MaySelectAttributes();
     }
 }
 
-void CIdentityTracker::OpenField(Scope& scope, Field& field, std::uint32_t depth) {
-    if (field.isFound || field.openDepth != 0) {
-        m_report.ReportIdentity("A field of the " + NameOf(scope) + " selects more than one node.",
+void CIdentityTracker::OpenField(Scope& scope, std::uint32_t target, std::uint32_t index,
+                                 std::uint32_t depth) {
+    Field& field = scope.targets[target].fields[index];
+    if (field.isFound || field.isOpen) {
+        m_report.ReportIdentity(NameOf(field, scope) + " selects more than one node.",
                                 "cvc-identity-constraint.3");
         return;
     }
-    field.openDepth = depth;
+    field.isOpen = true;
+    m_open.push_back({&scope, target, index, depth});
 }
 
 void CIdentityTracker::Attribute(std::string_view namespaceUri, std::string_view localName,
-                                 const std::string& key) {
+                                 const std::string* key) {
     for (const auto& scope : m_scopes) {
-        for (Target& target : scope->targets) {
-            for (Field& field : target.fields) {
+        for (const std::uint32_t index : scope->active.back()) {
+            for (Field& field : scope->targets[index].fields) {
                 if (!field.matcher.SelectsAttribute(namespaceUri, localName)) continue;
                 if (field.isFound) {
-                    m_report.ReportIdentity(
-                        "A field of the " + NameOf(*scope) + " selects more than one node.",
-                        "cvc-identity-constraint.3");
+                    m_report.ReportIdentity(NameOf(field, *scope) + " selects more than one node.",
+                                            "cvc-identity-constraint.3");
                 }
                 field.isFound = true;
-                field.key = key;
+                field.isRefused = key == nullptr;
+                if (key != nullptr) field.key = *key;
             }
         }
     }
 }
 
 bool CIdentityTracker::WantsValue(std::uint32_t depth) const noexcept {
-    for (const auto& scope : m_scopes) {
-        for (const Target& target : scope->targets) {
-            for (const Field& field : target.fields) {
-                if (field.openDepth == depth) return true;
-            }
-        }
-    }
-    return false;
+    return !m_open.empty() && m_open.back().depth == depth;
 }
 
-void CIdentityTracker::End(std::uint32_t depth, const std::string* key, bool hasSimpleType, bool isNillable) {
-    for (const auto& scope : m_scopes) {
-        for (Target& target : scope->targets) {
-            for (Field& field : target.fields) {
-                if (field.openDepth == depth) {
-                    field.openDepth = 0;
-                    if (!hasSimpleType) {
-                        m_report.ReportIdentity("A field of the " + NameOf(*scope) +
-                                                    " selects an element that has no simple content.",
-                                                "cvc-identity-constraint.3");
-                    } else if (key != nullptr) {
-                        field.isFound = true;
-                        field.isNillable = isNillable;
-                        field.key = *key;
-                    }
-                }
-                field.matcher.Leave();
-            }
+/// Gives the value of the element that ends to the fields that it is.
+void CIdentityTracker::CloseFields(std::uint32_t depth, const std::string* key, bool hasSimpleType,
+                                   bool isNillable, bool isRefused) {
+    std::size_t first = m_open.size();
+    while (first > 0 && m_open[first - 1].depth == depth)
+        --first;
+    for (std::size_t i = first; i < m_open.size(); ++i) {
+        const Scope& scope = *m_open[i].scope;
+        Field& field = m_open[i].scope->targets[m_open[i].target].fields[m_open[i].field];
+        field.isOpen = false;
+        if (!hasSimpleType) {
+            m_report.ReportIdentity(NameOf(field, scope) + " selects an element that has no simple content.",
+                                    "cvc-identity-constraint.3");
+        } else if (key != nullptr || isRefused) {
+            field.isFound = true;
+            field.isRefused = isRefused;
+            field.isNillable = isNillable;
+            if (key != nullptr) field.key = *key;
         }
+    }
+    m_open.resize(first);
+}
+
+void CIdentityTracker::End(std::uint32_t depth, const std::string* key, bool hasSimpleType, bool isNillable,
+                           bool isRefused) {
+    CloseFields(depth, key, hasSimpleType, isNillable, isRefused);
+    for (const auto& scope : m_scopes) {
+        for (const std::uint32_t index : scope->active.back()) {
+            for (Field& field : scope->targets[index].fields)
+                field.matcher.Leave();
+        }
+        scope->active.pop_back();
         if (!scope->targets.empty() && scope->targets.back().depth == depth) {
             EndTarget(*scope, scope->targets.back());
             scope->targets.pop_back();
@@ -215,30 +258,30 @@ void CIdentityTracker::End(std::uint32_t depth, const std::string* key, bool has
 
 void CIdentityTracker::EndTarget(Scope& scope, Target& target) {
     std::string sequence;
-    bool isComplete = true;
+    bool isComplete = std::none_of(target.fields.begin(), target.fields.end(),
+                                   [](const Field& field) { return field.isRefused; });
+    if (!isComplete) return;  // which has been told
     const bool isKey = scope.constraint->category == Definition::Category::Key;
     for (const Field& field : target.fields) {
         isComplete = isComplete && field.isFound;
         if (&field != &target.fields.front()) sequence += '\x02';
         sequence += field.key;
         if (isKey && field.isFound && field.isNillable) {
-            m_report.ReportIdentity(
-                "A field of the " + NameOf(scope) + " selects an element that may be nil.",
-                "cvc-identity-constraint.4.2.3");
+            m_report.ReportIdentity(NameOf(field, scope) + " selects an element that may be nil.",
+                                    "cvc-identity-constraint.4.2.3");
         }
-    }
-    if (!isComplete) {
-        if (isKey) {
-            m_report.ReportIdentity("A field of the " + NameOf(scope) + " has no value.",
+        if (isKey && !field.isFound)
+            m_report.ReportIdentity(NameOf(field, scope) + " has no value here.",
                                     "cvc-identity-constraint.4.2.1");
-        }
-        return;
     }
-    const bool isNew = scope.table.emplace(sequence, true).second;
+    if (!isComplete) return;
+    const auto [entry, isNew] = scope.table.try_emplace(sequence);
+    if (isNew) entry->second.place = std::move(target.place);
     if (!isNew && scope.constraint->category != Definition::Category::Keyref) {
-        m_report.ReportIdentity(
-            "The value " + Shown(sequence) + " of the " + NameOf(scope) + " stands there twice.",
-            isKey ? "cvc-identity-constraint.4.2.2" : "cvc-identity-constraint.4.1");
+        m_report.ReportIdentity("The value " + Shown(sequence) + " of the " + NameOf(scope) +
+                                    " stands there twice, first in line " +
+                                    std::to_string(entry->second.place.line) + ".",
+                                isKey ? "cvc-identity-constraint.4.2.2" : "cvc-identity-constraint.4.1");
     }
 }
 
@@ -256,21 +299,30 @@ void CIdentityTracker::EndScope(Scope& scope) {
             m_tables.push_back({scope.depth, scope.constraint, std::move(scope.table)});
         } else {
             for (auto& entry : scope.table)
-                held->table[entry.first] = true;
+                held->table[entry.first].counts = true;
         }
         return;
     }
     if (scope.constraint->referencedKey == nullptr) return;
     const auto held = find(scope.constraint->referencedKey);
+    std::vector<const Table::value_type*> dangling;
     for (const auto& entry : scope.table) {
         if (held != m_tables.end()) {
             const auto found = held->table.find(entry.first);
-            if (found != held->table.end() && found->second) continue;
+            if (found != held->table.end() && found->second.counts) continue;
         }
-        m_report.ReportIdentity(
-            "The value " + Shown(entry.first) + " of the " + NameOf(scope) + " refers to nothing: the key [" +
-                std::string(scope.constraint->referencedKey->name.localName) + "] does not have it.",
-            "cvc-identity-constraint.4.3");
+        dangling.push_back(&entry);
+    }
+    std::sort(dangling.begin(), dangling.end(), [](const auto* a, const auto* b) {
+        return std::tie(a->second.place.line, a->second.place.column) <
+               std::tie(b->second.place.line, b->second.place.column);
+    });
+    for (const auto* entry : dangling) {
+        m_report.ReportIdentity("The value " + Shown(entry->first) + " of the " + NameOf(scope) +
+                                    " refers to nothing: the key [" +
+                                    std::string(scope.constraint->referencedKey->name.localName) +
+                                    "] does not have it.",
+                                "cvc-identity-constraint.4.3", &entry->second.place);
     }
 }
 
@@ -299,7 +351,7 @@ void CIdentityTracker::Propagate(std::uint32_t depth) {
             if (inner.size() > outer->table.size()) std::swap(inner, outer->table);
             for (const auto& entry : inner) {
                 const auto [found, isNew] = outer->table.emplace(entry.first, entry.second);
-                if (!isNew) found->second = false;
+                if (!isNew) found->second.counts = false;
             }
             m_tables.erase(m_tables.begin() + static_cast<std::ptrdiff_t>(i));
         }

@@ -13,11 +13,22 @@
 
 namespace KvXmlLib16::internal {
 
+/// Where an element stands.
+struct CIdentityPlace {
+    std::uint64_t line = 0;
+    std::uint64_t column = 0;
+    std::string path;
+};
+
 /// What a tracker finds wrong, with the place of the current event.
 class IIdentityReport {
 public:
     virtual ~IIdentityReport() = default;
-    virtual void ReportIdentity(std::string message, const char* constraint) = 0;
+    /// About the current event, or about `place` when it is not null.
+    virtual void ReportIdentity(std::string message, const char* constraint,
+                                const CIdentityPlace* place = nullptr) = 0;
+    /// Of the current event; the path, which takes time, when it is wanted.
+    virtual CIdentityPlace Here(bool withPath) const = 0;
 };
 
 /// Follows one path of a selector or field, from its context element down.
@@ -33,6 +44,8 @@ public:
     /// Whether the attribute of the element entered last is selected.
     bool SelectsAttribute(std::string_view namespaceUri, std::string_view localName) const noexcept;
     bool MaySelectAttributes() const noexcept;
+    /// Whether anything may be selected at the element entered last or below it.
+    bool IsAlive() const noexcept { return !m_levels.back().empty(); }
 
 private:
     struct Position {
@@ -61,29 +74,37 @@ public:
                std::string_view localName, std::uint32_t depth);
     /// Whether attributes of the element just started may be fields.
     bool WantsAttributes() const noexcept { return m_wantsAttributes; }
-    /// An attribute with the key of its value.
-    void Attribute(std::string_view namespaceUri, std::string_view localName, const std::string& key);
+    /// An attribute with the key of its value; null: it is missing or not valid, which has been told.
+    void Attribute(std::string_view namespaceUri, std::string_view localName, const std::string* key);
     /// Whether the value of the innermost element is wanted at its end.
     bool WantsValue(std::uint32_t depth) const noexcept;
     /// An end tag. `key`: of the value of simple content; null: there is no such value (`hasSimpleType` tells
-    /// whether there could be one).
-    void End(std::uint32_t depth, const std::string* key, bool hasSimpleType, bool isNillable);
+    /// whether there could be one). `isRefused`: the value is not valid, which has been told.
+    void End(std::uint32_t depth, const std::string* key, bool hasSimpleType, bool isNillable,
+             bool isRefused);
 
 private:
-    /// Key sequences of one constraint; false: two nodes below had it, so that neither counts.
-    using Table = std::unordered_map<std::string, bool>;
+    struct Entry {
+        CIdentityPlace place;  ///< of the first element that has it; the path for keyrefs only
+        bool counts = true;    ///< false: two nodes below had it, so that neither does
+    };
+    /// Key sequences of one constraint.
+    using Table = std::unordered_map<std::string, Entry>;
 
     struct Field {
-        explicit Field(const CIdentityConstraintDefinition::XPath& path) : matcher(path) {}
+        explicit Field(const CIdentityConstraintDefinition::XPath& path) : matcher(path), text(path.text) {}
         CPathMatcher matcher;
+        std::string_view text;
         std::string key;
         bool isFound = false;
         bool isNillable = false;
-        std::uint32_t openDepth = 0;  // of the element whose value is the field; 0: none is open
+        bool isRefused = false;  ///< its value is missing or not valid, which has been told
+        bool isOpen = false;     ///< it is an element whose end is to come
     };
     /// A selected element that is open.
     struct Target {
         std::uint32_t depth;
+        CIdentityPlace place;
         std::vector<Field> fields;
     };
     /// A constraint in force on an element that is open.
@@ -94,15 +115,23 @@ private:
         std::uint32_t depth;
         CPathMatcher selector;
         std::vector<Target> targets;
+        /// For each level from the scope's own on: the targets whose fields may select something there or
+        /// below. Elements have many targets around them, few of which care.
+        std::vector<std::vector<std::uint32_t>> active{{}};
         Table table;
     };
 
     void Select(Scope& scope, std::uint32_t depth);
-    void OpenField(Scope& scope, Field& field, std::uint32_t depth);
+    void EnterTargets(Scope& scope, std::string_view namespaceUri, std::string_view localName,
+                      std::uint32_t depth);
+    void OpenField(Scope& scope, std::uint32_t target, std::uint32_t index, std::uint32_t depth);
+    void CloseFields(std::uint32_t depth, const std::string* key, bool hasSimpleType, bool isNillable,
+                     bool isRefused);
     void EndTarget(Scope& scope, Target& target);
     void EndScope(Scope& scope);
     void Propagate(std::uint32_t depth);
     std::string NameOf(const Scope& scope) const;
+    std::string NameOf(const Field& field, const Scope& scope) const;
 
     IIdentityReport& m_report;
     std::vector<std::unique_ptr<Scope>> m_scopes;  // by depth
@@ -113,6 +142,14 @@ private:
         Table table;
     };
     std::vector<Held> m_tables;
+    /// Fields that are elements whose ends are to come, by depth.
+    struct Open {
+        Scope* scope;
+        std::uint32_t target;
+        std::uint32_t field;
+        std::uint32_t depth;
+    };
+    std::vector<Open> m_open;
     bool m_wantsAttributes = false;
 };
 
