@@ -126,7 +126,7 @@ TEST(DocumentCheck, TreesAreJudgedAsTheyAreRead) {
     } rows[] = {
         {plain, "<s xmlns='urn:s' id='1'><v>1<!-- -->2</v>\n<v>3</v></s>", nullptr},
         {plain, "<s xmlns='urn:s' id='1'><v>1</v><v>2</v><v>3</v></s>", "The element [v] of the namespace"},
-        {plain, "<s xmlns='urn:s' id='1'>x</s>", "The element [/s] may have elements, but no text."},
+        {plain, "<s xmlns='urn:s' id='1'>x</s>", "The element [s] may have elements, but no text."},
         {plain, "<s xmlns='urn:s' id='1' r='x'/>", "There is no element with the ID [x]."},
         {plain, "<p:s xmlns:p='urn:s' id='1'><p:q xmlns:p='urn:s' xmlns:i='urn:i'>i:x</p:q></p:s>", nullptr},
         {plain, "<p:s xmlns:p='urn:s' id='1'><p:q>i:x</p:q></p:s>", "The element [q] is not valid"},
@@ -142,7 +142,8 @@ TEST(DocumentCheck, TreesAreJudgedAsTheyAreRead) {
         {local, R"({"s": {"@id": 1, "v": null}})", nullptr},  // not there, as for classes
         {local, R"({"s": {"@id": 1, "v": [null]}})", "The element [v] is not valid"},
         {plain, R"({"s": {"@xmlns": "urn:s", "@id": 1}})", nullptr},
-        {plain, R"({"s": {"@id": 1}})", "There is no declaration of the element [s]."},
+        {plain, R"({"s": {"@id": 1}})",
+         "There is no declaration of the element [s]; there is one of the namespace [urn:s]."},
         {local, R"({"x": 1})", "There is no declaration of the element [x]."},
     };
     for (const auto& row : rows) {
