@@ -135,10 +135,7 @@ bool TakeDate(BuiltInType type, Cursor& in, Fields& date) noexcept {
             return in.Take('-') && in.Take('-') && in.Take('-') && in.TakeTwoDigits(1, 31, date.day);
         case BuiltInType::GMonth:
             date.day = 1;
-            if (!in.Take('-') || !in.Take('-') || !in.TakeTwoDigits(1, 12, date.month)) return false;
-            // The form of the recommendation's first edition, "--03--", is read too.
-            if (in.StartsWith("--")) in.Skip(2);
-            return true;
+            return in.Take('-') && in.Take('-') && in.TakeTwoDigits(1, 12, date.month);
         default:
             return true;
     }
