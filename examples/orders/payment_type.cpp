@@ -43,7 +43,8 @@ void CPaymentType::Init() {
 }
 
 void CPaymentType::SetCard(const CSmartPtr<CCardType>& value) {
-    const CSmartPtr<CCardType> chosen(value);  // may be held by this object alone
+    // May be held by this object alone.
+    const CSmartPtr<CCardType> chosen(value);  // NOLINT(performance-unnecessary-copy-initialization)
     Init();
     if (chosen != nullptr) SetElementName(chosen.Get(), "card");
     m_card = chosen;
@@ -56,7 +57,8 @@ void CPaymentType::SetIban(std::string value) {
 }
 
 void CPaymentType::SetCash(const CSmartPtr<CCashType>& value) {
-    const CSmartPtr<CCashType> chosen(value);  // may be held by this object alone
+    // May be held by this object alone.
+    const CSmartPtr<CCashType> chosen(value);  // NOLINT(performance-unnecessary-copy-initialization)
     Init();
     if (chosen != nullptr) SetElementName(chosen.Get(), "cash");
     m_cash = chosen;

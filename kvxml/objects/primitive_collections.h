@@ -102,7 +102,7 @@ public:
     /// CKvInvalidParamException "Dates added to this collection must be of type ..." for a value of another
     /// kind, before any listener hears of it. Otherwise as in the other collections.
     virtual void AddAt(int index, CDateTime value);
-    void push_back(CDateTime value) { Add(value); }
+    void push_back(const CDateTime& value) { Add(value); }
 
 protected:
     CdatetimeBaseCol(const CdatetimeBaseCol&);

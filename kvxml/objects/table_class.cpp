@@ -13,7 +13,6 @@
 
 namespace KvXmlLib16 {
 
-using internal::AddressOf;
 using internal::CTableAccess;
 using internal::CTableMember;
 using internal::CTableNode;

@@ -82,6 +82,8 @@ CXmlObjectBase& CXmlObjectBase::operator=(const CXmlObjectBase& other) noexcept 
     return *this;
 }
 
+// The other object keeps its name.
+// NOLINTNEXTLINE(performance-move-constructor-init)
 CXmlObjectBase::CXmlObjectBase(CXmlObjectBase&& other) noexcept : m_elementName(other.m_elementName) {}
 
 CXmlObjectBase& CXmlObjectBase::operator=(CXmlObjectBase&& other) noexcept {

@@ -31,14 +31,16 @@ CXmlTypeCollection::CXmlTypeCollection(ItemType type, const char* elementName, c
 
 CXmlTypeCollection::CXmlTypeCollection(const CXmlTypeCollection&) = default;
 CXmlTypeCollection& CXmlTypeCollection::operator=(const CXmlTypeCollection&) = default;
+// Kind and facets are in both then.
 CXmlTypeCollection::CXmlTypeCollection(CXmlTypeCollection&& other) noexcept
     : CXmlCollectionBase(std::move(other)),
-      m_itemType(other.m_itemType),
-      m_restrictions(other.m_restrictions) {}
+      m_itemType(other.m_itemType),           // NOLINT(bugprone-use-after-move)
+      m_restrictions(other.m_restrictions) {  // NOLINT(performance-move-constructor-init)
+}
 CXmlTypeCollection& CXmlTypeCollection::operator=(CXmlTypeCollection&& other) noexcept {
-    CXmlCollectionBase::operator=(std::move(other));
     m_itemType = other.m_itemType;
     m_restrictions = other.m_restrictions;
+    CXmlCollectionBase::operator=(std::move(other));
     return *this;
 }
 CXmlTypeCollection::~CXmlTypeCollection() = default;

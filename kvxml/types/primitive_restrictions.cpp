@@ -289,7 +289,7 @@ void CPrimitiveRestrictions::Check(std::string_view name, ItemType type, const c
 void CPrimitiveRestrictions::CheckText(std::string_view name, ItemType type, std::string_view value) const {
     const bool isValueKind = internal::VisitItemType(type, [&](auto traits) {
         using Traits = decltype(traits);
-        if constexpr (internal::IsText<Traits>) {
+        if constexpr (internal::kIsText<Traits>) {
             CheckString(name, type, value);
         } else {
             // The space around a value is no part of what a pattern is matched against.

@@ -3,7 +3,6 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -11,8 +10,6 @@
 #include "tests/tools/command_test.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 const char* const kSchema =
     "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:s' xmlns='urn:s'>\n"

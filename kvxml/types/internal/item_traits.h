@@ -64,7 +64,7 @@ KVXML_ITEM_TRAITS(KVXML_ITEM_TRAITS_ROW)
 
 /// Kinds whose values are text themselves.
 template <class Traits>
-inline constexpr bool IsText = Traits::kKind == ItemType_char || Traits::kKind == ItemType_string;
+inline constexpr bool kIsText = Traits::kKind == ItemType_char || Traits::kKind == ItemType_string;
 
 /// Calls `action` with the traits of the kind; false for a number that is no primitive kind.
 template <class Action>

@@ -60,8 +60,8 @@ public:
 
     std::shared_ptr<const Checker> item;
     std::vector<std::shared_ptr<const Checker>> members;
-    using CSimpleTypeChecker::acceptsAnyText;
-    using CSimpleTypeChecker::mayHaveReferences;
+    using CSimpleTypeChecker::m_acceptsAnyText;
+    using CSimpleTypeChecker::m_mayHaveReferences;
     bool needsNumber = false;   ///< facets ask for what floating-point text stands for
     bool containsList = false;  ///< a list, or a union with one
 
@@ -283,14 +283,14 @@ std::shared_ptr<const CSimpleTypeChecker> CompileSimpleType(const CSimpleTypeDef
         if (checker->item->containsList)
             report.Report(type.place, "The items of a list cannot be lists.", "cos-st-restricts.2.1");
         checker->containsList = true;
-        checker->mayHaveReferences = checker->item->mayHaveReferences;
+        checker->m_mayHaveReferences = checker->item->m_mayHaveReferences;
     } else if (type.isConstructed && type.variety == Variety::Union) {
         checker->facets.whiteSpace = WhiteSpace::Collapse;
         for (const CSimpleTypeDefinition* member : type.memberTypeDefinitions) {
             const auto compiled = CheckerOf(member);
             if (compiled == nullptr) continue;
             checker->containsList = checker->containsList || compiled->containsList;
-            checker->mayHaveReferences = checker->mayHaveReferences || compiled->mayHaveReferences;
+            checker->m_mayHaveReferences = checker->m_mayHaveReferences || compiled->m_mayHaveReferences;
             // What refused a value once refuses it again, and unions of unions would ask ever more often.
             if (std::find(checker->members.begin(), checker->members.end(), compiled) ==
                 checker->members.end())
@@ -299,7 +299,7 @@ std::shared_ptr<const CSimpleTypeChecker> CompileSimpleType(const CSimpleTypeDef
     }
     if (checker->builtIn == BuiltInType::ID || checker->builtIn == BuiltInType::IDREF ||
         checker->builtIn == BuiltInType::ENTITY) {
-        checker->mayHaveReferences = true;
+        checker->m_mayHaveReferences = true;
     }
     if (type.isBuiltIn) {
         CompileBuiltIn(type, *checker);
@@ -309,7 +309,7 @@ std::shared_ptr<const CSimpleTypeChecker> CompileSimpleType(const CSimpleTypeDef
                             : static_cast<const CSimpleTypeChecker&>(*checker),
                   checker->facets, report);
     }
-    checker->acceptsAnyText = checker->IsAnyText();
+    checker->m_acceptsAnyText = checker->IsAnyText();
     const CFacetSet& facets = checker->facets;
     checker->needsNumber = facets.enumeration != nullptr || facets.minInclusive != nullptr ||
                            facets.maxInclusive != nullptr || facets.minExclusive != nullptr ||

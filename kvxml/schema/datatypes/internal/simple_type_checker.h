@@ -65,13 +65,13 @@ public:
     virtual bool Check(std::string_view text, const IPrefixScope* scope, CCheckedValue* value,
                        std::string* error, const char** constraint) const = 0;
     /// Values may be, or contain, an ID, IDREF or ENTITY.
-    bool MayHaveReferences() const noexcept { return mayHaveReferences; }
+    bool MayHaveReferences() const noexcept { return m_mayHaveReferences; }
     /// Every text is a value, and whitespace does not change that.
-    bool AcceptsAnyText() const noexcept { return acceptsAnyText; }
+    bool AcceptsAnyText() const noexcept { return m_acceptsAnyText; }
 
 protected:
-    bool mayHaveReferences = false;
-    bool acceptsAnyText = false;
+    bool m_mayHaveReferences = false;
+    bool m_acceptsAnyText = false;
 };
 
 /// Compiles the type's checker from its base's, item's or members' checkers, which must be there, and its own
