@@ -261,12 +261,12 @@ CdatetimeBaseCol& CdatetimeBaseCol::operator=(CdatetimeBaseCol&& other) noexcept
 CdatetimeBaseCol::~CdatetimeBaseCol() = default;
 
 void CdatetimeBaseCol::Add(CDateTime value) {
-    AddAt(GetCount(), value);
+    AddAt(GetCount(), std::move(value));
 }
 
 void CdatetimeBaseCol::AddAt(int index, CDateTime value) {
     // The text is taken before listeners run, who may add values of their own.
-    InsertItem(index, value, std::exchange(m_lexical, {}));
+    InsertItem(index, std::move(value), std::exchange(m_lexical, {}));
 }
 
 void CdatetimeBaseCol::AddFromString(std::string_view text) {
