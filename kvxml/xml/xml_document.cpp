@@ -24,7 +24,7 @@ CXmlDocument::CXmlDocument(ElementFilter filter, const CSerializationContext& co
     : m_filter(filter), m_context(&context), m_schemaType(context.GetSchemaType()) {}
 
 CXmlDocument::CXmlDocument(const CSerializationContext&& context)
-    : CXmlDocument(nullptr, std::move(context)) {}
+    : CXmlDocument(nullptr, static_cast<const CSerializationContext&&>(context)) {}
 
 CXmlDocument::CXmlDocument(ElementFilter filter, const CSerializationContext&& context)
     : m_filter(filter),
@@ -35,7 +35,7 @@ CXmlDocument::CXmlDocument(ElementFilter filter, const CSerializationContext&& c
 CXmlDocument::CXmlDocument(CXmlDocument&& other) noexcept
     : m_tree(std::move(other.m_tree)),
       m_filter(other.m_filter),
-      m_ownContext(other.m_ownContext),
+      m_ownContext(other.m_ownContext),  // NOLINT(performance-move-constructor-init): both keep it
       m_context(other.m_context),
       m_schemaType(other.m_schemaType) {
     if (m_tree != nullptr) m_tree->SetDocument(this);

@@ -46,16 +46,16 @@ struct CXmlReader::Impl::Pump : internal::IXmlEvents {
     void OnDeclarePrefix(const char* prefix, const char* uri) override {
         declarations.push_back({names.Keep(prefix), names.Keep(uri)});
     }
-    void OnStart(const char* name, const char** values, int) override {
+    void OnStart(const char* element, const char** values, int) override {
         impl.Leave();
         if (impl.open.size() >= impl.maxDepth)
             throw internal::CTreeLimitPassed{internal::kTooDeep, impl.maxDepth};
-        const CEventName* const known = names.Element(name);
+        const CEventName* const known = names.Element(element);
         attributes.clear();
         for (; *values != nullptr; values += 2)
             attributes.push_back({names.Attribute(values[0]), values[1]});
-        const std::uint64_t offset = impl.parser->GetOffset();
-        impl.Enter(known, offset);
+        const std::uint64_t tagOffset = impl.parser->GetOffset();
+        impl.Enter(known, tagOffset);
         if (!declarations.empty()) {
             impl.scope = ++impl.lastScope;
             for (const CXmlEventQueue::Declaration& declared : declarations)
@@ -63,7 +63,7 @@ struct CXmlReader::Impl::Pump : internal::IXmlEvents {
             declarations.clear();
         }
         impl.kind = XmlEvent::StartElement;
-        GoOn(events.OnStart(*known, attributes.data(), attributes.size(), offset));
+        GoOn(events.OnStart(*known, attributes.data(), attributes.size(), tagOffset));
     }
     void OnEnd() override {
         impl.Leave();
