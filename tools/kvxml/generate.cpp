@@ -15,6 +15,8 @@
 #include "tools/kvxml/generate/code_model.h"
 #include "tools/kvxml/generate/code_writer.h"
 #include "tools/kvxml/messages.h"
+#include "tools/kvxml/output.h"
+#include "tools/kvxml/schema_options.h"
 #include "tools/kvxml/usage.h"
 
 namespace tool {
@@ -26,7 +28,6 @@ namespace {
 struct Options {
     std::vector<std::string> schemas;
     CSchemaLoadOptions load;
-    std::vector<std::string> mappings;
     std::vector<std::string> namespaces;  // URI=A::B
     std::vector<std::string> renames;     // PATH=NAME
     std::string output;
@@ -36,18 +37,10 @@ struct Options {
     generate::CodeOptions code;
 };
 
-/// A check that the option is two texts with "=" between them; the second is not empty.
-std::string CheckPair(const std::string& text) {
-    const std::size_t at = text.rfind('=');
-    return at == std::string::npos || at + 1 == text.size() ? "no NAME=VALUE: " + text : std::string();
-}
-
 std::vector<std::pair<std::string, std::string>> ToPairs(const std::vector<std::string>& texts) {
     std::vector<std::pair<std::string, std::string>> pairs;
-    for (const std::string& text : texts) {
-        const std::size_t at = text.rfind('=');
-        pairs.emplace_back(text.substr(0, at), text.substr(at + 1));
-    }
+    for (const std::string& text : texts)
+        pairs.push_back(ToPair(text));
     return pairs;
 }
 
@@ -61,28 +54,18 @@ void AddOptions(CLI::App& parser, Options& options) {
         .add_option("--namespace", options.namespaces,
                     "URI=A::B: the C++ namespace for a target namespace; an empty URI stands for none")
         ->allow_extra_args(false)
-        ->check(CheckPair);
+        ->check([](const std::string& text) { return CheckPair(text, true); });
     parser
         .add_option("--rename", options.renames,
                     "PATH=NAME: another name for a type, member (TYPE/NAME, TYPE/@NAME) or value")
         ->allow_extra_args(false)
-        ->check(CheckPair);
+        ->check([](const std::string& text) { return CheckPair(text, false); });
     parser.add_option("--parts", options.code.parts, "Number of sources, for schemas of hundreds of types")
         ->check(CLI::Range(1, 1000))
         ->capture_default_str();
     parser.add_flag("--list", options.list, "Print the files that would be written, and write none");
     parser.add_option("--depfile", options.depfile, "Write what the files depend on, for Make and Ninja");
-    parser.add_option("--catalog", options.load.catalogs, "OASIS catalog for namespaces and locations")
-        ->allow_extra_args(false);
-    parser
-        .add_option("--map", options.mappings,
-                    "NAMESPACE=FILE or LOCATION=FILE: where a schema document is to be had")
-        ->allow_extra_args(false)
-        ->check(CheckPair);
-    parser
-        .add_option("--include-path", options.load.includePaths,
-                    "Folder for schema documents that are not beside others")
-        ->allow_extra_args(false);
+    AddSchemaOptions(parser, options.load);
     parser.add_flag("--quiet,-q", options.quiet, "Say nothing of constructs that are carried with a loss");
 }
 
@@ -106,16 +89,9 @@ bool IsUnchanged(const std::filesystem::path& path, const std::string& text) {
 
 void WriteFile(const std::filesystem::path& path, const std::string& text) {
     if (IsUnchanged(path, text)) return;
-    const std::filesystem::path temporary = path.string() + ".new";
-    std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-    out.write(text.data(), static_cast<std::streamsize>(text.size()));
-    out.close();
-    if (!out) {
-        std::error_code ignored;
-        std::filesystem::remove(temporary, ignored);
-        throw CFailure(path.string() + ": cannot be written");
-    }
-    std::filesystem::rename(temporary, path);
+    COutput output(path.string(), false);
+    output.Write(text);
+    output.Commit();
 }
 
 /// A name as makefiles have it.
@@ -180,7 +156,6 @@ int RunGenerate(int argc, char** argv) {
     CLI::App parser("Writes C++ classes for the types and elements of a schema.", "kvxml generate");
     AddOptions(parser, options);
     if (const std::optional<int> status = Parse(parser, argc, argv)) return *status;
-    options.load.mappings = ToPairs(options.mappings);
     options.code.namespaces = ToPairs(options.namespaces);
     options.code.renames = ToPairs(options.renames);
     if (options.code.name.empty())

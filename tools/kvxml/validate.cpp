@@ -28,6 +28,7 @@
 #include "tools/kvxml/limits.h"
 #include "tools/kvxml/messages.h"
 #include "tools/kvxml/progress.h"
+#include "tools/kvxml/schema_options.h"
 #include "tools/kvxml/usage.h"
 
 namespace tool {
@@ -39,7 +40,6 @@ namespace {
 struct Options {
     std::vector<std::string> schemas;
     CSchemaLoadOptions load;
-    std::vector<std::string> mappings;  // NAMESPACE=FILE
     std::vector<std::string> documents;
     std::string from;
     std::size_t maxErrors = CFaultList::kDefaultLimit;
@@ -51,21 +51,7 @@ struct Options {
 void AddOptions(CLI::App& parser, Options& options) {
     parser.add_option("--schema", options.schemas, "Schema document; may be given several times")
         ->allow_extra_args(false);
-    parser.add_option("--catalog", options.load.catalogs, "OASIS catalog for namespaces and locations")
-        ->allow_extra_args(false);
-    parser
-        .add_option("--map", options.mappings,
-                    "NAMESPACE=FILE or LOCATION=FILE: where a schema document is to be had")
-        ->allow_extra_args(false)
-        ->check([](const std::string& text) {
-            const std::size_t at = text.rfind('=');
-            return at == std::string::npos || at == 0 || at + 1 == text.size() ? "no NAMESPACE=FILE: " + text
-                                                                               : std::string();
-        });
-    parser
-        .add_option("--include-path", options.load.includePaths,
-                    "Folder for schema documents that are not beside others")
-        ->allow_extra_args(false);
+    AddSchemaOptions(parser, options.load);
     parser.add_option("--from", options.from, "Format of the documents (default: by their names, else xml)")
         ->check([](const std::string& name) {
             return FindFormat(name) == nullptr ? "no format: " + name : std::string();
@@ -397,10 +383,6 @@ int RunValidate(int argc, char** argv) {
     CLI::App parser("Judge documents by a schema, or a schema by itself", "kvxml validate");
     AddOptions(parser, options);
     if (const std::optional<int> status = Parse(parser, argc, argv)) return *status;
-    for (const std::string& mapping : options.mappings) {
-        const std::size_t at = mapping.rfind('=');
-        options.load.mappings.emplace_back(mapping.substr(0, at), mapping.substr(at + 1));
-    }
     options.load.maxFaults = options.maxErrors;
     if (options.schemas.empty() && options.documents.empty())
         return RefuseUsage("a schema or a document is required", "kvxml validate --help");

@@ -147,6 +147,13 @@ struct CClassPlan {
     std::vector<const CClassPlan*> derived;
 };
 
+/// `plan` is `base` or derived from it in any number of steps.
+inline bool IsDerivedFrom(const CClassPlan* plan, const CClassPlan& base) noexcept {
+    while (plan != nullptr && plan != &base)
+        plan = plan->base;
+    return plan != nullptr;
+}
+
 /// All classes of a schema set. Immutable; shared freely between threads.
 class KVXML_SCHEMA_EXPORT CBindingPlan {
 public:

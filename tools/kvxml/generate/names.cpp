@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "tools/kvxml/utf8.h"
+
 namespace tool::generate {
 
 namespace {
@@ -14,18 +16,6 @@ bool IsLetter(char c) {
 }
 char ToUpper(char c) {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-/// The character of UTF-8 at `at`, which moves past it.
-unsigned long TakeCharacter(std::string_view text, std::size_t& at) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char lead = byte(at++);
-    if (lead < 0x80) return lead;
-    const int more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-    unsigned long code = lead & (0x3Fu >> more);
-    for (int i = 0; i < more && at < text.size(); ++i)
-        code = code << 6 | (byte(at++) & 0x3Fu);
-    return code;
 }
 
 /// What a sign is called in an enumerator; null: it only parts words.
@@ -73,7 +63,9 @@ std::string ToName(std::string_view text, bool namesSigns) {
     bool beginsWord = true;
     for (std::size_t at = 0; at < text.size();) {
         const bool isFirst = at == 0;
-        const unsigned long code = TakeCharacter(text, at);
+        const Character character = FirstCharacter(text.substr(at));
+        const unsigned long code = character.code;
+        at += character.length;
         const char c = code < 0x80 ? static_cast<char>(code) : '\0';
         if (c != '\0' && (IsLetter(c) || IsDigit(c))) {
             // "1.0" is not "10".

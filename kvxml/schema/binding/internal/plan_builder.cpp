@@ -49,12 +49,6 @@ CContentPlan::Kind ToContentKind(CModelGroup::Compositor compositor) {
     }
 }
 
-bool IsDerivedPlan(const CClassPlan& plan, const CClassPlan& base) {
-    for (const CClassPlan* one = &plan; one != nullptr; one = one->base)
-        if (one == &base) return true;
-    return false;
-}
-
 /// A sequence of all members needs no content model.
 void DropPlainContent(CClassPlan& plan) {
     const auto isPlain = [&] {
@@ -448,7 +442,7 @@ void CPlanBuilder::CheckSubstitutes() {
             const auto isUnfit = [&](const CSubstitutePlan& one) {
                 const bool isObject = member.kind == Kind::Object || member.kind == Kind::Objects;
                 if (isObject != (one.classPlan != nullptr)) return true;
-                return isObject && !IsDerivedPlan(*one.classPlan, *member.classPlan);
+                return isObject && !IsDerivedFrom(one.classPlan, *member.classPlan);
             };
             for (const CSubstitutePlan& one : member.substitutes)
                 if (isUnfit(one))

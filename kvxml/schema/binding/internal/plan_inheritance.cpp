@@ -38,12 +38,6 @@ bool CanHold(const CMemberPlan& base, const CMemberPlan& member) {
            (base.kind == Kind::Anys && member.kind == Kind::Any);
 }
 
-bool IsDerivedPlan(const CClassPlan* plan, const CClassPlan& base) {
-    for (; plan != nullptr; plan = plan->base)
-        if (plan == &base) return true;
-    return false;
-}
-
 }  // namespace
 
 void CPlanBuilder::Inherit(CClassPlan& plan) {
@@ -55,7 +49,7 @@ void CPlanBuilder::Inherit(CClassPlan& plan) {
         for (const CMemberPlan* const one : inherited) {
             if (used.count(one) != 0 || !CanHold(*one, member)) continue;
             if (IsObject(member.kind) && one->classPlan != nullptr &&
-                !IsDerivedPlan(member.classPlan, *one->classPlan))
+                !IsDerivedFrom(member.classPlan, *one->classPlan))
                 continue;
             found = one;
             break;
